@@ -1,0 +1,85 @@
+# Third-party code under the same target names on both systems:
+#
+#   boost::headers  nlohmann::json  cli11::cli11      headers only
+#   gumbo::gumbo
+#   GTest::gtest  GTest::gtest_main  GTest::gmock  GTest::gmock_main
+#   qpdf::qpdf  benchmark::benchmark                  Linux only
+#
+# A Linux machine has them as packages. For Windows the headers are those same packages' files,
+# seen through a folder that holds nothing else, and libraries are built from their sources.
+
+set(SYSTEM_INCLUDE_DIR /usr/include)
+set(LINKED_INCLUDE_DIR ${CMAKE_BINARY_DIR}/third-party/include)
+
+# An interface target for a library of headers that lies in a folder of the system's includes.
+function(add_header_library target folder header)
+    if(NOT EXISTS ${SYSTEM_INCLUDE_DIR}/${folder}/${header})
+        message(FATAL_ERROR "${SYSTEM_INCLUDE_DIR}/${folder}/${header} is missing: "
+            "tools/setup/install puts all packages into place")
+    endif()
+    add_library(${target} INTERFACE IMPORTED GLOBAL)
+    if(CMAKE_CROSSCOMPILING)
+        file(MAKE_DIRECTORY ${LINKED_INCLUDE_DIR})
+        file(CREATE_LINK ${SYSTEM_INCLUDE_DIR}/${folder} ${LINKED_INCLUDE_DIR}/${folder} SYMBOLIC)
+        target_include_directories(${target} SYSTEM INTERFACE ${LINKED_INCLUDE_DIR})
+    endif()
+endfunction()
+
+add_header_library(boost::headers boost version.hpp)
+add_header_library(nlohmann::json nlohmann json.hpp)
+add_header_library(cli11::cli11 CLI CLI.hpp)
+
+file(STRINGS ${SYSTEM_INCLUDE_DIR}/boost/version.hpp boostVersion REGEX "#define BOOST_VERSION ")
+string(REGEX MATCH "[0-9]+$" boostVersion "${boostVersion}")
+if(boostVersion LESS 108100)
+    message(FATAL_ERROR "Boost 1.81 or newer is needed, ${SYSTEM_INCLUDE_DIR}/boost is ${boostVersion}")
+endif()
+target_compile_definitions(boost::headers INTERFACE BOOST_ALL_NO_LIB)
+if(WIN32)
+    target_link_libraries(boost::headers INTERFACE bcrypt)  # random numbers of the system
+endif()
+
+if(NOT WIN32)
+    find_package(GTest REQUIRED)
+    find_package(qpdf REQUIRED)
+    find_package(benchmark REQUIRED)
+    add_library(qpdf::qpdf INTERFACE IMPORTED GLOBAL)
+    target_link_libraries(qpdf::qpdf INTERFACE qpdf::libqpdf)
+
+    find_library(GUMBO_LIBRARY gumbo REQUIRED)
+    find_path(GUMBO_INCLUDE_DIR gumbo.h REQUIRED)
+    mark_as_advanced(GUMBO_LIBRARY GUMBO_INCLUDE_DIR)
+    add_library(gumbo::gumbo INTERFACE IMPORTED GLOBAL)
+    target_link_libraries(gumbo::gumbo INTERFACE ${GUMBO_LIBRARY})
+    target_include_directories(gumbo::gumbo SYSTEM INTERFACE ${GUMBO_INCLUDE_DIR})
+    return()
+endif()
+
+# gumbo, from the C sources that its npm package carries.
+set(gumboSources ${CMAKE_SOURCE_DIR}/build/npm/node_modules/gumbo-parser/deps/gumbo-parser/src)
+if(NOT EXISTS ${gumboSources}/gumbo.h)
+    message(FATAL_ERROR "${gumboSources} is missing: tools/setup/install puts it into place")
+endif()
+file(GLOB gumboFiles ${gumboSources}/*.c)
+add_library(gumbo STATIC ${gumboFiles})
+target_compile_options(gumbo PRIVATE -std=gnu99 -w)
+target_include_directories(gumbo SYSTEM PUBLIC ${gumboSources})
+add_library(gumbo::gumbo ALIAS gumbo)
+
+# GoogleTest, from the sources of Debian's package.
+set(googleTestSources /usr/src/googletest)
+if(NOT EXISTS ${googleTestSources}/googletest/src/gtest-all.cc)
+    message(FATAL_ERROR "${googleTestSources} is missing: tools/setup/install puts it into place")
+endif()
+function(add_google_library name folder source)
+    add_library(${name} STATIC EXCLUDE_FROM_ALL ${googleTestSources}/${folder}/src/${source})
+    target_include_directories(${name} PRIVATE ${googleTestSources}/${folder})
+    target_include_directories(${name} SYSTEM PUBLIC ${googleTestSources}/${folder}/include)
+    target_compile_options(${name} PRIVATE -w)
+    target_link_libraries(${name} PUBLIC ${ARGN} Threads::Threads)
+    add_library(GTest::${name} ALIAS ${name})
+endfunction()
+add_google_library(gtest googletest gtest-all.cc)
+add_google_library(gtest_main googletest gtest_main.cc gtest)
+add_google_library(gmock googlemock gmock-all.cc gtest)
+add_google_library(gmock_main googlemock gmock_main.cc gmock)

@@ -1,0 +1,48 @@
+# What all of the project's own code is compiled with: link `project_options` privately.
+
+set(COMMENTS_SANITIZERS "" CACHE STRING "Sanitizers of gcc and clang, separated by commas")
+option(COMMENTS_FUZZ "Build the fuzz targets (clang only)" OFF)
+
+find_package(Threads REQUIRED)
+
+add_library(project_options INTERFACE)
+target_compile_features(project_options INTERFACE cxx_std_20)
+target_compile_options(project_options INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+    -Wnon-virtual-dtor -Wold-style-cast -Werror>)
+target_link_libraries(project_options INTERFACE Threads::Threads)
+
+# Sanitizers watch every file, third-party sources that are built here too.
+if(COMMENTS_SANITIZERS)
+    add_compile_options(-fsanitize=${COMMENTS_SANITIZERS} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${COMMENTS_SANITIZERS})
+    add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+if(COMMENTS_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# A library that is unloaded must really go: unique symbols would pin it in the process.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+if(WIN32)
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+    # Exceptions cross the borders between libraries, so all of them share one runtime.
+    add_link_options(-shared-libgcc)
+    foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}
+            OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+        if(NOT IS_ABSOLUTE "${path}")
+            message(FATAL_ERROR "${CMAKE_CXX_COMPILER} does not know where its ${library} is")
+        endif()
+        file(COPY_FILE "${path}" ${CMAKE_BINARY_DIR}/bin/${library} ONLY_IF_DIFFERENT)
+    endforeach()
+else()
+    # A module that lacks a function should fail here and not on its first load.
+    if(NOT COMMENTS_SANITIZERS)
+        add_link_options(-Wl,--no-undefined)
+    endif()
+endif()
