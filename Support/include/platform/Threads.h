@@ -1,0 +1,35 @@
+// Threads as the two systems have them. [any-thread]
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+namespace Platform {
+
+// Identifier of the calling thread, never 0 and unique among the living threads of the process.
+std::uint32_t CurrentThreadId() noexcept;
+
+// Tells the processor that the caller waits for another one.
+void ProcessorPause() noexcept;
+
+// Gives up the time slice (0) or sleeps at least that long.
+void SleepMilliseconds(std::uint32_t milliseconds) noexcept;
+
+// The platform's message text for one of its error codes, without a line break at the end.
+std::wstring SystemErrorText(std::uint32_t code);
+
+// An event that stays signalled until one waiter takes it.
+class AutoResetEvent {
+public:
+    void Signal();
+    void Wait();
+
+private:
+    std::mutex mutex_;
+    std::condition_variable condition_;
+    bool signalled_ = false;
+};
+
+}  // namespace Platform

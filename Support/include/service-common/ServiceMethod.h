@@ -1,0 +1,129 @@
+// Host interfaces as catalogues, and the one path by which a method of a service object is called.
+// An interface header lists each method once, with SO_METHOD, and each event once, with SO_EVENT
+// (SOEvent.h), then closes the list with SO_CATALOGUE. Nothing else casts a slot, computes an
+// offset or knows a table size.
+#pragma once
+
+#include "service-common/ServiceObject.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+namespace SODetails {
+
+// Base of a catalogue entry that takes one slot.
+template <class I, unsigned Slot, class Signature>
+struct MethodDeclaration;
+
+template <class I, unsigned Slot, class... Args>
+struct MethodDeclaration<I, Slot, void(Args...)> {
+    using Interface = I;
+    using Function = ResultCode (*)(I* self, Args... arguments);
+    static constexpr unsigned kSlot = Slot;
+    static constexpr unsigned kSlotCount = 1;
+};
+
+// The entries of one interface. Rejects two that claim the same slot.
+template <class... Entries>
+struct MethodCatalogue {
+    static constexpr unsigned kMethodCount = [] {
+        unsigned count = 0;
+        ((count = Entries::kSlot + Entries::kSlotCount > count ? Entries::kSlot + Entries::kSlotCount
+                                                               : count),
+         ...);
+        return count;
+    }();
+    static constexpr bool kSlotsAreDistinct = [] {
+        std::array<bool, kMethodCount + 1> taken{};
+        bool distinct = true;
+        auto claim = [&](unsigned slot, unsigned slotCount) {
+            for (unsigned i = slot; i < slot + slotCount; ++i) {
+                distinct = distinct && !taken[i];
+                taken[i] = true;
+            }
+        };
+        (claim(Entries::kSlot, Entries::kSlotCount), ...);
+        return distinct;
+    }();
+    static_assert(kSlotsAreDistinct, "two entries of this interface stand on the same slot");
+
+    // Calls visitor.template operator()<Entry>() for each entry, in the order of the list.
+    template <class Visitor>
+    static constexpr void ForEach(Visitor&& visitor)
+    {
+        (visitor.template operator()<Entries>(), ...);
+    }
+};
+
+// The entry at `slot` whether the table holds it or not; null object excluded by the caller.
+inline MethodEntry RawMethodEntry(const ServiceObject* object, unsigned slot) noexcept
+{
+    const auto* table = reinterpret_cast<const MethodEntry*>(
+        reinterpret_cast<const std::byte*>(object) + kMethodTableOffset);
+    return table[slot];
+}
+
+// Whether the method table is large enough for `slot`: more than 8 x slot bytes.
+inline bool TableHoldsSlot(const ServiceObject* object, unsigned slot) noexcept
+{
+    return object->methodTableSize > slot * kMethodEntrySize;
+}
+
+}  // namespace SODetails
+
+// Declares method `name` of `interface` at `slot`; the remaining arguments are the parameters
+// after the object. Inside the interface's struct.
+#define SO_METHOD(interface, name, slot, ...)                                                      \
+    struct name : SODetails::MethodDeclaration<interface, slot, void(__VA_ARGS__)> {               \
+        static constexpr const char* kName = #name;                                                \
+        static constexpr unsigned kLine = __LINE__;                                                \
+    }
+
+// Outcome of a call that the check rule let pass.
+struct CallResult {
+    bool called = false;            // false: no object, beyond the table, or a null entry
+    ResultCode code = kResultOk;    // as the method returned it
+
+    bool Succeeded() const noexcept { return called && code == kResultOk; }
+};
+
+// The check rule: expected codes pass. For another code the object's error record is fetched and
+// thrown as ServiceObjectException; an object without that entry, or without a record, is let pass.
+void CheckServiceCall(ServiceObject* object, ResultCode code);
+
+// Calls method `M` when the object has it, without looking at the result code.
+template <class M, class... Args>
+CallResult CallMethodUnchecked(typename M::Interface* object, Args&&... arguments)
+{
+    if (object == nullptr || !SODetails::TableHoldsSlot(object, M::kSlot)) {
+        return {};
+    }
+    const auto method = reinterpret_cast<typename M::Function>(
+        SODetails::RawMethodEntry(object, M::kSlot));
+    if (method == nullptr) {
+        return {};
+    }
+    return {true, method(object, std::forward<Args>(arguments)...)};
+}
+
+// Calls method `M` when the object has it, and applies the check rule to the result.
+template <class M, class... Args>
+CallResult CallMethod(typename M::Interface* object, Args&&... arguments)
+{
+    const CallResult result = CallMethodUnchecked<M>(object, std::forward<Args>(arguments)...);
+    if (result.called) {
+        CheckServiceCall(object, result.code);
+    }
+    return result;
+}
+
+// Whether the object offers method `M`.
+template <class M>
+bool HasMethod(typename M::Interface* object) noexcept
+{
+    return object != nullptr && SODetails::TableHoldsSlot(object, M::kSlot) &&
+           SODetails::RawMethodEntry(object, M::kSlot) != nullptr;
+}

@@ -1,0 +1,41 @@
+// The host's service-provider library, and the checked way of asking it for a service. [any-thread]
+#pragma once
+
+#include "service-common/Atom.h"
+#include "service-common/ServiceObjectPtr.h"
+
+#include <atomic>
+#include <cstdint>
+
+extern "C" {
+
+// The process-wide service object of that name. `*object` is cleared first and receives an owned
+// reference; `*systemErrorCode` (may be null) receives the platform's error code of a failure
+// that has one, else 0. Fails with 3 and with the codes 0x10005 to 0x1000A.
+ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object,
+                                           std::uint32_t* systemErrorCode);
+
+}  // extern "C"
+
+namespace SP {
+
+// Throws ServiceObjectException with the provider's message for `code`, unless it is 0. A
+// `systemErrorCode` other than 0 is told with its description.
+void _CheckServiceProviderApiResult(ResultCode code, std::uint32_t systemErrorCode);
+
+namespace Details {
+BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name, std::atomic<Atom>& cachedAtom);
+}
+
+// The service object of interface `I` that the provider lists under the interface's own name. The
+// name's atom is resolved once per process. Empty when the provider succeeds without an object.
+// Throws ServiceObjectException "Fail to query %1% service object: %2%".
+template <class I>
+BasicServiceObjectPtr<I> QueryServiceObject()
+{
+    static std::atomic<Atom> atom = kAtomUnresolved;
+    return BasicServiceObjectPtr<I>::Adopt(
+        static_cast<I*>(Details::QueryServiceObject(I::kName, atom).Detach()));
+}
+
+}  // namespace SP

@@ -1,0 +1,34 @@
+#include "platform/Threads.h"
+
+#include <windows.h>
+
+namespace Platform {
+
+std::uint32_t CurrentThreadId() noexcept
+{
+    return GetCurrentThreadId();
+}
+
+void ProcessorPause() noexcept
+{
+    YieldProcessor();
+}
+
+void SleepMilliseconds(std::uint32_t milliseconds) noexcept
+{
+    Sleep(milliseconds);
+}
+
+std::wstring SystemErrorText(std::uint32_t code)
+{
+    constexpr DWORD kCapacity = 1024;
+    wchar_t text[kCapacity];
+    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                  nullptr, code, 0, text, kCapacity, nullptr);
+    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
+        --length;
+    }
+    return std::wstring(text, length);
+}
+
+}  // namespace Platform

@@ -1,0 +1,31 @@
+#include "service-common/ServiceMethod.h"
+
+#include "service-common/ErrorRecord.h"
+#include "service-common/ServiceObjectException.h"
+#include "service-common/ServiceObjectPtr.h"
+#include "service-common/WideText.h"
+
+namespace {
+
+std::string TextOrEmpty(const char* text)
+{
+    return text == nullptr ? std::string() : std::string(text);
+}
+
+}  // namespace
+
+void CheckServiceCall(ServiceObject* object, ResultCode code)
+{
+    if (IsExpectedResult(code) || object == nullptr || object->GetLastErrorInfo == nullptr) {
+        return;
+    }
+    ErrorInfo info{};
+    ServiceObject* errorObject = nullptr;
+    if (object->GetLastErrorInfo(object, &info, &errorObject) != kResultOk) {
+        return;
+    }
+    throw ServiceObjectException(
+        {static_cast<ResultCode>(info.code), FromUtf16(info.message), TextOrEmpty(info.function),
+         TextOrEmpty(info.file), static_cast<std::uint32_t>(info.line)},
+        BasicServiceObjectPtr<ServiceObject>::Adopt(errorObject));
+}
