@@ -1,0 +1,148 @@
+// Events of host objects: subscribing a callable to one event, and the handle that ends the
+// subscription. An interface declares each event once, with SO_EVENT. Events are fired on any
+// thread; the callable runs on the thread that fires.
+#pragma once
+
+#include "service-common/ServiceMethod.h"
+#include "service-common/ServiceObjectPtr.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace SOEvent {
+
+// Base of all subscriptions. Destroying it unsubscribes from a living host object.
+class SubscriptionBase {
+public:
+    SubscriptionBase() = default;
+    SubscriptionBase(const SubscriptionBase&) = delete;
+    SubscriptionBase& operator=(const SubscriptionBase&) = delete;
+    virtual ~SubscriptionBase() = default;
+};
+
+// Shared handle to a subscription, empty when the host made none. The subscription ends with the
+// last handle; it may be released inside its own callback, after its source died, and on another
+// thread than the one that subscribed.
+using SubscriptionHandle = std::shared_ptr<SubscriptionBase>;
+
+// A handler's subscriptions to one source, in the order in which they were made.
+class SubscriptionList {
+public:
+    // Empty handles are not kept.
+    void Append(const SubscriptionHandle& subscription);
+
+    // Releases every handle in order; the list is empty before the first is released, so that a
+    // release may lead back here. A second call does nothing.
+    void Clear();
+
+    std::size_t Size() const noexcept { return subscriptions_.size(); }
+
+private:
+    std::vector<SubscriptionHandle> subscriptions_;
+};
+
+}  // namespace SOEvent
+
+namespace SODetails {
+
+// Base of a catalogue entry that takes an event's slot pair: subscribe at `Slot`, unsubscribe at
+// the next one. The host owns the callable copy from the subscribe call on, whatever it returns,
+// and frees it with the release function. Unsubscribing returns only when no call of the callable
+// is running on another thread, and none comes afterwards.
+template <class I, unsigned Slot, class Signature>
+struct EventDeclaration;
+
+template <class I, unsigned Slot, class... Args>
+struct EventDeclaration<I, Slot, void(Args...)> {
+    using Interface = I;
+    using Callable = std::function<void(Args...)>;
+    using Forwarder = void (*)(Args... arguments, void* callable);
+    using ReleaseCallable = void (*)(void* callable);
+    // 0: no subscription was made.
+    using Subscribe = std::uint64_t (*)(I* self, Forwarder forwarder, ReleaseCallable release,
+                                        void* callable);
+    using Unsubscribe = ResultCode (*)(I* self, std::uint64_t cookie);
+    static constexpr unsigned kSlot = Slot;
+    static constexpr unsigned kUnsubscribeSlot = Slot + 1;
+    static constexpr unsigned kSlotCount = 2;
+
+    // Calls the callable, by way of a copy: the host may free it while it runs. An empty one
+    // raises std::bad_function_call.
+    static void Forward(Args... arguments, void* callable)
+    {
+        const Callable copy = *static_cast<const Callable*>(callable);
+        copy(arguments...);
+    }
+    static void Release(void* callable) { delete static_cast<Callable*>(callable); }
+};
+
+}  // namespace SODetails
+
+namespace SOEvent {
+
+// A live subscription to event `E`.
+template <class E>
+struct EventSubscription : SubscriptionBase {
+    bool subscribed = false;
+    WeakServiceObjectPtr<typename E::Interface> host;
+    std::uint64_t cookie = 0;
+
+    ~EventSubscription() override
+    {
+        if (!subscribed) {
+            return;
+        }
+        const auto object = host.Lock();
+        if (object && cookie != 0) {
+            reinterpret_cast<typename E::Unsubscribe>(
+                SODetails::RawMethodEntry(object.Get(), E::kUnsubscribeSlot))(object.Get(), cookie);
+        }
+    }
+};
+
+// Subscribes `callable` to event `E` of `host`. Empty when the host has no subscribe entry or
+// answers with cookie 0. Fails with std::bad_alloc; no subscription is left at the host then. The
+// table size is not consulted: whoever hands out the interface offers its events.
+template <class Subscription, class E>
+SubscriptionHandle SubscribeTo(typename E::Interface* host, typename E::Callable callable)
+{
+    const auto subscribe =
+        host == nullptr
+            ? nullptr
+            : reinterpret_cast<typename E::Subscribe>(SODetails::RawMethodEntry(host, E::kSlot));
+    if (subscribe == nullptr) {
+        return nullptr;
+    }
+    // Everything that can fail for want of memory is made before the host is asked.
+    auto subscription = std::make_shared<Subscription>();
+    auto copy = std::make_unique<typename E::Callable>(std::move(callable));
+    const std::uint64_t cookie = subscribe(host, &E::Forward, &E::Release, copy.release());
+    if (cookie == 0) {
+        return nullptr;
+    }
+    const auto held = BasicServiceObjectPtr<typename E::Interface>::Retain(host);
+    subscription->host = WeakServiceObjectPtr<typename E::Interface>(held.Get());
+    subscription->cookie = cookie;
+    subscription->subscribed = true;
+    return subscription;
+}
+
+}  // namespace SOEvent
+
+// Declares event `name` of `interface` with its subscribe entry at `slot`; the remaining arguments
+// are the callback's parameters. Makes the entry `name`, the struct `EventSubscription_<name>` and
+// the function `Subscribe_<name>`. Inside the interface's struct.
+#define SO_EVENT(interface, name, slot, ...)                                                       \
+    struct name : SODetails::EventDeclaration<interface, slot, void(__VA_ARGS__)> {                \
+        static constexpr const char* kName = #name;                                                \
+        static constexpr unsigned kLine = __LINE__;                                                \
+    };                                                                                             \
+    struct EventSubscription_##name final : SOEvent::EventSubscription<name> {};                   \
+    static SOEvent::SubscriptionHandle Subscribe_##name(interface* host, name::Callable callable)  \
+    {                                                                                              \
+        return SOEvent::SubscribeTo<EventSubscription_##name, name>(host, std::move(callable));    \
+    }                                                                                              \
+    static_assert(true)

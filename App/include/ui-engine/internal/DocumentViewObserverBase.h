@@ -1,0 +1,143 @@
+// Base of a handler that follows a documents collection and the active document view: owns the
+// subscriptions and forwards each event to the handler's member function of the same name. The
+// handler hides those that it acts on. Callables are bound to the handler's raw pointer, so the
+// handler calls DropSubscriptions before it is destroyed. Events arrive on any thread.
+#pragma once
+
+#include "ui-engine/BLDocumentView.SO.h"
+#include "ui-engine/SOEvent.h"
+#include "ui-engine/UIDocumentsCollection.SO.h"
+#include "ui-engine/UIMainFrame.SO.h"
+
+#include <boost/bind/bind.hpp>
+
+template <class Derived>
+class DocumentViewObserverBase {
+public:
+    DocumentViewObserverBase(const DocumentViewObserverBase&) = delete;
+    DocumentViewObserverBase& operator=(const DocumentViewObserverBase&) = delete;
+
+    // Events of the documents collection that a handler need not act on.
+    void OnSbSViewCreated(UIDocumentViewSbS*) {}
+    void OnSbSViewDestroyed(UIDocumentViewSbS*) {}
+
+    // Events of the active view that a handler need not act on.
+    void OnZoomChanged(BLZoomType, float) {}
+    void OnFocusPageChanged(unsigned int) {}
+    void OnVisibleRangeChanged(const _BLPageRange*) {}
+    void OnPagesChanged(PDPageOperation, const _PDPageRange*) {}
+    void OnLayoutChanged(unsigned int) {}
+    void OnScrollChanged(BLScrollBarType, const BLScrollState*) {}
+    void OnAvailableOperationsChanged(unsigned int) {}
+    void OnLockedStateChanged(unsigned int) {}
+    void OnActiveToolChanged(unsigned int) {}
+    void OnViewStateChanged(unsigned int) {}
+    void OnViewRulerStateChanged(bool) {}
+    void OnViewGridStateChanged(bool) {}
+
+protected:
+    DocumentViewObserverBase() = default;
+    ~DocumentViewObserverBase() = default;
+
+    // Subscribes to the main frame instead of the one before.
+    void ObserveMainFrame(UIMainFrame* frame)
+    {
+        using namespace boost::placeholders;
+        mainFrame_.Clear();
+        mainFrame_.Append(UIMainFrame::Subscribe_OnChildDocumentFrameCreated(
+            frame, boost::bind(&Derived::OnChildDocumentFrameCreated, Self(), _1)));
+    }
+
+    // Subscribes to a collection instead of the ones before.
+    void ObserveCollection(UIDocumentsCollection* collection)
+    {
+        collections_.Clear();
+        AlsoObserveCollection(collection);
+    }
+
+    // Subscribes to one more collection.
+    void AlsoObserveCollection(UIDocumentsCollection* collection)
+    {
+        using namespace boost::placeholders;
+        using Collection = UIDocumentsCollection;
+        Derived* self = Self();
+        collections_.Append(Collection::Subscribe_OnDocumentViewCreated(
+            collection, boost::bind(&Derived::OnDocumentViewCreated, self, _1)));
+        collections_.Append(Collection::Subscribe_OnDocumentViewActivated(
+            collection, boost::bind(&Derived::OnDocumentViewActivated, self, _1)));
+        collections_.Append(Collection::Subscribe_OnDocumentViewDeactivated(
+            collection, boost::bind(&Derived::OnDocumentViewDeactivated, self, _1)));
+        collections_.Append(Collection::Subscribe_OnDocumentViewDestroyed(
+            collection, boost::bind(&Derived::OnDocumentViewDestroyed, self, _1)));
+        collections_.Append(Collection::Subscribe_OnSbSViewCreated(
+            collection, boost::bind(&Derived::OnSbSViewCreated, self, _1)));
+        collections_.Append(Collection::Subscribe_OnSbSViewActivated(
+            collection, boost::bind(&Derived::OnSbSViewActivated, self, _1)));
+        collections_.Append(Collection::Subscribe_OnSbSViewDeactivated(
+            collection, boost::bind(&Derived::OnSbSViewDeactivated, self, _1)));
+        collections_.Append(Collection::Subscribe_OnSbSViewDestroyed(
+            collection, boost::bind(&Derived::OnSbSViewDestroyed, self, _1)));
+    }
+
+    // Subscribes to a view instead of the one before.
+    void ObserveView(BLDocumentView* view)
+    {
+        using namespace boost::placeholders;
+        using View = BLDocumentView;
+        Derived* self = Self();
+        view_.Clear();
+        observed_ = WeakServiceObjectPtr<BLDocumentView>(view);
+        view_.Append(
+            View::Subscribe_OnZoomChanged(view, boost::bind(&Derived::OnZoomChanged, self, _1, _2)));
+        view_.Append(View::Subscribe_OnFocusPageChanged(
+            view, boost::bind(&Derived::OnFocusPageChanged, self, _1)));
+        view_.Append(View::Subscribe_OnVisibleRangeChanged(
+            view, boost::bind(&Derived::OnVisibleRangeChanged, self, _1)));
+        view_.Append(View::Subscribe_OnPagesChanged(
+            view, boost::bind(&Derived::OnPagesChanged, self, _1, _2)));
+        view_.Append(View::Subscribe_OnSelectionChanged(
+            view, boost::bind(&Derived::OnSelectionChanged, self, _1)));
+        view_.Append(View::Subscribe_OnLayoutChanged(
+            view, boost::bind(&Derived::OnLayoutChanged, self, _1)));
+        view_.Append(View::Subscribe_OnScrollChanged(
+            view, boost::bind(&Derived::OnScrollChanged, self, _1, _2)));
+        view_.Append(View::Subscribe_OnAvailableOperationsChanged(
+            view, boost::bind(&Derived::OnAvailableOperationsChanged, self, _1)));
+        view_.Append(View::Subscribe_OnLockedStateChanged(
+            view, boost::bind(&Derived::OnLockedStateChanged, self, _1)));
+        view_.Append(View::Subscribe_OnActiveToolChanged(
+            view, boost::bind(&Derived::OnActiveToolChanged, self, _1)));
+        view_.Append(View::Subscribe_OnViewStateChanged(
+            view, boost::bind(&Derived::OnViewStateChanged, self, _1)));
+        view_.Append(View::Subscribe_OnViewRulerStateChanged(
+            view, boost::bind(&Derived::OnViewRulerStateChanged, self, _1)));
+        view_.Append(View::Subscribe_OnViewGridStateChanged(
+            view, boost::bind(&Derived::OnViewGridStateChanged, self, _1)));
+    }
+
+    // Ends the subscriptions to `view` when it is the one observed.
+    void StopObservingView(BLDocumentView* view)
+    {
+        if (observed_.Lock().Get() == view) {
+            view_.Clear();
+            observed_.Reset();
+        }
+    }
+
+    // Ends every subscription. May be called twice.
+    void DropSubscriptions()
+    {
+        view_.Clear();
+        observed_.Reset();
+        collections_.Clear();
+        mainFrame_.Clear();
+    }
+
+private:
+    Derived* Self() noexcept { return static_cast<Derived*>(this); }
+
+    SOEvent::SubscriptionList mainFrame_;
+    SOEvent::SubscriptionList collections_;
+    SOEvent::SubscriptionList view_;
+    WeakServiceObjectPtr<BLDocumentView> observed_;
+};

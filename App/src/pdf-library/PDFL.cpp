@@ -1,0 +1,151 @@
+#include "pdf-library/PDFL.h"
+
+#include "pdf-library/PDModelService.SO.h"
+#include "service-common/ServiceObjectException.h"
+#include "service-common/ServiceProvider.h"
+#include "service-common/WideText.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace PDFL {
+namespace {
+
+std::atomic<const PDFunctionTable*> g_library = nullptr;
+
+const PDFunctionTable& FetchLibrary()
+{
+    const auto service = SP::QueryServiceObject<PDModelService>();
+    const PDFunctionTable* table = nullptr;
+    CallMethod<PDModelService::GetFunctionTable>(service.Get(), &table);
+    if (table == nullptr || table->size < sizeof(PDFunctionTable)) {
+        throw ServiceObjectException({kResultNotInitialized, L"Not initialized", "PDFL::Library",
+                                      "include/pdf-library/PDFL", __LINE__});
+    }
+    g_library.store(table, std::memory_order_release);
+    return *table;
+}
+
+void AppendText(void* context, const char16_t* text, std::uint32_t length)
+{
+    AppendFromUtf16(*static_cast<std::wstring*>(context), std::u16string_view(text, length));
+}
+
+using TextQuery = ResultCode (*)(_PDAnnotRec*, PDTextSink, void*);
+
+std::wstring TextOf(_PDAnnotRec* annotation, TextQuery query)
+{
+    std::wstring text;
+    if (annotation != nullptr && query(annotation, &AppendText, &text) != kResultOk) {
+        text.clear();
+    }
+    return text;
+}
+
+using DateQuery = ResultCode (*)(_PDAnnotRec*, _PDDateRec*);
+
+_PDDateRec DateOf(_PDAnnotRec* annotation, DateQuery query)
+{
+    _PDDateRec date{};
+    if (annotation == nullptr || query(annotation, &date) != kResultOk) {
+        date = {};
+    }
+    return date;
+}
+
+}  // namespace
+
+const PDFunctionTable& Library()
+{
+    const PDFunctionTable* table = g_library.load(std::memory_order_acquire);
+    return table != nullptr ? *table : FetchLibrary();
+}
+
+_PDRect Normalised(const _PDRect& rectangle)
+{
+    return {std::min(rectangle.left, rectangle.right), std::min(rectangle.bottom, rectangle.top),
+            std::max(rectangle.left, rectangle.right), std::max(rectangle.bottom, rectangle.top)};
+}
+
+std::uint32_t Page::AnnotationCount() const
+{
+    std::uint32_t count = 0;
+    if (record_ == nullptr || Library().PageGetAnnotCount(record_, &count) != kResultOk) {
+        return 0;
+    }
+    return count;
+}
+
+Annotation Annotation::Retain(_PDAnnotRec* record)
+{
+    Annotation annotation;
+    if (record != nullptr) {
+        Library().AnnotAddRef(record);
+        annotation.record_ = record;
+    }
+    return annotation;
+}
+
+Annotation Annotation::At(const Page& page, std::uint32_t position)
+{
+    Annotation annotation;
+    if (page && Library().PageGetAnnot(page.Get(), position, annotation.Receive()) != kResultOk) {
+        annotation.Reset();
+    }
+    return annotation;
+}
+
+bool Annotation::IsEqual(const Annotation& other) const
+{
+    bool equal = false;
+    return record_ != nullptr && other.record_ != nullptr &&
+           Library().AnnotIsEqual(record_, other.record_, &equal) == kResultOk && equal;
+}
+
+bool Annotation::IsListed() const
+{
+    bool listed = false;
+    return record_ != nullptr && Library().AnnotIsListed(record_, &listed) == kResultOk && listed;
+}
+
+Atom Annotation::Subtype() const
+{
+    Atom subtype = kAtomNone;
+    if (record_ == nullptr || Library().AnnotGetSubtype(record_, &subtype) != kResultOk) {
+        return kAtomNone;
+    }
+    return subtype;
+}
+
+std::wstring Annotation::Contents() const
+{
+    return TextOf(record_, Library().AnnotGetContents);
+}
+
+std::wstring Annotation::Title() const
+{
+    return TextOf(record_, Library().AnnotGetTitle);
+}
+
+std::wstring Annotation::Subject() const
+{
+    return TextOf(record_, Library().AnnotGetSubject);
+}
+
+_PDDateRec Annotation::CreationDate() const
+{
+    return DateOf(record_, Library().AnnotGetCreationDate);
+}
+
+_PDDateRec Annotation::ModificationDate() const
+{
+    return DateOf(record_, Library().AnnotGetModificationDate);
+}
+
+ResultCode Annotation::Rectangle(_PDRect& rectangle) const
+{
+    rectangle = {};
+    return record_ == nullptr ? kResultNullArgument : Library().AnnotGetRect(record_, &rectangle);
+}
+
+}  // namespace PDFL

@@ -1,0 +1,313 @@
+// Tracking: binding to view and document, loading the list on the worker behind the preloader, and
+// bringing single pages and items up to date as the document changes.
+#include "CommentsContainerHandler.h"
+
+#include "RenderQueue.h"
+
+#include "service-common/WideText.h"
+#include "ui-engine/LocalizedStrings.h"
+#include "ui-engine/internal/EventTask.h"
+
+#include <boost/bind/bind.hpp>
+#include <boost/format.hpp>
+
+#include <atomic>
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr const char* kResults = "div.results-container";
+constexpr const char* kPreloader = "div.picture[preloader]";
+constexpr const char* kAnyPageItem = "div.results-container ul[page-item]";
+constexpr const char* kNoItemsMessage = "#NoItemsMessage";
+constexpr const char* kLoadName = "CommentsContainerHandler::LoadResults";
+constexpr const char* kLocaleToken = "__l_o_c_a_l_e__t_o_k_e_n__";
+
+std::string PageItemSelector(std::uint32_t pageIndex)
+{
+    return (boost::format("div.results-container ul[page-item=\"%1%\"]") % pageIndex).str();
+}
+
+}  // namespace
+
+// One rendering of the whole list, shared by the handler, the worker and the posted completion.
+// The handler shows it only while it is the one that it waits for.
+struct CommentsContainerHandler::Loading {
+    std::atomic<bool> dropped = false;
+    BasicServiceObjectPtr<BLDocument> document;
+    // Written by the worker before the completion is posted, read after that.
+    std::string html;            // UTF-8
+    std::exception_ptr failure;  // null: rendered
+
+    // Runs on the worker.
+    void Render() noexcept
+    {
+        try {
+            Rendering rendering(document.Get());
+            rendering.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
+            RenderResults(rendering, [this](std::wstring_view text) { AppendUtf8(html, text); });
+        } catch (...) {
+            html.clear();
+            failure = std::current_exception();
+        }
+    }
+};
+
+void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
+{
+    using namespace boost::placeholders;
+    view_ = WeakServiceObjectPtr<BLDocumentView>(view);
+    documentReadOnly_ = false;
+    CallMethod<BLDocumentView::IsReadOnly>(view, &documentReadOnly_);
+    const auto document = CurrentDocument();
+    if (document) {
+        SetDocument(document.Get());
+    } else {
+        UpdateButtons();
+        UpdateMoveButtons();
+    }
+    viewSubscriptions_.Clear();
+    viewSubscriptions_.Append(BLDocumentView::Subscribe_OnInputHandleFocusAnnot(
+        view, boost::bind(&CommentsContainerHandler::OnFocusAnnot, this, _1, _2)));
+}
+
+void CommentsContainerHandler::SetDocument(BLDocument* document)
+{
+    using namespace boost::placeholders;
+    documentSubscriptions_.Clear();
+    document_ = WeakServiceObjectPtr<BLDocument>(document);
+    documentSubscriptions_.Append(BLDocument::Subscribe_OnPagesChanged(
+        document, boost::bind(&CommentsContainerHandler::OnPagesChanged, this, _1, _2)));
+    documentSubscriptions_.Append(BLDocument::Subscribe_OnAnnotChanged(
+        document, boost::bind(&CommentsContainerHandler::OnAnnotChanged, this, _1, _2, _3)));
+    ReloadList();
+}
+
+void CommentsContainerHandler::ReloadList()
+{
+    ClearResults();
+    LoadResults();
+    SelectFirstAnnotItem();
+    UpdateButtons();
+    UpdateMoveButtons();
+}
+
+void CommentsContainerHandler::ClearResults()
+{
+    container_.SelectFirst(kResults).SelectAll(":root > *").Delete();
+}
+
+void CommentsContainerHandler::DropLoading()
+{
+    if (loading_) {
+        loading_->dropped.store(true);
+        loading_.reset();
+    }
+    touchedPages_.clear();
+}
+
+void CommentsContainerHandler::LoadResults()
+{
+    DropLoading();
+    auto document = document_.Lock();
+    if (!document || !queue_) {
+        return;
+    }
+    container_.SelectAll(kPreloader).SetVisibility(u"visible");
+    loading_ = std::make_shared<Loading>();
+    loading_->document = std::move(document);
+    // The worker holds the handler weakly: the last reference to it must not go there. What it
+    // holds of the host it passes on to the UI thread with the completion.
+    queue_->Add([loading = loading_, thread = dispatcher_.ThreadObject(),
+                 self = WeakServiceObjectPtr<CommentsContainerHandler>(this)]() mutable {
+        loading->Render();
+        if (loading->dropped.load()) {
+            return;
+        }
+        SODetails::RunEventTask(kLoadName, [&] {
+            UIThreadDispatcher::PostTo(thread.Get(), [loading = std::move(loading), self] {
+                const auto handler = self.Lock();
+                if (handler && handler->loading_ == loading) {
+                    SODetails::RunEventTask(kLoadName, [&] { handler->LandResults(loading); });
+                }
+            });
+        });
+    });
+}
+
+void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loading)
+{
+    const auto touched = std::exchange(touchedPages_, {});
+    loading_.reset();
+    container_.SelectAll(kPreloader).Collapse();
+    if (loading->failure) {
+        UpdateButtons();
+        UpdateMoveButtons();
+        std::rethrow_exception(loading->failure);
+    }
+    const ElementReference results = container_.SelectFirst(kResults);
+    results.SetHtml(loading->html, HtmlPosition::kReplaceContent);
+    results.Update(kUpdateMeasure);
+    // What changed while the worker was rendering may be in the rendering or not.
+    for (const std::uint32_t pageIndex : touched) {
+        UpdatePageItem(pageIndex);
+    }
+    const ElementReference message = results.SelectFirst(kNoItemsMessage);
+    if (message) {
+        message.SetText(LocalizedString(message.Attribute(kLocaleToken)));
+    }
+    SelectFirstAnnotItem();
+    UpdateButtons();
+    UpdateMoveButtons();
+}
+
+void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _PDPageRange* range)
+{
+    if (operation != PDPageOperation::kInserted && operation != PDPageOperation::kDeleted &&
+        operation != PDPageOperation::kMoved) {
+        return;
+    }
+    // The range is the caller's; a task that runs later has its own copy.
+    std::vector<std::uint32_t> pages;
+    if (range != nullptr && range->pages != nullptr) {
+        pages.assign(range->pages, range->pages + range->count);
+    }
+    RunOnUIThread("CommentsContainerHandler::OnPagesChanged", [this, pages = std::move(pages)] {
+        if (document_.Lock()) {
+            ReloadList();
+        }
+    });
+}
+
+void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsigned int pageIndex,
+                                              _PDAnnotRec* annotation)
+{
+    SODetails::RunEventTask("CommentsContainerHandler::OnAnnotChanged", [&] {
+        const auto changed = PDFL::Annotation::Retain(annotation);
+        if (!changed.IsListed()) {
+            return;
+        }
+        switch (operation) {
+        case PDAnnotOperation::kAdded:
+        case PDAnnotOperation::kRemoved:
+        case PDAnnotOperation::kAppearanceChanged:
+        case PDAnnotOperation::kPropertiesChanged:
+            RunOnUIThread("CommentsContainerHandler::OnAnnotChanged",
+                          [this, operation, pageIndex, changed] {
+                              ApplyAnnotChange(operation, pageIndex, changed);
+                          });
+            break;
+        default:
+            break;
+        }
+    });
+}
+
+void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec* annotation)
+{
+    if (annotation == nullptr || pageIndex == kPDNoPage) {
+        return;
+    }
+    SODetails::RunEventTask("CommentsContainerHandler::OnFocusAnnot", [&] {
+        RunOnUIThread("CommentsContainerHandler::OnFocusAnnot",
+                      [this, pageIndex, focused = PDFL::Annotation::Retain(annotation)] {
+                          SelectAnnotItem(pageIndex, focused);
+                      });
+    });
+}
+
+void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
+                                                std::uint32_t pageIndex,
+                                                const PDFL::Annotation& annotation)
+{
+    const auto document = document_.Lock();
+    std::int32_t pageCount = 0;
+    CallMethod<BLDocument::GetPageCount>(document.Get(), &pageCount);
+    if (pageCount <= 0 || pageIndex >= static_cast<std::uint32_t>(pageCount)) {
+        return;
+    }
+    if (loading_) {
+        touchedPages_.insert(pageIndex);  // applied when the list lands
+        return;
+    }
+    if (operation == PDAnnotOperation::kAdded || operation == PDAnnotOperation::kRemoved) {
+        UpdatePageItem(pageIndex);
+        if (!HasCurrentAnnotItem()) {
+            SelectFirstAnnotItem();
+        }
+        UpdateButtons();
+        UpdateMoveButtons();
+    } else {
+        ReplaceAnnotItem(pageIndex, annotation);
+    }
+}
+
+void CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
+                                                const PDFL::Annotation& annotation)
+{
+    const auto document = document_.Lock();
+    const std::string selector = AnnotItemSelector(*document.Get(), pageIndex, annotation);
+    Rendering rendering(document.Get());
+    // An array may hold an annotation twice: its items share the name.
+    const ElementSet items = container_.SelectAll(selector);
+    for (const UIElement& element : items.Elements()) {
+        const ElementReference item = container_.SameWindow(element.handle);
+        const bool wasCurrent = (item.State() & kStateCurrent) != 0;
+        item.SetHtml(ToUtf8(RenderAnnotItem(rendering, pageIndex, annotation)),
+                     HtmlPosition::kReplaceWhole);
+        if (wasCurrent) {
+            container_.SelectFirst(selector).SetState(kStateCurrent, 0);
+        }
+    }
+}
+
+ElementReference CommentsContainerHandler::PageItem(std::uint32_t pageIndex) const
+{
+    return container_.SelectFirst(PageItemSelector(pageIndex));
+}
+
+void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
+{
+    const auto document = document_.Lock();
+    Rendering rendering(document.Get());
+    const std::string html = ToUtf8(RenderPageItem(rendering, pageIndex));
+    const ElementReference present = PageItem(pageIndex);
+    if (present && html.empty()) {
+        container_.SelectAll(PageItemSelector(pageIndex)).Delete();
+    } else if (present) {
+        present.SetHtml(html, HtmlPosition::kReplaceWhole);
+    } else if (!html.empty()) {
+        InsertPageItem(pageIndex, html);
+    }
+    RefreshNoItemsMessage();
+}
+
+void CommentsContainerHandler::InsertPageItem(std::uint32_t pageIndex, std::string_view html)
+{
+    for (std::uint32_t before = pageIndex; before-- > 0;) {
+        if (const ElementReference preceding = PageItem(before)) {
+            preceding.SetHtml(html, HtmlPosition::kInsertAfter);
+            return;
+        }
+    }
+    container_.SelectFirst(kResults).SetHtml(html, HtmlPosition::kInsertFirst);
+}
+
+void CommentsContainerHandler::RefreshNoItemsMessage()
+{
+    const ElementReference results = container_.SelectFirst(kResults);
+    const ElementReference message = results.SelectFirst(":root > #NoItemsMessage");
+    const bool hasItems = HasPageItems();
+    if (hasItems && message) {
+        message.Delete();
+    } else if (!hasItems && !message) {
+        results.SetHtml(ToUtf8(RenderNoItems()), HtmlPosition::kReplaceContent);
+    }
+}
+
+bool CommentsContainerHandler::HasPageItems() const
+{
+    return static_cast<bool>(container_.SelectFirst(kAnyPageItem));
+}

@@ -1,0 +1,207 @@
+// The handler of one comments container: shows, inside its element, every listed annotation of one
+// document view's document, keeps that list equal to the document, and acts on clicks and keys.
+// One class with four jobs, each in a source file of its own:
+//
+//   rendering   document -> HTML                  CommentsContainerHandler.Rendering.cpp
+//   tracking    events -> list                    CommentsContainerHandler.Tracking.cpp
+//   lookup      list item <-> annotation          CommentsContainerHandler.Lookup.cpp
+//   commands    clicks and keys -> list and view  CommentsContainerHandler.Commands.cpp
+//
+// Everything runs on the UI thread except where it says otherwise. The DOM is the only record of
+// which item is current and which pages are collapsed. Failures are ServiceObjectException.
+#pragma once
+
+#include "pdf-library/PDFL.h"
+#include "ui-engine/BLDocument.SO.h"
+#include "ui-engine/BLDocumentView.SO.h"
+#include "ui-engine/ElementAccess.h"
+#include "ui-engine/SOEvent.h"
+#include "ui-engine/UIThreadDispatcher.h"
+#include "ui-engine/internal/CppUIHandlerBase.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+
+class RenderQueue;
+struct BLService;
+
+class CommentsContainerHandler
+    : public SOImpl::CppUIHandlerBase<CommentsContainerHandler, SODetails::ServiceObjectTraits> {
+public:
+    // Serves `view`, of which it keeps a weak reference. Binds when it is attached.
+    explicit CommentsContainerHandler(BLDocumentView& view);
+    ~CommentsContainerHandler();
+
+    // --- UIHandler -----------------------------------------------------------------------------
+
+    UIElement ElementAttachedTo() const noexcept { return container_.AsElement(); }
+    std::uint32_t SubscribedEvents() const noexcept;
+    // Starts the dispatcher and binds the handler to its view.
+    ResultCode Attached(UIWnd& window, const UIElement& element);
+    // Drops a rendering under way, all subscriptions and the dispatcher. May come twice.
+    ResultCode Detached();
+    ResultCode HandleKey(HtmlElementHandle element, UIKeyEvent* event);
+    ResultCode HandleEvent(HtmlElementHandle element, UIBehaviourEvent* event);
+    // Posts a fresh loading of the list.
+    ResultCode OnLocaleChanged();
+
+    // --- Rendering: touches no DOM and no member, so that it may run on the worker [any-thread] --
+
+    // What one rendering has in common: its document and the texts of the user's language, looked
+    // up once. Made per rendering and used on one thread.
+    struct Rendering {
+        explicit Rendering(BLDocument* document);
+
+        BLDocument* document;
+        std::wstring pageCaption;   // with %1% for the page number
+        std::wstring createdLabel;
+        std::wstring modifiedLabel;
+        std::wstring dateFormat;    // directives of date_time's output facets
+        std::map<Atom, std::wstring> displayNames;  // those asked for so far
+        // Asked between annotations; the rendering ends early, unfinished, when it answers false.
+        std::function<bool()> wanted = [] { return true; };
+    };
+
+    // The whole list, or the no-items message; handed over page by page, in page order.
+    static void RenderResults(Rendering& rendering,
+                              const std::function<void(std::wstring_view)>& write);
+    static std::wstring RenderResults(Rendering& rendering);
+    // The paragraph that says that there is nothing to show.
+    static std::wstring RenderNoItems();
+    // One page; empty when it has no listed annotation or cannot be had.
+    static std::wstring RenderPageItem(Rendering& rendering, std::uint32_t pageIndex);
+    // One `li`, here or with the name made already. Fails as MakeAnnotUniqueName does.
+    static std::wstring RenderAnnotItem(Rendering& rendering, std::uint32_t pageIndex,
+                                        const PDFL::Annotation& annotation);
+    static std::wstring RenderAnnotItem(Rendering& rendering, std::wstring uniqueName,
+                                        const PDFL::Annotation& annotation);
+    // One `popup`.
+    static std::wstring RenderAnnotTooltip(Rendering& rendering,
+                                           const PDFL::Annotation& annotation,
+                                           const std::wstring& tooltipId);
+    // The display name, empty without a subtype.
+    static const std::wstring& GetAnnotTypeName(Rendering& rendering,
+                                                const PDFL::Annotation& annotation);
+    // The class as attribute text, such as L".highlight", or empty.
+    static std::wstring GetAnnotClassName(const PDFL::Annotation& annotation);
+    // The date in local time, or empty when there is none or a field is out of range.
+    static std::wstring FormatAnnotDate(const _PDDateRec& date, const std::wstring& format);
+    // The contents with every line break turned into "<br/>"; nothing is escaped.
+    static std::wstring ConvertContentsText(const PDFL::Annotation& annotation);
+
+    // --- Tracking --------------------------------------------------------------------------------
+
+    void SetDocumentView(BLDocumentView* view);
+    void SetDocument(BLDocument* document);
+    // Shows the preloader and queues a rendering; one that is still under way is dropped.
+    void LoadResults();
+    // Event handlers. [any-thread]
+    void OnPagesChanged(PDPageOperation operation, const _PDPageRange* range);
+    void OnAnnotChanged(PDAnnotOperation operation, unsigned int pageIndex,
+                        _PDAnnotRec* annotation);
+    void OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec* annotation);
+    // Brings one page item up to date, in its place.
+    void UpdatePageItem(std::uint32_t pageIndex);
+
+    // --- Lookup ----------------------------------------------------------------------------------
+
+    // "%1%_%2%" of the page index and the annotation's position. [any-thread]
+    static std::wstring MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
+                                            const PDFL::Annotation& annotation);
+    // Position of the annotation in its page's array; the first of equal ones. Fails with "Not
+    // initialized", "Page index out of range" or "Annot not found". [any-thread]
+    static std::uint32_t GetAnnotIndex(BLDocument* document, std::uint32_t pageIndex,
+                                       const PDFL::Annotation& annotation);
+    // The annotation at the position that the text begins with (0 when it begins with no digit).
+    // Fails with "Not initialized", "Page index out of range" or "Annot index out of range".
+    static PDFL::Annotation FindAnnot(BLDocument* document, std::uint32_t pageIndex,
+                                      std::wstring_view indexText);
+    // Page index of the current item, from its page item. Fails with "Not initialized".
+    std::uint32_t GetPageIndex() const;
+    // Annotation of the current item; empty for an item with an empty name. Fails as FindAnnot
+    // does, and with "Not initialized" without a current item.
+    PDFL::Annotation GetCurrentAnnot() const;
+    // The list item of an annotation, or empty.
+    ElementReference FindAnnotItem(std::uint32_t pageIndex,
+                                   const PDFL::Annotation& annotation) const;
+
+    // --- Selection, navigation and commands ------------------------------------------------------
+
+    bool HasCurrentAnnotItem() const;
+    bool HasSiblingAnnotItem(bool up) const;
+    bool HasAdjacentPageAnnotItem(bool up) const;
+    bool MoveWithinPage(bool up);
+    bool MoveToAdjacentPage(bool up);
+    bool SelectFirstAnnotItem(bool makeCurrent = true);
+    bool SelectLastAnnotItem();
+    void SelectAnnotItem(std::uint32_t pageIndex, const PDFL::Annotation& annotation);
+    void RevealAnnotItem(const ElementReference& item);
+    void NavigateToAnnot();
+    void DeleteAnnot();
+    void UpdateButtons();
+    void UpdateMoveButtons();
+    void UpdateExpandCollapseButtons();
+    void UpdateDeleteButton();
+
+private:
+    struct Loading;
+
+    // Throws the failure of an operation of this class.
+    [[noreturn]] static void Fail(ResultCode code, const wchar_t* message, const char* function,
+                                  std::uint32_t line);
+
+    // Runs `task` on the UI thread: now when this is it, else posted, and dropped when the handler
+    // is gone or detached by then. Failures end the task. [any-thread]
+    void RunOnUIThread(const char* name, std::function<void()> task);
+    void PostToUIThread(const char* name, std::function<void()> task);
+
+    // The document of the view, asked for anew each time; empty when view or document is gone.
+    BasicServiceObjectPtr<BLDocument> CurrentDocument() const;
+
+    void ReloadList();
+    void ClearResults();
+    void DropLoading();
+    void LandResults(const std::shared_ptr<Loading>& loading);
+    void ApplyAnnotChange(PDAnnotOperation operation, std::uint32_t pageIndex,
+                          const PDFL::Annotation& annotation);
+    void ReplaceAnnotItem(std::uint32_t pageIndex, const PDFL::Annotation& annotation);
+    void InsertPageItem(std::uint32_t pageIndex, std::string_view html);
+    // Keeps the no-items paragraph and page items from being shown together, or neither.
+    void RefreshNoItemsMessage();
+    ElementReference PageItem(std::uint32_t pageIndex) const;
+
+    static std::string AnnotItemSelector(BLDocument& document, std::uint32_t pageIndex,
+                                         const PDFL::Annotation& annotation);
+    ElementReference CurrentItem() const;
+    ElementReference SiblingAnnotItem(bool up) const;
+    ElementReference AdjacentPageAnnotItem(bool up) const;
+    static void MakeCurrent(const ElementReference& item);
+    void TogglePage(const ElementReference& icon);
+    void SetStateOfAllPages(std::uint32_t state);
+    void MoveAndNavigate(bool up);
+    void ActOnKey(std::uint32_t virtualKey);
+    void ActOnClick(const ElementReference& target);
+    void RefreshResults();
+    bool HasPageItems() const;
+    void EnableButton(const char* selector, bool enable);
+    static void ShowInView(BLService& service, BLDocumentView& view, BLDocument& document,
+                           std::uint32_t pageIndex, const PDFL::Annotation& annotation,
+                           const _PDRect& rectangle);
+
+    WeakServiceObjectPtr<BLDocumentView> view_;
+    WeakServiceObjectPtr<BLDocument> document_;  // the one that is listed and subscribed to
+    SOEvent::SubscriptionList documentSubscriptions_;
+    SOEvent::SubscriptionList viewSubscriptions_;
+    UIThreadDispatcher dispatcher_;
+    ElementReference container_;
+    bool documentReadOnly_ = false;
+
+    std::shared_ptr<RenderQueue> queue_;  // held while attached
+    std::shared_ptr<Loading> loading_;    // the rendering that may still land
+    std::set<std::uint32_t> touchedPages_;  // changed since that rendering began
+};

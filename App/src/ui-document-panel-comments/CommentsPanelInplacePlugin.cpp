@@ -1,0 +1,89 @@
+#include "CommentsPanelInplacePlugin.h"
+
+#include "CommentsPanelHandler.h"
+#include "CommentsPanelModel.h"
+#include "Exports.h"
+#include "SubtypeTable.h"
+
+#include "service-common/ServiceObjectRegistry.h"
+#include "service-common/ServiceProvider.h"
+#include "ui-engine/UIEngine.SO.h"
+#include "ui-engine/UIWnd.SO.h"
+
+namespace {
+
+const SODetails::ServiceObjectRegistration g_registration(
+    "CommentsPanelInplacePlugin", []() -> BasicServiceObjectPtr<ServiceObject> {
+        auto plugin = SODetails::ServiceObjectCppTheConcrete<CommentsPanelInplacePlugin>::Create();
+        return BasicServiceObjectPtr<ServiceObject>::Adopt(plugin.Detach()->AsInterface());
+    });
+
+// An object handed to the host: one reference of its own.
+template <class I, class T>
+BasicServiceObjectPtr<I> HandOut(const BasicServiceObjectPtr<T>& object)
+{
+    return BasicServiceObjectPtr<I>::Retain(object ? object->AsInterface() : nullptr);
+}
+
+}  // namespace
+
+CommentsPanelInplacePlugin::CommentsPanelInplacePlugin()
+{
+    FindSubtype(kAtomNone);  // builds the table before any container exists
+}
+
+CommentsPanelInplacePlugin::~CommentsPanelInplacePlugin() = default;
+
+ResultCode CommentsPanelInplacePlugin::RegisterResources()
+{
+    const auto engine = SP::QueryServiceObject<UIEngine>();
+    if (engine) {
+        ::RegisterResources(engine.Get());
+    }
+    return kResultOk;
+}
+
+ResultCode CommentsPanelInplacePlugin::InitBegin(UIWnd* window, ServiceObject& hostContext)
+{
+    hostContext_ = &hostContext;
+    if (CheckServiceObject(window, UIWnd::kName) == kResultOk) {
+        window_ = window;
+    }
+    return kResultOk;
+}
+
+void CommentsPanelInplacePlugin::CreatePanelObjects()
+{
+    using namespace SODetails;
+    try {
+        handler_ = ServiceObjectCppTheConcrete<CommentsPanelHandler>::Create();
+        model_ = ServiceObjectCppTheConcrete<CommentsPanelModel>::Create(handler_);
+    } catch (const std::exception&) {
+        // What could not be made stays empty; the host receives null.
+    }
+}
+
+BasicServiceObjectPtr<UIHandler> CommentsPanelInplacePlugin::InitHandler()
+{
+    if (!handler_) {
+        CreatePanelObjects();
+    }
+    return HandOut<UIHandler>(handler_);
+}
+
+BasicServiceObjectPtr<UIDocumentPanelModel> CommentsPanelInplacePlugin::GetUIModel()
+{
+    if (!model_) {
+        CreatePanelObjects();
+    }
+    return HandOut<UIDocumentPanelModel>(model_);
+}
+
+ResultCode CommentsPanelInplacePlugin::Cleanup()
+{
+    handler_.Reset();
+    model_.Reset();
+    window_ = nullptr;
+    hostContext_ = nullptr;
+    return kResultOk;
+}

@@ -1,0 +1,29 @@
+// The panel's model: hands the host's documents collection to the panel handler and declines
+// everything else. Does not keep the handler alive. [ui-thread]
+#pragma once
+
+#include "CommentsPanelHandler.h"
+
+#include "ui-engine/internal/CppUIDocumentPanelModelBase.h"
+
+class CommentsPanelModel
+    : public SOImpl::CppUIDocumentPanelModelBase<CommentsPanelModel,
+                                                 SODetails::ServiceObjectTraits> {
+public:
+    // Takes a weak reference; the strong one goes at once.
+    explicit CommentsPanelModel(const BasicServiceObjectPtr<CommentsPanelHandler>& handler)
+        : handler_(handler.Get())
+    {
+    }
+
+    ResultCode SetDocumentsCollection(UIDocumentsCollection* collection)
+    {
+        if (const auto handler = handler_.Lock()) {
+            handler->SetDocumentsCollection(collection);
+        }
+        return kResultOk;
+    }
+
+private:
+    WeakServiceObjectPtr<CommentsPanelHandler> handler_;
+};

@@ -1,0 +1,40 @@
+// The module's one thread of its own: a background worker that renders whole lists, and the queue
+// of jobs that it serves. Shared by all containers; started with the first job; ended, and waited
+// for, when the last container lets go of it, which is before the library can be unloaded.
+#pragma once
+
+#include "platform/Threads.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+class RenderQueue {
+public:
+    // A job runs on the worker; it must not throw, and must not hold a handle to the queue.
+    using Job = std::function<void()>;
+
+    // The queue that all containers share, made when nobody holds it. [ui-thread]
+    static std::shared_ptr<RenderQueue> Shared();
+
+    RenderQueue() = default;
+    // Drops the jobs that have not begun and waits for the one that has. Not on the worker.
+    ~RenderQueue();
+    RenderQueue(const RenderQueue&) = delete;
+    RenderQueue& operator=(const RenderQueue&) = delete;
+
+    // Jobs run in the order in which they were added. [any-thread]
+    void Add(Job job);
+
+private:
+    void Run();
+
+    std::mutex mutex_;  // guards what follows
+    std::deque<Job> jobs_;
+    bool stopping_ = false;
+
+    Platform::AutoResetEvent jobAdded_;
+    std::thread worker_;
+};

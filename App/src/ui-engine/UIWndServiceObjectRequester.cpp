@@ -1,0 +1,50 @@
+#include "ui-engine/internal/UIWndServiceObjectRequester.h"
+
+#include "service-common/ErrorRecord.h"
+#include "service-common/ServiceObjectException.h"
+#include "service-common/SingletonStaticData.h"
+#include "service-common/WideText.h"
+
+#include <boost/format.hpp>
+
+#include <utility>
+
+namespace {
+
+void ReportFailure(ResultCode code, std::wstring message, std::uint32_t line)
+{
+    SetThreadLastError({code, std::move(message),
+                        "UIWndServiceObjectRequester::QueryServiceObjectFromUIWnd",
+                        "include/ui-engine/internal/UIWndServiceObjectRequester", line});
+}
+
+}  // namespace
+
+bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name, ServiceObject** object)
+{
+    *object = nullptr;
+    try {
+        CallMethod<UIWnd::QueryServiceObject>(window, AtomService::Resolve(name), object);
+    } catch (const ServiceObjectException& failure) {
+        ReportFailure(failure.Code(),
+                      (boost::wformat(L"Fail to query %1% service object from UIWnd! %2%") %
+                       FromAscii(name) % failure.Message())
+                          .str(),
+                      __LINE__);
+        return false;
+    }
+    // Another interface under that name would be called through the wrong table.
+    if (*object != nullptr && (*object)->interfaceId == HashInterfaceName(name)) {
+        return true;
+    }
+    if (*object != nullptr) {
+        (*object)->Release(*object);
+        *object = nullptr;
+    }
+    ReportFailure(kResultNotFound,
+                  (boost::wformat(L"Fail to query %1% service object from UIWnd!") %
+                   FromAscii(name))
+                      .str(),
+                  __LINE__);
+    return false;
+}
