@@ -1,0 +1,13 @@
+// The sample document: what the panel shows, on a few pages that a person can look at.
+#pragma once
+
+#include <qpdf/QPDF.hh>
+
+namespace MakeDocument {
+
+// Fills an empty file: text on every page, each subtype with a visible shape, comments in several
+// scripts, short and long ones, with and without titles, subjects and dates, and the annotations
+// that a list leaves out (links, pop-ups, a form field, hidden ones).
+void FillSampleDocument(QPDF& file);
+
+}  // namespace MakeDocument

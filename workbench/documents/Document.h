@@ -1,0 +1,202 @@
+// A document of the workbench as its services see it: pages and annotations behind the PDF
+// library's records, edits, permissions, saving. MemoryDocument and QpdfDocument are the two kinds.
+//
+// Everything here is [any-thread], several threads at once. A page record is the page's annotation
+// array as it stood when it was acquired; an edit makes a new one and leaves those that were handed
+// out as they are. There is one annotation record for one annotation object, on however many pages
+// it stands, so equality is identity; its texts follow edits, and it stays readable after it was
+// removed and after its document was closed.
+#pragma once
+
+#include "documents/AnnotationProperties.h"
+#include "documents/RecordRef.h"
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace Documents {
+
+// An event that a host fires for its document's listeners after an edit.
+struct AnnotationChange {
+    PDAnnotOperation operation;
+    std::uint32_t page;
+    AnnotationRef annotation;
+};
+
+struct PagesChange {
+    PDPageOperation operation;
+    std::vector<std::uint32_t> pages;  // inserted: its index; deleted: its former index; moved: from, to
+};
+
+using Change = std::variant<AnnotationChange, PagesChange>;
+
+// Outcome of an edit: either an error of one line that names the thing (and nothing has changed),
+// or the events to fire, in order. An edit that changes nothing has neither.
+struct EditResult {
+    std::string error;
+    std::vector<Change> changes;
+
+    bool Succeeded() const noexcept { return error.empty(); }
+};
+
+// Outcome of saving: empty when the file is written, else one line that names the file.
+struct SaveResult {
+    std::string error;
+
+    bool Succeeded() const noexcept { return error.empty(); }
+};
+
+class Document : public std::enable_shared_from_this<Document> {
+public:
+    virtual ~Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    // Short name for titles and messages: the file's name without its folder, or the name given.
+    const std::string& Name() const noexcept { return name_; }
+
+    std::uint32_t PageCount() const noexcept;
+
+    // The page's present state; empty beyond the page count. The first call for a page of a file
+    // reads its annotations (some 30 microseconds each), later calls take some 30 nanoseconds and
+    // never wait for a page that another thread is reading.
+    PageRef AcquirePage(std::uint32_t page);
+
+    // The annotation at a position of the page's array; empty when there is no such page, no such
+    // position, or no annotation there.
+    AnnotationRef AnnotationAt(std::uint32_t page, std::uint32_t position);
+
+    // Index of the first page that shows the annotation, among the pages that have been acquired
+    // or edited; kPDNoPage for null and for an annotation that is on none of them. Linear in the
+    // number of pages, and in that of annotations only for one that several pages share.
+    std::uint32_t PageIndexOf(const _PDAnnotRec* annotation) const;
+
+    // The page's visible area in default user space; nothing beyond the page count.
+    std::optional<_PDRect> PageBox(std::uint32_t page);
+
+    // --- Permissions. Edits below do not ask them: whoever acts for a user asks first. ---
+
+    // Whether the document may not be changed at all: forced, else as the document says.
+    bool ReadOnly() const noexcept;
+    void ForceReadOnly(std::optional<bool> readOnly) noexcept;
+
+    // Whether annotations may be deleted: forced, else as the file's encryption permits.
+    bool AnnotationDeletionPermitted() const noexcept;
+    void ForceAnnotationDeletionPermitted(std::optional<bool> permitted) noexcept;
+
+    // Why this annotation must not be deleted (its flags ReadOnly, Locked), as a phrase for the
+    // user; empty when nothing speaks against it, and for null.
+    static std::string DeletionRefusal(const _PDAnnotRec* annotation);
+
+    // --- Edits. Serialised; each one is visible to other threads as a whole. ---
+
+    // Appends an annotation with neither title, subject nor dates, in a rectangle given or, without
+    // one, in a place of its own inside the page. Fails for a page beyond the count and for an
+    // empty subtype.
+    EditResult AddAnnotation(std::uint32_t page, std::string_view subtype, std::u16string contents,
+                             std::optional<_PDRect> rect = std::nullopt);
+
+    // Replaces the contents; one change for every page known to show the annotation. Fails where
+    // there is no annotation.
+    EditResult ChangeContents(std::uint32_t page, std::uint32_t position, std::u16string contents);
+
+    // Removes the annotation from this page, every entry of it, together with the pop-up that
+    // belongs to it; other pages that show it keep it. Fails where there is no annotation.
+    EditResult RemoveAnnotation(std::uint32_t page, std::uint32_t position);
+
+    // Inserts a blank page that gets the index `at` (up to and including the page count), of the
+    // size of the page before it.
+    EditResult InsertPage(std::uint32_t at);
+
+    // Fails beyond the count and for the only page of a document.
+    EditResult DeletePage(std::uint32_t page);
+
+    // Moves a page so that its index is `to` afterwards. The same index twice changes nothing.
+    EditResult MovePage(std::uint32_t from, std::uint32_t to);
+
+    // Whether anything was edited since opening or the last save.
+    bool Modified() const noexcept;
+
+    // Writes the document to `path`: beside it first, then renamed over it, so that a write that
+    // fails leaves what was there. The document stays usable, under its old name, in any case.
+    SaveResult Save(const std::filesystem::path& path);
+
+    // What was amiss with the file so far, one line each: repairs on opening, and damage met while
+    // pages were read since. Empty for a sound file.
+    virtual std::vector<std::string> Warnings() const;
+
+protected:
+    explicit Document(std::string name, bool listAll);
+
+    struct Page {
+        PageRef snapshot;            // empty: not read yet
+        std::optional<_PDRect> box;  // likewise
+        std::uint64_t number = 0;    // stands for the page wherever it is moved to; set by Document
+    };
+
+    // Takes the pages over, before any other thread knows the document.
+    void SetPages(std::vector<Page> pages);
+    void SetPermissions(bool readOnly, bool deletionPermitted) noexcept;
+    bool ListAll() const noexcept { return listAll_; }
+
+    // --- What the kind of document does. Called with the edit lock held, never concurrently.
+    //     Indices are valid; each either does all of its work or throws and has changed nothing. ---
+
+    // Reads the annotations of a page that has no snapshot yet. What cannot be read becomes an
+    // entry without annotation.
+    virtual PageRef ReadPage(std::uint32_t page) = 0;
+    virtual _PDRect ReadPageBox(std::uint32_t page) = 0;
+    virtual void WriteAdded(std::uint32_t page, const AnnotationProperties& properties,
+                            _PDAnnotRec* annotation) = 0;
+    virtual void WriteContents(std::uint32_t page, std::uint32_t position,
+                               std::u16string_view contents) = 0;
+    virtual void WriteRemoved(std::uint32_t page, const std::vector<std::uint32_t>& positions) = 0;
+    virtual void WritePageInserted(std::uint32_t at, const _PDRect& box) = 0;
+    virtual void WritePageDeleted(std::uint32_t page) = 0;
+    virtual void WritePageMoved(std::uint32_t from, std::uint32_t to) = 0;
+    virtual void WriteFile(const std::filesystem::path& path) = 0;
+
+    // Held while a page is read and during edits and saving.
+    mutable std::mutex editMutex_;
+
+private:
+    PageRef KnownPage(std::uint32_t page) const;
+    PageRef PageUnderEditLock(std::uint32_t page);
+    _PDRect PageBoxUnderEditLock(std::uint32_t page);
+    void Publish(std::uint32_t page, PageRef snapshot);
+    static void NoteHome(const Page& page);
+    std::vector<std::uint32_t> PagesShowing(const _PDAnnotRec* annotation) const;
+    void CheckPage(std::uint32_t page) const;
+    AnnotationRef CheckAnnotation(std::uint32_t page, const PageRef& snapshot,
+                                  std::uint32_t position) const;
+    template <class Work> EditResult RunEdit(Work work);
+
+    const std::string name_;
+    const bool listAll_;
+
+    // Held for the few instructions that read or replace entries of the page list; taken after
+    // editMutex_ where both are needed.
+    mutable std::mutex pagesMutex_;
+    std::vector<Page> pages_;
+    std::uint64_t lastPageNumber_ = 0;
+    std::atomic<std::uint32_t> pageCount_{0};
+
+    bool readOnly_ = false;
+    bool deletionPermitted_ = true;
+    enum class Forced : std::uint8_t { kNothing, kFalse, kTrue };
+    std::atomic<Forced> forcedReadOnly_{Forced::kNothing};
+    std::atomic<Forced> forcedDeletion_{Forced::kNothing};
+
+    std::atomic<std::uint64_t> revision_{0};
+    std::atomic<std::uint64_t> savedRevision_{0};
+};
+
+}  // namespace Documents

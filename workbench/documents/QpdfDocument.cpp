@@ -1,0 +1,576 @@
+#include "documents/QpdfDocument.h"
+
+#include "documents/AnnotationDictionary.h"
+#include "documents/FileReplacement.h"
+#include "documents/PdfText.h"
+#include "documents/Records.h"
+
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFExc.hh>
+#include <qpdf/QPDFLogger.hh>
+#include <qpdf/QPDFPageObjectHelper.hh>
+#include <qpdf/QPDFWriter.hh>
+#include <qpdf/QUtil.hh>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <stdexcept>
+#include <system_error>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace Documents {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Dictionary = std::map<std::string, QPDFObjectHandle>;
+
+constexpr std::size_t kMostWarnings = 100;
+
+const std::string kAnnots = "/Annots";
+const std::string kContents = "/Contents";
+
+// Number and generation of an indirect object in one.
+std::uint64_t KeyOf(const QPDFObjectHandle& object)
+{
+    const QPDFObjGen id = object.getObjGen();
+    return static_cast<std::uint64_t>(static_cast<std::uint32_t>(id.getObj())) << 32 |
+           static_cast<std::uint32_t>(id.getGen());
+}
+
+// One pass over a dictionary's entries; asking QPDF for each key by name costs more than that, and
+// most for keys that are not there.
+class AnnotationReader {
+public:
+    explicit AnnotationReader(QPDFObjectHandle& dictionary) : entries_{dictionary.getDictAsMap()} {}
+
+    AnnotationProperties Read()
+    {
+        AnnotationProperties properties;
+        for (auto& [key, value] : entries_) {
+            ReadEntry(key, value, properties);
+        }
+        return properties;
+    }
+
+    // Identity of the indirect object that an entry refers to; 0 when it refers to none.
+    std::uint64_t Reference(const std::string& key) const
+    {
+        const auto found = entries_.find(key);
+        return found != entries_.end() && found->second.isIndirect() ? KeyOf(found->second) : 0;
+    }
+
+private:
+    static void ReadEntry(const std::string& key, QPDFObjectHandle& value,
+                          AnnotationProperties& properties)
+    {
+        std::string text;
+        if (key == kContents) {
+            ReadText(value, properties.contents);
+        } else if (key == "/T") {
+            ReadText(value, properties.title);
+        } else if (key == "/Subj") {
+            ReadText(value, properties.subject);
+        } else if (key == "/CreationDate") {
+            ReadDate(value, properties.created);
+        } else if (key == "/M") {
+            ReadDate(value, properties.modified);
+        } else if (key == "/Rect") {
+            properties.rect = ReadRect(value);
+        } else if (key == "/Subtype" && value.getValueAsName(text)) {
+            properties.subtype = text.substr(1);
+        } else if (long long flags = 0; key == "/F" && value.getValueAsInt(flags)) {
+            properties.flags = static_cast<std::uint32_t>(flags);
+        }
+    }
+
+    static void ReadText(QPDFObjectHandle& value, std::u16string& text)
+    {
+        if (std::string bytes; value.getValueAsString(bytes)) {
+            text = DecodeTextString(bytes);
+        }
+    }
+
+    static void ReadDate(QPDFObjectHandle& value, _PDDateRec& date)
+    {
+        if (std::string bytes; value.getValueAsString(bytes)) {
+            date = DecodeDate(bytes);
+        }
+    }
+
+    static std::optional<_PDRect> ReadRect(QPDFObjectHandle& value)
+    {
+        if (!value.isArray() || value.getArrayNItems() < 4) {
+            return std::nullopt;
+        }
+        std::array<double, 4> numbers{};
+        for (int item = 0; item < 4; ++item) {
+            double& number = numbers[static_cast<std::size_t>(item)];
+            if (!value.getArrayItem(item).getValueAsNumber(number) || !std::isfinite(number)) {
+                return std::nullopt;
+            }
+        }
+        return _PDRect{numbers[0], numbers[1], numbers[2], numbers[3]};
+    }
+
+    Dictionary entries_;
+};
+
+struct Permissions {
+    bool readOnly = false;
+    bool deletion = true;
+};
+
+// What the encryption lets a reader do who did not give the owner's password.
+Permissions PermissionsOf(QPDF& file)
+{
+    if (!file.isEncrypted() || file.ownerPasswordMatched()) {
+        return {};
+    }
+    const bool annotations = file.allowModifyAnnotation();
+    const bool anything = annotations || file.allowModifyForm() || file.allowModifyAssembly() ||
+                          file.allowModifyOther();
+    return {!anything, annotations};
+}
+
+bool IsWriteProtected(const fs::path& path)
+{
+    std::error_code error;
+    const fs::perms permissions = fs::status(path, error).permissions();
+    constexpr fs::perms kWrite =
+        fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    return !error && (permissions & kWrite) == fs::perms::none;
+}
+
+// The whole file; throws std::system_error.
+std::string ReadFileBytes(const fs::path& path)
+{
+    const auto fail = [] { throw std::system_error{errno, std::generic_category()}; };
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file{std::fopen(path.c_str(), "rb"),
+                                                               std::fclose};
+    if (file == nullptr) {
+        fail();
+    }
+    // One byte more than the file is said to have, so that its end is met in the first round.
+    std::error_code unknown;
+    const std::uintmax_t size = fs::file_size(path, unknown);
+    std::string bytes(unknown ? 1 : static_cast<std::size_t>(size) + 1, '\0');
+    std::size_t read = 0;
+    while ((read += std::fread(bytes.data() + read, 1, bytes.size() - read, file.get())) ==
+           bytes.size()) {
+        bytes.resize(2 * bytes.size());
+    }
+    if (std::ferror(file.get()) != 0) {
+        fail();
+    }
+    bytes.resize(read);
+    return bytes;
+}
+
+class OpenedFile final : public QpdfDocument {
+public:
+    // Throws QPDFExc and other standard exceptions.
+    OpenedFile(std::string bytes, const std::string& description, std::string name,
+               const OpenOptions& options)
+        : QpdfDocument{std::move(name), options.listAll}, bytes_{std::move(bytes)}
+    {
+        OpenWithPassword(description, options.password);
+        if (!file_->getRoot().getKey("/Pages").isDictionary()) {
+            throw std::runtime_error("it has no page tree");
+        }
+        const std::size_t count = file_->getAllPages().size();
+        SetPages(std::vector<Page>(count));
+        nextObject_ = FirstFreeObject();
+        TakeWarnings();
+    }
+
+    void ApplyPermissions(bool writeProtected)
+    {
+        const Permissions permissions = PermissionsOf(*file_);
+        SetPermissions(permissions.readOnly || writeProtected, permissions.deletion);
+    }
+
+    std::vector<std::string> Warnings() const override
+    {
+        const std::lock_guard lock{warningsMutex_};
+        return warnings_;
+    }
+
+private:
+    // Passwords come as UTF-8; files before PDF 2.0 were made with other encodings of the same
+    // letters, so those are tried too.
+    void OpenWithPassword(const std::string& description, const std::string& password)
+    {
+        std::vector<std::string> spellings{password};
+        if (std::any_of(password.begin(), password.end(),
+                        [](char c) { return static_cast<unsigned char>(c) >= 0x80; })) {
+            for (std::string& spelling : QUtil::possible_repaired_encodings(password)) {
+                spellings.push_back(std::move(spelling));
+            }
+        }
+        for (std::size_t attempt = 0;; ++attempt) {
+            file_ = MakeQuietFile();
+            try {
+                file_->processMemoryFile(description.c_str(), bytes_.data(), bytes_.size(),
+                                         spellings[attempt].c_str());
+                return;
+            } catch (const QPDFExc& error) {
+                if (error.getErrorCode() != qpdf_e_password || attempt + 1 == spellings.size()) {
+                    throw;
+                }
+            }
+        }
+    }
+
+    static std::unique_ptr<QPDF> MakeQuietFile()
+    {
+        auto file = std::make_unique<QPDF>();
+        const auto logger = QPDFLogger::create();
+        logger->setInfo(logger->discard());
+        logger->setWarn(logger->discard());
+        logger->setError(logger->discard());
+        file->setLogger(logger);
+        file->setSuppressWarnings(true);
+        return file;
+    }
+
+    void Warn(std::string line)
+    {
+        const std::lock_guard lock{warningsMutex_};
+        if (warnings_.size() < kMostWarnings) {
+            std::replace_if(
+                line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+            warnings_.push_back(std::move(line));
+        } else if (warnings_.size() == kMostWarnings) {
+            warnings_.push_back(Name() + ": further warnings are left out");
+        }
+    }
+
+    void TakeWarnings()
+    {
+        if (file_->anyWarnings()) {
+            for (const QPDFExc& warning : file_->getWarnings()) {
+                Warn(warning.what());
+            }
+        }
+    }
+
+    QPDFObjectHandle PageObject(std::uint32_t page) { return file_->getAllPages().at(page); }
+
+    // --- Reading ---
+
+    // What an annotation's dictionary says of the pop-up that belongs to it.
+    struct PopupLink {
+        _PDAnnotRec* annotation;
+        std::uint64_t popup;   // from /Popup
+        std::uint64_t parent;  // from /Parent
+    };
+
+    PageRef ReadPage(std::uint32_t page) override
+    {
+        std::vector<AnnotationRef> annotations;
+        std::vector<PopupLink> links;
+        try {
+            QPDFObjectHandle object = PageObject(page);
+            QPDFObjectHandle array =
+                object.isDictionary() ? object.getKey(kAnnots) : QPDFObjectHandle::newNull();
+            const int count = array.isArray() ? array.getArrayNItems() : 0;
+            annotations.reserve(static_cast<std::size_t>(count));
+            for (int item = 0; item < count; ++item) {
+                annotations.push_back(ReadAnnotation(array.getArrayItem(item), links));
+            }
+        } catch (const std::exception& error) {
+            Warn(Name() + ": the annotations of page " + std::to_string(page) +
+                 " cannot be read: " + error.what());
+        }
+        LinkPopups(links);
+        TakeWarnings();
+        return MakePageRecord(std::move(annotations));
+    }
+
+    AnnotationRef ReadAnnotation(QPDFObjectHandle object, std::vector<PopupLink>& links)
+    {
+        try {
+            if (!object.isDictionary()) {
+                return {};
+            }
+            if (!object.isIndirect()) {
+                return MakeRecord(object, links);
+            }
+            AnnotationRef& known = records_[KeyOf(object)];
+            if (!known) {
+                known = MakeRecord(object, links);
+            }
+            return known;
+        } catch (const std::exception& error) {
+            Warn(Name() + ": an annotation cannot be read: " + error.what());
+            return {};
+        }
+    }
+
+    AnnotationRef MakeRecord(QPDFObjectHandle& dictionary, std::vector<PopupLink>& links)
+    {
+        AnnotationReader reader{dictionary};
+        const AnnotationRef record = MakeAnnotationRecord(reader.Read(), ListAll());
+        const std::uint64_t popup = reader.Reference("/Popup");
+        const std::uint64_t parent = reader.Reference("/Parent");
+        if (popup != 0 || parent != 0) {
+            links.push_back({record.Get(), popup, parent});
+        }
+        return record;
+    }
+
+    AnnotationRef RecordOf(std::uint64_t key) const
+    {
+        const auto found = records_.find(key);
+        return found == records_.end() ? AnnotationRef{} : found->second;
+    }
+
+    // An annotation names its pop-up, and a pop-up its parent; files exist with only one of both.
+    void LinkPopups(const std::vector<PopupLink>& links)
+    {
+        for (const PopupLink& link : links) {
+            LinkPopup(*link.annotation, RecordOf(link.popup));
+        }
+        for (const PopupLink& link : links) {
+            if (const AnnotationRef parent = RecordOf(link.parent)) {
+                LinkPopup(*parent.Get(), AnnotationRef::Retain(link.annotation));
+            }
+        }
+    }
+
+    _PDRect ReadPageBox(std::uint32_t page) override
+    {
+        constexpr _PDRect kLetter{0, 0, 612, 792};
+        try {
+            QPDFObjectHandle box = QPDFPageObjectHelper{PageObject(page)}.getCropBox();
+            if (!box.isRectangle()) {
+                return kLetter;
+            }
+            const auto corners = box.getArrayAsRectangle();
+            const bool hasArea = corners.urx > corners.llx && corners.ury > corners.lly;
+            return hasArea ? _PDRect{corners.llx, corners.lly, corners.urx, corners.ury} : kLetter;
+        } catch (const std::exception&) {
+            return kLetter;
+        }
+    }
+
+    // --- Writing ---
+
+    // A number beyond those of all objects, and at a distance that references which lead nowhere
+    // are not likely to reach.
+    std::int64_t FirstFreeObject() const
+    {
+        constexpr std::int64_t kDistance = 1'000'000;
+        const auto table = file_->getXRefTable();
+        return kDistance + (table.empty() ? 0 : table.rbegin()->first.getObj());
+    }
+
+    // QPDF's own way to a new object first reads every object of the file, which takes seconds for
+    // a big one. QPDF may have made objects of its own since, so a number in use is passed over.
+    // The file gets other numbers when it is written.
+    QPDFObjectHandle MakeIndirect(const QPDFObjectHandle& object)
+    {
+        for (;; ++nextObject_) {
+            if (nextObject_ > std::numeric_limits<int>::max()) {
+                throw std::runtime_error("the file has no object number left");
+            }
+            const QPDFObjGen id{static_cast<int>(nextObject_), 0};
+            if (file_->getObject(id).isNull()) {
+                file_->replaceObject(id, object);
+                return file_->getObject(id);
+            }
+        }
+    }
+
+    // A page that can be changed: the page tree may refer to objects that are missing.
+    QPDFObjectHandle SoundPageObject(std::uint32_t page)
+    {
+        QPDFObjectHandle object = PageObject(page);
+        if (!object.isDictionary()) {
+            throw std::runtime_error("page " + std::to_string(page) +
+                                     " is damaged and cannot be changed");
+        }
+        return object;
+    }
+
+    // The page's annotation array, made its own: pages may share an indirect one, and an edit
+    // concerns one page.
+    QPDFObjectHandle OwnArray(std::uint32_t page)
+    {
+        QPDFObjectHandle object = SoundPageObject(page);
+        QPDFObjectHandle array = object.getKey(kAnnots);
+        if (!array.isArray()) {
+            array = QPDFObjectHandle::newArray();
+            object.replaceKey(kAnnots, array);
+        } else if (array.isIndirect() && !ownArrays_.contains(KeyOf(array))) {
+            array = MakeIndirect(array.shallowCopy());
+            ownArrays_.insert(KeyOf(array));
+            object.replaceKey(kAnnots, array);
+        }
+        return array;
+    }
+
+    void WriteAdded(std::uint32_t page, const AnnotationProperties& properties,
+                    _PDAnnotRec* annotation) override
+    {
+        const QPDFObjectHandle object = SoundPageObject(page);
+        QPDFObjectHandle dictionary = MakeIndirect(MakeAnnotationDictionary(properties));
+        dictionary.replaceKey("/P", object);
+        records_[KeyOf(dictionary)] = AnnotationRef::Retain(annotation);
+        withoutAppearance_.emplace_back(dictionary, properties);
+        OwnArray(page).appendItem(dictionary);
+    }
+
+    void WriteContents(std::uint32_t page, std::uint32_t position,
+                       std::u16string_view contents) override
+    {
+        const int item = static_cast<int>(position);
+        QPDFObjectHandle dictionary = PageObject(page).getKey(kAnnots).getArrayItem(item);
+        if (!dictionary.isIndirect()) {
+            dictionary = OwnArray(page).getArrayItem(item);
+        }
+        dictionary.replaceKey(kContents, QPDFObjectHandle::newString(EncodeTextString(contents)));
+        // Both show the former contents, and viewers prefer them to the plain text.
+        dictionary.removeKey("/RC");
+        if (dictionary.getKey("/Subtype").isNameAndEquals("/FreeText")) {
+            dictionary.removeKey("/AP");
+        }
+    }
+
+    void WriteRemoved(std::uint32_t page, const std::vector<std::uint32_t>& positions) override
+    {
+        // Taking entries out of the array in place is slower: QPDF numbers all later ones anew.
+        QPDFObjectHandle array = OwnArray(page);
+        const std::vector<QPDFObjectHandle> entries = array.getArrayAsVector();
+        std::vector<QPDFObjectHandle> kept;
+        kept.reserve(entries.size());
+        auto removed = positions.begin();
+        for (std::uint32_t position = 0; position < entries.size(); ++position) {
+            if (removed != positions.end() && *removed == position) {
+                ++removed;
+            } else {
+                kept.push_back(entries[position]);
+            }
+        }
+        array.setArrayFromVector(kept);
+    }
+
+    void InsertPageObject(const QPDFObjectHandle& object, std::uint32_t at)
+    {
+        if (at < file_->getAllPages().size()) {
+            file_->addPageAt(object, true, PageObject(at));
+        } else {
+            file_->addPage(object, false);
+        }
+    }
+
+    void WritePageInserted(std::uint32_t at, const _PDRect& box) override
+    {
+        auto object = QPDFObjectHandle::newDictionary();
+        object.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
+        object.replaceKey("/MediaBox", MakeRectangle(box));
+        object.replaceKey("/Resources", QPDFObjectHandle::newDictionary());
+        InsertPageObject(MakeIndirect(object), at);
+    }
+
+    void WritePageDeleted(std::uint32_t page) override { file_->removePage(PageObject(page)); }
+
+    void WritePageMoved(std::uint32_t from, std::uint32_t to) override
+    {
+        const QPDFObjectHandle object = SoundPageObject(from);
+        file_->removePage(object);
+        InsertPageObject(object, to);
+    }
+
+    // Streams are copied as they are, so that nothing depends on filters that QPDF knows.
+    void WriteFile(const fs::path& path) override
+    {
+        for (const auto& [dictionary, properties] : withoutAppearance_) {
+            AddAppearance(*file_, dictionary, properties);
+        }
+        withoutAppearance_.clear();
+        QPDFWriter writer{*file_};
+        writer.setPreserveEncryption(true);
+        writer.setCompressStreams(false);
+        writer.setDecodeLevel(qpdf_dl_none);
+        ReplaceFile(path, writer);
+        TakeWarnings();
+    }
+
+    const std::string bytes_;  // read by file_ for as long as it lives
+    std::unique_ptr<QPDF> file_;
+
+    std::unordered_map<std::uint64_t, AnnotationRef> records_;  // by indirect object
+    std::unordered_set<std::uint64_t> ownArrays_;
+    std::int64_t nextObject_ = 0;
+
+    // Added since the last save. Appearances are streams, and those only QPDF's own way makes.
+    std::vector<std::pair<QPDFObjectHandle, AnnotationProperties>> withoutAppearance_;
+
+    mutable std::mutex warningsMutex_;
+    std::vector<std::string> warnings_;
+};
+
+OpenResult Failure(OpenFailure kind, const std::string& name, const std::string& reason)
+{
+    std::string message = name + ": " + reason;
+    std::replace_if(
+        message.begin(), message.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return {nullptr, kind, std::move(message)};
+}
+
+OpenResult OpenFile(std::string bytes, const std::string& description, std::string name,
+                    const OpenOptions& options, bool writeProtected)
+{
+    try {
+        auto document = std::make_shared<OpenedFile>(std::move(bytes), description,
+                                                     std::move(name), options);
+        document->ApplyPermissions(writeProtected);
+        return {std::move(document), OpenFailure::kNone, {}};
+    } catch (const QPDFExc& error) {
+        if (error.getErrorCode() == qpdf_e_password) {
+            return Failure(OpenFailure::kPassword, description,
+                           options.password.empty() ? "needs a password"
+                                                    : "the password is wrong");
+        }
+        return Failure(OpenFailure::kDamaged, description,
+                       "no PDF file, or damaged beyond repair (" + error.getMessageDetail() + ")");
+    } catch (const std::exception& error) {
+        return Failure(OpenFailure::kDamaged, description,
+                       std::string{"no PDF file, or damaged beyond repair ("} + error.what() + ")");
+    }
+}
+
+}  // namespace
+
+OpenResult QpdfDocument::Open(const fs::path& path, const OpenOptions& options)
+{
+    std::string bytes;
+    try {
+        bytes = ReadFileBytes(path);
+    } catch (const std::system_error& error) {
+        return Failure(OpenFailure::kUnreadable, path.string(),
+                       "cannot be read: " + error.code().message());
+    } catch (const std::exception&) {
+        return Failure(OpenFailure::kUnreadable, path.string(),
+                       "cannot be read: not enough memory");
+    }
+    return OpenFile(std::move(bytes), path.string(), path.filename().string(), options,
+                    IsWriteProtected(path));
+}
+
+OpenResult QpdfDocument::OpenBytes(std::string bytes, std::string name, const OpenOptions& options)
+{
+    const std::string description = name;
+    return OpenFile(std::move(bytes), description, std::move(name), options, false);
+}
+
+}  // namespace Documents

@@ -1,0 +1,66 @@
+// Reads the comments panel out of the page's tree: what a user of the panel would see of one
+// document view. Nothing is asked of the document itself. [ui-thread]
+#pragma once
+
+#include "html-engine/Document.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+// The buttons above the list, in their order.
+inline constexpr std::array<const char*, 6> kPanelButtons = {
+    "expand-all", "collapse-all", "reply", "delete", "move-top", "move-bottom"};
+
+struct PanelTooltip {
+    bool linked = false;  // the item's titleid is the popup's id
+    std::string subject;  // without the colon that closes the cell
+    std::string title;
+    std::optional<std::string> created;  // nothing when the row is hidden
+    std::optional<std::string> modified;
+};
+
+struct PanelItem {
+    std::string annotName;
+    std::vector<std::string> classes;
+    bool current = false;
+    std::string title;                    // of the heading, or the item's own text
+    std::optional<std::string> contents;  // markup of the paragraph; nothing in the simple form
+    PanelTooltip tooltip;
+};
+
+enum class PanelPageState { kNone, kExpanded, kCollapsed };
+
+struct PanelPage {
+    std::uint32_t index = 0;
+    std::string caption;
+    PanelPageState state = PanelPageState::kNone;
+    std::vector<PanelItem> items;
+};
+
+struct PanelView {
+    std::string key;
+    bool visible = false;
+    bool loading = false;
+    std::optional<std::string> noItems;  // the message in place of a list
+    std::array<bool, kPanelButtons.size()> buttonDisabled{};
+    std::vector<PanelPage> pages;
+};
+
+// Key of the container of the view object at that address: its low 32 bits as a signed number.
+std::string ContainerKey(const void* documentView);
+
+// Element of the container with that key; kNoElement when the panel has none.
+HtmlEngine::ElementHandle FindContainer(const HtmlEngine::Document& page, const std::string& key);
+
+// The container that is shown; kNoElement when none is.
+HtmlEngine::ElementHandle FindVisibleContainer(const HtmlEngine::Document& page);
+
+// What the container with that key holds; nothing when the panel has none.
+std::optional<PanelView> ReadPanelView(const HtmlEngine::Document& page, const std::string& key);
+
+}  // namespace Workbench

@@ -1,0 +1,22 @@
+// A panel that was read, written for programs (JSON) and for people (text).
+#pragma once
+
+#include "driver/PanelReader.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace Workbench {
+
+// One view with its file as the user named it:
+// {"file", "key", "visible", "loading", "noItems", "buttons", "pages"}.
+nlohmann::ordered_json ToJson(const PanelView& view, const std::string& file);
+
+// The document in one line of UTF-8. File names that are no UTF-8 come with replacement characters.
+std::string ToLine(const nlohmann::ordered_json& json);
+
+// The same for a person, several lines.
+std::string ToText(const PanelView& view, const std::string& file);
+
+}  // namespace Workbench

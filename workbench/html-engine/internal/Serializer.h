@@ -1,0 +1,33 @@
+#pragma once
+
+// Writes a part of a tree as HTML: classes first as one `class`, the other attributes in source
+// order, values in double quotes, void elements without end tag, raw text as it is.
+
+#include <string>
+#include <string_view>
+
+#include <html-engine/internal/Tree.h>
+
+namespace HtmlEngine::Internal {
+
+class Serializer {
+public:
+    explicit Serializer(const Tree& tree) : tree_(tree), nodes_(tree.Nodes()) {}
+
+    std::string Inner(NodeId element);
+    std::string Outer(NodeId element);
+
+private:
+    void Write(NodeId top);
+    void WriteStartTag(NodeId element);
+    void WriteEndTag(NodeId element);
+    void WriteCharacters(NodeId node);
+    void WriteEscaped(std::string_view text, bool inAttribute);
+    bool IsVoid(NodeId element) const;
+
+    const Tree& tree_;
+    const NodeStore& nodes_;
+    std::string out_;
+};
+
+}  // namespace HtmlEngine::Internal

@@ -1,0 +1,273 @@
+#include <html-engine/internal/Tree.h>
+
+#include <string>
+
+#include <html-engine/internal/TreeWalk.h>
+
+namespace HtmlEngine::Internal {
+
+namespace {
+
+/// Calls `function` for each sibling of a run, which may unlink it.
+template <typename Function>
+void ForEachSibling(const NodeStore& nodes, NodeRun run, Function&& function) {
+    for (NodeId id = run.first; id != kNoNode;) {
+        const NodeId next = id == run.last ? kNoNode : nodes[id].next;
+        function(id);
+        id = next;
+    }
+}
+
+}  // namespace
+
+NodeId Tree::CreateElement(std::string_view lowerCaseName, std::uint8_t flags) {
+    const NodeId id = nodes_.Create(NodeKind::Element);
+    nodes_[id].name = atoms_.Acquire(lowerCaseName);
+    nodes_[id].flags = flags;
+    return id;
+}
+
+NodeId Tree::CreateCharacters(NodeKind kind, std::string_view text) {
+    const NodeId id = nodes_.Create(kind);
+    nodes_[id].text.Assign(text);
+    return id;
+}
+
+void Tree::Append(NodeId parent, NodeRun& run, NodeId node) {
+    if (!run.IsEmpty() && nodes_[run.last].IsText() && nodes_[node].IsText()) {
+        JoinText(run.last, node);
+        DestroyNode(node);
+        return;
+    }
+    nodes_[node].parent = parent;
+    nodes_[node].previous = run.last;
+    if (run.IsEmpty()) {
+        run.first = node;
+    } else {
+        nodes_[run.last].next = node;
+    }
+    run.last = node;
+    if (parent != kNoNode) {
+        ElementPart& owner = nodes_[parent].element;
+        owner.firstChild = run.first;
+        owner.lastChild = node;
+        owner.elementCount += nodes_[node].IsElement() ? 1U : 0U;
+    }
+}
+
+void Tree::JoinText(NodeId first, NodeId second) {
+    std::string joined(nodes_[first].text.View());
+    joined += nodes_[second].text.View();
+    nodes_[first].text.Assign(joined);
+}
+
+void Tree::DestroyNode(NodeId id) {
+    Node& node = nodes_[id];
+    if (node.IsElement()) {
+        SetAttributes(id, {});
+        positions_.Forget(id);
+    }
+    if (node.name != kNoAtom) {
+        atoms_.Release(node.name);
+    }
+    nodes_.Destroy(id);
+}
+
+void Tree::Dispose(NodeRun run) {
+    std::vector<NodeId> pending;
+    const auto push = [&](NodeId id) { pending.push_back(id); };
+    ForEachSibling(nodes_, run, push);
+    while (!pending.empty()) {
+        const NodeId id = pending.back();
+        pending.pop_back();
+        Node& node = nodes_[id];
+        if (node.IsElement()) {
+            if (node.element.uses > 0) {
+                node.parent = node.previous = node.next = kNoNode;
+                continue;
+            }
+            ForEachSibling(nodes_, ContentOf(id), push);
+        }
+        DestroyNode(id);
+    }
+}
+
+void Tree::SetRoot(NodeId root) {
+    root_ = root;
+    Attach({root, root});
+}
+
+std::size_t Tree::CountElements(NodeRun run) const {
+    std::size_t count = 0;
+    ForEachSibling(nodes_, run, [&](NodeId id) { count += nodes_[id].IsElement() ? 1U : 0U; });
+    return count;
+}
+
+void Tree::Link(NodeId parent, NodeId previous, NodeRun run) {
+    if (run.IsEmpty()) {
+        return;
+    }
+    ElementPart& owner = nodes_[parent].element;
+    const NodeId next = previous == kNoNode ? owner.firstChild : nodes_[previous].next;
+    const std::size_t elementCount = CountElements(run);
+
+    ForEachSibling(nodes_, run, [&](NodeId id) { nodes_[id].parent = parent; });
+    nodes_[run.first].previous = previous;
+    nodes_[run.last].next = next;
+    (previous == kNoNode ? owner.firstChild : nodes_[previous].next) = run.first;
+    (next == kNoNode ? owner.lastChild : nodes_[next].previous) = run.last;
+    owner.elementCount += static_cast<std::uint32_t>(elementCount);
+
+    if (elementCount > 0) {
+        const NodeId firstElement = ElementFrom(nodes_, run.first);
+        const NodeId lastElement = ElementBackFrom(nodes_, run.last);
+        positions_.Inserted(parent, firstElement, elementCount);
+        if (nodes_[parent].Is(NodeFlag::kAttached)) {
+            Attach(run);
+            const NodeId elementBefore = PreviousElementSibling(nodes_, firstElement);
+            const NodeId elementAfter = NextElementSibling(nodes_, lastElement);
+            if (elementBefore == kNoNode && elementAfter != kNoNode) {
+                index_.RemoveEdge(elementAfter, true);
+            }
+            if (elementAfter == kNoNode && elementBefore != kNoNode) {
+                index_.RemoveEdge(elementBefore, false);
+            }
+        }
+    }
+
+    if (next != kNoNode && nodes_[next].IsText() && nodes_[run.last].IsText()) {
+        JoinText(run.last, next);
+        Unlink({next, next});
+        DestroyNode(next);
+    }
+    if (previous != kNoNode && nodes_[previous].IsText() && nodes_[run.first].IsText()) {
+        JoinText(previous, run.first);
+        Unlink({run.first, run.first});
+        DestroyNode(run.first);
+    }
+}
+
+void Tree::Attach(NodeRun run) {
+    std::vector<NodeId> elements;
+    ForEachSibling(nodes_, run, [&](NodeId top) {
+        if (nodes_[top].IsElement()) {
+            for (NodeId id = top; id != kNoNode; id = NextElementWithin(nodes_, id, top)) {
+                nodes_[id].flags |= NodeFlag::kAttached;
+                elements.push_back(id);
+            }
+        }
+    });
+    attachedCount_ += elements.size();
+    order_.Label(elements);
+    index_.Add(elements);
+}
+
+void Tree::Detach(NodeRun run, std::vector<LeftElement>& left) {
+    std::vector<NodeId> elements;
+    ForEachSibling(nodes_, run, [&](NodeId top) {
+        if (nodes_[top].IsElement()) {
+            for (NodeId id = top; id != kNoNode; id = NextElementWithin(nodes_, id, top)) {
+                elements.push_back(id);
+            }
+        }
+    });
+    if (elements.empty()) {
+        return;
+    }
+    if (run.first == root_) {
+        index_.Clear();
+        root_ = kNoNode;
+    } else {
+        index_.RemoveRange(elements, order_.Of(elements.front()), order_.EndOf(ElementBackFrom(nodes_, run.last)));
+    }
+    attachedCount_ -= elements.size();
+    for (const NodeId id : elements) {
+        Node& node = nodes_[id];
+        if (node.Is(NodeFlag::kHasHandlers)) {
+            left.push_back({id, nodes_.HandleOf(id)});
+        }
+        node.flags &= static_cast<std::uint8_t>(~(NodeFlag::kAttached | NodeFlag::kHasHandlers));
+    }
+}
+
+void Tree::Unlink(NodeRun run) {
+    const NodeId parent = nodes_[run.first].parent;
+    const NodeId previous = nodes_[run.first].previous;
+    const NodeId next = nodes_[run.last].next;
+    if (parent != kNoNode) {
+        ElementPart& owner = nodes_[parent].element;
+        (previous == kNoNode ? owner.firstChild : nodes_[previous].next) = next;
+        (next == kNoNode ? owner.lastChild : nodes_[next].previous) = previous;
+        owner.elementCount -= static_cast<std::uint32_t>(CountElements(run));
+    }
+    nodes_[run.first].previous = kNoNode;
+    nodes_[run.last].next = kNoNode;
+}
+
+void Tree::Remove(NodeRun run, std::vector<LeftElement>& left) {
+    if (run.IsEmpty()) {
+        return;
+    }
+    const NodeId parent = nodes_[run.first].parent;
+    const NodeId previous = nodes_[run.first].previous;
+    const NodeId next = nodes_[run.last].next;
+    const std::size_t elementCount = CountElements(run);
+    const bool wasAttached = parent == kNoNode ? run.first == root_ : nodes_[parent].Is(NodeFlag::kAttached);
+
+    if (parent != kNoNode && elementCount > 0) {
+        if (elementCount == nodes_[parent].element.elementCount) {
+            positions_.Forget(parent);
+        } else {
+            positions_.Removing(parent, ElementFrom(nodes_, run.first), elementCount);
+        }
+    }
+    if (wasAttached) {
+        Detach(run, left);
+    }
+    Unlink(run);
+    if (parent != kNoNode && wasAttached && elementCount > 0) {
+        const NodeId elementBefore = ElementBackFrom(nodes_, previous);
+        const NodeId elementAfter = ElementFrom(nodes_, next);
+        if (elementBefore == kNoNode && elementAfter != kNoNode) {
+            index_.AddEdge(elementAfter, true);
+        }
+        if (elementAfter == kNoNode && elementBefore != kNoNode) {
+            index_.AddEdge(elementBefore, false);
+        }
+    }
+    Dispose(run);
+    if (previous != kNoNode && next != kNoNode && nodes_[previous].IsText() && nodes_[next].IsText()) {
+        JoinText(previous, next);
+        Unlink({next, next});
+        DestroyNode(next);
+    }
+}
+
+void Tree::SetAttributes(NodeId element, std::span<const AttributeEntry> entries) {
+    AttributeList& list = nodes_[element].element.attributes;
+    const bool attached = nodes_[element].Is(NodeFlag::kAttached);
+    if (attached) {
+        index_.Remove(element);
+    }
+    for (const AttributeEntry& entry : list.Entries()) {
+        atoms_.Release(entry.name);
+        atoms_.Release(entry.value);
+    }
+    list.Assign(entries);
+    if (attached) {
+        index_.Add(element);
+    }
+}
+
+void Tree::SetStates(NodeId element, std::uint32_t states) {
+    Node& node = nodes_[element];
+    const std::uint32_t added = states & ~node.element.states;
+    const std::uint32_t removed = node.element.states & ~states;
+    node.element.states = states;
+    if (node.Is(NodeFlag::kAttached)) {
+        index_.RemoveState(element, removed);
+        index_.AddState(element, added);
+    }
+}
+
+}  // namespace HtmlEngine::Internal

@@ -1,0 +1,108 @@
+#include <html-engine/internal/Utf8.h>
+
+#include <cstddef>
+#include <cstring>
+
+namespace HtmlEngine::Internal {
+
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+/// Length of the well-formed character at the front, or 0; `bad` is then how many bytes one
+/// replacement stands for.
+std::size_t CharacterLength(std::string_view text, std::size_t& bad) {
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    const unsigned char lead = byte(0);
+    bad = 1;
+    if (lead < 0x80) {
+        return lead == 0 ? 0 : 1;
+    }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return 0;
+    }
+    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    for (; bad < length; ++bad) {
+        if (bad >= text.size() || byte(bad) < low || byte(bad) > high) {
+            return 0;
+        }
+        low = 0x80;
+        high = 0xBF;
+    }
+    return length;
+}
+
+/// Length of the part at the front that is plain ASCII without NUL, in steps of eight bytes.
+std::size_t PlainLength(std::string_view text) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
+    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+    std::size_t at = 0;
+    for (; at + 8 <= text.size(); at += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        // Subtracting one from each byte borrows into the high bit only of bytes that were 0 when no
+        // byte has its high bit set.
+        if (((word | (word - kOnes)) & kHighBits) != 0) {
+            break;
+        }
+    }
+    return at;
+}
+
+}  // namespace
+
+void AppendUtf8(std::uint32_t codePoint, std::string& out) {
+    const auto put = [&](std::uint32_t value) { out += static_cast<char>(static_cast<unsigned char>(value)); };
+    if (codePoint == 0 || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
+        out += kReplacement;
+    } else if (codePoint < 0x80) {
+        put(codePoint);
+    } else if (codePoint < 0x800) {
+        put(0xC0 | (codePoint >> 6));
+        put(0x80 | (codePoint & 0x3F));
+    } else if (codePoint < 0x10000) {
+        put(0xE0 | (codePoint >> 12));
+        put(0x80 | ((codePoint >> 6) & 0x3F));
+        put(0x80 | (codePoint & 0x3F));
+    } else {
+        put(0xF0 | (codePoint >> 18));
+        put(0x80 | ((codePoint >> 12) & 0x3F));
+        put(0x80 | ((codePoint >> 6) & 0x3F));
+        put(0x80 | (codePoint & 0x3F));
+    }
+}
+
+std::string_view RepairUtf8(std::string_view text, std::string& storage) {
+    std::size_t copied = 0;
+    bool repaired = false;
+    for (std::size_t at = 0; at < text.size();) {
+        at += PlainLength(text.substr(at));
+        if (at >= text.size()) {
+            break;
+        }
+        std::size_t bad = 0;
+        const std::size_t length = CharacterLength(text.substr(at), bad);
+        if (length > 0) {
+            at += length;
+            continue;
+        }
+        if (!repaired) {
+            storage.clear();
+            storage.reserve(text.size() + kReplacement.size());
+            repaired = true;
+        }
+        storage.append(text.substr(copied, at - copied));
+        storage.append(kReplacement);
+        at += bad;
+        copied = at;
+    }
+    if (!repaired) {
+        return text;
+    }
+    storage.append(text.substr(copied));
+    return storage;
+}
+
+}  // namespace HtmlEngine::Internal

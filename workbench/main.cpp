@@ -1,0 +1,8 @@
+#include "driver/CommandLine.h"
+
+#include <iostream>
+
+int main(int argumentCount, char** arguments)
+{
+    return Workbench::RunProgram(argumentCount, arguments, std::cout, std::cerr);
+}

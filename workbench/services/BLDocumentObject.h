@@ -1,0 +1,54 @@
+// The host's "BLDocument" over a document of the workbench: pages, the delete command, and the
+// events that follow a change. [any-thread] unless said otherwise.
+#pragma once
+
+#include "documents/Document.h"
+#include "services/HostObject.h"
+#include "services/HostState.h"
+#include "ui-engine/BLDocument.SO.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+class BLDocumentViewObject;
+
+// A command refused: the document is read-only, permission is missing, the annotation is locked.
+inline constexpr ResultCode kResultCommandRefused = 0x30001;
+
+class BLDocumentObject : public HostObject<BLDocumentObject, BLDocument> {
+public:
+    BLDocumentObject(HostStatePtr state, std::shared_ptr<Documents::Document> content);
+
+    Documents::Document& Content() const noexcept { return *content_; }
+
+    // Tells views and listeners of an edit of the content: the views adjust themselves at once, the
+    // events are fired on the thread that the host's state says, before this returns or later. The
+    // edit's error; empty when it succeeded.
+    std::string Publish(Documents::EditResult edit);
+
+    // A view of this document, which adjusts itself to changes until it dies.
+    void AddView(BLDocumentViewObject& view);
+
+private:
+    using Firings = std::vector<std::function<void()>>;
+
+    ResultCode GetPageCount(std::int32_t* count) const;
+    ResultCode AcquirePage(std::uint32_t index, _PDPageRec** page) const;
+    ResultCode ExecuteCommand(Atom command, const void* arguments);
+
+    void DeleteAnnotation(const BLAnnotCommandArguments& arguments);
+    void AppendFirings(Firings& firings, const Documents::Change& change);
+    std::vector<BasicServiceObjectPtr<BLDocumentViewObject>> LivingViews();
+
+    const HostStatePtr state_;
+    const std::shared_ptr<Documents::Document> content_;
+    std::mutex viewsMutex_;
+    std::vector<WeakServiceObjectPtr<BLDocumentViewObject>> views_;
+};
+
+}  // namespace Workbench

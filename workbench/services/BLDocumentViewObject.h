@@ -1,0 +1,101 @@
+// The host's "BLDocumentView": a view that draws nothing but keeps what it was asked to show, and
+// the selection in it.
+#pragma once
+
+#include "documents/Document.h"
+#include "services/BLDocumentObject.h"
+#include "services/HostObject.h"
+#include "services/HostState.h"
+#include "ui-engine/BLDocumentView.SO.h"
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace Workbench {
+
+// Kinds of selection, as BLSelection::GetKind reports them.
+inline constexpr std::uint32_t kSelectionEmpty = 0;
+inline constexpr std::uint32_t kSelectionAnnotation = 1;
+
+class BLSelectionObject : public HostObject<BLSelectionObject, BLSelection> {
+public:
+    explicit BLSelectionObject(std::uint32_t kind);
+
+private:
+    ResultCode GetKind(std::uint32_t* kind) const;
+
+    std::uint32_t kind_;
+};
+
+class BLDocumentViewObject : public HostObject<BLDocumentViewObject, BLDocumentView> {
+public:
+    // What has the input focus.
+    struct Focus {
+        std::uint32_t page = kPDNoPage;
+        Documents::AnnotationRef annotation;
+    };
+
+    // `document` may be empty: a view that shows none.
+    BLDocumentViewObject(HostStatePtr state, BasicServiceObjectPtr<BLDocumentObject> document);
+
+    // Becomes known to its document. Once, when the object is complete.
+    void Connect();
+
+    // Null when the view shows no document.
+    BLDocumentObject* Document() const noexcept { return document_.Get(); }
+
+    // The last go-to request; nothing before the first.
+    std::optional<BLGoToRequest> LastTarget() const;
+
+    // Empty annotation: nothing has it. [any-thread]
+    Focus FocusedAnnotation() const;
+
+    // "2_1" of the focused annotation, by where it stands now. [ui-thread]
+    std::optional<std::string> FocusedPlace() const;
+
+    // What ShowHighlight was last given, empty at first.
+    const BasicServiceObjectPtr<ServiceObject>& Highlight() const noexcept { return highlight_; }
+
+    // Gives the focus to an annotation, or takes it away (empty annotation). Fires
+    // OnInputHandleFocusAnnot and OnSelectionChanged before it returns, when that changes what is
+    // focused. [ui-thread]
+    void SetFocus(std::uint32_t page, Documents::AnnotationRef annotation);
+
+    // Follows a change of the document: the focus keeps its annotation when page indices shift, and
+    // is lost with its annotation or page. Whether it was lost; the caller fires the event.
+    // [any-thread]
+    bool AdjustFocus(const Documents::Change& change);
+
+    // Fires the events of a focus that has changed. [any-thread]
+    void FireFocus(std::uint32_t page, _PDAnnotRec* annotation);
+
+private:
+    ResultCode GetDocument(BLDocument** document) const;
+    ResultCode IsReadOnly(bool* readOnly) const;
+    ResultCode GetInteractionFlags(std::uint32_t* flags) const;
+    ResultCode GoTo(const BLGoToRequest* request);
+    ResultCode FocusAnnotation(std::uint32_t pageIndex, _PDAnnotRec* annotation);
+    ResultCode IsPermitted(std::uint32_t subject, std::uint32_t operation, std::uint32_t scope,
+                           bool* permitted) const;
+    ResultCode EndEditing(std::uint32_t keepChange);
+    ResultCode ClearSelection(std::uint32_t keepFocus);
+    ResultCode GetPageScale(std::uint32_t pageIndex, double* scale) const;
+    ResultCode GetPageRotation(std::uint32_t pageIndex, std::uint32_t* degrees) const;
+    ResultCode ShowHighlight(ServiceObject* highlight);
+    ResultCode GetViewNumber(std::uint64_t* number) const;
+
+    void CheckPage(std::uint32_t pageIndex) const;
+
+    const HostStatePtr state_;
+    const BasicServiceObjectPtr<BLDocumentObject> document_;
+    const std::uint64_t number_;
+    std::optional<BLGoToRequest> target_;
+    BasicServiceObjectPtr<ServiceObject> highlight_;
+
+    mutable std::mutex focusMutex_;
+    Focus focus_;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,33 @@
+// The host's frames: the main frame, and frames that show documents of their own.
+#pragma once
+
+#include "services/HostObject.h"
+#include "services/UIDocumentsCollectionObject.h"
+#include "ui-engine/UIMainFrame.SO.h"
+
+namespace Workbench {
+
+class UIDocumentFrameObject : public HostObject<UIDocumentFrameObject, UIDocumentFrame> {
+public:
+    explicit UIDocumentFrameObject(BasicServiceObjectPtr<UIDocumentsCollectionObject> collection);
+
+    UIDocumentsCollectionObject& Collection() const noexcept { return *collection_.Get(); }
+
+private:
+    ResultCode GetDocumentsCollection(UIDocumentsCollection** collection) const;
+
+    BasicServiceObjectPtr<UIDocumentsCollectionObject> collection_;
+};
+
+class UIMainFrameObject : public HostObject<UIMainFrameObject, UIMainFrame> {
+public:
+    explicit UIMainFrameObject(HostStatePtr state);
+
+    // Tells that a child frame was made. [any-thread]
+    void AnnounceChildFrame(UIDocumentFrameObject& frame);
+
+private:
+    HostStatePtr state_;
+};
+
+}  // namespace Workbench

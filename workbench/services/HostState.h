@@ -1,0 +1,40 @@
+// What the service objects of one host share. Made on the UI thread; lives as long as the last
+// object that refers to it.
+#pragma once
+
+#include "services/CallLog.h"
+#include "services/EventSource.h"
+#include "services/FailureLog.h"
+#include "services/ForeignThread.h"
+#include "services/UiThreadLoop.h"
+
+#include <atomic>
+#include <memory>
+#include <string_view>
+
+namespace Workbench {
+
+struct HostState {
+    FailureLog failures;
+    UiThreadLoop loop{failures};
+    ForeignThread foreignThread{loop, failures};
+    CallLog calls;
+
+    // Document events are fired on the foreign thread instead of the one that makes the change.
+    std::atomic<bool> firesOnForeignThread = false;
+    // Views report that they must not be navigated.
+    std::atomic<bool> interactionLocked = false;
+
+    // Fires an event, and writes down what its subscribers throw. [any-thread]
+    template <class E, class... Args>
+    void Fire(EventSource<E>& source, Args... arguments)
+    {
+        for (const auto& exception : source.Fire(arguments...)) {
+            failures.Add(E::kName, exception);
+        }
+    }
+};
+
+using HostStatePtr = std::shared_ptr<HostState>;
+
+}  // namespace Workbench

@@ -1,0 +1,49 @@
+// A module's library, loaded: its three exports, and unloading. [ui-thread]
+#pragma once
+
+#include "service-common/ServiceObjectPtr.h"
+#include "service-common/ServiceObjectRegistry.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+class ModuleLibrary {
+public:
+    // Throws std::runtime_error, naming the file, when it cannot be loaded or lacks an export.
+    explicit ModuleLibrary(const std::filesystem::path& file);
+    ~ModuleLibrary();
+    ModuleLibrary(const ModuleLibrary&) = delete;
+    ModuleLibrary& operator=(const ModuleLibrary&) = delete;
+
+    // The names of the service objects that the module offers.
+    std::vector<std::string> ObjectNames() const;
+
+    // A new object of that name. Throws std::runtime_error when the module makes none.
+    BasicServiceObjectPtr<ServiceObject> Create(const std::string& name) const;
+
+    // Unloads the library. Whether it has left the process: somebody else may have loaded it too.
+    // A second call does nothing.
+    bool Unload();
+
+private:
+    using ReflectFunction = ResultCode (*)(const ServiceObjectInfo** entries, std::uint32_t* count);
+    using CreateFunction = ResultCode (*)(std::uint32_t atom, ServiceObject** object);
+    using RegisterFunction = ResultCode (*)(ServiceObject* engine);
+
+    template <class Function>
+    Function Export(const char* name) const;
+
+    std::filesystem::path file_;
+    void* handle_ = nullptr;
+    ReflectFunction reflect_ = nullptr;
+    CreateFunction create_ = nullptr;
+};
+
+// The folder of the running program.
+std::filesystem::path ProgramFolder();
+
+}  // namespace Workbench
