@@ -447,20 +447,10 @@ private:
 
     void WriteRemoved(std::uint32_t page, const std::vector<std::uint32_t>& positions) override
     {
-        // Taking entries out of the array in place is slower: QPDF numbers all later ones anew.
         QPDFObjectHandle array = OwnArray(page);
-        const std::vector<QPDFObjectHandle> entries = array.getArrayAsVector();
-        std::vector<QPDFObjectHandle> kept;
-        kept.reserve(entries.size());
-        auto removed = positions.begin();
-        for (std::uint32_t position = 0; position < entries.size(); ++position) {
-            if (removed != positions.end() && *removed == position) {
-                ++removed;
-            } else {
-                kept.push_back(entries[position]);
-            }
+        for (auto position = positions.rbegin(); position != positions.rend(); ++position) {
+            array.eraseItem(static_cast<int>(*position));
         }
-        array.setArrayFromVector(kept);
     }
 
     void InsertPageObject(const QPDFObjectHandle& object, std::uint32_t at)

@@ -131,8 +131,8 @@ std::vector<std::string> Session::Warnings() const
 {
     std::vector<std::string> lines;
     for (const OpenedView& opened : views_) {
-        for (const std::string& warning : opened.content->Warnings()) {
-            lines.push_back(opened.name + ": " + warning);
+        for (std::string& warning : opened.content->Warnings()) {
+            lines.push_back(std::move(warning));
         }
     }
     return lines;

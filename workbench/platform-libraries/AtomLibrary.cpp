@@ -4,7 +4,7 @@
 
 #include <array>
 #include <atomic>
-#include <cstring>
+#include <cstddef>
 #include <deque>
 #include <exception>
 #include <memory>
@@ -163,10 +163,10 @@ public:
         if (size == nullptr) {
             return kResultNotFound;
         }
-        // Units that are aligned for whatever a module keeps in its slot.
-        const std::size_t units = *size / sizeof(std::max_align_t) + 1;
+        // An array of bytes is aligned for whatever a module keeps in its slot, and one of no
+        // bytes has an address too.
         slots_.push_back({std::string(name), dataId, *size, destroy,
-                          std::make_unique<std::max_align_t[]>(units)});
+                          std::make_unique<std::byte[]>(*size)});
         *data = slots_.back().bytes.get();
         return kResultOk;
     }
@@ -208,7 +208,7 @@ private:
         std::uint32_t dataId;
         std::size_t size;
         void (*destroy)(void* data);
-        std::unique_ptr<std::max_align_t[]> bytes;
+        std::unique_ptr<std::byte[]> bytes;
     };
 
     std::mutex mutex_;

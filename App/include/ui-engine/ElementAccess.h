@@ -90,6 +90,8 @@ public:
     // The attribute's text, empty when absent; `present` (may be null) tells the two apart.
     std::wstring Attribute(const char* name, bool* present = nullptr) const;
 
+    void SetAttribute(const char* name, std::wstring_view value) const;
+
     std::uint32_t State() const;
     void SetState(std::uint32_t bitsToSet, std::uint32_t bitsToClear) const;
     void SetStyle(const char* name, const char16_t* value) const;

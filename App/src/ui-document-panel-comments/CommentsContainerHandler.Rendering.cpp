@@ -17,11 +17,14 @@
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
 
+#include <algorithm>
 #include <locale>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -49,10 +52,12 @@ std::wstring FormatTranslated(const std::wstring& text, const Args&... arguments
     }
 }
 
-std::wstring NewTooltipId()
+// A source of random UUIDs for one rendering.
+std::function<std::wstring()> TooltipIds()
 {
-    static thread_local boost::uuids::random_generator_mt19937 generator;
-    return boost::uuids::to_wstring(generator());
+    return [generator = std::make_shared<boost::uuids::random_generator_mt19937>()] {
+        return boost::uuids::to_wstring((*generator)());
+    };
 }
 
 // Local time of a date record. Fails with the standard out_of_range for fields that no calendar or
@@ -73,10 +78,16 @@ boost::posix_time::ptime LocalTime(const _PDDateRec& date)
     }
 }
 
-void AppendPadded(std::wstring& target, std::uint32_t number, std::size_t width)
+void AppendPadded(std::wstring& target, std::uint32_t number, std::uint32_t width)
 {
-    const std::wstring digits = DecimalText(number);
-    target.append(digits.size() < width ? width - digits.size() : 0, L'0').append(digits);
+    std::uint32_t limit = 10;
+    for (std::uint32_t digits = 1; digits < width; ++digits, limit *= 10) {
+        if (number < limit) {
+            target.append(width - digits, L'0');
+            break;
+        }
+    }
+    AppendDecimal(target, number);
 }
 
 // Writes a time by a format that consists of text and of the directives Y m d H M S only, exactly
@@ -174,20 +185,21 @@ CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
       pageCaption(LocalizedString(L"Page %1%")),
       createdLabel(LocalizedString(kTooltipSection, L"Date created")),
       modifiedLabel(LocalizedString(kTooltipSection, L"Date modified")),
-      dateFormat(LocalizedString(kDateFormat))
+      dateFormat(LocalizedString(kDateFormat)),
+      newTooltipId(TooltipIds())
 {
 }
 
 void CommentsContainerHandler::RenderResults(Rendering& rendering,
-                                             const std::function<void(std::wstring_view)>& write)
+                                             const std::function<void(std::wstring&&)>& write)
 {
     std::int32_t pageCount = 0;
     CallMethod<BLDocument::GetPageCount>(rendering.document, &pageCount);
     bool empty = true;
     for (std::int32_t i = 0; i < pageCount && rendering.wanted(); ++i) {
-        const std::wstring page = RenderPageItem(rendering, static_cast<std::uint32_t>(i));
+        std::wstring page = RenderPageItem(rendering, static_cast<std::uint32_t>(i));
         if (!page.empty()) {
-            write(page);
+            write(std::move(page));
             empty = false;
         }
     }
@@ -198,8 +210,17 @@ void CommentsContainerHandler::RenderResults(Rendering& rendering,
 
 std::wstring CommentsContainerHandler::RenderResults(Rendering& rendering)
 {
+    std::vector<std::wstring> pages;
+    std::size_t size = 0;
+    RenderResults(rendering, [&](std::wstring&& page) {
+        size += page.size();
+        pages.push_back(std::move(page));
+    });
     std::wstring html;
-    RenderResults(rendering, [&html](std::wstring_view text) { html.append(text); });
+    html.reserve(size);
+    for (const std::wstring& page : pages) {
+        html += page;
+    }
     return html;
 }
 
@@ -228,7 +249,11 @@ std::wstring CommentsContainerHandler::RenderPageItem(Rendering& rendering,
         } catch (const ServiceObjectException&) {
             continue;  // removed since the page was acquired: its own event follows
         }
+        const bool first = items.empty();
         items += RenderAnnotItem(rendering, std::move(name), annotation);
+        if (first) {
+            items.reserve((items.size() + items.size() / 4) * (count - position));
+        }
     }
     if (items.empty()) {
         return {};
@@ -255,7 +280,7 @@ std::wstring CommentsContainerHandler::RenderAnnotItem(Rendering& rendering,
 {
     const std::wstring& displayName = GetAnnotTypeName(rendering, annotation);
     std::wstring contents = ConvertContentsText(annotation);
-    std::wstring tooltipId = NewTooltipId();
+    std::wstring tooltipId = rendering.newTooltipId();
     std::wstring tooltip = RenderAnnotTooltip(rendering, annotation, tooltipId);
 
     const bool simple = contents.empty();
@@ -332,18 +357,18 @@ std::wstring CommentsContainerHandler::FormatAnnotDate(const _PDDateRec& date,
 std::wstring CommentsContainerHandler::ConvertContentsText(const PDFL::Annotation& annotation)
 {
     const std::wstring contents = annotation.Contents();
+    const auto isBreak = [](wchar_t character) { return character == L'\r' || character == L'\n'; };
     std::wstring text;
     text.reserve(contents.size() + 16);
-    for (std::size_t i = 0; i < contents.size(); ++i) {
-        const wchar_t character = contents[i];
-        if (character != L'\r' && character != L'\n') {
-            text.push_back(character);
-            continue;
+    for (auto at = contents.begin(); at != contents.end();) {
+        const auto end = std::find_if(at, contents.end(), isBreak);
+        text.append(at, end);
+        if ((at = end) == contents.end()) {
+            break;
         }
         text.append(L"<br/>");
-        if (character == L'\r' && i + 1 < contents.size() && contents[i + 1] == L'\n') {
-            ++i;  // one break
-        }
+        const bool pair = *at == L'\r' && at + 1 != contents.end() && at[1] == L'\n';
+        at += pair ? 2 : 1;
     }
     return text;
 }

@@ -21,9 +21,21 @@ namespace {
 constexpr const char* kResults = "div.results-container";
 constexpr const char* kPreloader = "div.picture[preloader]";
 constexpr const char* kAnyPageItem = "div.results-container ul[page-item]";
-constexpr const char* kNoItemsMessage = "#NoItemsMessage";
+constexpr const char* kNoItemsMessage = ":root > #NoItemsMessage";  // under the results
+constexpr const char* kItemsOfPage = ":root > li > div > ul.comments > li[annot-name]";
 constexpr const char* kLoadName = "CommentsContainerHandler::LoadResults";
 constexpr const char* kLocaleToken = "__l_o_c_a_l_e__t_o_k_e_n__";
+
+// Rendered HTML without the line breaks around it, which an update would pile up in the list.
+std::string InPlace(std::wstring_view html)
+{
+    constexpr std::wstring_view kSpace = L" \t\r\n";
+    const std::size_t first = html.find_first_not_of(kSpace);
+    if (first == html.npos) {
+        return {};
+    }
+    return ToUtf8(html.substr(first, html.find_last_not_of(kSpace) - first + 1));
+}
 
 std::string PageItemSelector(std::uint32_t pageIndex)
 {
@@ -47,7 +59,7 @@ struct CommentsContainerHandler::Loading {
         try {
             Rendering rendering(document.Get());
             rendering.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
-            RenderResults(rendering, [this](std::wstring_view text) { AppendUtf8(html, text); });
+            RenderResults(rendering, [this](std::wstring&& page) { AppendUtf8(html, page); });
         } catch (...) {
             html.clear();
             failure = std::current_exception();
@@ -186,21 +198,17 @@ void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsign
 {
     SODetails::RunEventTask("CommentsContainerHandler::OnAnnotChanged", [&] {
         const auto changed = PDFL::Annotation::Retain(annotation);
-        if (!changed.IsListed()) {
-            return;
-        }
-        switch (operation) {
-        case PDAnnotOperation::kAdded:
-        case PDAnnotOperation::kRemoved:
-        case PDAnnotOperation::kAppearanceChanged:
-        case PDAnnotOperation::kPropertiesChanged:
+        const bool ofPage = operation == PDAnnotOperation::kAdded ||
+                            operation == PDAnnotOperation::kRemoved;
+        const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
+                            operation == PDAnnotOperation::kPropertiesChanged;
+        // What is not listed changes no item, but coming or going it moves its neighbours'
+        // positions, and with them their names.
+        if (changed && (ofPage || (ofItem && changed.IsListed()))) {
             RunOnUIThread("CommentsContainerHandler::OnAnnotChanged",
                           [this, operation, pageIndex, changed] {
                               ApplyAnnotChange(operation, pageIndex, changed);
                           });
-            break;
-        default:
-            break;
         }
     });
 }
@@ -232,15 +240,37 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
         touchedPages_.insert(pageIndex);  // applied when the list lands
         return;
     }
-    if (operation == PDAnnotOperation::kAdded || operation == PDAnnotOperation::kRemoved) {
+    const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
+                        operation == PDAnnotOperation::kPropertiesChanged;
+    if (ofItem) {
+        ReplaceAnnotItem(pageIndex, annotation);
+    } else if (!annotation.IsListed()) {
+        RenameAnnotItems(pageIndex);
+    } else {
         UpdatePageItem(pageIndex);
         if (!HasCurrentAnnotItem()) {
             SelectFirstAnnotItem();
         }
         UpdateButtons();
         UpdateMoveButtons();
-    } else {
-        ReplaceAnnotItem(pageIndex, annotation);
+    }
+}
+
+void CommentsContainerHandler::RenameAnnotItems(std::uint32_t pageIndex)
+{
+    const auto document = document_.Lock();
+    PDFL::Page page;
+    CallMethod<BLDocument::AcquirePage>(document.Get(), pageIndex, page.Receive());
+    const ElementSet items = PageItem(pageIndex).SelectAll(kItemsOfPage);
+    std::size_t item = 0;
+    const std::uint32_t count = page.AnnotationCount();
+    for (std::uint32_t position = 0; position < count; ++position) {
+        const auto annotation = PDFL::Annotation::At(page, position);
+        if (annotation.IsListed() && item < items.Size()) {
+            container_.SameWindow(items.Elements()[item++].handle)
+                .SetAttribute("annot-name",
+                              MakeAnnotUniqueName(document.Get(), pageIndex, annotation));
+        }
     }
 }
 
@@ -255,7 +285,7 @@ void CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
     for (const UIElement& element : items.Elements()) {
         const ElementReference item = container_.SameWindow(element.handle);
         const bool wasCurrent = (item.State() & kStateCurrent) != 0;
-        item.SetHtml(ToUtf8(RenderAnnotItem(rendering, pageIndex, annotation)),
+        item.SetHtml(InPlace(RenderAnnotItem(rendering, pageIndex, annotation)),
                      HtmlPosition::kReplaceWhole);
         if (wasCurrent) {
             container_.SelectFirst(selector).SetState(kStateCurrent, 0);
@@ -272,7 +302,7 @@ void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
 {
     const auto document = document_.Lock();
     Rendering rendering(document.Get());
-    const std::string html = ToUtf8(RenderPageItem(rendering, pageIndex));
+    const std::string html = InPlace(RenderPageItem(rendering, pageIndex));
     const ElementReference present = PageItem(pageIndex);
     if (present && html.empty()) {
         container_.SelectAll(PageItemSelector(pageIndex)).Delete();
@@ -298,7 +328,7 @@ void CommentsContainerHandler::InsertPageItem(std::uint32_t pageIndex, std::stri
 void CommentsContainerHandler::RefreshNoItemsMessage()
 {
     const ElementReference results = container_.SelectFirst(kResults);
-    const ElementReference message = results.SelectFirst(":root > #NoItemsMessage");
+    const ElementReference message = results.SelectFirst(kNoItemsMessage);
     const bool hasItems = HasPageItems();
     if (hasItems && message) {
         message.Delete();

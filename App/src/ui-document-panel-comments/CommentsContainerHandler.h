@@ -63,13 +63,14 @@ public:
         std::wstring modifiedLabel;
         std::wstring dateFormat;    // directives of date_time's output facets
         std::map<Atom, std::wstring> displayNames;  // those asked for so far
+        std::function<std::wstring()> newTooltipId;  // a random UUID each time, in lower case
         // Asked between annotations; the rendering ends early, unfinished, when it answers false.
         std::function<bool()> wanted = [] { return true; };
     };
 
     // The whole list, or the no-items message; handed over page by page, in page order.
     static void RenderResults(Rendering& rendering,
-                              const std::function<void(std::wstring_view)>& write);
+                              const std::function<void(std::wstring&&)>& write);
     static std::wstring RenderResults(Rendering& rendering);
     // The paragraph that says that there is nothing to show.
     static std::wstring RenderNoItems();
@@ -170,6 +171,8 @@ private:
     void ApplyAnnotChange(PDAnnotOperation operation, std::uint32_t pageIndex,
                           const PDFL::Annotation& annotation);
     void ReplaceAnnotItem(std::uint32_t pageIndex, const PDFL::Annotation& annotation);
+    // Names the items of a page after their annotations' present positions; nothing else changes.
+    void RenameAnnotItems(std::uint32_t pageIndex);
     void InsertPageItem(std::uint32_t pageIndex, std::string_view html);
     // Keeps the no-items paragraph and page items from being shown together, or neither.
     void RefreshNoItemsMessage();

@@ -276,6 +276,14 @@ std::wstring ElementReference::Attribute(const char* name, bool* present) const
     return value == nullptr ? std::wstring() : FromUtf16(std::u16string_view(value, length));
 }
 
+void ElementReference::SetAttribute(const char* name, std::wstring_view value) const
+{
+    const auto window = Lock();
+    if (window) {
+        CallMethod<Engine::SetAttribute>(engine_, element_, name, ToUtf16(value).c_str());
+    }
+}
+
 std::uint32_t ElementReference::State() const
 {
     const auto window = Lock();

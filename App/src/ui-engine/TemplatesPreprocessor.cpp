@@ -10,7 +10,8 @@
 #include <boost/regex.hpp>
 
 #include <algorithm>
-#include <cstring>
+#include <array>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -43,17 +44,21 @@ struct Match {
     std::size_t rule;
 };
 
-// Matches in order of their start, at most one for each.
+// Matches in order of their start, at most one for each: the one that was added first.
 class MatchMap {
 public:
-    // A start that is taken keeps the match it has.
+    MatchMap() { matches_.reserve(16); }
+
     void Add(const Match& match)
     {
-        const auto place = std::lower_bound(
-            matches_.begin(), matches_.end(), match.start,
-            [](const Match& present, std::size_t start) { return present.start < start; });
+        auto place = matches_.end();
+        while (place != matches_.begin() && std::prev(place)->start >= match.start) {
+            --place;
+        }
         if (place == matches_.end() || place->start != match.start) {
             matches_.insert(place, match);
+        } else if (match.rule < place->rule) {
+            *place = match;
         }
     }
 
@@ -63,43 +68,106 @@ private:
     std::vector<Match> matches_;
 };
 
-}  // namespace
-
-// A compiled placeholder. One without special characters matches its own text and is searched for
-// as such; only others need the expression machine.
-class TemplatePattern {
+// Looks for several ASCII literals in one pass over a text. Rules are added in their order.
+class LiteralSearch {
 public:
-    explicit TemplatePattern(std::wstring_view placeholder) : literal_(placeholder)
+    explicit LiteralSearch(const std::wstring& text) : text_(text)
     {
-        constexpr std::wstring_view kSpecial = L".[{}()\\*+?|^$";
-        if (placeholder.empty() || placeholder.find_first_of(kSpecial) != placeholder.npos) {
-            expression_ =
-                std::make_unique<const boost::wregex>(placeholder.begin(), placeholder.end());
-        }
+        literals_.reserve(16);
+        firstOf_.fill(kNone);
     }
 
-    // Calls found(start, length) for all non-overlapping matches from left to right.
-    template <class Found>
-    void ForEachMatch(const std::wstring& text, Found found) const
+    void Add(std::wstring_view literal, std::size_t rule)
     {
-        if (expression_) {
-            for (boost::wsregex_iterator it(text.begin(), text.end(), *expression_), end; it != end;
-                 ++it) {
-                found(static_cast<std::size_t>(it->position()),
-                      static_cast<std::size_t>(it->length()));
-            }
-            return;
+        const auto number = static_cast<std::int16_t>(literals_.size());
+        literals_.push_back({literal, rule, 0, kNone});
+        const auto first = static_cast<std::uint32_t>(literal.front());
+        smallest_ = std::min(smallest_, first);
+        largest_ = number == 0 ? first : std::max(largest_, first);
+        std::int16_t* link = &firstOf_[first];
+        while (*link != kNone) {
+            link = &literals_[static_cast<std::size_t>(*link)].sameFirst;
         }
-        for (std::size_t at = text.find(literal_); at != text.npos;
-             at = text.find(literal_, at + literal_.size())) {
-            found(at, literal_.size());
+        *link = number;
+    }
+
+    void Run(MatchMap& matches)
+    {
+        const std::size_t size = text_.size();
+        for (std::size_t at = 0; at < size;) {
+            // Most blocks of a template hold no character that a placeholder begins with.
+            if (size - at >= kBlock && !HoldsFirstCharacter(text_.data() + at)) {
+                at += kBlock;
+                continue;
+            }
+            for (const std::size_t end = std::min(size, at + kBlock); at < end; ++at) {
+                MatchAt(at, matches);
+            }
         }
     }
 
 private:
-    std::wstring literal_;
-    std::unique_ptr<const boost::wregex> expression_;  // null: the literal
+    static constexpr std::size_t kAscii = 128;
+    static constexpr std::size_t kBlock = 16;
+    static constexpr std::int16_t kNone = -1;
+
+    struct Literal {
+        std::wstring_view text;
+        std::size_t rule;
+        std::size_t next;        // where its search goes on
+        std::int16_t sameFirst;  // the next one that begins with the same character
+    };
+
+    // Whether a block may hold a first character: one between the smallest and the largest.
+    bool HoldsFirstCharacter(const wchar_t* block) const
+    {
+        unsigned within = 0;
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            within |= static_cast<std::uint32_t>(block[i]) - smallest_ <= largest_ - smallest_ ? 1u
+                                                                                              : 0u;
+        }
+        return within != 0;
+    }
+
+    void MatchAt(std::size_t at, MatchMap& matches)
+    {
+        const auto first = static_cast<std::size_t>(text_[at]);
+        if (first >= kAscii) {
+            return;
+        }
+        for (std::int16_t i = firstOf_[first]; i != kNone;) {
+            Literal& literal = literals_[static_cast<std::size_t>(i)];
+            i = literal.sameFirst;
+            const std::size_t length = literal.text.size();
+            // Most of what begins alike differs at its end.
+            if (at >= literal.next && length <= text_.size() - at &&
+                text_[at + length - 1] == literal.text.back() &&
+                text_.compare(at, length, literal.text) == 0) {
+                matches.Add({at, length, literal.rule});
+                literal.next = at + length;
+            }
+        }
+    }
+
+    const std::wstring& text_;
+    std::vector<Literal> literals_;
+    std::array<std::int16_t, kAscii> firstOf_;
+    std::uint32_t smallest_ = kAscii;
+    std::uint32_t largest_ = kAscii;
 };
+
+// Whether the placeholder matches nothing but its own text.
+bool IsLiteral(std::wstring_view placeholder)
+{
+    const auto isPlain = [](wchar_t character) {
+        return character == L'_' || (character >= L'A' && character <= L'Z') ||
+               (character >= L'a' && character <= L'z') ||
+               (character >= L'0' && character <= L'9');
+    };
+    return !placeholder.empty() && std::all_of(placeholder.begin(), placeholder.end(), isPlain);
+}
+
+}  // namespace
 
 void UTF16_Bom_Strategy::CheckSize(const std::uint8_t* data, std::uint32_t size,
                                    const std::wstring& path)
@@ -123,15 +191,16 @@ void UTF16_Bom_Strategy::CheckBom(const std::uint8_t* data, const std::wstring& 
 
 std::wstring UTF16_Bom_Strategy::Decode(const std::uint8_t* data, std::uint32_t size)
 {
-    // Resources need not be aligned.
-    std::u16string units((size - kMarkSize) / sizeof(char16_t), u'\0');
-    std::memcpy(units.data(), data + kMarkSize, units.size() * sizeof(char16_t));
-    return FromUtf16(units);
+    return FromUtf16LittleEndian(data + kMarkSize, (size - kMarkSize) / sizeof(char16_t));
 }
 
 template <class Encoding>
 struct TemplatesPreprocessorBase<Encoding>::Rule {
-    TemplatePattern pattern;
+    // A compiled placeholder: one without special characters matches its own text and is searched
+    // for as such; only others need the expression machine.
+    std::size_t literalStart = 0;   // in literals_
+    std::size_t literalLength = 0;  // 0: an expression
+    std::unique_ptr<const boost::wregex> expression;
     TemplateAction action;
     std::wstring value;
 };
@@ -140,6 +209,9 @@ template <class Encoding>
 TemplatesPreprocessorBase<Encoding>::TemplatesPreprocessorBase(std::wstring path)
     : path_(std::move(path))
 {
+    // Enough for any template of the panel.
+    rules_.reserve(10);
+    literals_.reserve(200);
 }
 
 template <class Encoding>
@@ -150,7 +222,15 @@ void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
                                                   TemplateAction action, std::wstring value)
 {
     try {
-        rules_.push_back({TemplatePattern(placeholder), action, std::move(value)});
+        Rule rule{literals_.size(), 0, nullptr, action, std::move(value)};
+        if (IsLiteral(placeholder)) {
+            rule.literalLength = placeholder.size();
+            literals_.append(placeholder);
+        } else {
+            rule.expression =
+                std::make_unique<const boost::wregex>(placeholder.begin(), placeholder.end());
+        }
+        rules_.push_back(std::move(rule));
     } catch (const std::exception& failure) {
         FailProcessing(
             path_, failure,
@@ -185,6 +265,29 @@ std::wstring TemplatesPreprocessorBase<Encoding>::Do() const
     }
 }
 
+// Every rule's non-overlapping matches from left to right. Literals are looked for together, in one
+// pass over the text that stops only where one of their first characters stands.
+template <class Encoding>
+auto TemplatesPreprocessorBase<Encoding>::CollectMatches(const std::wstring& text) const
+{
+    MatchMap matches;
+    LiteralSearch literals(text);
+    for (std::size_t i = 0; i < rules_.size(); ++i) {
+        const Rule& rule = rules_[i];
+        if (rule.literalLength != 0) {
+            literals.Add({literals_.data() + rule.literalStart, rule.literalLength}, i);
+            continue;
+        }
+        for (boost::wsregex_iterator it(text.begin(), text.end(), *rule.expression), end; it != end;
+             ++it) {
+            matches.Add({static_cast<std::size_t>(it->position()),
+                         static_cast<std::size_t>(it->length()), i});
+        }
+    }
+    literals.Run(matches);
+    return matches;
+}
+
 template <class Encoding>
 std::wstring TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data,
                                                           std::uint32_t size) const
@@ -193,18 +296,15 @@ std::wstring TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* da
     Encoding::CheckBom(data, path_);
     const std::wstring text = Encoding::Decode(data, size);
 
-    std::size_t capacity = text.size();
-    MatchMap matches;
-    for (std::size_t i = 0; i < rules_.size(); ++i) {
-        capacity += rules_[i].value.size();
-        rules_[i].pattern.ForEachMatch(text, [&](std::size_t start, std::size_t length) {
-            matches.Add({start, length, i});
-        });
-    }
+    const MatchMap matches = CollectMatches(text);
     if (matches.InOrder().empty()) {
         throw std::runtime_error("Nothing to process");
     }
 
+    std::size_t capacity = text.size();
+    for (const Rule& rule : rules_) {
+        capacity += rule.value.size();
+    }
     std::wstring output;
     output.reserve(capacity);
     std::size_t cursor = 0;

@@ -23,8 +23,9 @@ void ReportFailure(ResultCode code, std::wstring message, std::uint32_t line)
 bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name, ServiceObject** object)
 {
     *object = nullptr;
+    BasicServiceObjectPtr<ServiceObject> found;
     try {
-        CallMethod<UIWnd::QueryServiceObject>(window, AtomService::Resolve(name), object);
+        CallMethod<UIWnd::QueryServiceObject>(window, AtomService::Resolve(name), found.Receive());
     } catch (const ServiceObjectException& failure) {
         ReportFailure(failure.Code(),
                       (boost::wformat(L"Fail to query %1% service object from UIWnd! %2%") %
@@ -34,12 +35,9 @@ bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name, Service
         return false;
     }
     // Another interface under that name would be called through the wrong table.
-    if (*object != nullptr && (*object)->interfaceId == HashInterfaceName(name)) {
+    if (found && found->interfaceId == HashInterfaceName(name)) {
+        *object = found.Detach();
         return true;
-    }
-    if (*object != nullptr) {
-        (*object)->Release(*object);
-        *object = nullptr;
     }
     ReportFailure(kResultNotFound,
                   (boost::wformat(L"Fail to query %1% service object from UIWnd!") %

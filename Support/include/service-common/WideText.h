@@ -4,6 +4,7 @@
 // UTF-8. [any-thread]
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,6 +15,9 @@ std::wstring FromUtf16(std::u16string_view text);
 
 // Appends to `target` what FromUtf16 would return.
 void AppendFromUtf16(std::wstring& target, std::u16string_view text);
+
+// The same from UTF-16-LE as it stands in a file: `units` pairs of bytes, of any alignment.
+std::wstring FromUtf16LittleEndian(const std::uint8_t* bytes, std::size_t units);
 
 // The text of a zero-terminated string; empty for null.
 std::wstring FromUtf16(const char16_t* text);

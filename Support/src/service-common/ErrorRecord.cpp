@@ -5,7 +5,9 @@
 #include <boost/format.hpp>
 
 #include <memory>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -16,10 +18,31 @@ struct ThreadErrors {
     std::function<void(const ErrorRecord&)> listener;
 };
 
+// What each thread left behind, freed with the module. Thread-local storage holds a plain pointer
+// only: an object with a destructor there would keep the library loaded for as long as the thread
+// lives.
+class ThreadErrorsStore {
+public:
+    ThreadErrors& ForThisThread()
+    {
+        static thread_local ThreadErrors* mine = nullptr;
+        if (mine == nullptr) {
+            const std::lock_guard lock(mutex_);
+            all_.push_back(std::make_unique<ThreadErrors>());
+            mine = all_.back().get();
+        }
+        return *mine;
+    }
+
+private:
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<ThreadErrors>> all_;
+};
+
 ThreadErrors& Errors()
 {
-    static thread_local ThreadErrors errors;
-    return errors;
+    static ThreadErrorsStore store;
+    return store.ForThisThread();
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "service-common/SingletonHolder.h"
 #include "service-common/SingletonStaticData.h"
 
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,17 @@ struct ReflectionTable {
     bool built = false;
     std::vector<ServiceObjectInfo> entries;  // ends with a zero entry that is not counted
 };
+
+// The factory's object; empty when there is no factory or it fails in any way.
+BasicServiceObjectPtr<ServiceObject> MakeObject(const ServiceObjectRegistration::Factory& factory)
+{
+    const auto copy = factory;
+    try {
+        return copy ? copy() : nullptr;
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
 
 }  // namespace
 
@@ -77,11 +89,7 @@ ResultCode CreateRegisteredObject(Atom atom, ServiceObject** object)
         if (record->atom_ != atom || atom == kAtomUnresolved) {
             continue;
         }
-        const auto factory = record->factory_;
-        if (!factory) {
-            return kResultFactoryFailed;
-        }
-        auto made = factory();
+        auto made = MakeObject(record->factory_);
         if (!made) {
             return kResultFactoryFailed;
         }

@@ -18,6 +18,51 @@ constexpr char32_t Combine(char32_t high, char32_t low)
     return kFirstSupplementary + ((high - 0xD800) << 10) + (low - 0xDC00);
 }
 
+constexpr char32_t UnitOf(wchar_t wide)
+{
+    return static_cast<char32_t>(static_cast<std::make_unsigned_t<wchar_t>>(wide));
+}
+
+// Joins the surrogate pairs among `length` wide characters, each of which is a UTF-16 code unit, in
+// place; the new length. Where wide text is UTF-16 there is nothing to join.
+std::size_t JoinSurrogates(wchar_t* text, std::size_t length)
+{
+    if (kWideIsUtf16) {
+        return length;
+    }
+    wchar_t* out = text;
+    for (std::size_t i = 0; i < length; ++i) {
+        const char32_t unit = UnitOf(text[i]);
+        if (IsHighSurrogate(unit) && i + 1 < length && IsLowSurrogate(UnitOf(text[i + 1]))) {
+            *out++ = static_cast<wchar_t>(Combine(unit, UnitOf(text[++i])));
+        } else {
+            *out++ = static_cast<wchar_t>(unit);
+        }
+    }
+    return static_cast<std::size_t>(out - text);
+}
+
+// Number of characters at the beginning of the text that are ASCII, at least as far as whole
+// blocks of them go.
+std::size_t AsciiRun(std::wstring_view text)
+{
+    constexpr std::size_t kBlock = 16;
+    std::size_t run = 0;
+    for (; run + kBlock <= text.size(); run += kBlock) {
+        char32_t bits = 0;
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            bits |= UnitOf(text[run + i]);
+        }
+        if (bits >= 0x80) {
+            break;
+        }
+    }
+    while (run < text.size() && UnitOf(text[run]) < 0x80) {
+        ++run;
+    }
+    return run;
+}
+
 void AppendUtf8(std::string& target, char32_t codePoint)
 {
     const auto continuation = [](char32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
@@ -42,11 +87,20 @@ void AppendUtf8(std::string& target, char32_t codePoint)
 
 std::u16string ToUtf16(std::wstring_view text)
 {
-    std::u16string result;
-    result.reserve(text.size());
+    // Most text is in the basic plane: one loop that the compiler can widen.
+    std::u16string result(text.size(), u'\0');
+    unsigned beyond = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        result[i] = static_cast<char16_t>(text[i]);
+        beyond |= UnitOf(text[i]) >= kFirstSupplementary ? 1u : 0u;
+    }
+    if (beyond == 0) {
+        return result;
+    }
+    result.clear();
     for (const wchar_t wide : text) {
-        const auto unit = static_cast<char32_t>(static_cast<std::make_unsigned_t<wchar_t>>(wide));
-        if (kWideIsUtf16 || unit < kFirstSupplementary) {
+        const char32_t unit = UnitOf(wide);
+        if (unit < kFirstSupplementary) {
             result.push_back(static_cast<char16_t>(unit));
         } else if (unit > kLastCodePoint) {
             result.push_back(static_cast<char16_t>(kReplacement));
@@ -64,31 +118,36 @@ void AppendFromUtf16(std::wstring& target, std::u16string_view text)
     const std::size_t start = target.size();
     target.resize(start + text.size());
     wchar_t* const first = target.data() + start;
-    // Most text has no surrogates: one loop that the compiler can widen.
     unsigned surrogates = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         first[i] = static_cast<wchar_t>(text[i]);
         surrogates |= (text[i] & 0xF800u) == 0xD800u ? 1u : 0u;
     }
-    if (kWideIsUtf16 || surrogates == 0) {
-        return;
+    if (surrogates != 0) {
+        target.resize(start + JoinSurrogates(first, text.size()));
     }
-    wchar_t* out = first;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-            *out++ = static_cast<wchar_t>(Combine(text[i], text[i + 1]));
-            ++i;
-        } else {
-            *out++ = static_cast<wchar_t>(text[i]);
-        }
-    }
-    target.resize(static_cast<std::size_t>(out - target.data()));
 }
 
 std::wstring FromUtf16(std::u16string_view text)
 {
     std::wstring result;
     AppendFromUtf16(result, text);
+    return result;
+}
+
+std::wstring FromUtf16LittleEndian(const std::uint8_t* bytes, std::size_t units)
+{
+    std::wstring result(units, L'\0');
+    wchar_t* const first = result.data();
+    unsigned surrogates = 0;
+    for (std::size_t i = 0; i < units; ++i) {
+        const unsigned unit = bytes[2 * i] | unsigned{bytes[2 * i + 1]} << 8;
+        first[i] = static_cast<wchar_t>(unit);
+        surrogates |= (unit & 0xF800u) == 0xD800u ? 1u : 0u;
+    }
+    if (surrogates != 0) {
+        result.resize(JoinSurrogates(first, units));
+    }
     return result;
 }
 
@@ -99,29 +158,24 @@ std::wstring FromUtf16(const char16_t* text)
 
 void AppendUtf8(std::string& target, std::wstring_view text)
 {
-    const auto unitAt = [text](std::size_t i) {
-        return static_cast<char32_t>(static_cast<std::make_unsigned_t<wchar_t>>(text[i]));
-    };
     for (std::size_t i = 0; i < text.size();) {
-        std::size_t end = i;
-        while (end < text.size() && unitAt(end) < 0x80) {
-            ++end;
+        const std::size_t run = AsciiRun(text.substr(i));
+        const std::size_t start = target.size();
+        target.resize(start + run);
+        for (std::size_t k = 0; k < run; ++k) {
+            target[start + k] = static_cast<char>(text[i + k]);
         }
-        if (end > i) {
-            const std::size_t start = target.size();
-            target.resize(start + (end - i));
-            for (char* out = target.data() + start; i < end; ++i) {
-                *out++ = static_cast<char>(text[i]);
+        i += run;
+        while (i < text.size() && UnitOf(text[i]) >= 0x80) {
+            char32_t unit = UnitOf(text[i++]);
+            if (kWideIsUtf16 && IsHighSurrogate(unit) && i < text.size() &&
+                IsLowSurrogate(UnitOf(text[i]))) {
+                unit = Combine(unit, UnitOf(text[i++]));
+            } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit) || unit > kLastCodePoint) {
+                unit = kReplacement;
             }
-            continue;
+            AppendUtf8(target, unit);
         }
-        char32_t unit = unitAt(i++);
-        if (kWideIsUtf16 && IsHighSurrogate(unit) && i < text.size() && IsLowSurrogate(unitAt(i))) {
-            unit = Combine(unit, unitAt(i++));
-        } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit) || unit > kLastCodePoint) {
-            unit = kReplacement;
-        }
-        AppendUtf8(target, unit);
     }
 }
 

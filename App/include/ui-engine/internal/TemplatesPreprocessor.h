@@ -29,8 +29,6 @@ struct UTF16_Bom_Strategy {
     static std::wstring Decode(const std::uint8_t* data, std::uint32_t size);
 };
 
-class TemplatePattern;
-
 // All failures are ServiceObjectException with code 0x40009.
 template <class Encoding>
 class TemplatesPreprocessorBase {
@@ -53,10 +51,12 @@ public:
 private:
     struct Rule;
 
+    auto CollectMatches(const std::wstring& text) const;
     std::wstring Process(const std::uint8_t* data, std::uint32_t size) const;
 
     std::wstring path_;
     std::vector<Rule> rules_;
+    std::wstring literals_;  // the placeholders of the rules that need no expression, one by one
 };
 
 extern template class TemplatesPreprocessorBase<UTF16_Bom_Strategy>;
