@@ -1,0 +1,101 @@
+#include "DocumentEditSuite.h"
+#include "PdfBuilder.h"
+
+namespace DocumentsTest {
+
+namespace {
+
+struct QpdfKind {
+    static std::shared_ptr<Document> Make(const std::vector<MemoryPage>& pages,
+                                          const MemoryOptions& options)
+    {
+        return OpenPdf(MakePdf(pages), {.listAll = options.listAll});
+    }
+    static std::shared_ptr<Document> Reopened(Document& document)
+    {
+        const TemporaryFolder folder;
+        EXPECT_EQ(document.Save(folder / "saved.pdf").error, "");
+        EXPECT_FALSE(document.Modified());
+        auto reopened = QpdfDocument::Open(folder / "saved.pdf");
+        EXPECT_EQ(reopened.message, "");
+        EXPECT_EQ(reopened.document->Warnings(), std::vector<std::string>{});
+        return reopened.document;
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Qpdf, DocumentEdit, QpdfKind);
+
+// Both kinds of document are one and the same to the panel.
+TEST(QpdfEdit, FollowsAMemoryDocumentThroughRandomScripts)
+{
+    for (std::uint32_t seed = 1; seed <= 10; ++seed) {
+        const auto memory = MemoryDocument::Make("suite", SuitePages());
+        const auto file = OpenPdf(MakePdf(SuitePages()));
+        std::mt19937 forMemory{seed};
+        std::mt19937 forFile{seed};
+        for (int step = 0; step < 150; ++step) {
+            const auto expected = Events(RandomEdit(*memory, forMemory));
+            ASSERT_EQ(Events(RandomEdit(*file, forFile)), expected) << seed << ", " << step;
+            ASSERT_EQ(List(*file), List(*memory)) << seed << ", " << step;
+            if (step % 50 == 49) {
+                ASSERT_EQ(List(*QpdfKind::Reopened(*file)), List(*memory)) << seed << ", " << step;
+            }
+        }
+    }
+}
+
+// Edits before anything was read: QPDF would read the whole file for the first new object.
+TEST(QpdfEdit, WorksOnPagesThatNobodyHasRead)
+{
+    const auto file = OpenPdf(MakePdf(SuitePages()));
+    EXPECT_TRUE(file->MovePage(0, 1).Succeeded());
+    EXPECT_TRUE(file->AddAnnotation(1, "Stamp", u"s").Succeeded());
+    EXPECT_TRUE(file->RemoveAnnotation(0, 0).Succeeded());
+    const std::vector<std::string> outline{"Circle:shared", "Text:note Popup: nothing Link: Stamp:s",
+                                           "Circle:shared", ""};
+    EXPECT_EQ(Outline(*file), outline);
+    // Appearances are made by QPDF on saving; numbers of objects that are made afterwards must not
+    // meet theirs.
+    EXPECT_EQ(Outline(*QpdfKind::Reopened(*file)), outline);
+    for (int count = 0; count < 5; ++count) {
+        EXPECT_TRUE(file->AddAnnotation(3, "Stamp", u"t").Succeeded());
+        EXPECT_EQ(List(*QpdfKind::Reopened(*file)), List(*file));
+    }
+}
+
+TEST(QpdfEdit, ConcernsOnePageWhenPagesShareAnArray)
+{
+    const std::string bytes = RawPdf({
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 2 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 9 9] /Annots 5 0 R >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 9 9] /Annots 5 0 R >>",
+        "[6 0 R << /Subtype /Square /Contents (direct) >>]",
+        "<< /Subtype /Text /Contents (a) >>",
+    });
+    const auto file = OpenPdf(bytes);
+    EXPECT_TRUE(file->AddAnnotation(0, "Ink", u"b").Succeeded());
+    EXPECT_TRUE(file->ChangeContents(0, 1, u"changed").Succeeded());
+    EXPECT_TRUE(file->RemoveAnnotation(1, 0).Succeeded());
+    const std::vector<std::string> outline{"Text:a Square:changed Ink:b", "Square:direct"};
+    EXPECT_EQ(Outline(*file), outline);
+    EXPECT_EQ(Outline(*QpdfKind::Reopened(*file)), outline);
+}
+
+TEST(QpdfEdit, LeavesNothingOfTheFormerContents)
+{
+    const auto file = OpenPdf(OnePagePdf(
+        "/Annots [4 0 R 5 0 R]",
+        {"<< /Subtype /FreeText /Contents (FORMER) /RC (FORMER) /AP << /N 6 0 R >> >>",
+         "<< /Subtype /Text /Contents (FORMER) /RC (FORMER) >>",
+         "<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Length 8 >>\nstream\n(FORMER)\nendstream"}));
+    EXPECT_TRUE(file->ChangeContents(0, 0, u"new").Succeeded());
+    EXPECT_TRUE(file->RemoveAnnotation(0, 1).Succeeded());
+    const TemporaryFolder folder;
+    EXPECT_EQ(file->Save(folder / "a.pdf").error, "");
+    EXPECT_EQ(ReadBytes(folder / "a.pdf").find("FORMER"), std::string::npos);
+}
+
+}  // namespace
+
+}  // namespace DocumentsTest

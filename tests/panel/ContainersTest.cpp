@@ -1,0 +1,344 @@
+// One container for each document view: made, shown, hidden and removed with the host's views.
+#include "PanelFixture.h"
+
+#include <atomic>
+#include <new>
+#include <vector>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <sys/mman.h>
+#endif
+
+namespace PanelTests {
+namespace {
+
+using namespace Workbench;
+using testing::ElementsAre;
+
+using Collection = UIDocumentsCollection;
+
+constexpr const char* kAnyContainer = ".panel-content[doc-view-addr]";
+
+class Containers : public PanelTest {
+protected:
+    // A view that the host's collection does not list.
+    ViewPtr MakeView(DocumentPtr document) const
+    {
+        const auto view = BLDocumentViewObject::Make(
+            state, document ? BLDocumentObject::Make(state, document) : nullptr);
+        view->Connect();
+        return UIDocumentViewObject::Make(view);
+    }
+    template <class E>
+    void Fire(const ViewPtr& view)
+    {
+        host.State().Fire(host.Collection().Event<E>(), view->AsInterface());
+    }
+    // The keys of the containers that are shown.
+    std::vector<std::string> Shown() const
+    {
+        std::vector<std::string> keys;
+        const HtmlEngine::Document& page = *host.Panel().Page();
+        page.SelectAll(page.Root(), kAnyContainer, [&](ElementHandle container) {
+            if (page.Style(container, "visibility") != "collapse") {
+                keys.push_back(*page.Attribute(container, "doc-view-addr"));
+            }
+            return true;
+        });
+        return keys;
+    }
+};
+
+TEST_F(Containers, FollowTheViewsOfTheCollection)
+{
+    host.StartPanel();
+    TakeError();
+    const ViewPtr early = host.OpenView(MakeDocument(FivePages()));
+    const ViewPtr second = host.OpenView(MakeDocument({{Comment("Ink")}}));
+    EXPECT_EQ(CountMatches(kAnyContainer), 0u);
+
+    host.HandOverDocuments();
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(second)));
+    EXPECT_EQ(OutlineOf(early), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
+    EXPECT_EQ(OutlineOf(second), "0:0_0* [ECRD]");
+
+    const ViewPtr late = Open(MakeDocument({{}}));
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(late)));
+    EXPECT_EQ(OutlineOf(late), "(There are no items to show) []");
+    EXPECT_TRUE(host.Panel().Page()->Attribute(Find(late, ""),
+                                               "disabled-when-document-locked-for-write"));
+
+    const auto created = MakeView(MakeDocument({{}}));
+    host.Collection().Add(created);
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 4u);
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(late))) << "a view created behind the active one";
+
+    host.Collection().Activate(early);
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(early)));
+    EXPECT_EQ(OutlineOf(early), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]") << "kept meanwhile";
+    host.Collection().Activate(nullptr);
+    EXPECT_THAT(Shown(), ElementsAre());
+
+    const std::size_t attached = host.Panel().AttachedHandlerCount();
+    host.CloseView(late);
+    host.CloseView(second);
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_EQ(host.Panel().AttachedHandlerCount(), attached - 2);
+}
+
+TEST_F(Containers, TolerateEventsThatAHostShouldNotFire)
+{
+    const ViewPtr view = StartWith(FivePages());
+    const ViewPtr stranger = MakeView(MakeDocument(FivePages()));
+
+    Fire<Collection::OnDocumentViewCreated>(view);  // announced before
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
+
+    Fire<Collection::OnDocumentViewActivated>(stranger);  // has no container
+    EXPECT_THAT(Shown(), ElementsAre());
+    Fire<Collection::OnDocumentViewDeactivated>(stranger);
+    Fire<Collection::OnDocumentViewDestroyed>(stranger);
+    Fire<Collection::OnDocumentViewActivated>(UIDocumentViewObject::Make(nullptr));
+    Fire<Collection::OnDocumentViewCreated>(UIDocumentViewObject::Make(nullptr));
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
+
+    Fire<Collection::OnDocumentViewDestroyed>(view);
+    Fire<Collection::OnDocumentViewDestroyed>(view);
+    EXPECT_EQ(CountMatches(kAnyContainer), 0u);
+    Fire<Collection::OnDocumentViewCreated>(view);  // a view at an address that had one before
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
+    ExpectFresh(view);
+}
+
+TEST_F(Containers, AViewThatIsGoneBeforeItsHandlerIsAttachedGetsNone)
+{
+    Start();
+    const std::size_t attached = host.Panel().AttachedHandlerCount();
+    ViewPtr brief = MakeView(MakeDocument(FivePages()));
+    Fire<Collection::OnDocumentViewCreated>(brief);
+    brief.Reset();
+    Settle();
+    EXPECT_EQ(host.Panel().AttachedHandlerCount(), attached);
+
+    const ViewPtr closed = host.OpenView(MakeDocument(FivePages()));
+    host.CloseView(closed);
+    Settle();
+    EXPECT_EQ(host.Panel().AttachedHandlerCount(), attached);
+}
+
+TEST_F(Containers, EventsOfAForeignThreadAreActedOnInTheirOrder)
+{
+    Start();
+    const ViewPtr first = MakeView(MakeDocument(FivePages()));
+    const ViewPtr second = MakeView(MakeDocument({{Comment("Ink")}}));
+    const ViewPtr third = MakeView(MakeDocument({{}}));
+    host.State().foreignThread.Run([&] {
+        for (const ViewPtr* view : {&first, &second, &third}) {
+            Fire<Collection::OnDocumentViewCreated>(*view);
+            Fire<Collection::OnDocumentViewActivated>(*view);
+        }
+        Fire<Collection::OnDocumentViewDestroyed>(third);
+        Fire<Collection::OnDocumentViewActivated>(first);
+    });
+    Settle();
+    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(first)));
+    ExpectFresh(first);
+    ExpectFresh(second);
+}
+
+TEST_F(Containers, AChildFrameBringsItsDocuments)
+{
+    const ViewPtr main = StartWith(FivePages());
+    const auto collection = UIDocumentsCollectionObject::Make(state);
+    const auto frame = UIDocumentFrameObject::Make(collection);
+    const ViewPtr before = MakeView(MakeDocument({{Comment("Ink")}}));
+    collection->Add(before);
+    host.MainFrame().AnnounceChildFrame(*frame.Get());
+    Settle();
+    EXPECT_EQ(OutlineOf(before), "0:0_0* [ECRD]");
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(main)));
+
+    const ViewPtr after = MakeView(MakeDocument({{}, {Comment("Ink")}}));
+    collection->Add(after);
+    collection->Activate(after);
+    Settle();
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(after)));
+    EXPECT_EQ(OutlineOf(after), "1:1_0* [ECRD]");
+    collection->Close(after);
+    collection->Close(before);
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
+
+    host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(nullptr).Get());
+    Settle();
+}
+
+TEST_F(Containers, SelectionsAndSideBySideViewsAreNotKeptAlive)
+{
+    const ViewPtr view = StartWith(FivePages());
+    const auto sideBySide = UIDocumentViewSbSObject::Make(view, nullptr);
+    host.Collection().ShowSideBySide(sideBySide);
+    view->View().SetFocus(0, DocumentOf(view).AnnotationAt(0, 1));  // fires a selection
+    Settle();
+    host.Collection().ShowSideBySide(nullptr);
+    EXPECT_EQ(sideBySide->AsInterface()->GetRefCount(sideBySide->AsInterface()), 1u);
+    const auto held = DescribeLiveObjects();
+    EXPECT_THAT(held, testing::Not(testing::Contains(testing::HasSubstr("BLSelection:"))));
+}
+
+TEST_F(Containers, ANewLanguageRendersEveryListAnew)
+{
+    const ViewPtr list = StartWith({{}, {Comment("Highlight", u"x")}});
+    const ViewPtr empty = Open(MakeDocument({{}}));
+    const ViewPtr none = MakeView(nullptr);
+    host.Collection().Add(none);
+    Settle();
+    struct Row {
+        const char* language;
+        const char* caption;
+        const char* title;
+        const char* noItems;
+        const char* button;
+    };
+    const Row rows[] = {
+        {"de", "Seite 2", "Hervorhebung", "Es sind keine Elemente vorhanden", "Löschen"},
+        {"ru", "Страница 2", "Выделение", "Нет элементов для показа", "Удалить"},
+        {"en", "Page 2", "Highlight", "There are no items to show", "Delete"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.language);
+        host.SwitchLanguage(row.language);
+        Settle();
+        const PanelView read = Read(list);
+        ASSERT_EQ(read.pages.size(), 1u);
+        EXPECT_EQ(read.pages[0].caption, row.caption);
+        EXPECT_EQ(read.pages[0].items[0].title, row.title);
+        EXPECT_EQ(Read(empty).noItems, row.noItems);
+        EXPECT_EQ(host.Panel().Page()->TextContent(Find(list, "#delete")), row.button);
+        EXPECT_EQ(OutlineOf(none), "[]");
+        ExpectFresh(list);
+    }
+}
+
+// --- Keys ---
+
+void* MapAt(void* address, std::size_t size)
+{
+#if defined(_WIN32)
+    return VirtualAlloc(address, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+#else
+    void* const mapped =
+        mmap(address, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped != MAP_FAILED && address != nullptr && mapped != address) {
+        munmap(mapped, size);
+        return nullptr;
+    }
+    return mapped == MAP_FAILED ? nullptr : mapped;
+#endif
+}
+
+// A view object at an address that the test chooses.
+class PlacedView : public HostObject<PlacedView, BLDocumentView> {
+public:
+    explicit PlacedView(BasicServiceObjectPtr<BLDocumentObject> document)
+        : document_(std::move(document))
+    {
+        Offer<BLDocumentView::GetDocument, &PlacedView::GetDocument>();
+    }
+
+    static void* operator new(std::size_t) { return place; }
+    static void operator delete(void*) {}  // the mapping is the test's
+
+    static inline void* place = nullptr;
+
+private:
+    ResultCode GetDocument(BLDocument** document) const
+    {
+        HandOut(document_, document);
+        return kResultOk;
+    }
+
+    BasicServiceObjectPtr<BLDocumentObject> document_;
+};
+
+class PlacedUIView : public HostObject<PlacedUIView, UIDocumentView> {
+public:
+    explicit PlacedUIView(BasicServiceObjectPtr<PlacedView> view) : view_(std::move(view))
+    {
+        Offer<UIDocumentView::GetDocumentView, &PlacedUIView::GetDocumentView>();
+    }
+
+private:
+    ResultCode GetDocumentView(BLDocumentView** view) const
+    {
+        HandOut(view_, view);
+        return kResultOk;
+    }
+
+    BasicServiceObjectPtr<PlacedView> view_;
+};
+
+TEST_F(Containers, AKeyIsTheLowHalfOfTheAddressAsASignedNumber)
+{
+    // Two places whose addresses differ above bit 31 alone, with bit 31 set.
+    constexpr std::size_t kSize = 1 << 16;
+    static_assert(sizeof(PlacedView) < kSize);
+    constexpr std::uintptr_t kLow = 0x90000000u;
+    std::vector<void*> places;
+    for (std::uintptr_t high = 2; high < 4096 && places.size() < 2; ++high) {
+        const std::uintptr_t address = (high << 36) | kLow;
+        if (void* const place = MapAt(reinterpret_cast<void*>(address), kSize)) {
+            places.push_back(place);
+        }
+    }
+    if (places.size() < 2) {
+        GTEST_SKIP() << "the system gives no memory at chosen addresses";
+    }
+
+    Start();
+    const auto make = [&](void* place, const Pages& pages) {
+        PlacedView::place = place;
+        return PlacedUIView::Make(
+            PlacedView::Make(BLDocumentObject::Make(state, MakeDocument(pages))));
+    };
+    const auto fire = [&](auto& event, const auto& view) {
+        host.State().Fire(event, view->AsInterface());
+        Settle();
+    };
+    auto first = make(places[0], {{Comment("Ink")}});
+    auto second = make(places[1], {{Comment("Ink")}});
+    auto& created = host.Collection().Event<Collection::OnDocumentViewCreated>();
+    auto& activated = host.Collection().Event<Collection::OnDocumentViewActivated>();
+    auto& destroyed = host.Collection().Event<Collection::OnDocumentViewDestroyed>();
+    fire(created, first);
+    fire(activated, first);
+    EXPECT_THAT(Shown(), ElementsAre("-1879048192"));
+    fire(created, second);
+    EXPECT_EQ(CountMatches(".panel-content[doc-view-addr=\"-1879048192\"]"), 2u);
+    fire(activated, second);
+    EXPECT_THAT(Shown(), ElementsAre("-1879048192", "-1879048192"));
+    fire(destroyed, first);
+    EXPECT_EQ(CountMatches(kAnyContainer), 0u);
+    fire(destroyed, second);
+    first.Reset();
+    second.Reset();
+    for (void* const place : places) {
+#if defined(_WIN32)
+        VirtualFree(place, 0, MEM_RELEASE);
+#else
+        munmap(place, kSize);
+#endif
+    }
+}
+
+}  // namespace
+}  // namespace PanelTests

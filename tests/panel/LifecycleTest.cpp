@@ -1,0 +1,273 @@
+// The plug-in from loading to unloading, called as a host calls it, in order and out of order.
+#include "PanelFixture.h"
+
+#include "platform-libraries/ServiceProviderHost.h"
+#include "service-common/ServiceObjectException.h"
+#include "services/ModuleLibrary.h"
+#include "services/ResourceStore.h"
+
+#include <cstring>
+
+namespace PanelTests {
+namespace {
+
+using namespace Workbench;
+
+// A plug-in of the module that no panel of the host stands around.
+class Lifecycle : public PanelTest {
+protected:
+    void SetUp() override
+    {
+        library = std::make_unique<ModuleLibrary>(DefaultModule());
+        BasicServiceObjectPtr<ServiceObject> object = library->Create("CommentsPanelInplacePlugin");
+        ASSERT_EQ(CheckServiceObject(object.Get(), UIInplacePlugin::kName), kResultOk);
+        plugin = BasicServiceObjectPtr<UIInplacePlugin>::Adopt(
+            static_cast<UIInplacePlugin*>(object.Detach()));
+    }
+    void TearDown() override
+    {
+        plugin.Reset();
+        PanelTest::TearDown();
+        const auto modules = ResourceStore::Instance().Modules();
+        if (library->Unload()) {
+            for (const Platform::ModuleInstance module : modules) {
+                ResourceStore::Instance().Forget(module);
+            }
+        }
+    }
+
+    template <class M, class... Args>
+    ResultCode Call(Args... arguments)
+    {
+        return CallMethodUnchecked<M>(plugin.Get(), arguments...).code;
+    }
+    BasicServiceObjectPtr<UIHandler> InitHandler()
+    {
+        BasicServiceObjectPtr<UIHandler> handler;
+        const UIInitHandlerArguments arguments{handler.Receive()};
+        EXPECT_EQ(Call<UIInplacePlugin::InitHandler>(&arguments), kResultOk);
+        EXPECT_EQ(CheckServiceObject(handler.Get(), UIHandler::kName), kResultOk);
+        return handler;
+    }
+    BasicServiceObjectPtr<UIDocumentPanelModel> GetUIModel()
+    {
+        BasicServiceObjectPtr<UIDocumentPanelModel> model;
+        const UIGetUIModelArguments arguments{model.Receive()};
+        EXPECT_EQ(Call<UIInplacePlugin::GetUIModel>(&arguments), kResultOk);
+        EXPECT_EQ(CheckServiceObject(model.Get(), UIDocumentPanelModel::kName), kResultOk);
+        return model;
+    }
+    // Calls that the model posts when it is given the documents; they are run.
+    std::size_t CallsPostedBy(UIDocumentPanelModel* model, UIDocumentsCollection* collection)
+    {
+        EXPECT_EQ(CallMethodUnchecked<UIDocumentPanelModel::SetDocumentsCollection>(model,
+                                                                                    collection)
+                      .code,
+                  kResultOk);
+        const std::size_t posted = host.State().loop.WaitingCount();
+        host.State().loop.RunWaiting();
+        return posted;
+    }
+
+    std::unique_ptr<ModuleLibrary> library;
+    BasicServiceObjectPtr<UIInplacePlugin> plugin;
+};
+
+TEST_F(Lifecycle, EveryStepAnswersAsTheInterfaceSays)
+{
+    UIWnd* const window = host.Window();
+    const UIInitBeginArguments begin{window, window};
+    const UIInitBeginArguments noContext{window, nullptr};
+    const UIInitHtmlArguments html{window, window};
+    const UIInitHtmlArguments noFirst{nullptr, window};
+    const UIInitHtmlArguments noSecond{window, nullptr};
+    const UIInitHandlerArguments noHandler{nullptr};
+    const UIGetUIModelArguments noModel{nullptr};
+
+    EXPECT_EQ(Call<UIInplacePlugin::Handshake>(), 0u);
+    EXPECT_EQ(Call<UIInplacePlugin::RegisterResources>(), 0u);
+    EXPECT_EQ(Call<UIInplacePlugin::InitBegin>(&begin), 0u);
+    EXPECT_EQ(Call<UIInplacePlugin::InitHtml>(&html), 1u);
+    EXPECT_EQ(Call<UIInplacePlugin::InitSubscription>(), 1u);
+    InitHandler();
+    EXPECT_EQ(Call<UIInplacePlugin::InitComplete>(), 0u);
+    EXPECT_EQ(Call<UIInplacePlugin::CreateControl>(), 1u);
+    GetUIModel();
+    EXPECT_EQ(Call<UIInplacePlugin::Cleanup>(), 0u);
+    EXPECT_EQ(Call<UIInplacePlugin::Cleanup>(), 0u);
+
+    EXPECT_EQ(Call<UIInplacePlugin::InitBegin>(&noContext), 3u);
+    EXPECT_EQ(Call<UIInplacePlugin::InitHtml>(&noFirst), 3u);
+    EXPECT_EQ(Call<UIInplacePlugin::InitHtml>(&noSecond), 3u);
+    EXPECT_EQ(Call<UIInplacePlugin::InitHandler>(&noHandler), 3u);
+    EXPECT_EQ(Call<UIInplacePlugin::GetUIModel>(&noModel), 3u);
+    EXPECT_EQ(TakeError(plugin.Get()), "UIInplacePlugin::GetUIModel() failed, code: 3");
+}
+
+TEST_F(Lifecycle, ResourcesAreThereOnceTheyAreRegistered)
+{
+    constexpr const char16_t* kPanelPage = u"document-panel-comments/panel.htm";
+    EXPECT_EQ(ResourceStore::Instance().Find(kPanelPage).data, nullptr);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(Call<UIInplacePlugin::RegisterResources>(), 0u);
+        EXPECT_NE(ResourceStore::Instance().Find(kPanelPage).data, nullptr);
+        EXPECT_EQ(ResourceStore::Instance().Modules().size(), 1u);
+    }
+}
+
+TEST_F(Lifecycle, AMissingEngineReachesTheHostAsAnException)
+{
+    struct Row {
+        const char* name;
+        void (*arrange)();
+        ResultCode code;
+        std::wstring message;
+    };
+    const Row rows[] = {
+        {"not listed", [] { VxHostUnregisterService("UIEngine"); }, kResultServiceUnknown,
+         L"Fail to query UIEngine service object: corresponding service is not supported by the "
+         L"service provider.\n"},
+        {"refused", [] { VxHostRefuseService("UIEngine", kResultFactoryFailed, 0); },
+         kResultFactoryFailed,
+         L"Fail to query UIEngine service object: service object factory function failed.\n"},
+        {"refused with a code of its own", [] { VxHostRefuseService("UIEngine", 77, 0); }, 77,
+         L"Fail to query UIEngine service object: \"ServiceProviderGetServiceObject()\" call "
+         L"failed with code 77.\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.arrange();
+        try {
+            Call<UIInplacePlugin::RegisterResources>();
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const ServiceObjectException& failure) {
+            EXPECT_EQ(failure.Code(), row.code);
+            EXPECT_EQ(failure.Message(), row.message);
+        }
+    }
+    VxHostRegisterService("UIEngine", nullptr);
+    EXPECT_EQ(Call<UIInplacePlugin::RegisterResources>(), 0u) << "no engine, no failure";
+}
+
+TEST_F(Lifecycle, AnInvalidWindowIsIgnoredWithoutAFailure)
+{
+    using Table = SODetails::ServiceObjectTable<UIWnd>;
+    const auto broken = [&](auto&& breakIt) {
+        Table table;
+        std::memcpy(&table, static_cast<void*>(host.Window()), sizeof table);
+        breakIt(table);
+        return table;
+    };
+    struct Row {
+        const char* name;
+        Table table;
+    };
+    Row rows[] = {
+        {"sound", broken([](Table&) {})},
+        {"another interface", broken([](Table& table) { ++table.header.interfaceId; })},
+        {"no interface", broken([](Table& table) { table.header.interfaceId = 0; })},
+        {"no end of table", broken([](Table& table) { table.endOfTable[0] = 'X'; })},
+        {"implausible table", broken([](Table& table) { table.header.methodTableSize = 7; })},
+    };
+    for (Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const UIInitBeginArguments begin{&row.table.header, host.Window()};
+        EXPECT_EQ(Call<UIInplacePlugin::InitBegin>(&begin), 0u);
+        EXPECT_EQ(Call<UIInplacePlugin::Cleanup>(), 0u);
+    }
+    const UIInitBeginArguments noWindow{nullptr, host.Window()};
+    EXPECT_EQ(Call<UIInplacePlugin::InitBegin>(&noWindow), 0u);
+}
+
+TEST_F(Lifecycle, HandlerAndModelAreOnePairUntilCleanup)
+{
+    const auto model = GetUIModel();  // before InitHandler: makes both
+    const auto handler = InitHandler();
+    EXPECT_EQ(GetUIModel(), model);
+    EXPECT_EQ(InitHandler(), handler);
+    EXPECT_EQ(handler->GetRefCount(handler.Get()), 2u) << "the plug-in's and this";
+    EXPECT_EQ(model->GetRefCount(model.Get()), 2u);
+
+    Call<UIInplacePlugin::Cleanup>();
+    EXPECT_EQ(handler->GetRefCount(handler.Get()), 1u);
+    EXPECT_EQ(model->GetRefCount(model.Get()), 1u);
+    const auto nextHandler = InitHandler();
+    EXPECT_NE(nextHandler, handler);
+    EXPECT_NE(GetUIModel(), model);
+}
+
+TEST_F(Lifecycle, AModelWithoutItsHandlerDoesNothing)
+{
+    UIDocumentsCollection* const collection = host.Collection().AsInterface();
+    const auto model = GetUIModel();
+    TakeError(plugin.Get());
+    EXPECT_EQ(CallsPostedBy(model.Get(), nullptr), 0u);
+    EXPECT_EQ(CallsPostedBy(model.Get(), collection), 1u);
+    const std::uint32_t held = collection->GetRefCount(collection);
+
+    Call<UIInplacePlugin::Cleanup>();
+    EXPECT_EQ(collection->GetRefCount(collection), held - 1) << "the handler's";
+    EXPECT_EQ(CallsPostedBy(model.Get(), collection), 0u);
+    EXPECT_EQ(collection->GetRefCount(collection), held - 1);
+
+    using Model = UIDocumentPanelModel;
+    BasicServiceObjectPtr<ServiceObject> none;
+    EXPECT_EQ(CallMethodUnchecked<Model::GetConcreteModel>(model.Get(), none.Receive()).code, 1u);
+    EXPECT_EQ(TakeError(plugin.Get()), "") << "declining is no error";
+}
+
+TEST_F(PanelTest, HandlersTellTheHostWhatTheyAre)
+{
+    host.StartPanel();
+    TakeError();
+    UIHandler* const handler = host.PanelHandler();
+    std::uint32_t events = 0;
+    UIElement element{};
+    const char* name = nullptr;
+    CallMethod<UIHandler::GetSubscribedEvents>(handler, &events);
+    CallMethod<UIHandler::GetElementAttachedTo>(handler, &element);
+    CallMethod<UIHandler::GetHandlerName>(handler, &name);
+    EXPECT_EQ(events, 256u);
+    EXPECT_EQ(host.Panel().Page()->TagName(ElementOf(element.handle)), "body");
+    EXPECT_EQ(element.engine, host.Engine());
+    EXPECT_THAT(name, testing::HasSubstr("CommentsPanelHandler"));
+    const char* again = nullptr;
+    CallMethod<UIHandler::GetHandlerName>(handler, &again);
+    EXPECT_EQ(again, name) << "kept with the handler";
+
+    std::uint32_t* const noEvents = nullptr;
+    EXPECT_EQ(CallMethodUnchecked<UIHandler::GetSubscribedEvents>(handler, noEvents).code, 3u);
+    EXPECT_EQ(TakeError(), "UIHandler::GetSubscribedEvents() failed, code: 3");
+    EXPECT_EQ(CallMethodUnchecked<UIHandler::OnLocaleChanged>(handler).code, 1u);
+}
+
+TEST(Module, LeavesTheProcessHoweverOftenItIsLoaded)
+{
+    const auto recordsBefore = Documents::CountLiveRecords();
+    for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        Host host{HostOptions{}};
+        host.StartPanel();
+        EXPECT_EQ(ResourceStore::Instance().Modules().size(), 1u);
+        ViewPtr view = host.OpenView(MakeDocument(FivePages()));
+        host.HandOverDocuments();
+        ASSERT_TRUE(host.RunUntilIdle());
+        const auto list = ReadPanelView(*host.Panel().Page(),
+                                        ContainerKey(view->View().AsInterface()));
+        ASSERT_TRUE(list.has_value());
+        EXPECT_EQ(Outline(*list), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
+        EXPECT_EQ(host.State().failures.Take().size(), 0u);
+        // An item rendered and an error recorded on this thread must not keep the library.
+        const UIInitBeginArguments nothing{};
+        CallMethodUnchecked<UIInplacePlugin::InitBegin>(host.Plugin(), &nothing);
+        auto* const document = view->View().Document();
+        EXPECT_EQ(document->Publish(document->Content().ChangeContents(0, 0, u"changed")), "");
+        view.Reset();
+        EXPECT_THAT(host.ShutDown(), testing::IsEmpty());
+        ASSERT_EQ(ResourceStore::Instance().Modules().size(), 0u);
+    }
+    EXPECT_EQ(Documents::CountLiveRecords().annotations, recordsBefore.annotations);
+}
+
+}  // namespace
+}  // namespace PanelTests

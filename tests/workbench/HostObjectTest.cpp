@@ -1,0 +1,160 @@
+#include "services/HostObject.h"
+
+#include "documents/MemoryDocument.h"
+#include "platform/Threads.h"
+#include "services/Host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using namespace Workbench;
+
+// The slots of an interface's catalogue that an object leaves null, events and methods alike.
+template <class I>
+std::vector<std::string> MissingEntries(I* object)
+{
+    EXPECT_EQ(object->interfaceId, HashInterfaceName(I::kName));
+    std::vector<std::string> missing;
+    I::Catalogue::ForEach([&]<class Entry>() {
+        for (unsigned i = 0; i < Entry::kSlotCount; ++i) {
+            if (SODetails::RawMethodEntry(object, Entry::kSlot + i) == nullptr) {
+                missing.push_back(Entry::kName);
+            }
+        }
+    });
+    return missing;
+}
+
+TEST(HostObjects, OfferEverythingThatTheirInterfacesDeclare)
+{
+    const auto state = std::make_shared<HostState>();
+    const auto locale = LocaleManagerObject::Make("nowhere");
+    const auto panel = std::make_shared<HtmlPanel>(state, locale);
+    const auto engine = UIHtmlEngineObject::Make(panel);
+    const auto frame = UIMainFrameObject::Make(state);
+    const auto collection = UIDocumentsCollectionObject::Make(state);
+    const auto document =
+        BLDocumentObject::Make(state, Documents::MemoryDocument::Make("memory", {}));
+    const auto view = BLDocumentViewObject::Make(state, document);
+    const auto uiView = UIDocumentViewObject::Make(view);
+
+    EXPECT_THAT(MissingEntries(UIEngineObject::Make()->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(UIResourcesObject::Make()->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(UIServiceObject::Make(state, frame)->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(UIThreadObject::Make(state)->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(UIWndObject::Make(panel, engine->AsInterface())->AsInterface()),
+                IsEmpty());
+    EXPECT_THAT(MissingEntries(engine->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(frame->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(UIDocumentFrameObject::Make(collection)->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(collection->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(uiView->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(UIDocumentViewSbSObject::Make(uiView, nullptr)->AsInterface()),
+                IsEmpty());
+    EXPECT_THAT(MissingEntries(view->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(document->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(BLSelectionObject::Make(kSelectionEmpty)->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(BLServiceObject::Make()->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(BLAnnotNavigatorObject::Make()->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(locale->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(PDModelServiceObject::Make()->AsInterface()), IsEmpty());
+}
+
+// An object whose method does what the test says.
+class ScriptedSelection : public HostObject<ScriptedSelection, BLSelection> {
+public:
+    ScriptedSelection() { Offer<BLSelection::GetKind, &ScriptedSelection::GetKind>(); }
+
+    std::function<ResultCode()> answer;
+
+private:
+    ResultCode GetKind(std::uint32_t*) { return answer(); }
+};
+
+TEST(HostObjects, TurnFailuresIntoCodesWithRecords)
+{
+    struct Row {
+        std::function<ResultCode()> answer;
+        ResultCode code;
+        std::wstring message;  // empty: nothing is recorded
+    };
+    const std::vector<Row> rows = {
+        {[] { return kResultOk; }, kResultOk, L""},
+        {[] { return kResultDeclined; }, kResultDeclined, L""},
+        {[] { return kResultNotReported; }, kResultNotReported, L""},
+        {[] { return kResultNotFound; }, kResultNotFound, L"BLSelection::GetKind() failed, code: 8"},
+        {[]() -> ResultCode { FailCall(0x123, "page \xC3\xA9 is missing"); }, 0x123,
+         L"page \u00E9 is missing"},
+        {[]() -> ResultCode { throw std::runtime_error("boom"); }, kResultUnexpected, L"boom"},
+    };
+    const auto object = ScriptedSelection::Make();
+    for (const Row& row : rows) {
+        ClearThreadLastError();
+        object->answer = row.answer;
+        std::uint32_t kind = 0;
+        EXPECT_EQ(CallMethodUnchecked<BLSelection::GetKind>(object->AsInterface(), &kind).code,
+                  row.code);
+        const ErrorRecord* const record = ThreadLastError();
+        ASSERT_EQ(record != nullptr, !row.message.empty()) << row.code;
+        if (record != nullptr) {
+            EXPECT_EQ(record->code, row.code);
+            EXPECT_EQ(record->message, row.message);
+            EXPECT_THAT(record->file, HasSubstr("BLDocumentView.SO.h"));
+            EXPECT_NE(record->line, 0u);
+        }
+    }
+    ClearThreadLastError();
+}
+
+TEST(HostObjects, AreCountedWhileTheyLive)
+{
+    const std::vector<std::string> before = DescribeLiveObjects();
+    {
+        const auto first = BLSelectionObject::Make(kSelectionEmpty);
+        const auto second = BLSelectionObject::Make(kSelectionEmpty);
+        EXPECT_THAT(DescribeLiveObjects(), ::testing::Contains("BLSelection: 2"));
+    }
+    EXPECT_EQ(DescribeLiveObjects(), before);
+}
+
+TEST(UIService, KnowsOnlyTheUiThread)
+{
+    const auto state = std::make_shared<HostState>();
+    const auto service = UIServiceObject::Make(state, UIMainFrameObject::Make(state));
+    BasicServiceObjectPtr<UIThread> thread;
+    EXPECT_TRUE(CallMethod<UIService::GetThreadObject>(service->AsInterface(),
+                                                       state->loop.ThreadId(), thread.Receive())
+                    .Succeeded());
+    int runs = 0;
+    const auto count = [](void* record) { ++*static_cast<int*>(record); };
+    EXPECT_EQ(CallMethodUnchecked<UIThread::PostCall>(thread.Get(), count, &runs).code, kResultOk);
+    EXPECT_EQ(CallMethodUnchecked<UIThread::PostCall>(thread.Get(), nullptr, &runs).code,
+              kResultNullArgument);
+    state->loop.End();
+    EXPECT_EQ(CallMethodUnchecked<UIThread::PostCall>(thread.Get(), count, &runs).code,
+              kResultDeclined);
+    state->loop.RunWaiting();
+    EXPECT_EQ(runs, 1);
+
+    std::thread([&] {
+        EXPECT_EQ(CallMethodUnchecked<UIService::GetThreadObject>(
+                      service->AsInterface(), Platform::CurrentThreadId(), thread.Receive())
+                      .code,
+                  kResultNotFound);
+    }).join();
+    EXPECT_FALSE(thread);
+    ClearThreadLastError();
+}
+
+}  // namespace
