@@ -1,0 +1,74 @@
+// Rendering of whole lists from documents in memory, beside the same lists put together with plain
+// appends.
+#include "PopulationArguments.h"
+#include "ReferenceList.h"
+
+#include "services/BLDocumentObject.h"
+#include "services/Host.h"
+
+#include <regex>
+
+namespace {
+
+// A host whose panel has registered its templates, and a document of the asked-for size.
+class Bench {
+public:
+    explicit Bench(Documents::PopulationSize size)
+        : host_(Workbench::HostOptions{}), state_(std::make_shared<Workbench::HostState>())
+    {
+        host_.StartPanel();
+        document_ = Workbench::BLDocumentObject::Make(state_, MakePopulationDocument(size));
+    }
+
+    BLDocument* Document() const { return document_->AsInterface(); }
+
+private:
+    Workbench::Host host_;
+    Workbench::HostStatePtr state_;
+    BasicServiceObjectPtr<Workbench::BLDocumentObject> document_;
+};
+
+void CountComments(benchmark::State& state)
+{
+    state.counters["per_comment"] =
+        benchmark::Counter(static_cast<double>(state.range(0)),
+                           benchmark::Counter::kIsIterationInvariantRate |
+                               benchmark::Counter::kInvert);
+}
+
+void BM_Rendering_WholeList(benchmark::State& state)
+{
+    const Bench bench(PopulationOf(state));
+    for (auto _ : state) {
+        CommentsContainerHandler::Rendering rendering(bench.Document());
+        benchmark::DoNotOptimize(CommentsContainerHandler::RenderResults(rendering));
+    }
+    CountComments(state);
+}
+BENCHMARK(BM_Rendering_WholeList)->Apply(PopulationArguments);
+
+void BM_Rendering_PlainAppends(benchmark::State& state)
+{
+    const Bench bench(PopulationOf(state));
+    CommentsContainerHandler::Rendering rendering(bench.Document());
+    const ReferenceList reference(rendering);
+    if (state.range(0) == Documents::kPopulationSmall.comments) {
+        // The reference is one only while it builds what the panel renders.
+        const std::wregex id(L"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}|0{36}");
+        const auto withoutIds = [&](const std::wstring& html) {
+            return std::regex_replace(html, id, L"ID");
+        };
+        if (withoutIds(CommentsContainerHandler::RenderResults(rendering)) !=
+            withoutIds(reference.Build())) {
+            state.SkipWithError("the reference builds another list");
+            return;
+        }
+    }
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(reference.Build());
+    }
+    CountComments(state);
+}
+BENCHMARK(BM_Rendering_PlainAppends)->Apply(PopulationArguments);
+
+}  // namespace
