@@ -1,8 +1,7 @@
 // One container for each document view: made, shown, hidden and removed with the host's views.
 #include "PanelFixture.h"
 
-#include <atomic>
-#include <new>
+#include <thread>
 #include <vector>
 
 #if defined(_WIN32)
@@ -141,14 +140,15 @@ TEST_F(Containers, EventsOfAForeignThreadAreActedOnInTheirOrder)
     const ViewPtr first = MakeView(MakeDocument(FivePages()));
     const ViewPtr second = MakeView(MakeDocument({{Comment("Ink")}}));
     const ViewPtr third = MakeView(MakeDocument({{}}));
-    host.State().foreignThread.Run([&] {
+    std::thread([&] {
         for (const ViewPtr* view : {&first, &second, &third}) {
             Fire<Collection::OnDocumentViewCreated>(*view);
             Fire<Collection::OnDocumentViewActivated>(*view);
         }
         Fire<Collection::OnDocumentViewDestroyed>(third);
         Fire<Collection::OnDocumentViewActivated>(first);
-    });
+    }).join();
+    EXPECT_EQ(CountMatches(kAnyContainer), 0u) << "nothing is done on that thread";
     Settle();
     EXPECT_EQ(CountMatches(kAnyContainer), 2u);
     EXPECT_THAT(Shown(), ElementsAre(KeyOf(first)));

@@ -344,4 +344,10 @@ std::string PanelTest::TakeError(UIInplacePlugin* plugin)
     return text;
 }
 
+void PanelTest::TakeLateErrors()
+{
+    EXPECT_THAT(TakeError(), testing::AnyOf("", "Annot not found", "Page index out of range",
+                                            "BLDocument::AcquirePage() failed, code: 9"));
+}
+
 }  // namespace PanelTests

@@ -96,6 +96,8 @@ protected:
     // The text of the last error record of the UI thread, the module's or the host's; empty: none.
     // A plug-in of the test's own stands in for the panel's.
     std::string TakeError(UIInplacePlugin* plugin = nullptr);
+    // The same when events lag behind their document: what they tell of may be gone by then.
+    void TakeLateErrors();
 
     const Documents::LiveRecords recordsBefore_ = Documents::CountLiveRecords();
     Workbench::Host host;

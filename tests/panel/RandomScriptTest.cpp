@@ -12,6 +12,7 @@
 #include <optional>
 #include <random>
 #include <sstream>
+#include <thread>
 
 namespace PanelTests {
 namespace {
@@ -734,6 +735,71 @@ TEST_F(RandomScript, LeavesEveryListAsAFreshRenderingAndTheRulesSay)
     std::cout << "PANEL_SCRIPT_SEED=" << seed << " PANEL_SCRIPT_STEPS=" << steps << std::endl;
     RecordProperty("seed", std::to_string(seed));
     Play(seed, steps);
+}
+
+// Edits that another thread makes faster than the loop can follow: in between the list may be
+// anything, in the end it is fresh again.
+TEST_F(RandomScript, BurstsOfEditsEndInAFreshList)
+{
+    const std::uint32_t seed = NumberIn("PANEL_SCRIPT_SEED", std::random_device()());
+    const std::uint32_t bursts = NumberIn("PANEL_SCRIPT_STEPS", 2000) / 4;
+    std::cout << "PANEL_SCRIPT_SEED=" << seed << std::endl;
+    random_.seed(seed);
+    Start();
+    host.ForceReadOnly(false);
+    OpenOne();
+    Settle();
+    const ViewPtr view = Active().view;
+    Document& document = DocumentOf(view);
+    const auto someEdit = [&] {
+        const std::uint32_t pages = document.PageCount();
+        const std::uint32_t page = Below(pages);
+        const std::uint32_t count = AnnotationCount(Active(), page);
+        switch (Below(12)) {
+        case 0:
+            return pages < 8 ? document.InsertPage(page) : document.DeletePage(page);
+        case 1:
+            return document.MovePage(page, Below(pages));
+        case 2:
+        case 3:
+        case 4:
+            return document.AddAnnotation(page, Below(2) == 0 ? "Ink" : "Link", SomeContents());
+        case 5:
+        case 6:
+        case 7:
+        case 8:
+            return document.ChangeContents(page, Below(count + 1), SomeContents());
+        default:
+            return document.RemoveAnnotation(page, Below(count + 1));
+        }
+    };
+    for (std::uint32_t burst = 0; burst < bursts && !HasFailure(); ++burst) {
+        SCOPED_TRACE(testing::Message() << "PANEL_SCRIPT_SEED=" << seed << ", burst " << burst);
+        std::thread([&] {
+            for (std::uint32_t i = 1 + Below(8); i > 0; --i) {
+                // A place without an annotation cannot be edited; nothing happens then.
+                if (auto edit = someEdit(); edit.Succeeded()) {
+                    Publish(view, std::move(edit));
+                }
+            }
+        }).join();
+        for (std::uint32_t i = Below(6); i > 0; --i) {
+            host.State().loop.RunNext();  // the next burst may come before it has followed
+        }
+        if (Below(3) == 0) {
+            continue;
+        }
+        Settle();
+        ExpectFresh(view);
+        const std::string outline = OutlineOf(view);
+        EXPECT_EQ(std::count(outline.begin(), outline.end(), '*'),
+                  Read(view).pages.empty() ? 0 : 1) << outline;
+        TakeLateErrors();
+    }
+    Settle();
+    ExpectFresh(view);
+    TakeLateErrors();
+    views_.clear();
 }
 
 }  // namespace

@@ -353,7 +353,8 @@ TEST_F(ElementAccess, SingleElementOperationsFollowTheCheckRule)
 
     // Writing: nothing is said of a failure without a record.
     element.SetHtml("<i/>", HtmlPosition::kReplaceWhole);
-    element.SetHtml("", HtmlPosition::kReplaceWhole);
+    element.SetHtml("", HtmlPosition::kReplaceWhole);  // nothing to put there
+    element.SetHtml("", HtmlPosition::kReplaceContent);
     element.SetText(L"\U0001F600");
     element.SetState(32, 0);
     element.SetStyle("visibility", u"collapse");

@@ -79,7 +79,6 @@ UIHtmlEngineObject::UIHtmlEngineObject(std::shared_ptr<HtmlPanel> panel) : panel
     Offer<UIHtmlEngine::ScrollIntoView, &UIHtmlEngineObject::ScrollIntoView>();
     Offer<UIHtmlEngine::AttachHandler, &UIHtmlEngineObject::AttachHandler>();
     Offer<UIHtmlEngine::DeleteElement, &UIHtmlEngineObject::DeleteElement>();
-    Offer<UIHtmlEngine::SetAttribute, &UIHtmlEngineObject::SetAttribute>();
 }
 
 Document& UIHtmlEngineObject::Page() const
@@ -251,16 +250,6 @@ ResultCode UIHtmlEngineObject::TestSelector(HtmlElementHandle element, const cha
         return kResultNullArgument;
     }
     CheckEngineResult(Page().Matches(ElementOf(element), selector, *matches), selector);
-    return kResultOk;
-}
-
-ResultCode UIHtmlEngineObject::SetAttribute(HtmlElementHandle element, const char* name,
-                                            const char16_t* value)
-{
-    if (name == nullptr || value == nullptr) {
-        return kResultNullArgument;
-    }
-    CheckEngineResult(Page().SetAttribute(ElementOf(element), name, UnicodeText::ToUtf8(value)));
     return kResultOk;
 }
 

@@ -35,7 +35,6 @@ private:
     ResultCode SelectEnclosing(HtmlElementHandle element, const char* selector,
                                HtmlElementHandle* enclosing) const;
     ResultCode TestSelector(HtmlElementHandle element, const char* selector, bool* matches) const;
-    ResultCode SetAttribute(HtmlElementHandle element, const char* name, const char16_t* value);
     ResultCode GetAttribute(HtmlElementHandle element, const char* name, const char16_t** value,
                             std::uint32_t* length);
     ResultCode UpdateElement(HtmlElementHandle element, std::uint32_t flags) const;

@@ -52,8 +52,8 @@ private:
 };
 
 // A reference to one element, in use while it is held, or empty. Host failures of the operations
-// below raise ServiceObjectException by the check rule, except those of SetState and SetStyle,
-// which are ignored as in a set.
+// below raise ServiceObjectException by the check rule, except those of SetState, SetStyle and
+// ScrollIntoView, which are ignored as in a set.
 class ElementReference {
 public:
     ElementReference() = default;
@@ -90,11 +90,10 @@ public:
     // The attribute's text, empty when absent; `present` (may be null) tells the two apart.
     std::wstring Attribute(const char* name, bool* present = nullptr) const;
 
-    void SetAttribute(const char* name, std::wstring_view value) const;
-
     std::uint32_t State() const;
     void SetState(std::uint32_t bitsToSet, std::uint32_t bitsToClear) const;
     void SetStyle(const char* name, const char16_t* value) const;
+    // No markup empties the element when it replaces the content, and does nothing elsewhere.
     void SetHtml(std::string_view utf8, HtmlPosition position) const;
     void SetText(std::wstring_view text) const;
     void Update(std::uint32_t flags) const;

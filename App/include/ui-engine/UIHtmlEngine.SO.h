@@ -68,14 +68,10 @@ struct UIHtmlEngine : ServiceObject {
     // Removes the element from the tree.
     SO_METHOD(UIHtmlEngine, DeleteElement, 18, HtmlElementHandle element);
 
-    // Sets or adds an attribute; name in ASCII, value in UTF-16, both zero-terminated.
-    SO_METHOD(UIHtmlEngine, SetAttribute, 19, HtmlElementHandle element, const char* name,
-              const char16_t* value);
-
     using Catalogue =
         SODetails::MethodCatalogue<UseElement, UnuseElement, GetParent, GetIndex, GetChildCount,
                                    GetNthChild, SetHtml, SetText, SetStyleAttribute, GetState,
                                    SetState, SelectFirst, SelectEnclosing, TestSelector,
                                    GetAttribute, UpdateElement, ScrollIntoView, AttachHandler,
-                                   DeleteElement, SetAttribute>;
+                                   DeleteElement>;
 };

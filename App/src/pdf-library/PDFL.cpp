@@ -36,7 +36,7 @@ using TextQuery = ResultCode (*)(_PDAnnotRec*, PDTextSink, void*);
 std::wstring TextOf(_PDAnnotRec* annotation, TextQuery query)
 {
     std::wstring text;
-    if (annotation != nullptr && query(annotation, &AppendText, &text) != kResultOk) {
+    if (query(annotation, &AppendText, &text) != kResultOk) {
         text.clear();
     }
     return text;
@@ -47,7 +47,7 @@ using DateQuery = ResultCode (*)(_PDAnnotRec*, _PDDateRec*);
 _PDDateRec DateOf(_PDAnnotRec* annotation, DateQuery query)
 {
     _PDDateRec date{};
-    if (annotation == nullptr || query(annotation, &date) != kResultOk) {
+    if (query(annotation, &date) != kResultOk) {
         date = {};
     }
     return date;
@@ -119,27 +119,27 @@ Atom Annotation::Subtype() const
 
 std::wstring Annotation::Contents() const
 {
-    return TextOf(record_, Library().AnnotGetContents);
+    return record_ == nullptr ? std::wstring() : TextOf(record_, Library().AnnotGetContents);
 }
 
 std::wstring Annotation::Title() const
 {
-    return TextOf(record_, Library().AnnotGetTitle);
+    return record_ == nullptr ? std::wstring() : TextOf(record_, Library().AnnotGetTitle);
 }
 
 std::wstring Annotation::Subject() const
 {
-    return TextOf(record_, Library().AnnotGetSubject);
+    return record_ == nullptr ? std::wstring() : TextOf(record_, Library().AnnotGetSubject);
 }
 
 _PDDateRec Annotation::CreationDate() const
 {
-    return DateOf(record_, Library().AnnotGetCreationDate);
+    return record_ == nullptr ? _PDDateRec{} : DateOf(record_, Library().AnnotGetCreationDate);
 }
 
 _PDDateRec Annotation::ModificationDate() const
 {
-    return DateOf(record_, Library().AnnotGetModificationDate);
+    return record_ == nullptr ? _PDDateRec{} : DateOf(record_, Library().AnnotGetModificationDate);
 }
 
 ResultCode Annotation::Rectangle(_PDRect& rectangle) const

@@ -6,8 +6,8 @@
 #include "SubtypeTable.h"
 
 #include "service-common/SingletonStaticData.h"
-#include "service-common/WideText.h"
 #include "ui-engine/LocalizedStrings.h"
+#include "ui-engine/NarrowText.h"
 #include "ui-engine/internal/TemplatesPreprocessor.h"
 
 #include <boost/date_time/c_local_time_adjustor.hpp>
@@ -58,6 +58,16 @@ std::function<std::wstring()> TooltipIds()
     return [generator = std::make_shared<boost::uuids::random_generator_mt19937>()] {
         return boost::uuids::to_wstring((*generator)());
     };
+}
+
+// The user's date format. Without one dates stay empty, which hides their rows.
+std::wstring DateFormat()
+{
+    try {
+        return LocalizedString(kDateFormat);
+    } catch (const std::exception&) {
+        return {};
+    }
 }
 
 // Local time of a date record. Fails with the standard out_of_range for fields that no calendar or
@@ -185,7 +195,7 @@ CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
       pageCaption(LocalizedString(L"Page %1%")),
       createdLabel(LocalizedString(kTooltipSection, L"Date created")),
       modifiedLabel(LocalizedString(kTooltipSection, L"Date modified")),
-      dateFormat(LocalizedString(kDateFormat)),
+      dateFormat(DateFormat()),
       newTooltipId(TooltipIds())
 {
 }
@@ -330,7 +340,7 @@ const std::wstring& CommentsContainerHandler::GetAnnotTypeName(Rendering& render
     if (const SubtypeEntry* entry = FindSubtype(subtype)) {
         name = LocalizedString(entry->displayName);
     } else if (const char* ownName = AtomService::NameOf(subtype)) {
-        name = LocalizedString(FromAscii(ownName));
+        name = LocalizedString(FromNarrow(ownName));
     }
     return rendering.displayNames.emplace(subtype, std::move(name)).first->second;
 }

@@ -71,16 +71,17 @@ void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
 {
     using namespace boost::placeholders;
     view_ = WeakServiceObjectPtr<BLDocumentView>(view);
+    viewSubscriptions_.Clear();
     documentReadOnly_ = false;
     CallMethod<BLDocumentView::IsReadOnly>(view, &documentReadOnly_);
     const auto document = CurrentDocument();
     if (document) {
         SetDocument(document.Get());
     } else {
-        UpdateButtons();
-        UpdateMoveButtons();
+        documentSubscriptions_.Clear();
+        document_.Reset();
+        ReloadList();
     }
-    viewSubscriptions_.Clear();
     viewSubscriptions_.Append(BLDocumentView::Subscribe_OnInputHandleFocusAnnot(
         view, boost::bind(&CommentsContainerHandler::OnFocusAnnot, this, _1, _2)));
 }
@@ -245,7 +246,7 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
     if (ofItem) {
         ReplaceAnnotItem(pageIndex, annotation);
     } else if (!annotation.IsListed()) {
-        RenameAnnotItems(pageIndex);
+        FollowPositions(pageIndex);
     } else {
         UpdatePageItem(pageIndex);
         if (!HasCurrentAnnotItem()) {
@@ -256,20 +257,38 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
     }
 }
 
-void CommentsContainerHandler::RenameAnnotItems(std::uint32_t pageIndex)
+void CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
 {
     const auto document = document_.Lock();
     PDFL::Page page;
     CallMethod<BLDocument::AcquirePage>(document.Get(), pageIndex, page.Receive());
+    std::vector<std::pair<std::wstring, PDFL::Annotation>> listed;
+    for (std::uint32_t position = 0; position < page.AnnotationCount(); ++position) {
+        auto annotation = PDFL::Annotation::At(page, position);
+        if (annotation.IsListed()) {
+            listed.emplace_back(MakeAnnotUniqueName(document.Get(), pageIndex, annotation),
+                                std::move(annotation));
+        }
+    }
     const ElementSet items = PageItem(pageIndex).SelectAll(kItemsOfPage);
-    std::size_t item = 0;
-    const std::uint32_t count = page.AnnotationCount();
-    for (std::uint32_t position = 0; position < count; ++position) {
-        const auto annotation = PDFL::Annotation::At(page, position);
-        if (annotation.IsListed() && item < items.Size()) {
-            container_.SameWindow(items.Elements()[item++].handle)
-                .SetAttribute("annot-name",
-                              MakeAnnotUniqueName(document.Get(), pageIndex, annotation));
+    if (items.Size() != listed.size()) {
+        UpdatePageItem(pageIndex);
+        return;
+    }
+    bool moved = false;
+    for (std::size_t i = 0; i < listed.size() && !moved; ++i) {
+        moved = container_.SameWindow(items.Elements()[i].handle).Attribute("annot-name") !=
+                listed[i].first;
+    }
+    Rendering rendering(document.Get());
+    for (std::size_t i = 0; i < listed.size() && moved; ++i) {
+        const ElementReference item = container_.SameWindow(items.Elements()[i].handle);
+        const bool wasCurrent = (item.State() & kStateCurrent) != 0;
+        item.SetHtml(InPlace(RenderAnnotItem(rendering, listed[i].first, listed[i].second)),
+                     HtmlPosition::kReplaceWhole);
+        if (wasCurrent) {
+            const ElementSet renewed = PageItem(pageIndex).SelectAll(kItemsOfPage);
+            container_.SameWindow(renewed.Elements().at(i).handle).SetState(kStateCurrent, 0);
         }
     }
 }
@@ -301,6 +320,10 @@ ElementReference CommentsContainerHandler::PageItem(std::uint32_t pageIndex) con
 void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
 {
     const auto document = document_.Lock();
+    if (!document) {
+        Fail(kResultNotInitialized, L"Not initialized", "CommentsContainerHandler::UpdatePageItem",
+             __LINE__);
+    }
     Rendering rendering(document.Get());
     const std::string html = InPlace(RenderPageItem(rendering, pageIndex));
     const ElementReference present = PageItem(pageIndex);

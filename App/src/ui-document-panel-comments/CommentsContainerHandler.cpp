@@ -45,7 +45,7 @@ ResultCode CommentsContainerHandler::Detached()
 ResultCode CommentsContainerHandler::OnLocaleChanged()
 {
     PostToUIThread("CommentsContainerHandler::OnLocaleChanged", [this] {
-        if (CurrentDocument()) {
+        if (document_.Lock()) {
             ReloadList();
         }
     });

@@ -171,8 +171,9 @@ private:
     void ApplyAnnotChange(PDAnnotOperation operation, std::uint32_t pageIndex,
                           const PDFL::Annotation& annotation);
     void ReplaceAnnotItem(std::uint32_t pageIndex, const PDFL::Annotation& annotation);
-    // Names the items of a page after their annotations' present positions; nothing else changes.
-    void RenameAnnotItems(std::uint32_t pageIndex);
+    // Brings the items of a page up to date, in their states, when their annotations' positions are
+    // no longer those that they are named after.
+    void FollowPositions(std::uint32_t pageIndex);
     void InsertPageItem(std::uint32_t pageIndex, std::string_view html);
     // Keeps the no-items paragraph and page items from being shown together, or neither.
     void RefreshNoItemsMessage();

@@ -69,9 +69,11 @@ void CommentsPanelHandler::StartDispatcher()
 
 ResultCode CommentsPanelHandler::Attached(UIWnd& window, const UIElement& element)
 {
-    StartDispatcher();
+    constexpr const char* kName = "CommentsPanelHandler::Attached";
     root_ = ElementReference(element, WeakServiceObjectPtr<UIWnd>(&window));
-    SynchroniseWithViews();  // of a collection that came before the panel had its element
+    SODetails::RunEventTask(kName, [this] { StartDispatcher(); });
+    // Of a collection that came before the panel had its element.
+    SODetails::RunEventTask(kName, [this] { SynchroniseWithViews(); });
     return kResultOk;
 }
 
@@ -83,6 +85,7 @@ ResultCode CommentsPanelHandler::Detached()
     root_ = {};
     collection_.Reset();
     viewsWithContainer_.clear();
+    childCollections_.clear();
     dispatcher_.Detach();
     return kResultOk;
 }
@@ -104,7 +107,10 @@ void CommentsPanelHandler::AdoptCollection(UIDocumentsCollection* collection)
     if (!dispatcher_.IsUIThread()) {
         return;  // detached since
     }
-    ObserveHostMainFrame();
+    // A host without its main frame still has its documents.
+    SODetails::RunEventTask("CommentsPanelHandler::SetDocumentsCollection",
+                            [this] { ObserveHostMainFrame(); });
+    childCollections_.clear();
     ObserveCollection(collection);
     collection_ = BasicServiceObjectPtr<UIDocumentsCollection>::Retain(collection);
     SynchroniseWithViews();
@@ -127,15 +133,22 @@ void CommentsPanelHandler::SynchroniseWithViews()
     if (!root_ || !collection_) {
         return;
     }
-    CreateContainersOf(collection_.Get());
-    BasicServiceObjectPtr<UIDocumentView> active;
-    CallMethod<UIDocumentsCollection::GetActiveView>(collection_.Get(), active.Receive());
-    if (const View view = ViewObject(active.Get())) {
-        ActivateContainer(view.Get());
-    }
-    BasicServiceObjectPtr<UIDocumentViewSbS> sideBySide;
-    CallMethod<UIDocumentsCollection::GetActiveSbSView>(collection_.Get(), sideBySide.Receive());
-    sideBySideView_ = WeakServiceObjectPtr<UIDocumentViewSbS>(sideBySide.Get());
+    // A step that fails leaves the others standing.
+    constexpr const char* kName = "CommentsPanelHandler::SynchroniseWithViews";
+    SODetails::RunEventTask(kName, [this] { CreateContainersOf(collection_.Get()); });
+    SODetails::RunEventTask(kName, [this] {
+        BasicServiceObjectPtr<UIDocumentView> active;
+        CallMethod<UIDocumentsCollection::GetActiveView>(collection_.Get(), active.Receive());
+        if (const View view = ViewObject(active.Get())) {
+            ActivateContainer(view.Get());
+        }
+    });
+    SODetails::RunEventTask(kName, [this] {
+        BasicServiceObjectPtr<UIDocumentViewSbS> sideBySide;
+        CallMethod<UIDocumentsCollection::GetActiveSbSView>(collection_.Get(),
+                                                            sideBySide.Receive());
+        sideBySideView_ = WeakServiceObjectPtr<UIDocumentViewSbS>(sideBySide.Get());
+    });
 }
 
 void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
@@ -144,9 +157,11 @@ void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
     CallMethod<UIDocumentsCollection::EnumerateViews>(collection, &CollectView,
                                                       static_cast<void*>(&views));
     for (const auto& view : views) {
-        if (const View object = ViewObject(view.Get())) {
-            CreateContainer(object.Get());
-        }
+        SODetails::RunEventTask("CommentsPanelHandler::CreateContainersOf", [&] {
+            if (const View object = ViewObject(view.Get())) {
+                CreateContainer(object.Get());
+            }
+        });
     }
 }
 
@@ -209,11 +224,31 @@ void CommentsPanelHandler::OnChildDocumentFrameCreated(UIDocumentFrame* frame)
                       BasicServiceObjectPtr<UIDocumentsCollection> collection;
                       CallMethod<UIDocumentFrame::GetDocumentsCollection>(held.Get(),
                                                                           collection.Receive());
-                      if (collection && collection != collection_) {
+                      if (collection && IsNew(collection)) {
+                          childCollections_.emplace_back(collection.Get());
                           AlsoObserveCollection(collection.Get());
                           CreateContainersOf(collection.Get());
                       }
                   });
+}
+
+bool CommentsPanelHandler::IsNew(
+    const BasicServiceObjectPtr<UIDocumentsCollection>& collection) const
+{
+    return collection != collection_ &&
+           std::none_of(childCollections_.begin(), childCollections_.end(),
+                        [&](const auto& known) { return known.Lock() == collection; });
+}
+
+bool CommentsPanelHandler::HasContainer(BLDocumentView* view)
+{
+    bool has = false;
+    std::erase_if(viewsWithContainer_, [&](const auto& known) {
+        const auto living = known.Lock();
+        has = has || living.Get() == view;
+        return !living;
+    });
+    return has;
 }
 
 void CommentsPanelHandler::OnSbSViewActivated(UIDocumentViewSbS* view)
@@ -247,8 +282,7 @@ ElementSet CommentsPanelHandler::ContainersWithKey(const std::string& key) const
 void CommentsPanelHandler::CreateContainer(BLDocumentView* view)
 {
     // A view is announced by its event and may be enumerated too.
-    if (!root_ || std::find(viewsWithContainer_.begin(), viewsWithContainer_.end(), view) !=
-                      viewsWithContainer_.end()) {
+    if (!root_ || HasContainer(view)) {
         return;
     }
     std::uint64_t viewNumber = 0;
@@ -270,9 +304,12 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view)
     if (!body) {
         body = root_.SelectFirst("body");
     }
+    if (!body || html.empty()) {
+        return;
+    }
     body.SetHtml(html, HtmlPosition::kAppendLast);
     ContainersWithKey(key).Collapse();
-    viewsWithContainer_.push_back(view);
+    viewsWithContainer_.emplace_back(view);
 
     dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
                       weakView = WeakServiceObjectPtr<BLDocumentView>(view), key] {
@@ -311,6 +348,7 @@ void CommentsPanelHandler::DeactivateContainer(BLDocumentView* view)
 void CommentsPanelHandler::DestroyContainer(BLDocumentView* view)
 {
     ContainersWithKey(ContainerKey(view)).Delete();
-    std::erase(viewsWithContainer_, view);
+    std::erase_if(viewsWithContainer_,
+                  [view](const auto& known) { return known.Lock().Get() == view; });
     StopObservingView(view);
 }

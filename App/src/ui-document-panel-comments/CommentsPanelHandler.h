@@ -69,13 +69,17 @@ private:
     void DestroyContainer(BLDocumentView* view);
 
     ElementSet ContainersWithKey(const std::string& key) const;
+    bool HasContainer(BLDocumentView* view);
+    bool IsNew(const BasicServiceObjectPtr<UIDocumentsCollection>& collection) const;
 
     UIThreadDispatcher dispatcher_;
     ElementReference root_;
     BasicServiceObjectPtr<UIDocumentsCollection> collection_;
     WeakServiceObjectPtr<UIDocumentViewSbS> sideBySideView_;
     WeakServiceObjectPtr<BLSelection> selection_;
-    // Addresses of the views that have a container. Two views may share a key, so that the DOM
-    // alone cannot tell whether a view has one. Never followed.
-    std::vector<const void*> viewsWithContainer_;
+    // Collections of child frames that are observed besides.
+    std::vector<WeakServiceObjectPtr<UIDocumentsCollection>> childCollections_;
+    // The views that have a container. Two views may share a key, so that the DOM alone cannot
+    // tell whether a view has one.
+    std::vector<WeakServiceObjectPtr<BLDocumentView>> viewsWithContainer_;
 };

@@ -178,7 +178,7 @@ ElementSet ElementReference::SelectAll(const char* selector) const
     if (!window || engine_ == nullptr || selector == nullptr || *selector == '\0') {
         return {};
     }
-    // The set owns the uses from the first one on: it ends them when the host fails midway.
+    // The set ends the uses that were begun when the host fails midway.
     std::vector<UIElement> elements;
     const auto result = CallMethodUnchecked<UIWnd::SelectElements>(
         window.Get(), element_, selector, &Collect, static_cast<void*>(&elements));
@@ -246,9 +246,9 @@ ElementReference ElementReference::Sibling(bool next) const
         return {};
     }
     std::uint32_t index = 0;
-    CallMethod<Engine::GetIndex>(engine_, element_, &index);
+    const bool known = CallMethod<Engine::GetIndex>(engine_, element_, &index).Succeeded();
     const ElementReference parent = Parent();
-    if (!parent) {
+    if (!known || !parent) {
         return {};
     }
     std::uint32_t count = 0;
@@ -274,14 +274,6 @@ std::wstring ElementReference::Attribute(const char* name, bool* present) const
         *present = value != nullptr;
     }
     return value == nullptr ? std::wstring() : FromUtf16(std::u16string_view(value, length));
-}
-
-void ElementReference::SetAttribute(const char* name, std::wstring_view value) const
-{
-    const auto window = Lock();
-    if (window) {
-        CallMethod<Engine::SetAttribute>(engine_, element_, name, ToUtf16(value).c_str());
-    }
 }
 
 std::uint32_t ElementReference::State() const
@@ -317,7 +309,9 @@ void ElementReference::SetHtml(std::string_view utf8, HtmlPosition position) con
         return;
     }
     if (utf8.empty()) {
-        SetText({});
+        if (position == HtmlPosition::kReplaceContent) {
+            SetText({});
+        }
         return;
     }
     CallMethod<Engine::SetHtml>(engine_, element_,
@@ -347,7 +341,7 @@ void ElementReference::ScrollIntoView() const
 {
     const auto window = Lock();
     if (window) {
-        CallMethod<Engine::ScrollIntoView>(engine_, element_, 0u);
+        CallMethodUnchecked<Engine::ScrollIntoView>(engine_, element_, 0u);
     }
 }
 

@@ -234,7 +234,7 @@ void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
     } catch (const std::exception& failure) {
         FailProcessing(
             path_, failure,
-            "details::TemplatesPreprocessorBase<struct details::UTF16_Bom_Strategy>::AddRule",
+            "details::TemplatesPreprocessorBase<struct details::UTF16_Bom_Strategy>::Do",
             __LINE__);
     }
 }

@@ -5,6 +5,8 @@
 #include "service-common/ServiceObjectPtr.h"
 #include "service-common/WideText.h"
 
+#include <utility>
+
 namespace {
 
 std::string TextOrEmpty(const char* text)
@@ -20,12 +22,12 @@ void CheckServiceCall(ServiceObject* object, ResultCode code)
         return;
     }
     ErrorInfo info{};
-    ServiceObject* errorObject = nullptr;
-    if (object->GetLastErrorInfo(object, &info, &errorObject) != kResultOk) {
+    BasicServiceObjectPtr<ServiceObject> errorObject;
+    if (object->GetLastErrorInfo(object, &info, errorObject.Receive()) != kResultOk) {
         return;
     }
     throw ServiceObjectException(
         {static_cast<ResultCode>(info.code), FromUtf16(info.message), TextOrEmpty(info.function),
          TextOrEmpty(info.file), static_cast<std::uint32_t>(info.line)},
-        BasicServiceObjectPtr<ServiceObject>::Adopt(errorObject));
+        std::move(errorObject));
 }

@@ -80,14 +80,16 @@ namespace Details {
 BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
                                                         std::atomic<Atom>& cachedAtom)
 {
-    if (cachedAtom.load(std::memory_order_relaxed) == kAtomUnresolved) {
-        cachedAtom.store(AtomService::Resolve(name), std::memory_order_relaxed);
+    Atom atom = cachedAtom.load(std::memory_order_relaxed);
+    if (atom == kAtomUnresolved) {
+        atom = AtomService::Resolve(name);
+        cachedAtom.store(atom == kAtomNone ? kAtomUnresolved : atom, std::memory_order_relaxed);
     }
     try {
         BasicServiceObjectPtr<ServiceObject> object;
         std::uint32_t systemErrorCode = 0;
         const ResultCode code = ServiceProviderGetServiceObject(
-            cachedAtom.load(std::memory_order_relaxed), object.Receive(), &systemErrorCode);
+            atom, object.Receive(), &systemErrorCode);
         _CheckServiceProviderApiResult(code, systemErrorCode);
         return object;
     } catch (const ServiceObjectException& failure) {
