@@ -160,12 +160,12 @@ void AddParts(QPDF& file, QPDFObjectHandle annotation, std::string_view subtype)
         data.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/EmbeddedFile"));
         auto embedded = QPDFObjectHandle::newDictionary();
         embedded.replaceKey("/F", data);
-        auto specification = QPDFObjectHandle::newDictionary();
-        specification.replaceKey("/Type", QPDFObjectHandle::newName("/Filespec"));
-        specification.replaceKey("/F", QPDFObjectHandle::newString("figures.csv"));
-        specification.replaceKey("/UF", QPDFObjectHandle::newUnicodeString("figures.csv"));
-        specification.replaceKey("/EF", embedded);
-        annotation.replaceKey("/FS", file.makeIndirectObject(specification));
+        auto fileEntry = QPDFObjectHandle::newDictionary();
+        fileEntry.replaceKey("/Type", QPDFObjectHandle::newName("/Filespec"));
+        fileEntry.replaceKey("/F", QPDFObjectHandle::newString("figures.csv"));
+        fileEntry.replaceKey("/UF", QPDFObjectHandle::newUnicodeString("figures.csv"));
+        fileEntry.replaceKey("/EF", embedded);
+        annotation.replaceKey("/FS", file.makeIndirectObject(fileEntry));
     } else if (subtype == "Sound") {
         auto sound = QPDFObjectHandle::newStream(&file, std::string(800, '\x80'));
         sound.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/Sound"));

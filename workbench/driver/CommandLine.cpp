@@ -58,8 +58,8 @@ std::string Listing(const ProgramOptions& options, std::ostream& errors)
     for (const std::string& file : options.files) {
         documents.push_back(session.ReadFile(file));
     }
-    for (const std::string& specification : options.memoryDocuments) {
-        documents.push_back(session.MakeMemoryDocument(specification));
+    for (const std::string& description : options.memoryDocuments) {
+        documents.push_back(session.MakeMemoryDocument(description));
     }
     session.Start(documents);
 

@@ -56,16 +56,16 @@ NamedDocument Session::ReadFile(const std::string& file) const
 #endif
 }
 
-NamedDocument Session::MakeMemoryDocument(const std::string& specification) const
+NamedDocument Session::MakeMemoryDocument(const std::string& description) const
 {
-    const std::vector<std::uint32_t> numbers = NumbersIn(specification);
+    const std::vector<std::uint32_t> numbers = NumbersIn(description);
     if (numbers.size() < 2 || numbers.size() > 3 || numbers[1] == 0) {
-        throw OpenError("\"" + specification +
+        throw OpenError("\"" + description +
                         "\" is no document in memory: COMMENTS:PAGES or COMMENTS:PAGES:SEED");
     }
     Documents::MemoryOptions options;
     options.listAll = options_.listAll;
-    return {"memory:" + specification,
+    return {"memory:" + description,
             Documents::MakePopulationDocument({numbers[0], numbers[1]},
                                               numbers.size() == 3 ? numbers[2] : 1, options)};
 }

@@ -44,7 +44,7 @@ public:
 
     // Makes a document in memory: "COMMENTS:PAGES" or "COMMENTS:PAGES:SEED", filled with the
     // population that benchmarks use. Throws OpenError.
-    NamedDocument MakeMemoryDocument(const std::string& specification) const;
+    NamedDocument MakeMemoryDocument(const std::string& description) const;
 
     // Starts the panel, opens a view of each document, hands them over, and returns when their
     // lists are there. Every opening activates its view, so the last one is active at the end.
