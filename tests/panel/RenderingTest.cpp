@@ -33,8 +33,9 @@ std::string Item(const std::string& open, const std::string& id, const std::stri
                  const std::string& contents, const std::string& tooltip)
 {
     return "<li " + open + " titleid=\"" + id + "\">" +
-           (contents.empty() ? "\r\n  " + name + "\r\n  " : "<h3>" + name + "</h3><p>" + contents + "</p>") + tooltip +
-           "</li>";
+           (contents.empty() ? "\r\n  " + name + "\r\n  "
+                             : "<h3>" + name + "</h3><p>" + contents + "</p>") +
+           tooltip + "</li>";
 }
 
 std::string Page(std::uint32_t index, const std::string& items)
@@ -205,7 +206,8 @@ TEST_F(RenderingTest, PositionsAreThoseOfTheArray)
         {"no pages", {}, kNoItems},
         {"pages without annotations", {{}, {}}, kNoItems},
         {"nothing listed",
-         {{nullptr}, {Comment("Link"), Comment("Popup"), Comment("Ink", u"", Documents::kFlagHidden)}},
+         {{nullptr},
+          {Comment("Link"), Comment("Popup"), Comment("Ink", u"", Documents::kFlagHidden)}},
          kNoItems},
         {"pages between",
          {{}, {Comment("Ink")}, {Comment("Link")}, {}, {Comment("Ink")}},
@@ -216,7 +218,8 @@ TEST_F(RenderingTest, PositionsAreThoseOfTheArray)
          Page(0, ink("0_1", "#1") + ink("0_4", "#2"))},
         {"one annotation several times",
          {{Comment("Ink"), twice, twice}, {twice}},
-         Page(0, ink("0_0", "#1") + ink("0_1", "#2") + ink("0_1", "#3")) + Page(1, ink("1_0", "#4"))},
+         Page(0, ink("0_0", "#1") + ink("0_1", "#2") + ink("0_1", "#3")) +
+             Page(1, ink("1_0", "#4"))},
         {"two digits",
          {{}, {}, {}, {}, {}, {}, {}, {}, {}, {},
           {},

@@ -207,7 +207,8 @@ TEST_F(Tracking, WhatIsNotListedStillMovesItsNeighbours)
 TEST_F(Tracking, AnAnnotationInSeveralPlacesIsFollowedInAllOfThem)
 {
     const MemoryEntry shared = Comment("Ink", u"shared");
-    const ViewPtr view = StartWith({{shared, Comment("Text"), shared}, {shared}, {Comment("Text")}});
+    const ViewPtr view =
+        StartWith({{shared, Comment("Text"), shared}, {shared}, {Comment("Text")}});
     Do(view, "Down; Down");
     Publish(view, DocumentOf(view).ChangeContents(0, 2, u"changed"));
     Settle();
