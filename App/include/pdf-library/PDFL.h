@@ -99,6 +99,10 @@ public:
     std::wstring Contents() const;
     std::wstring Title() const;
     std::wstring Subject() const;
+    // The same into a text that has room already.
+    void ReadContents(std::wstring& text) const;
+    void ReadTitle(std::wstring& text) const;
+    void ReadSubject(std::wstring& text) const;
 
     // Year 0 when absent or not to be had.
     _PDDateRec CreationDate() const;

@@ -33,13 +33,12 @@ void AppendText(void* context, const char16_t* text, std::uint32_t length)
 
 using TextQuery = ResultCode (*)(_PDAnnotRec*, PDTextSink, void*);
 
-std::wstring TextOf(_PDAnnotRec* annotation, TextQuery query)
+void ReadText(_PDAnnotRec* annotation, TextQuery query, std::wstring& text)
 {
-    std::wstring text;
+    text.clear();
     if (query(annotation, &AppendText, &text) != kResultOk) {
         text.clear();
     }
-    return text;
 }
 
 using DateQuery = ResultCode (*)(_PDAnnotRec*, _PDDateRec*);
@@ -119,17 +118,50 @@ Atom Annotation::Subtype() const
 
 std::wstring Annotation::Contents() const
 {
-    return record_ == nullptr ? std::wstring() : TextOf(record_, Library().AnnotGetContents);
+    std::wstring text;
+    ReadContents(text);
+    return text;
+}
+
+void Annotation::ReadContents(std::wstring& text) const
+{
+    if (record_ == nullptr) {
+        text.clear();
+    } else {
+        ReadText(record_, Library().AnnotGetContents, text);
+    }
 }
 
 std::wstring Annotation::Title() const
 {
-    return record_ == nullptr ? std::wstring() : TextOf(record_, Library().AnnotGetTitle);
+    std::wstring text;
+    ReadTitle(text);
+    return text;
+}
+
+void Annotation::ReadTitle(std::wstring& text) const
+{
+    if (record_ == nullptr) {
+        text.clear();
+    } else {
+        ReadText(record_, Library().AnnotGetTitle, text);
+    }
 }
 
 std::wstring Annotation::Subject() const
 {
-    return record_ == nullptr ? std::wstring() : TextOf(record_, Library().AnnotGetSubject);
+    std::wstring text;
+    ReadSubject(text);
+    return text;
+}
+
+void Annotation::ReadSubject(std::wstring& text) const
+{
+    if (record_ == nullptr) {
+        text.clear();
+    } else {
+        ReadText(record_, Library().AnnotGetSubject, text);
+    }
 }
 
 _PDDateRec Annotation::CreationDate() const

@@ -61,10 +61,19 @@ std::wstring CommentsContainerHandler::MakeAnnotUniqueName(BLDocument* document,
                                                            const PDFL::Annotation& annotation)
 {
     std::wstring name;
+    MakeAnnotUniqueName(document, pageIndex, annotation, name);
+    return name;
+}
+
+void CommentsContainerHandler::MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
+                                                   const PDFL::Annotation& annotation,
+                                                   std::wstring& name)
+{
+    const std::uint32_t position = GetAnnotIndex(document, pageIndex, annotation);
+    name.clear();
     AppendDecimal(name, pageIndex);
     name.push_back(L'_');
-    AppendDecimal(name, GetAnnotIndex(document, pageIndex, annotation));
-    return name;
+    AppendDecimal(name, position);
 }
 
 std::uint32_t CommentsContainerHandler::GetAnnotIndex(BLDocument* document,

@@ -3,6 +3,7 @@
 #include "CommentsContainerHandler.h"
 
 #include "DecimalText.h"
+#include "GrowingText.h"
 #include "SubtypeTable.h"
 
 #include "service-common/SingletonStaticData.h"
@@ -53,10 +54,13 @@ std::wstring FormatTranslated(const std::wstring& text, const Args&... arguments
 }
 
 // A source of random UUIDs for one rendering.
-std::function<std::wstring()> TooltipIds()
+std::function<void(std::wstring&)> TooltipIds()
 {
-    return [generator = std::make_shared<boost::uuids::random_generator_mt19937>()] {
-        return boost::uuids::to_wstring((*generator)());
+    constexpr std::size_t kTextLength = 36;
+    return [generator = std::make_shared<boost::uuids::random_generator_mt19937>()](
+               std::wstring& id) {
+        id.resize(kTextLength);
+        boost::uuids::to_chars((*generator)(), id.begin());
     };
 }
 
@@ -167,13 +171,19 @@ constexpr DateRow kModifiedRow = {L"DATE_MODIFIED_DISPLAY_ATTRIBUTE", L"DATE_MOD
                                   L"DATE_MODIFIED_VALUE"};
 
 void AddDateRules(TemplatesPreprocessor& preprocessor, const DateRow& row,
-                  const std::wstring& label, std::wstring date)
+                  const std::wstring& label, const std::wstring& date)
 {
     const bool shown = !date.empty();
     const auto action = shown ? TemplateAction::kReplace : TemplateAction::kErase;
     preprocessor.AddRule(row.display, TemplateAction::kReplace, shown ? L"block" : L"none");
-    preprocessor.AddRule(row.key, action, shown ? label : std::wstring());
-    preprocessor.AddRule(row.value, action, std::move(date));
+    preprocessor.AddRule(row.key, action, label);
+    preprocessor.AddRule(row.value, action, date);
+}
+
+std::wstring_view ClassNameOf(const PDFL::Annotation& annotation)
+{
+    const SubtypeEntry* const entry = FindSubtype(annotation.Subtype());
+    return entry == nullptr ? std::wstring_view() : std::wstring_view(entry->className);
 }
 
 // The page, or an empty one when the document cannot deliver it.
@@ -201,36 +211,32 @@ CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
 }
 
 void CommentsContainerHandler::RenderResults(Rendering& rendering,
-                                             const std::function<void(std::wstring&&)>& write)
+                                             const PageWriter& write)
 {
     std::int32_t pageCount = 0;
     CallMethod<BLDocument::GetPageCount>(rendering.document, &pageCount);
+    std::wstring& page = rendering.scratch.page;
     bool empty = true;
     for (std::int32_t i = 0; i < pageCount && rendering.wanted(); ++i) {
-        std::wstring page = RenderPageItem(rendering, static_cast<std::uint32_t>(i));
+        page.clear();
+        AppendPageItem(rendering, static_cast<std::uint32_t>(i), page);
         if (!page.empty()) {
-            write(std::move(page));
+            write(page, (static_cast<double>(i) + 1) / pageCount);
             empty = false;
         }
     }
     if (empty) {
-        write(RenderNoItems());
+        write(RenderNoItems(), 1);
     }
 }
 
 std::wstring CommentsContainerHandler::RenderResults(Rendering& rendering)
 {
-    std::vector<std::wstring> pages;
-    std::size_t size = 0;
-    RenderResults(rendering, [&](std::wstring&& page) {
-        size += page.size();
-        pages.push_back(std::move(page));
-    });
     std::wstring html;
-    html.reserve(size);
-    for (const std::wstring& page : pages) {
+    RenderResults(rendering, [&](std::wstring_view page, double share) {
+        MakeRoomForAll(html, page.size(), share);
         html += page;
-    }
+    });
     return html;
 }
 
@@ -245,35 +251,42 @@ std::wstring CommentsContainerHandler::RenderNoItems()
 std::wstring CommentsContainerHandler::RenderPageItem(Rendering& rendering,
                                                       std::uint32_t pageIndex)
 {
+    std::wstring html;
+    AppendPageItem(rendering, pageIndex, html);
+    return html;
+}
+
+void CommentsContainerHandler::AppendPageItem(Rendering& rendering, std::uint32_t pageIndex,
+                                              std::wstring& target)
+{
     const PDFL::Page page = DeliveredPage(rendering.document, pageIndex);
     const std::uint32_t count = page.AnnotationCount();
-    std::wstring items;
+    std::wstring& items = rendering.scratch.items;
+    std::wstring& name = rendering.scratch.name;
+    items.clear();
     for (std::uint32_t position = 0; position < count && rendering.wanted(); ++position) {
         const auto annotation = PDFL::Annotation::At(page, position);
         if (!annotation || !annotation.IsListed()) {
             continue;
         }
-        std::wstring name;
         try {
-            name = MakeAnnotUniqueName(rendering.document, pageIndex, annotation);
+            MakeAnnotUniqueName(rendering.document, pageIndex, annotation, name);
         } catch (const ServiceObjectException&) {
             continue;  // removed since the page was acquired: its own event follows
         }
-        const bool first = items.empty();
-        items += RenderAnnotItem(rendering, std::move(name), annotation);
-        if (first) {
-            items.reserve((items.size() + items.size() / 4) * (count - position));
-        }
+        AppendAnnotItem(rendering, name, annotation, items);
     }
     if (items.empty()) {
-        return {};
+        return;
     }
+    const std::wstring index = DecimalText(pageIndex);
+    const std::wstring caption =
+        FormatTranslated(rendering.pageCaption, std::uint64_t{pageIndex} + 1);
     TemplatesPreprocessor preprocessor(kPageTemplate);
-    preprocessor.AddRule(L"PAGE_INDEX", TemplateAction::kReplace, DecimalText(pageIndex));
-    preprocessor.AddRule(L"PAGE_NAME", TemplateAction::kReplace,
-                         FormatTranslated(rendering.pageCaption, std::uint64_t{pageIndex} + 1));
-    preprocessor.AddRule(L"PAGE_ITEMS", TemplateAction::kReplace, std::move(items));
-    return preprocessor.Do();
+    preprocessor.AddRule(L"PAGE_INDEX", TemplateAction::kReplace, index);
+    preprocessor.AddRule(L"PAGE_NAME", TemplateAction::kReplace, caption);
+    preprocessor.AddRule(L"PAGE_ITEMS", TemplateAction::kReplace, items);
+    preprocessor.AppendTo(target);
 }
 
 std::wstring CommentsContainerHandler::RenderAnnotItem(Rendering& rendering,
@@ -285,47 +298,72 @@ std::wstring CommentsContainerHandler::RenderAnnotItem(Rendering& rendering,
 }
 
 std::wstring CommentsContainerHandler::RenderAnnotItem(Rendering& rendering,
-                                                       std::wstring uniqueName,
+                                                       const std::wstring& uniqueName,
                                                        const PDFL::Annotation& annotation)
 {
+    std::wstring html;
+    AppendAnnotItem(rendering, uniqueName, annotation, html);
+    return html;
+}
+
+void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering,
+                                               const std::wstring& uniqueName,
+                                               const PDFL::Annotation& annotation,
+                                               std::wstring& target)
+{
+    auto& [page, items, name, contents, title, subject, tooltipId, tooltip] = rendering.scratch;
     const std::wstring& displayName = GetAnnotTypeName(rendering, annotation);
-    std::wstring contents = ConvertContentsText(annotation);
-    std::wstring tooltipId = rendering.newTooltipId();
-    std::wstring tooltip = RenderAnnotTooltip(rendering, annotation, tooltipId);
+    ConvertContentsText(annotation, contents);
+    rendering.newTooltipId(tooltipId);
+    tooltip.clear();
+    AppendAnnotTooltip(rendering, annotation, tooltipId, tooltip);
 
     const bool simple = contents.empty();
     TemplatesPreprocessor preprocessor(simple ? kSimpleItemTemplate : kItemTemplate);
-    preprocessor.AddRule(L"CLASS_NAME", TemplateAction::kReplace, GetAnnotClassName(annotation));
+    preprocessor.AddRule(L"CLASS_NAME", TemplateAction::kReplace, ClassNameOf(annotation));
     preprocessor.AddRule(L"ANNOT_NAME", TemplateAction::kReplace, displayName);
-    preprocessor.AddRule(L"ANNOT_UNIQUE_NAME", TemplateAction::kReplace, std::move(uniqueName));
+    preprocessor.AddRule(L"ANNOT_UNIQUE_NAME", TemplateAction::kReplace, uniqueName);
     if (!simple) {
-        preprocessor.AddRule(L"ANNOT_CONTENTS", TemplateAction::kReplace, std::move(contents));
+        preprocessor.AddRule(L"ANNOT_CONTENTS", TemplateAction::kReplace, contents);
     }
     // Before ANNOT_TOOLTIP, which matches the beginning of this placeholder too.
-    preprocessor.AddRule(L"ANNOT_TOOLTIP_ID", TemplateAction::kReplace, std::move(tooltipId));
-    preprocessor.AddRule(L"ANNOT_TOOLTIP", TemplateAction::kReplace, std::move(tooltip));
-    return preprocessor.Do();
+    preprocessor.AddRule(L"ANNOT_TOOLTIP_ID", TemplateAction::kReplace, tooltipId);
+    preprocessor.AddRule(L"ANNOT_TOOLTIP", TemplateAction::kReplace, tooltip);
+    preprocessor.AppendTo(target);
 }
 
 std::wstring CommentsContainerHandler::RenderAnnotTooltip(Rendering& rendering,
                                                           const PDFL::Annotation& annotation,
                                                           const std::wstring& tooltipId)
 {
-    std::wstring title = annotation.Title();
-    std::wstring subject = annotation.Subject();
+    std::wstring html;
+    AppendAnnotTooltip(rendering, annotation, tooltipId, html);
+    return html;
+}
+
+void CommentsContainerHandler::AppendAnnotTooltip(Rendering& rendering,
+                                                  const PDFL::Annotation& annotation,
+                                                  const std::wstring& tooltipId,
+                                                  std::wstring& target)
+{
+    auto& [page, items, name, contents, title, subject, id, tooltip] = rendering.scratch;
+    annotation.ReadTitle(title);
+    annotation.ReadSubject(subject);
     const std::wstring& displayName = GetAnnotTypeName(rendering, annotation);
+    const std::wstring created =
+        FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat);
+    const std::wstring modified =
+        FormatAnnotDate(annotation.ModificationDate(), rendering.dateFormat);
 
     TemplatesPreprocessor preprocessor(kTooltipTemplate);
     preprocessor.AddRule(L"ANNOT_TOOLTIP_ID", TemplateAction::kReplace, tooltipId);
     preprocessor.AddRule(L"ANNOT_TITLE", TemplateAction::kReplace,
-                         title.empty() ? displayName : std::move(title));
+                         title.empty() ? displayName : title);
     preprocessor.AddRule(L"ANNOT_SUBJECT", TemplateAction::kReplace,
-                         subject.empty() ? displayName : std::move(subject));
-    AddDateRules(preprocessor, kCreatedRow, rendering.createdLabel,
-                 FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat));
-    AddDateRules(preprocessor, kModifiedRow, rendering.modifiedLabel,
-                 FormatAnnotDate(annotation.ModificationDate(), rendering.dateFormat));
-    return preprocessor.Do();
+                         subject.empty() ? displayName : subject);
+    AddDateRules(preprocessor, kCreatedRow, rendering.createdLabel, created);
+    AddDateRules(preprocessor, kModifiedRow, rendering.modifiedLabel, modified);
+    preprocessor.AppendTo(target);
 }
 
 const std::wstring& CommentsContainerHandler::GetAnnotTypeName(Rendering& rendering,
@@ -347,8 +385,7 @@ const std::wstring& CommentsContainerHandler::GetAnnotTypeName(Rendering& render
 
 std::wstring CommentsContainerHandler::GetAnnotClassName(const PDFL::Annotation& annotation)
 {
-    const SubtypeEntry* entry = FindSubtype(annotation.Subtype());
-    return entry == nullptr ? std::wstring() : std::wstring(entry->className);
+    return std::wstring(ClassNameOf(annotation));
 }
 
 std::wstring CommentsContainerHandler::FormatAnnotDate(const _PDDateRec& date,
@@ -366,19 +403,28 @@ std::wstring CommentsContainerHandler::FormatAnnotDate(const _PDDateRec& date,
 
 std::wstring CommentsContainerHandler::ConvertContentsText(const PDFL::Annotation& annotation)
 {
-    const std::wstring contents = annotation.Contents();
-    const auto isBreak = [](wchar_t character) { return character == L'\r' || character == L'\n'; };
     std::wstring text;
-    text.reserve(contents.size() + 16);
-    for (auto at = contents.begin(); at != contents.end();) {
-        const auto end = std::find_if(at, contents.end(), isBreak);
-        text.append(at, end);
-        if ((at = end) == contents.end()) {
-            break;
-        }
-        text.append(L"<br/>");
-        const bool pair = *at == L'\r' && at + 1 != contents.end() && at[1] == L'\n';
-        at += pair ? 2 : 1;
-    }
+    ConvertContentsText(annotation, text);
     return text;
+}
+
+void CommentsContainerHandler::ConvertContentsText(const PDFL::Annotation& annotation,
+                                                   std::wstring& text)
+{
+    constexpr std::wstring_view kBreak = L"<br/>";
+    annotation.ReadContents(text);
+    const auto isBreak = [](wchar_t character) { return character == L'\r' || character == L'\n'; };
+    const auto first = std::find_if(text.begin(), text.end(), isBreak);
+    if (first == text.end()) {
+        return;
+    }
+    const std::wstring rest(first, text.end());
+    text.erase(first, text.end());
+    for (auto at = rest.begin(); at != rest.end();) {
+        text.append(kBreak);
+        const bool pair = *at == L'\r' && at + 1 != rest.end() && at[1] == L'\n';
+        const auto begin = at + (pair ? 2 : 1);
+        at = std::find_if(begin, rest.end(), isBreak);
+        text.append(begin, at);
+    }
 }

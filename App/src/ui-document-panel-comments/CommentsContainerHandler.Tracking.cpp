@@ -2,6 +2,7 @@
 // bringing single pages and items up to date as the document changes.
 #include "CommentsContainerHandler.h"
 
+#include "GrowingText.h"
 #include "RenderQueue.h"
 
 #include "service-common/WideText.h"
@@ -59,7 +60,10 @@ struct CommentsContainerHandler::Loading {
         try {
             Rendering rendering(document.Get());
             rendering.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
-            RenderResults(rendering, [this](std::wstring&& page) { AppendUtf8(html, page); });
+            RenderResults(rendering, [this](std::wstring_view page, double share) {
+                MakeRoomForAll(html, page.size() + page.size() / 4, share);
+                AppendUtf8(html, page);
+            });
         } catch (...) {
             html.clear();
             failure = std::current_exception();
@@ -243,11 +247,10 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
     }
     const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
                         operation == PDAnnotOperation::kPropertiesChanged;
-    if (ofItem) {
-        ReplaceAnnotItem(pageIndex, annotation);
-    } else if (!annotation.IsListed()) {
-        FollowPositions(pageIndex);
-    } else {
+    // Items that are not those of the page's annotations any more are all made anew.
+    const bool inPlace = ofItem ? ReplaceAnnotItem(pageIndex, annotation)
+                                : !annotation.IsListed() && FollowPositions(pageIndex);
+    if (!inPlace) {
         UpdatePageItem(pageIndex);
         if (!HasCurrentAnnotItem()) {
             SelectFirstAnnotItem();
@@ -257,7 +260,7 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
     }
 }
 
-void CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
+bool CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
 {
     const auto document = document_.Lock();
     PDFL::Page page;
@@ -272,43 +275,77 @@ void CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
     }
     const ElementSet items = PageItem(pageIndex).SelectAll(kItemsOfPage);
     if (items.Size() != listed.size()) {
-        UpdatePageItem(pageIndex);
-        return;
+        return false;
     }
+    const auto itemAt = [&](std::size_t i) {
+        return container_.SameWindow(items.Elements()[i].handle);
+    };
     bool moved = false;
     for (std::size_t i = 0; i < listed.size() && !moved; ++i) {
-        moved = container_.SameWindow(items.Elements()[i].handle).Attribute("annot-name") !=
-                listed[i].first;
+        moved = itemAt(i).Attribute("annot-name") != listed[i].first;
     }
     Rendering rendering(document.Get());
     for (std::size_t i = 0; i < listed.size() && moved; ++i) {
-        const ElementReference item = container_.SameWindow(items.Elements()[i].handle);
-        const bool wasCurrent = (item.State() & kStateCurrent) != 0;
-        item.SetHtml(InPlace(RenderAnnotItem(rendering, listed[i].first, listed[i].second)),
-                     HtmlPosition::kReplaceWhole);
-        if (wasCurrent) {
-            const ElementSet renewed = PageItem(pageIndex).SelectAll(kItemsOfPage);
-            container_.SameWindow(renewed.Elements().at(i).handle).SetState(kStateCurrent, 0);
-        }
+        RenewItem(itemAt(i), RenderAnnotItem(rendering, listed[i].first, listed[i].second));
     }
+    return true;
 }
 
-void CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
+bool CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
                                                 const PDFL::Annotation& annotation)
 {
     const auto document = document_.Lock();
-    const std::string selector = AnnotItemSelector(*document.Get(), pageIndex, annotation);
-    Rendering rendering(document.Get());
+    const std::wstring name = MakeAnnotUniqueName(document.Get(), pageIndex, annotation);
+    const ElementSet items = PageItem(pageIndex).SelectAll(kItemsOfPage);
     // An array may hold an annotation twice: its items share the name.
-    const ElementSet items = container_.SelectAll(selector);
-    for (const UIElement& element : items.Elements()) {
-        const ElementReference item = container_.SameWindow(element.handle);
-        const bool wasCurrent = (item.State() & kStateCurrent) != 0;
-        item.SetHtml(InPlace(RenderAnnotItem(rendering, pageIndex, annotation)),
-                     HtmlPosition::kReplaceWhole);
-        if (wasCurrent) {
-            container_.SelectFirst(selector).SetState(kStateCurrent, 0);
+    std::vector<ElementReference> named;
+    std::size_t firstPlace = 0;
+    for (std::size_t i = 0; i < items.Size(); ++i) {
+        ElementReference item = container_.SameWindow(items.Elements()[i].handle);
+        if (item.Attribute("annot-name") == name) {
+            firstPlace = named.empty() ? i : firstPlace;
+            named.push_back(std::move(item));
         }
+    }
+    if (!named.empty() && firstPlace != PlaceAmongListed(*document.Get(), pageIndex, annotation)) {
+        // Another's item, named before a change of positions whose own event is still to come.
+        return FollowPositions(pageIndex);
+    }
+    Rendering rendering(document.Get());
+    for (const ElementReference& item : named) {
+        RenewItem(item, RenderAnnotItem(rendering, name, annotation));
+    }
+    return true;
+}
+
+// How many listed annotations stand before the first place of `annotation` on the page.
+std::size_t CommentsContainerHandler::PlaceAmongListed(BLDocument& document,
+                                                       std::uint32_t pageIndex,
+                                                       const PDFL::Annotation& annotation)
+{
+    PDFL::Page page;
+    CallMethod<BLDocument::AcquirePage>(&document, pageIndex, page.Receive());
+    std::size_t place = 0;
+    for (std::uint32_t position = 0; position < page.AnnotationCount(); ++position) {
+        const auto other = PDFL::Annotation::At(page, position);
+        if (other.IsEqual(annotation)) {
+            break;
+        }
+        place += other.IsListed() ? 1u : 0u;
+    }
+    return place;
+}
+
+void CommentsContainerHandler::RenewItem(const ElementReference& item, std::wstring_view html)
+{
+    const bool wasCurrent = (item.State() & kStateCurrent) != 0;
+    const ElementReference list = item.Parent();
+    const ElementReference previous = item.PreviousSibling();
+    item.SetHtml(InPlace(html), HtmlPosition::kReplaceWhole);
+    if (wasCurrent) {
+        const ElementReference renewed =
+            previous ? previous.NextSibling() : list.SelectFirst(":root > *");
+        renewed.SetState(kStateCurrent, 0);
     }
 }
 

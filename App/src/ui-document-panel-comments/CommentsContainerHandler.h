@@ -63,14 +63,21 @@ public:
         std::wstring modifiedLabel;
         std::wstring dateFormat;    // directives of date_time's output facets
         std::map<Atom, std::wstring> displayNames;  // those asked for so far
-        std::function<std::wstring()> newTooltipId;  // a random UUID each time, in lower case
+        std::function<void(std::wstring&)> newTooltipId;  // a random UUID each time, in lower case
         // Asked between annotations; the rendering ends early, unfinished, when it answers false.
         std::function<bool()> wanted = [] { return true; };
+
+        // Texts on their way into the next larger one; kept for the room that they have.
+        struct Scratch {
+            std::wstring page, items, name, contents, title, subject, tooltipId, tooltip;
+        };
+        Scratch scratch;
     };
 
-    // The whole list, or the no-items message; handed over page by page, in page order.
-    static void RenderResults(Rendering& rendering,
-                              const std::function<void(std::wstring&&)>& write);
+    // The whole list, or the no-items message; handed over page by page, in page order, each with
+    // the share of the document, above 0 to 1, that is done with it.
+    using PageWriter = std::function<void(std::wstring_view page, double share)>;
+    static void RenderResults(Rendering& rendering, const PageWriter& write);
     static std::wstring RenderResults(Rendering& rendering);
     // The paragraph that says that there is nothing to show.
     static std::wstring RenderNoItems();
@@ -79,7 +86,7 @@ public:
     // One `li`, here or with the name made already. Fails as MakeAnnotUniqueName does.
     static std::wstring RenderAnnotItem(Rendering& rendering, std::uint32_t pageIndex,
                                         const PDFL::Annotation& annotation);
-    static std::wstring RenderAnnotItem(Rendering& rendering, std::wstring uniqueName,
+    static std::wstring RenderAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
                                         const PDFL::Annotation& annotation);
     // One `popup`.
     static std::wstring RenderAnnotTooltip(Rendering& rendering,
@@ -94,6 +101,7 @@ public:
     static std::wstring FormatAnnotDate(const _PDDateRec& date, const std::wstring& format);
     // The contents with every line break turned into "<br/>"; nothing is escaped.
     static std::wstring ConvertContentsText(const PDFL::Annotation& annotation);
+    static void ConvertContentsText(const PDFL::Annotation& annotation, std::wstring& text);
 
     // --- Tracking --------------------------------------------------------------------------------
 
@@ -114,6 +122,8 @@ public:
     // "%1%_%2%" of the page index and the annotation's position. [any-thread]
     static std::wstring MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
                                             const PDFL::Annotation& annotation);
+    static void MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
+                                    const PDFL::Annotation& annotation, std::wstring& name);
     // Position of the annotation in its page's array; the first of equal ones. Fails with "Not
     // initialized", "Page index out of range" or "Annot not found". [any-thread]
     static std::uint32_t GetAnnotIndex(BLDocument* document, std::uint32_t pageIndex,
@@ -152,6 +162,14 @@ public:
 private:
     struct Loading;
 
+    // The same as their namesakes above, behind what `target` holds.
+    static void AppendPageItem(Rendering& rendering, std::uint32_t pageIndex,
+                               std::wstring& target);
+    static void AppendAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
+                                const PDFL::Annotation& annotation, std::wstring& target);
+    static void AppendAnnotTooltip(Rendering& rendering, const PDFL::Annotation& annotation,
+                                   const std::wstring& tooltipId, std::wstring& target);
+
     // Throws the failure of an operation of this class.
     [[noreturn]] static void Fail(ResultCode code, const wchar_t* message, const char* function,
                                   std::uint32_t line);
@@ -170,10 +188,15 @@ private:
     void LandResults(const std::shared_ptr<Loading>& loading);
     void ApplyAnnotChange(PDAnnotOperation operation, std::uint32_t pageIndex,
                           const PDFL::Annotation& annotation);
-    void ReplaceAnnotItem(std::uint32_t pageIndex, const PDFL::Annotation& annotation);
+    // Renders the item of an annotation anew, if it has one. False, and nothing is done, when the
+    // page's items are not those of its annotations.
+    bool ReplaceAnnotItem(std::uint32_t pageIndex, const PDFL::Annotation& annotation);
     // Brings the items of a page up to date, in their states, when their annotations' positions are
-    // no longer those that they are named after.
-    void FollowPositions(std::uint32_t pageIndex);
+    // no longer those that they are named after. False as above.
+    bool FollowPositions(std::uint32_t pageIndex);
+    static std::size_t PlaceAmongListed(BLDocument& document, std::uint32_t pageIndex,
+                                        const PDFL::Annotation& annotation);
+    static void RenewItem(const ElementReference& item, std::wstring_view html);
     void InsertPageItem(std::uint32_t pageIndex, std::string_view html);
     // Keeps the no-items paragraph and page items from being shown together, or neither.
     void RefreshNoItemsMessage();

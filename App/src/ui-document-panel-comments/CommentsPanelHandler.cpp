@@ -289,15 +289,15 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view)
     CallMethod<BLDocumentView::GetViewNumber>(view, &viewNumber);
 
     const std::string key = ContainerKey(view);
+    const std::wstring address = FromAscii(key);
+    const std::wstring reply = LocalizedString(L"REPLY");
+    const std::wstring remove = LocalizedString(L"DELETE");
     TemplatesPreprocessor preprocessor(kContainerTemplate);
-    const auto replace = [&](const wchar_t* placeholder, std::wstring value) {
-        preprocessor.AddRule(placeholder, TemplateAction::kReplace, std::move(value));
-    };
-    replace(L"DOC_VIEW_ADDR", FromAscii(key));
-    replace(L"LOCALE_TOKEN_REPLY", L"REPLY");
-    replace(L"BTN_TEXT_REPLY", LocalizedString(L"REPLY"));
-    replace(L"LOCALE_TOKEN_DELETE", L"DELETE");
-    replace(L"BTN_TEXT_DELETE", LocalizedString(L"DELETE"));
+    preprocessor.AddRule(L"DOC_VIEW_ADDR", TemplateAction::kReplace, address);
+    preprocessor.AddRule(L"LOCALE_TOKEN_REPLY", TemplateAction::kReplace, L"REPLY");
+    preprocessor.AddRule(L"BTN_TEXT_REPLY", TemplateAction::kReplace, reply);
+    preprocessor.AddRule(L"LOCALE_TOKEN_DELETE", TemplateAction::kReplace, L"DELETE");
+    preprocessor.AddRule(L"BTN_TEXT_DELETE", TemplateAction::kReplace, remove);
     const std::string html = ToUtf8(preprocessor.Do());
 
     ElementReference body = root_.Enclosing("body");

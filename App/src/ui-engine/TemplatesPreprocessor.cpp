@@ -6,12 +6,14 @@
 #include "ui-engine/NarrowText.h"
 #include "ui-engine/UIEngine.SO.h"
 
+#include <boost/container/small_vector.hpp>
 #include <boost/format.hpp>
 #include <boost/regex.hpp>
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -38,123 +40,7 @@ constexpr std::uint32_t kSmallestTemplate = 3;
          function, line);
 }
 
-struct Match {
-    std::size_t start;
-    std::size_t length;
-    std::size_t rule;
-};
-
-// Matches in order of their start, at most one for each: the one that was added first.
-class MatchMap {
-public:
-    MatchMap() { matches_.reserve(16); }
-
-    void Add(const Match& match)
-    {
-        auto place = matches_.end();
-        while (place != matches_.begin() && std::prev(place)->start >= match.start) {
-            --place;
-        }
-        if (place == matches_.end() || place->start != match.start) {
-            matches_.insert(place, match);
-        } else if (match.rule < place->rule) {
-            *place = match;
-        }
-    }
-
-    const std::vector<Match>& InOrder() const noexcept { return matches_; }
-
-private:
-    std::vector<Match> matches_;
-};
-
-// Looks for several ASCII literals in one pass over a text. Rules are added in their order.
-class LiteralSearch {
-public:
-    explicit LiteralSearch(const std::wstring& text) : text_(text)
-    {
-        literals_.reserve(16);
-        firstOf_.fill(kNone);
-    }
-
-    void Add(std::wstring_view literal, std::size_t rule)
-    {
-        const auto number = static_cast<std::int16_t>(literals_.size());
-        literals_.push_back({literal, rule, 0, kNone});
-        const auto first = static_cast<std::uint32_t>(literal.front());
-        smallest_ = std::min(smallest_, first);
-        largest_ = number == 0 ? first : std::max(largest_, first);
-        std::int16_t* link = &firstOf_[first];
-        while (*link != kNone) {
-            link = &literals_[static_cast<std::size_t>(*link)].sameFirst;
-        }
-        *link = number;
-    }
-
-    void Run(MatchMap& matches)
-    {
-        const std::size_t size = text_.size();
-        for (std::size_t at = 0; at < size;) {
-            // Most blocks of a template hold no character that a placeholder begins with.
-            if (size - at >= kBlock && !HoldsFirstCharacter(text_.data() + at)) {
-                at += kBlock;
-                continue;
-            }
-            for (const std::size_t end = std::min(size, at + kBlock); at < end; ++at) {
-                MatchAt(at, matches);
-            }
-        }
-    }
-
-private:
-    static constexpr std::size_t kAscii = 128;
-    static constexpr std::size_t kBlock = 16;
-    static constexpr std::int16_t kNone = -1;
-
-    struct Literal {
-        std::wstring_view text;
-        std::size_t rule;
-        std::size_t next;        // where its search goes on
-        std::int16_t sameFirst;  // the next one that begins with the same character
-    };
-
-    // Whether a block may hold a first character: one between the smallest and the largest.
-    bool HoldsFirstCharacter(const wchar_t* block) const
-    {
-        unsigned within = 0;
-        for (std::size_t i = 0; i < kBlock; ++i) {
-            within |= static_cast<std::uint32_t>(block[i]) - smallest_ <= largest_ - smallest_ ? 1u
-                                                                                              : 0u;
-        }
-        return within != 0;
-    }
-
-    void MatchAt(std::size_t at, MatchMap& matches)
-    {
-        const auto first = static_cast<std::size_t>(text_[at]);
-        if (first >= kAscii) {
-            return;
-        }
-        for (std::int16_t i = firstOf_[first]; i != kNone;) {
-            Literal& literal = literals_[static_cast<std::size_t>(i)];
-            i = literal.sameFirst;
-            const std::size_t length = literal.text.size();
-            // Most of what begins alike differs at its end.
-            if (at >= literal.next && length <= text_.size() - at &&
-                text_[at + length - 1] == literal.text.back() &&
-                text_.compare(at, length, literal.text) == 0) {
-                matches.Add({at, length, literal.rule});
-                literal.next = at + length;
-            }
-        }
-    }
-
-    const std::wstring& text_;
-    std::vector<Literal> literals_;
-    std::array<std::int16_t, kAscii> firstOf_;
-    std::uint32_t smallest_ = kAscii;
-    std::uint32_t largest_ = kAscii;
-};
+constexpr std::size_t kBlock = 16;
 
 // Whether the placeholder matches nothing but its own text.
 bool IsLiteral(std::wstring_view placeholder)
@@ -196,22 +82,46 @@ std::wstring UTF16_Bom_Strategy::Decode(const std::uint8_t* data, std::uint32_t 
 
 template <class Encoding>
 struct TemplatesPreprocessorBase<Encoding>::Rule {
-    // A compiled placeholder: one without special characters matches its own text and is searched
-    // for as such; only others need the expression machine.
-    std::size_t literalStart = 0;   // in literals_
-    std::size_t literalLength = 0;  // 0: an expression
-    std::unique_ptr<const boost::wregex> expression;
+    std::wstring_view placeholder;
+    std::unique_ptr<const boost::wregex> expression;  // null: searched for as plain text
     TemplateAction action;
-    std::wstring value;
+    std::wstring_view value;
+};
+
+// Matches in order of their start, at most one for each: the one whose rule was added first.
+template <class Encoding>
+class TemplatesPreprocessorBase<Encoding>::MatchMap {
+public:
+    struct Match {
+        std::size_t start;
+        std::size_t length;
+        std::size_t rule;
+    };
+
+    void Add(const Match& match)
+    {
+        auto place = matches_.end();
+        while (place != matches_.begin() && std::prev(place)->start >= match.start) {
+            --place;
+        }
+        if (place == matches_.end() || place->start != match.start) {
+            matches_.insert(place, match);
+        } else if (match.rule < place->rule) {
+            *place = match;
+        }
+    }
+
+    const auto& InOrder() const noexcept { return matches_; }
+
+private:
+    boost::container::small_vector<Match, 24> matches_;
 };
 
 template <class Encoding>
 TemplatesPreprocessorBase<Encoding>::TemplatesPreprocessorBase(std::wstring path)
     : path_(std::move(path))
 {
-    // Enough for any template of the panel.
-    rules_.reserve(10);
-    literals_.reserve(200);
+    rules_.reserve(10);  // enough for any template of the panel
 }
 
 template <class Encoding>
@@ -219,18 +129,20 @@ TemplatesPreprocessorBase<Encoding>::~TemplatesPreprocessorBase() = default;
 
 template <class Encoding>
 void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
-                                                  TemplateAction action, std::wstring value)
+                                                  TemplateAction action, std::wstring_view value)
 {
+    constexpr std::size_t kMostLiterals = std::numeric_limits<RuleBits>::digits;
     try {
-        Rule rule{literals_.size(), 0, nullptr, action, std::move(value)};
-        if (IsLiteral(placeholder)) {
-            rule.literalLength = placeholder.size();
-            literals_.append(placeholder);
-        } else {
+        Rule rule{placeholder, nullptr, action, value};
+        const bool literal = rules_.size() < kMostLiterals && IsLiteral(placeholder);
+        if (!literal) {
             rule.expression =
                 std::make_unique<const boost::wregex>(placeholder.begin(), placeholder.end());
         }
         rules_.push_back(std::move(rule));
+        if (literal) {
+            CompileLiteral(placeholder, RuleBits{1} << (rules_.size() - 1));
+        }
     } catch (const std::exception& failure) {
         FailProcessing(
             path_, failure,
@@ -240,8 +152,31 @@ void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
 }
 
 template <class Encoding>
+void TemplatesPreprocessorBase<Encoding>::CompileLiteral(std::wstring_view literal, RuleBits bit)
+{
+    const auto first = static_cast<std::uint32_t>(literal.front());
+    withFirst_[first] |= bit;
+    smallestFirst_ = std::min(smallestFirst_, first);
+    largestFirst_ = std::max(largestFirst_, first);
+    if (literal.size() == 1) {
+        ofOneCharacter_ |= bit;
+    } else {
+        withSecond_[static_cast<std::size_t>(literal[1])] |= bit;
+    }
+}
+
+template <class Encoding>
 std::wstring TemplatesPreprocessorBase<Encoding>::Do() const
 {
+    std::wstring output;
+    AppendTo(output);
+    return output;
+}
+
+template <class Encoding>
+void TemplatesPreprocessorBase<Encoding>::AppendTo(std::wstring& target) const
+{
+    const std::size_t former = target.size();
     try {
         const auto engine = SP::QueryServiceObject<UIEngine>();
         BasicServiceObjectPtr<UIResources> resources;
@@ -250,89 +185,144 @@ std::wstring TemplatesPreprocessorBase<Encoding>::Do() const
         CallMethod<UIResources::GetResource>(resources.Get(), ToUtf16(path_).c_str(),
                                              resource.Receive());
         if (!resource) {
-            return {};
+            return;
         }
         const std::uint8_t* data = nullptr;
         std::uint32_t size = 0;
         CallMethod<UIResource::GetData>(resource.Get(), &data, &size);
-        return Process(data, size);
+        Process(data, size, target);
     } catch (const ServiceObjectException&) {
+        target.resize(former);
         throw;
     } catch (const std::exception& failure) {
+        target.resize(former);
         FailProcessing(path_, failure,
                        "details::TemplatesPreprocessorBase<struct details::UTF16_Bom_Strategy>::Do",
                        __LINE__);
     }
 }
 
-// Every rule's non-overlapping matches from left to right. Literals are looked for together, in one
-// pass over the text that stops only where one of their first characters stands.
+// Every match of a plain placeholder, those of one rule not overlapping, in one pass over the text
+// that looks closer only where the first two characters of a placeholder stand.
 template <class Encoding>
-auto TemplatesPreprocessorBase<Encoding>::CollectMatches(const std::wstring& text) const
+void TemplatesPreprocessorBase<Encoding>::FindLiterals(const std::wstring& text,
+                                                       MatchMap& matches) const
 {
-    MatchMap matches;
-    LiteralSearch literals(text);
-    for (std::size_t i = 0; i < rules_.size(); ++i) {
-        const Rule& rule = rules_[i];
-        if (rule.literalLength != 0) {
-            literals.Add({literals_.data() + rule.literalStart, rule.literalLength}, i);
+    if (smallestFirst_ > largestFirst_) {
+        return;  // there is none
+    }
+    const auto bits = [](const std::array<RuleBits, kAscii>& table, wchar_t character) {
+        const auto index = static_cast<std::uint32_t>(character);
+        return index < kAscii ? table[index] : 0;
+    };
+    std::size_t nextStarts[std::numeric_limits<RuleBits>::digits] = {};
+    const wchar_t* const characters = text.c_str();
+    const std::size_t size = text.size();
+    for (std::size_t at = 0; at < size;) {
+        // Most blocks of a template hold no character that a placeholder begins with.
+        if (size - at >= kBlock && !MayHoldLiteral(characters + at)) {
+            at += kBlock;
             continue;
         }
-        for (boost::wsregex_iterator it(text.begin(), text.end(), *rule.expression), end; it != end;
-             ++it) {
-            matches.Add({static_cast<std::size_t>(it->position()),
-                         static_cast<std::size_t>(it->length()), i});
+        for (const std::size_t end = std::min(size, at + kBlock); at < end; ++at) {
+            // Behind the last character stands a NUL, which is second in no placeholder.
+            const RuleBits candidates =
+                bits(withFirst_, characters[at]) &
+                (bits(withSecond_, characters[at + 1]) | ofOneCharacter_);
+            if (candidates != 0) {
+                MatchLiterals(candidates, text, at, nextStarts, matches);
+            }
         }
     }
-    literals.Run(matches);
-    return matches;
+}
+
+// Whether the block holds a character between the smallest and the largest first one.
+template <class Encoding>
+bool TemplatesPreprocessorBase<Encoding>::MayHoldLiteral(const wchar_t* block) const
+{
+    unsigned within = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        const bool is =
+            static_cast<std::uint32_t>(block[i]) - smallestFirst_ <= largestFirst_ - smallestFirst_;
+        within |= is ? 1u : 0u;
+    }
+    return within != 0;
+}
+
+// Adds those of the candidates that stand at `at`. `nextStarts`: for each rule, where its search
+// goes on.
+template <class Encoding>
+void TemplatesPreprocessorBase<Encoding>::MatchLiterals(RuleBits candidates,
+                                                        const std::wstring& text, std::size_t at,
+                                                        std::size_t* nextStarts,
+                                                        MatchMap& matches) const
+{
+    for (; candidates != 0; candidates &= candidates - 1) {
+        const auto rule = static_cast<std::size_t>(std::countr_zero(candidates));
+        const std::wstring_view literal = rules_[rule].placeholder;
+        if (at >= nextStarts[rule] && text.compare(at, literal.size(), literal) == 0) {
+            matches.Add({at, literal.size(), rule});
+            nextStarts[rule] = at + literal.size();
+        }
+    }
 }
 
 template <class Encoding>
-std::wstring TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data,
-                                                          std::uint32_t size) const
+void TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data, std::uint32_t size,
+                                                  std::wstring& target) const
 {
     Encoding::CheckSize(data, size, path_);
     Encoding::CheckBom(data, path_);
     const std::wstring text = Encoding::Decode(data, size);
 
-    const MatchMap matches = CollectMatches(text);
+    MatchMap matches;
+    for (std::size_t i = 0; i < rules_.size(); ++i) {
+        if (rules_[i].expression == nullptr) {
+            continue;
+        }
+        for (boost::wsregex_iterator it(text.begin(), text.end(), *rules_[i].expression), end;
+             it != end; ++it) {
+            matches.Add({static_cast<std::size_t>(it->position()),
+                         static_cast<std::size_t>(it->length()), i});
+        }
+    }
+    FindLiterals(text, matches);
     if (matches.InOrder().empty()) {
         throw std::runtime_error("Nothing to process");
     }
 
-    std::size_t capacity = text.size();
+    std::size_t needed = target.size() + text.size();
     for (const Rule& rule : rules_) {
-        capacity += rule.value.size();
+        needed += rule.value.size();
     }
-    std::wstring output;
-    output.reserve(capacity);
+    if (target.capacity() < needed) {
+        target.reserve(std::max(needed, 2 * target.size()));
+    }
     std::size_t cursor = 0;
-    for (const Match& match : matches.InOrder()) {
+    for (const auto& match : matches.InOrder()) {
         if (match.start < cursor) {
             continue;  // inside a match already applied
         }
-        output.append(text, cursor, match.start - cursor);
+        target.append(text, cursor, match.start - cursor);
         const Rule& rule = rules_[match.rule];
         switch (rule.action) {
         case TemplateAction::kErase:
             break;
         case TemplateAction::kReplace:
-            output.append(rule.value);
+            target.append(rule.value);
             break;
         case TemplateAction::kInsertBefore:
-            output.append(rule.value).append(text, match.start, match.length);
+            target.append(rule.value).append(text, match.start, match.length);
             break;
         case TemplateAction::kInsertAfter:
-            output.append(text, match.start, match.length).append(rule.value);
+            target.append(text, match.start, match.length).append(rule.value);
             break;
         default:
             throw std::logic_error("Undefined action type");
         }
         cursor = match.start + match.length;
     }
-    output.append(text, cursor);
-    return output;
+    target.append(text, cursor);
 }
 
 template class TemplatesPreprocessorBase<UTF16_Bom_Strategy>;

@@ -3,6 +3,9 @@
 // Used on the UI thread and on the render worker, one object per use.
 #pragma once
 
+#include <array>
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,21 +45,40 @@ public:
     // Appends a rule. The placeholder is a regular expression (Perl syntax), compiled at once: a
     // malformed one fails here. At equal start of two matches the rule added first wins. `value`
     // is written as it stands. An action outside the four fails when its rule is applied.
-    void AddRule(std::wstring_view placeholder, TemplateAction action, std::wstring value);
+    // Placeholder and value are borrowed and must outlive the last run.
+    void AddRule(std::wstring_view placeholder, TemplateAction action, std::wstring_view value);
+    template <std::same_as<std::wstring> Temporary>
+    void AddRule(std::wstring_view placeholder, TemplateAction action, Temporary&& value) = delete;
 
     // Loads the template and applies the rules in one pass; values are never scanned again. Empty
     // when the host has no such resource.
     std::wstring Do() const;
 
+    // The same behind what `target` holds, which a failure leaves as it was.
+    void AppendTo(std::wstring& target) const;
+
 private:
     struct Rule;
+    class MatchMap;
 
-    auto CollectMatches(const std::wstring& text) const;
-    std::wstring Process(const std::uint8_t* data, std::uint32_t size) const;
+    static constexpr std::size_t kAscii = 128;
+    using RuleBits = std::uint32_t;  // one for each rule that is searched for as plain text
+
+    void CompileLiteral(std::wstring_view literal, RuleBits bit);
+    void FindLiterals(const std::wstring& text, MatchMap& matches) const;
+    void MatchLiterals(RuleBits candidates, const std::wstring& text, std::size_t at,
+                       std::size_t* nextStarts, MatchMap& matches) const;
+    bool MayHoldLiteral(const wchar_t* block) const;
+    void Process(const std::uint8_t* data, std::uint32_t size, std::wstring& target) const;
 
     std::wstring path_;
     std::vector<Rule> rules_;
-    std::wstring literals_;  // the placeholders of the rules that need no expression, one by one
+    // The plain placeholders that have a character in their first and in their second place.
+    std::array<RuleBits, kAscii> withFirst_{};
+    std::array<RuleBits, kAscii> withSecond_{};
+    RuleBits ofOneCharacter_ = 0;
+    std::uint32_t smallestFirst_ = kAscii;
+    std::uint32_t largestFirst_ = 0;
 };
 
 extern template class TemplatesPreprocessorBase<UTF16_Bom_Strategy>;
