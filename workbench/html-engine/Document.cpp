@@ -17,6 +17,7 @@ Document::Document() : parts_(std::make_unique<Parts>()) {
 Document::~Document() {
     std::vector<HandlerOnPath> ended;
     parts_->isClosing = true;
+    parts_->tree.SetObserver(nullptr);
     const NodeId root = parts_->tree.Root();
     parts_->Remove({root, root}, ended);
     Parts::Tell(ended);
@@ -224,6 +225,20 @@ std::string Document::InnerHtml(ElementHandle element) const {
 std::string Document::OuterHtml(ElementHandle element) const {
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? std::string() : Serializer(parts_->tree).Outer(id);
+}
+
+// ---- Following the tree ----
+
+void Document::SetObserver(TreeObserver* observer) {
+    parts_->tree.SetObserver(observer);
+}
+
+NodeHandle Document::NodeOf(ElementHandle element) const {
+    return IsKnown(element) ? NodeHandle{element} : kNoNodeHandle;
+}
+
+ElementHandle Document::ElementOf(NodeHandle node) const {
+    return IsKnown(node) ? ElementHandle{node} : kNoElement;
 }
 
 }  // namespace HtmlEngine

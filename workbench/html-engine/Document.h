@@ -25,6 +25,7 @@
 #include <vector>
 
 #include <html-engine/AttachedHandler.h>
+#include <html-engine/TreeObserver.h>
 #include <html-engine/Types.h>
 
 namespace HtmlEngine {
@@ -212,10 +213,24 @@ public:
     /// order in which they were attached.
     std::vector<HandlerOnPath> HandlersOf(ElementHandle element) const;
 
+    // ---- Following the tree ----------------------------------------------------------------
+
+    /// Tells `observer` of every later change of the page's tree, in order; it takes the place of
+    /// the one before, null ends the telling. Borrowed: ended before the observer is. [ui-thread]
+    void SetObserver(TreeObserver* observer);
+
+    /// The node of an element, kNoNodeHandle for an unknown handle.
+    NodeHandle NodeOf(ElementHandle element) const;
+
+    /// The element that the node is; kNoElement for text, comments and unknown handles.
+    ElementHandle ElementOf(NodeHandle node) const;
+
     /// The engine's own; defined in its sources.
     class Parts;
 
 private:
+    friend class TreeReader;
+
     std::unique_ptr<Parts> parts_;
 };
 

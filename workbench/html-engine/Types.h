@@ -1,7 +1,7 @@
 #pragma once
 
-// The small vocabulary of the HTML engine: element handles, result codes, insert positions and
-// element state bits. Included by everything that speaks to a Document. Plain values, usable on
+// The small vocabulary of the HTML engine: handles of elements and nodes, result codes, insert
+// positions and element state bits. Included by everything that speaks to a Document. Plain values, usable on
 // any thread; what they refer to lives on the UI thread.
 
 #include <cstdint>
@@ -18,6 +18,18 @@ constexpr ElementHandle kNoElement = 0;
 
 static_assert(sizeof(ElementHandle) == sizeof(void*));
 static_assert(sizeof(ElementHandle) == 8, "A handle packs a 32-bit slot and a 32-bit generation.");
+
+/// Names one node of one Document: an element, a text or a comment; 0 means "no node". An element's
+/// node handle is its ElementHandle. Known as long as the node is, and never given to another one.
+using NodeHandle = std::uint64_t;
+
+constexpr NodeHandle kNoNodeHandle = 0;
+
+/// `None` is what an unknown handle names.
+enum class NodeKind : std::uint8_t { None, Element, Text, Comment };
+
+/// Where an element's name comes from.
+enum class Namespace : std::uint8_t { Html, Svg, MathMl };
 
 /// Outcome of an operation on a Document. Every code but `Success` means that nothing has changed.
 enum class Result : std::uint32_t {

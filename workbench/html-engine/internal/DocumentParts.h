@@ -28,6 +28,10 @@ public:
         return isClosing ? Internal::kNoNode : tree.Nodes().Resolve(handle);
     }
 
+    NodeId ResolveNode(NodeHandle handle) const {
+        return isClosing ? Internal::kNoNode : tree.Nodes().ResolveNode(handle);
+    }
+
     ElementHandle HandleOf(NodeId id) const { return tree.Nodes().HandleOf(id); }
 
     /// Takes a run out of the tree; the handlers that this detaches are added to `ended`, to be told

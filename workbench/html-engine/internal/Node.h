@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <new>
 
+#include <html-engine/Types.h>
 #include <html-engine/internal/AtomTable.h>
 #include <html-engine/internal/AttributeList.h>
 #include <html-engine/internal/NodeText.h>
@@ -17,8 +18,6 @@ using NodeId = std::uint32_t;
 
 constexpr NodeId kNoNode = 0;
 
-enum class NodeKind : std::uint8_t { Free, Element, Text, Comment };
-
 namespace NodeFlag {
 /// In the page's tree: labelled and indexed.
 constexpr std::uint8_t kAttached = 1;
@@ -26,6 +25,8 @@ constexpr std::uint8_t kAttached = 1;
 constexpr std::uint8_t kHasHandlers = 2;
 /// From SVG or MathML: not void, whatever its name.
 constexpr std::uint8_t kForeign = 4;
+/// Among the foreign ones: from MathML.
+constexpr std::uint8_t kMathMl = 8;
 }  // namespace NodeFlag
 
 struct ElementPart {
@@ -50,7 +51,7 @@ struct Node {
     /// Counts the nodes that lived in this place; 0 is never used.
     std::uint32_t generation = 1;
     Atom name = kNoAtom;
-    NodeKind kind = NodeKind::Free;
+    NodeKind kind = NodeKind::None;
     std::uint8_t flags = 0;
 
     union {
@@ -78,10 +79,10 @@ struct Node {
     void End() {
         if (kind == NodeKind::Element) {
             element.~ElementPart();
-        } else if (kind != NodeKind::Free) {
+        } else if (kind != NodeKind::None) {
             text.~NodeText();
         }
-        kind = NodeKind::Free;
+        kind = NodeKind::None;
     }
 
     bool IsElement() const { return kind == NodeKind::Element; }

@@ -36,12 +36,8 @@ void NodeStore::Destroy(NodeId id) {
 }
 
 NodeId NodeStore::Resolve(ElementHandle handle) const {
-    const auto id = static_cast<NodeId>(handle & 0xFFFFFFFFU);
-    if (id == kNoNode || id >= unused_) {
-        return kNoNode;
-    }
-    const Node& node = (*this)[id];
-    return node.IsElement() && node.generation == static_cast<std::uint32_t>(handle >> 32) ? id : kNoNode;
+    const NodeId id = ResolveNode(handle);
+    return id != kNoNode && (*this)[id].IsElement() ? id : kNoNode;
 }
 
 }  // namespace HtmlEngine::Internal

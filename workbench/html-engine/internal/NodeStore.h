@@ -31,6 +31,17 @@ public:
     /// The living element that a handle names, or kNoNode.
     NodeId Resolve(ElementHandle handle) const;
 
+    /// The living node of any kind that a handle names, or kNoNode.
+    NodeId ResolveNode(NodeHandle handle) const {
+        const auto id = static_cast<NodeId>(handle & 0xFFFFFFFFU);
+        if (id == kNoNode || id >= unused_) {
+            return kNoNode;
+        }
+        const Node& node = (*this)[id];
+        const bool isNamed = node.generation == static_cast<std::uint32_t>(handle >> 32);
+        return isNamed && node.kind != NodeKind::None ? id : kNoNode;
+    }
+
     std::size_t LiveCount() const { return live_; }
 
 private:

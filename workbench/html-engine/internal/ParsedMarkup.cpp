@@ -44,6 +44,17 @@ std::string ElementName(const GumboElement& element) {
     return original.length > 0 ? AsciiLower({original.data, original.length}) : "unknown";
 }
 
+std::uint8_t FlagsOf(GumboNamespaceEnum name) {
+    switch (name) {
+    case GUMBO_NAMESPACE_SVG:
+        return NodeFlag::kForeign;
+    case GUMBO_NAMESPACE_MATHML:
+        return NodeFlag::kForeign | NodeFlag::kMathMl;
+    default:
+        return 0;
+    }
+}
+
 std::string AttributeName(const GumboAttribute& attribute) {
     const std::string name = attribute.name;
     switch (attribute.attr_namespace) {
@@ -156,9 +167,8 @@ private:
         case GUMBO_NODE_ELEMENT:
         case GUMBO_NODE_TEMPLATE: {
             const GumboElement& parsed = source.v.element;
-            const bool isHtml = parsed.tag_namespace == GUMBO_NAMESPACE_HTML;
             const NodeId element =
-                tree_.CreateElement(ElementName(parsed), isHtml ? std::uint8_t{0} : NodeFlag::kForeign);
+                tree_.CreateElement(ElementName(parsed), FlagsOf(parsed.tag_namespace));
             attributes_.Read(parsed.attributes, element);
             tree_.Append(parent, run, element);
             open_.push_back({&source, element, 0});

@@ -35,7 +35,7 @@ NodeId Tree::CreateCharacters(NodeKind kind, std::string_view text) {
 
 void Tree::Append(NodeId parent, NodeRun& run, NodeId node) {
     if (!run.IsEmpty() && nodes_[run.last].IsText() && nodes_[node].IsText()) {
-        JoinText(run.last, node);
+        JoinText(run.last, node, run.last);
         DestroyNode(node);
         return;
     }
@@ -55,10 +55,10 @@ void Tree::Append(NodeId parent, NodeRun& run, NodeId node) {
     }
 }
 
-void Tree::JoinText(NodeId first, NodeId second) {
+void Tree::JoinText(NodeId first, NodeId second, NodeId into) {
     std::string joined(nodes_[first].text.View());
     joined += nodes_[second].text.View();
-    nodes_[first].text.Assign(joined);
+    nodes_[into].text.Assign(joined);
 }
 
 void Tree::DestroyNode(NodeId id) {
@@ -95,6 +95,9 @@ void Tree::Dispose(NodeRun run) {
 void Tree::SetRoot(NodeId root) {
     root_ = root;
     Attach({root, root});
+    if (observer_ != nullptr) {
+        observer_->OnPageReplaced();
+    }
 }
 
 std::size_t Tree::CountElements(NodeRun run) const {
@@ -107,8 +110,13 @@ void Tree::Link(NodeId parent, NodeId previous, NodeRun run) {
     if (run.IsEmpty()) {
         return;
     }
+    const NodeId next =
+        previous == kNoNode ? nodes_[parent].element.firstChild : nodes_[previous].next;
+    run = JoinNeighbours(previous, run, next);
+    if (run.IsEmpty()) {
+        return;
+    }
     ElementPart& owner = nodes_[parent].element;
-    const NodeId next = previous == kNoNode ? owner.firstChild : nodes_[previous].next;
     const std::size_t elementCount = CountElements(run);
 
     ForEachSibling(nodes_, run, [&](NodeId id) { nodes_[id].parent = parent; });
@@ -118,11 +126,12 @@ void Tree::Link(NodeId parent, NodeId previous, NodeRun run) {
     (next == kNoNode ? owner.lastChild : nodes_[next].previous) = run.last;
     owner.elementCount += static_cast<std::uint32_t>(elementCount);
 
+    const bool isAttached = nodes_[parent].Is(NodeFlag::kAttached);
     if (elementCount > 0) {
         const NodeId firstElement = ElementFrom(nodes_, run.first);
         const NodeId lastElement = ElementBackFrom(nodes_, run.last);
         positions_.Inserted(parent, firstElement, elementCount);
-        if (nodes_[parent].Is(NodeFlag::kAttached)) {
+        if (isAttached) {
             Attach(run);
             const NodeId elementBefore = PreviousElementSibling(nodes_, firstElement);
             const NodeId elementAfter = NextElementSibling(nodes_, lastElement);
@@ -134,17 +143,51 @@ void Tree::Link(NodeId parent, NodeId previous, NodeRun run) {
             }
         }
     }
+    if (observer_ != nullptr && isAttached) {
+        observer_->OnInserted(nodes_.HandleOf(parent), nodes_.HandleOf(previous),
+                              nodes_.HandleOf(run.first), nodes_.HandleOf(run.last));
+    }
+}
 
-    if (next != kNoNode && nodes_[next].IsText() && nodes_[run.last].IsText()) {
-        JoinText(run.last, next);
-        Unlink({next, next});
-        DestroyNode(next);
-    }
+NodeRun Tree::JoinNeighbours(NodeId previous, NodeRun run, NodeId next) {
     if (previous != kNoNode && nodes_[previous].IsText() && nodes_[run.first].IsText()) {
-        JoinText(previous, run.first);
-        Unlink({run.first, run.first});
-        DestroyNode(run.first);
+        const NodeId joined = run.first;
+        JoinText(previous, joined, previous);
+        ReportTextChanged(previous);
+        run.first = nodes_[joined].next;
+        DestroyNode(joined);
+        if (run.IsEmpty()) {
+            return {};
+        }
+        nodes_[run.first].previous = kNoNode;
     }
+    if (next != kNoNode && nodes_[next].IsText() && nodes_[run.last].IsText()) {
+        const NodeId joined = run.last;
+        JoinText(joined, next, next);
+        ReportTextChanged(next);
+        run.last = nodes_[joined].previous;
+        DestroyNode(joined);
+        if (run.last == kNoNode) {
+            return {};
+        }
+        nodes_[run.last].next = kNoNode;
+    }
+    return run;
+}
+
+void Tree::ReportTextChanged(NodeId text) {
+    if (observer_ != nullptr && nodes_[nodes_[text].parent].Is(NodeFlag::kAttached)) {
+        observer_->OnTextChanged(nodes_.HandleOf(text));
+    }
+}
+
+void Tree::ReportRemoved(NodeId parent, NodeRun run) {
+    if (observer_ == nullptr || parent == kNoNode || !nodes_[parent].Is(NodeFlag::kAttached)) {
+        return;
+    }
+    ForEachSibling(nodes_, run, [&](NodeId id) { nodes_[id].parent = kNoNode; });
+    observer_->OnRemoved(nodes_.HandleOf(parent), nodes_.HandleOf(run.first),
+                         nodes_.HandleOf(run.last));
 }
 
 void Tree::Attach(NodeRun run) {
@@ -235,10 +278,13 @@ void Tree::Remove(NodeRun run, std::vector<LeftElement>& left) {
             index_.AddEdge(elementBefore, false);
         }
     }
+    ReportRemoved(parent, run);
     Dispose(run);
     if (previous != kNoNode && next != kNoNode && nodes_[previous].IsText() && nodes_[next].IsText()) {
-        JoinText(previous, next);
+        JoinText(previous, next, previous);
+        ReportTextChanged(previous);
         Unlink({next, next});
+        ReportRemoved(parent, {next, next});
         DestroyNode(next);
     }
 }
@@ -256,6 +302,9 @@ void Tree::SetAttributes(NodeId element, std::span<const AttributeEntry> entries
     list.Assign(entries);
     if (attached) {
         index_.Add(element);
+        if (observer_ != nullptr) {
+            observer_->OnAttributesChanged(nodes_.HandleOf(element));
+        }
     }
 }
 
@@ -267,6 +316,9 @@ void Tree::SetStates(NodeId element, std::uint32_t states) {
     if (node.Is(NodeFlag::kAttached)) {
         index_.RemoveState(element, removed);
         index_.AddState(element, added);
+        if (observer_ != nullptr && (added | removed) != 0) {
+            observer_->OnStatesChanged(nodes_.HandleOf(element));
+        }
     }
 }
 

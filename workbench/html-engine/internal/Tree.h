@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include <html-engine/TreeObserver.h>
 #include <html-engine/internal/AtomTable.h>
 #include <html-engine/internal/ChildPositions.h>
 #include <html-engine/internal/DocumentOrder.h>
@@ -52,6 +53,9 @@ public:
     NodeId Root() const { return root_; }
     std::size_t AttachedCount() const { return attachedCount_; }
 
+    /// Borrowed; null for none.
+    void SetObserver(TreeObserver* observer) { observer_ = observer; }
+
     // ---- Making nodes: they belong to no tree until they are linked. ----
 
     NodeId CreateElement(std::string_view lowerCaseName, std::uint8_t flags = 0);
@@ -67,11 +71,11 @@ public:
 
     // ---- Changing the structure ----
 
-    /// Makes an unlinked element the page's root; there must be none.
+    /// Makes an unlinked element the page's root, which makes a new page; there must be none.
     void SetRoot(NodeId root);
 
     /// Puts an unlinked run under `parent`, behind `previous` (kNoNode: first). Text that comes to
-    /// lie beside text is joined.
+    /// lie beside text is joined: the node that is in its place already takes the text in.
     void Link(NodeId parent, NodeId previous, NodeRun run);
 
     /// Takes siblings out and disposes of them. The elements among them that had handlers are
@@ -95,7 +99,12 @@ private:
     void Detach(NodeRun run, std::vector<LeftElement>& left);
     void Unlink(NodeRun run);
     std::size_t CountElements(NodeRun run) const;
-    void JoinText(NodeId first, NodeId second);
+    /// Gives `into` the text of both, which lie in this order.
+    void JoinText(NodeId first, NodeId second, NodeId into);
+    /// Joins text at the ends of an unlinked run with the neighbours that it will have; the rest.
+    NodeRun JoinNeighbours(NodeId previous, NodeRun run, NodeId next);
+    void ReportRemoved(NodeId parent, NodeRun run);
+    void ReportTextChanged(NodeId text);
     void DestroyNode(NodeId id);
 
     NodeStore nodes_;
@@ -106,6 +115,7 @@ private:
     mutable ChildPositions positions_{nodes_};
     NodeId root_ = kNoNode;
     std::size_t attachedCount_ = 0;
+    TreeObserver* observer_ = nullptr;
 };
 
 }  // namespace HtmlEngine::Internal
