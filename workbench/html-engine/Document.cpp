@@ -1,6 +1,7 @@
 #include <html-engine/Document.h>
 
 #include <html-engine/internal/DocumentParts.h>
+#include <html-engine/internal/NewContent.h>
 #include <html-engine/internal/ParsedMarkup.h>
 #include <html-engine/internal/Serializer.h>
 #include <html-engine/internal/TreeWalk.h>
@@ -139,14 +140,14 @@ Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPos
         return Result::NoContent;
     }
 
-    const ParsedMarkup parsed(html, tree.Atoms().Text(owner.name));
+    NewContent content(tree, html, tree.Atoms().Text(owner.name));
     std::vector<HandlerOnPath> ended;
     bool changed = false;
     if (position == InsertPosition::ReplaceContent) {
         changed = !tree.ContentOf(id).IsEmpty();
         parts_->Remove(tree.ContentOf(id), ended);
     }
-    const NodeRun run = parsed.Build(tree);
+    const NodeRun run = content.Take();
     const bool isFirst = position == InsertPosition::ReplaceContent || position == InsertPosition::InsertFirst;
     const NodeId previous = isFirst                                    ? kNoNode
                             : position == InsertPosition::AppendLast   ? owner.element.lastChild

@@ -1,14 +1,13 @@
 #include <html-engine/internal/ParsedMarkup.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csetjmp>
 #include <vector>
 
 #include <gumbo.h>
 
-#include <html-engine/Types.h>
 #include <html-engine/internal/Ascii.h>
+#include <html-engine/internal/AttributeCollector.h>
 #include <html-engine/internal/Utf8.h>
 
 namespace HtmlEngine::Internal {
@@ -69,76 +68,10 @@ std::string AttributeName(const GumboAttribute& attribute) {
     }
 }
 
-/// Puts the attributes of one parsed element into the tree's form.
-class AttributeReader {
-public:
-    explicit AttributeReader(Tree& tree) : tree_(tree) {}
-
-    void Read(const GumboVector& attributes, NodeId element) {
-        classes_.clear();
-        others_.clear();
-        std::uint32_t states = 0;
-        for (unsigned int index = 0; index < attributes.length; ++index) {
-            const auto& attribute = *static_cast<const GumboAttribute*>(attributes.data[index]);
-            if (!ReadClasses(attribute)) {
-                const Atom name = tree_.Atoms().Acquire(AttributeName(attribute));
-                others_.push_back({name, tree_.Atoms().Acquire(attribute.value)});
-                states |= name == tree_.Names().disabledAttribute ? ElementState::kDisabled : 0U;
-            }
-        }
-        classes_.insert(classes_.end(), others_.begin(), others_.end());
-        if (!classes_.empty()) {
-            tree_.SetAttributes(element, classes_);
-            tree_.SetStates(element, states);
-        }
-    }
-
-private:
-    bool ReadClasses(const GumboAttribute& attribute) {
-        const std::string_view name = attribute.name;
-        if (name == "class") {
-            ForEachWord(attribute.value, [&](std::string_view word) { AddClass(word); });
-            return true;
-        }
-        if (name.size() < 2 || name.front() != '.') {
-            return false;
-        }
-        // Attribute names are folded to lower case, classes are not.
-        std::string_view rest(attribute.original_name.data, attribute.original_name.length);
-        bool found = false;
-        while (!rest.empty()) {
-            rest.remove_prefix(1);
-            const std::string_view word = rest.substr(0, rest.find('.'));
-            if (!word.empty()) {
-                AddClass(word);
-                found = true;
-            }
-            rest.remove_prefix(word.size());
-        }
-        return found;
-    }
-
-    void AddClass(std::string_view word) {
-        const Atom value = tree_.Atoms().Acquire(word);
-        const auto same = [&](const AttributeEntry& entry) { return entry.value == value; };
-        if (std::any_of(classes_.begin(), classes_.end(), same)) {
-            tree_.Atoms().Release(value);
-            return;
-        }
-        const Atom name = tree_.Names().classAttribute;
-        tree_.Atoms().AddReference(name);
-        classes_.push_back({name, value});
-    }
-
-    Tree& tree_;
-    std::vector<AttributeEntry> classes_;
-    std::vector<AttributeEntry> others_;
-};
-
 /// Turns parsed nodes into nodes of the tree, on a stack of its own.
 class NodeBuilder {
 public:
-    explicit NodeBuilder(Tree& tree) : tree_(tree), attributes_(tree) {}
+    explicit NodeBuilder(Tree& tree) : tree_(tree), collector_(tree) {}
 
     void Build(const GumboNode& top, NodeRun& run) {
         Add(top, kNoNode, run);
@@ -169,7 +102,7 @@ private:
             const GumboElement& parsed = source.v.element;
             const NodeId element =
                 tree_.CreateElement(ElementName(parsed), FlagsOf(parsed.tag_namespace));
-            attributes_.Read(parsed.attributes, element);
+            ReadAttributes(parsed.attributes, element);
             tree_.Append(parent, run, element);
             open_.push_back({&source, element, 0});
             break;
@@ -189,8 +122,22 @@ private:
         }
     }
 
+    void ReadAttributes(const GumboVector& attributes, NodeId element) {
+        for (unsigned int index = 0; index < attributes.length; ++index) {
+            const auto& attribute = *static_cast<const GumboAttribute*>(attributes.data[index]);
+            collector_.Add(AttributeName(attribute),
+                           {attribute.original_name.data, attribute.original_name.length},
+                           attribute.value);
+        }
+        if (attributes.length > 0) {
+            tree_.SetAttributes(element, collector_.Entries());
+            tree_.SetStates(element, collector_.States());
+            collector_.Forget();
+        }
+    }
+
     Tree& tree_;
-    AttributeReader attributes_;
+    AttributeCollector collector_;
     std::vector<Level> open_;
 };
 

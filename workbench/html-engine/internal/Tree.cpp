@@ -27,6 +27,21 @@ NodeId Tree::CreateElement(std::string_view lowerCaseName, std::uint8_t flags) {
     return id;
 }
 
+NodeId Tree::CreateElement(Atom name, std::span<const AttributeEntry> attributes,
+                           std::uint32_t states) {
+    const NodeId id = nodes_.Create(NodeKind::Element);
+    Node& node = nodes_[id];
+    node.name = name;
+    node.element.states = states;
+    atoms_.AddReference(name);
+    for (const AttributeEntry& entry : attributes) {
+        atoms_.AddReference(entry.name);
+        atoms_.AddReference(entry.value);
+    }
+    node.element.attributes.Assign(attributes);
+    return id;
+}
+
 NodeId Tree::CreateCharacters(NodeKind kind, std::string_view text) {
     const NodeId id = nodes_.Create(kind);
     nodes_[id].text.Assign(text);

@@ -59,6 +59,11 @@ public:
     // ---- Making nodes: they belong to no tree until they are linked. ----
 
     NodeId CreateElement(std::string_view lowerCaseName, std::uint8_t flags = 0);
+
+    /// With references of its own to what it is made of.
+    NodeId CreateElement(Atom name, std::span<const AttributeEntry> attributes,
+                         std::uint32_t states);
+
     NodeId CreateCharacters(NodeKind kind, std::string_view text);
 
     /// Puts a node behind the run, under `parent` where there is one; both are in no tree yet. Text

@@ -1,6 +1,5 @@
 #include <html-engine/internal/Utf8.h>
 
-#include <cstddef>
 #include <cstring>
 
 namespace HtmlEngine::Internal {
@@ -52,6 +51,11 @@ std::size_t PlainLength(std::string_view text) {
 }
 
 }  // namespace
+
+std::size_t CharacterLength(std::string_view text) {
+    std::size_t bad = 0;
+    return CharacterLength(text, bad);
+}
 
 void AppendUtf8(std::uint32_t codePoint, std::string& out) {
     const auto put = [&](std::uint32_t value) { out += static_cast<char>(static_cast<unsigned char>(value)); };

@@ -1,0 +1,327 @@
+#include "RandomPlainMarkup.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <html-engine/internal/Ascii.h>
+
+namespace HtmlEngine::Test {
+
+namespace {
+
+constexpr std::string_view kInline[] = {"span", "popup", "b", "i",      "u",   "strong", "em",
+                                        "font", "code",  "a", "button", "x-y", "label"};
+constexpr std::string_view kFormatting[] = {"b", "i", "u", "strong", "em", "font", "code"};
+constexpr std::string_view kBlocks[] = {"div", "p", "section", "h1", "h3", "blockquote"};
+constexpr std::string_view kSpace[] = {" ", "\n", "\r\n", "\t", "\r", "  \r\n\t", "\f"};
+constexpr std::string_view kText[] = {"one",
+                                      "two words",
+                                      "1 < 2",
+                                      "<3 ",
+                                      "a & b",
+                                      "R&D, Q&A",
+                                      "&1",
+                                      "&",
+                                      "\xD0\x9F\xD1\x80\xD0\xB8",
+                                      "\xE4\xB8\xAD\xE6\x96\x87",
+                                      "\xF0\x9F\x98\x80",
+                                      "\xEF\xBF\xBD",
+                                      "\xEF\xBB\xBF",
+                                      "&amp;",
+                                      "&lt;b&gt;",
+                                      "&nbsp;",
+                                      "&#1071;",
+                                      "&#x2014;",
+                                      "&#128;",
+                                      "&#0;",
+                                      "&#xD800;",
+                                      "&#13;",
+                                      "&#11;",
+                                      "&hellip;",
+                                      "&eacute;",
+                                      "&apos;",
+                                      "\"'",
+                                      "]]>",
+                                      "-->",
+                                      "/>",
+                                      "=",
+                                      "\r\n",
+                                      "\r",
+                                      "\xC2\xA0"};
+constexpr std::string_view kAttributes[] = {"annot-name", "titleid",  "class", ".highlight",
+                                            ".New",       ".a.b",     "..",    "disabled",
+                                            "style",      "localize", "x:y"};
+constexpr std::string_view kValues[] = {"",          "0_1", "a b  a",      "display:none;",
+                                        "1 < 2 > 1", "a&b", "&amp;&quot;", "\xD1\x8F",
+                                        "\r\n",      "/"};
+
+constexpr std::string_view kDamages[] = {"<",
+                                         ">",
+                                         "</",
+                                         "/>",
+                                         "&",
+                                         "&am",
+                                         "&copy",
+                                         "&copyx;",
+                                         "&notit;",
+                                         "&#",
+                                         "&#x;",
+                                         "&#99",
+                                         "\"",
+                                         "'",
+                                         "=",
+                                         "\r",
+                                         std::string_view("\0", 1),
+                                         "\x01",
+                                         "\x7F",
+                                         "\xC2\x85",
+                                         "\xEF\xB7\x90",
+                                         "\xEF\xBF\xBF",
+                                         "\xF0\x9F\xBF\xBF",
+                                         "\xD0",
+                                         "\xED\xA0\x80",
+                                         "<!-- c -->",
+                                         "<!x>",
+                                         "<?x>",
+                                         "<p>",
+                                         "</p>",
+                                         "<b>",
+                                         "</b>",
+                                         "<li>",
+                                         "</li>",
+                                         "<tr>",
+                                         "<td>",
+                                         "</table>",
+                                         "<table>",
+                                         "<tbody>",
+                                         "<br>",
+                                         "</br>",
+                                         "<h1>",
+                                         "<a>",
+                                         "<div/>",
+                                         "<svg>",
+                                         "<select>",
+                                         "<textarea>",
+                                         "<script>",
+                                         "<title>",
+                                         "<pre>\n",
+                                         "<image>",
+                                         "<form>",
+                                         "<body>",
+                                         "<plaintext>",
+                                         "<nobr>",
+                                         "<button>",
+                                         " x",
+                                         " x x",
+                                         " =",
+                                         " x=",
+                                         " x=y",
+                                         "<popup",
+                                         "</div >",
+                                         "</div x>",
+                                         "<div\n>"};
+
+}  // namespace
+
+std::string RandomPlainMarkup::Plain()
+{
+    AddContent(4);
+    return std::exchange(html_, {});
+}
+
+std::string RandomPlainMarkup::Damaged()
+{
+    std::string html = Plain();
+    for (std::size_t count = Pick(random_, 3) + 1; count > 0; --count) {
+        const std::size_t at = Pick(random_, html.size() + 1);
+        const std::size_t length = Pick(random_, 8);
+        switch (Pick(random_, 5)) {
+        case 0:
+            html.erase(at, length);
+            break;
+        case 1:
+            html.insert(at, html.substr(Pick(random_, html.size() + 1), length * 4));
+            break;
+        case 2: {
+            const std::size_t end = std::min(at + length, html.size());
+            std::transform(html.begin() + static_cast<std::ptrdiff_t>(at),
+                           html.begin() + static_cast<std::ptrdiff_t>(end),
+                           html.begin() + static_cast<std::ptrdiff_t>(at),
+                           [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
+            break;
+        }
+        default:
+            html.insert(at, AnyOf(kDamages));
+            break;
+        }
+    }
+    return html;
+}
+
+bool RandomPlainMarkup::IsOpen(std::string_view name, std::size_t times) const
+{
+    return static_cast<std::size_t>(std::ranges::count(open_, name)) >= times;
+}
+
+void RandomPlainMarkup::AddContent(int depth)
+{
+    for (std::size_t count = Pick(random_, 4) + (depth == 4 ? 1 : 0); count > 0; --count) {
+        const std::size_t choice = Pick(random_, depth > 0 ? 10 : 5);
+        const bool mayHoldBlocks = !IsOpen("p");
+        if (choice < 3) {
+            AddText();
+        } else if (choice == 3) {
+            constexpr std::string_view kVoids[] = {"br", "img", "wbr", "input"};
+            AddVoid(AnyOf(kVoids));
+        } else if (choice == 4) {
+            AddSpace();
+        } else if (choice < 7) {
+            AddElement(AnyOf(kInline), depth - 1);
+        } else if (!mayHoldBlocks) {
+            AddText();
+        } else if (choice == 7) {
+            AddElement(AnyOf(kBlocks), depth - 1);
+        } else if (choice == 8) {
+            AddList(depth - 1);
+        } else {
+            AddTable(depth - 1);
+        }
+    }
+}
+
+void RandomPlainMarkup::AddElement(std::string_view name, int depth)
+{
+    const bool isHeading = name.size() == 2 && name[0] == 'h';
+    const bool isHeadingInside = !open_.empty() && open_.back()[0] == 'h';
+    const bool isFormatting = std::ranges::find(kFormatting, name) != std::end(kFormatting);
+    if ((isHeading && isHeadingInside) || ((name == "a" || name == "button") && IsOpen(name)) ||
+        (isFormatting && IsOpen(name, 3))) {
+        name = "span";
+    }
+    AddStartTag(name, ">");
+    open_.push_back(name);
+    AddContent(depth);
+    open_.pop_back();
+    AddEndTag(name);
+}
+
+void RandomPlainMarkup::AddList(int depth)
+{
+    constexpr std::string_view kLists[] = {"ul", "ol", "dl"};
+    const std::string_view list = AnyOf(kLists);
+    AddStartTag(list, ">");
+    open_.push_back(list);
+    for (std::size_t count = Pick(random_, 3); count > 0; --count) {
+        AddSpace();
+        AddElement(list != "dl" ? "li" : Coin() ? "dt" : "dd", depth);
+        AddSpace();
+    }
+    open_.pop_back();
+    AddEndTag(list);
+}
+
+void RandomPlainMarkup::AddTable(int depth)
+{
+    AddStartTag("table", ">");
+    open_.push_back("table");
+    AddSpace();
+    for (std::size_t count = Pick(random_, 3); count > 0; --count) {
+        if (Coin()) {
+            AddRows(depth);
+            continue;
+        }
+        constexpr std::string_view kSections[] = {"tbody", "thead", "tfoot"};
+        const std::string_view section = AnyOf(kSections);
+        AddStartTag(section, ">");
+        AddRows(depth);
+        AddEndTag(section);
+        AddSpace();
+    }
+    open_.pop_back();
+    AddEndTag("table");
+}
+
+void RandomPlainMarkup::AddRows(int depth)
+{
+    for (std::size_t rows = Pick(random_, 3); rows > 0; --rows) {
+        AddSpace();
+        AddStartTag("tr", ">");
+        for (std::size_t cells = Pick(random_, 3); cells > 0; --cells) {
+            AddSpace();
+            AddElement(Coin(4) ? "th" : "td", depth);
+        }
+        AddSpace();
+        AddEndTag("tr");
+        AddSpace();
+    }
+}
+
+void RandomPlainMarkup::AddVoid(std::string_view name)
+{
+    AddStartTag(name, Coin() ? ">" : Coin() ? "/>" : " />");
+}
+
+void RandomPlainMarkup::AddText()
+{
+    for (std::size_t count = Pick(random_, 3) + 1; count > 0; --count) {
+        html_ += AnyOf(kText);
+        html_ += ' ';
+    }
+}
+
+void RandomPlainMarkup::AddSpace()
+{
+    if (Coin()) {
+        html_ += AnyOf(kSpace);
+    }
+}
+
+void RandomPlainMarkup::AddStartTag(std::string_view name, std::string_view end)
+{
+    html_ += '<';
+    html_ += Cased(name);
+    const std::size_t first = Pick(random_, std::size(kAttributes));
+    const std::size_t count = Coin() ? 0 : Pick(random_, 4);
+    for (std::size_t index = first; index < std::min(first + count, std::size(kAttributes));
+         ++index) {
+        html_ += AnyOf(kSpace);
+        AddAttribute(kAttributes[index]);
+    }
+    html_ += Coin(4) && end == ">" ? AnyOf(kSpace) : "";
+    // A slash would be the end of a bare value.
+    html_ += end == "/>" && count > 0 ? " />" : end;
+}
+
+void RandomPlainMarkup::AddAttribute(std::string_view name)
+{
+    html_ += Cased(name);
+    if (Coin(3)) {
+        return;
+    }
+    html_ += Coin(6) ? " =\n" : "=";
+    const std::string_view value = AnyOf(kValues);
+    const bool mayStandBare = value == "0_1" || value == "display:none;" || value == "/";
+    const std::string_view quote = mayStandBare && Coin() ? "" : Coin() ? "\"" : "'";
+    html_ += quote;
+    html_ += value;
+    html_ += quote;
+}
+
+void RandomPlainMarkup::AddEndTag(std::string_view name)
+{
+    html_ += "</";
+    html_ += Cased(name);
+    html_ += Coin(6) ? " \r\n>" : ">";
+}
+
+std::string RandomPlainMarkup::Cased(std::string_view name)
+{
+    std::string cased(name);
+    if (Coin(8)) {
+        const std::size_t at = Pick(random_, cased.size());
+        cased[at] = cased[at] >= 'a' && cased[at] <= 'z' ? char(cased[at] - 'a' + 'A') : cased[at];
+    }
+    return cased;
+}
+
+}  // namespace HtmlEngine::Test
