@@ -4,6 +4,7 @@
 #include "documents/Records.h"
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 namespace Documents {
@@ -41,14 +42,47 @@ _PDRect PlaceOfItsOwn(const _PDRect& box, std::uint32_t ordinal)
     return {left, top - cellHeight * 0.4, left + cellWidth * 0.4, top};
 }
 
-std::vector<AnnotationChange> ChangesOn(const std::vector<std::uint32_t>& pages,
-                                        PDAnnotOperation operation, const AnnotationRef& annotation)
+std::vector<Change> ChangesOf(const std::vector<AnnotationRef>& annotations,
+                              PDAnnotOperation operation, std::uint32_t page)
 {
-    std::vector<AnnotationChange> changes;
-    for (const std::uint32_t page : pages) {
-        changes.push_back({operation, page, annotation});
+    std::vector<Change> changes;
+    for (const AnnotationRef& annotation : annotations) {
+        changes.push_back(AnnotationChange{operation, page, annotation});
     }
     return changes;
+}
+
+// The page's array with the entries at the positions that they then have, in ascending order.
+template <class Entries>
+PageRef PageWith(const PageRef& page, const Entries& entries)
+{
+    const std::vector<AnnotationRef>& former = page.Get()->annotations;
+    std::vector<AnnotationRef> annotations;
+    annotations.reserve(former.size() + entries.size());
+    auto entry = entries.begin();
+    for (auto next = former.begin(); next != former.end() || entry != entries.end();) {
+        const bool put = entry != entries.end() && entry->position == annotations.size();
+        annotations.push_back(put ? (entry++)->annotation : *next++);
+    }
+    return MakePageRecord(std::move(annotations));
+}
+
+// The page's array without the entries at these positions, in ascending order.
+template <class Entries>
+PageRef PageWithout(const PageRef& page, const Entries& entries)
+{
+    const std::vector<AnnotationRef>& former = page.Get()->annotations;
+    std::vector<AnnotationRef> annotations;
+    annotations.reserve(former.size() - entries.size());
+    auto entry = entries.begin();
+    for (std::uint32_t position = 0; position < former.size(); ++position) {
+        if (entry != entries.end() && entry->position == position) {
+            ++entry;
+        } else {
+            annotations.push_back(former[position]);
+        }
+    }
+    return MakePageRecord(std::move(annotations));
 }
 
 }  // namespace
@@ -235,7 +269,7 @@ std::string Document::DeletionRefusal(const _PDAnnotRec* annotation)
 
 bool Document::Modified() const noexcept
 {
-    return revision_.load() != savedRevision_.load();
+    return state_.load() != savedState_.load();
 }
 
 std::vector<std::string> Document::Warnings() const
@@ -263,148 +297,279 @@ AnnotationRef Document::CheckAnnotation(std::uint32_t page, const PageRef& snaps
     return annotations[position];
 }
 
-template <class Work> EditResult Document::RunEdit(Work work)
+// --- History ---
+
+// `prepare` gives the edit that is to be done, or nothing when it would change nothing.
+template <class Prepare>
+EditResult Document::RunEdit(Prepare prepare)
 {
     const std::lock_guard lock{editMutex_};
     try {
-        EditResult result{{}, work()};
-        if (!result.changes.empty()) {
-            revision_.fetch_add(1);
+        std::optional<Step> prepared = prepare();
+        if (!prepared) {
+            return {};
         }
+        Steps step;
+        step.push_back(std::move(*prepared));
+        EditResult result{{}, step.back().apply()};
+        step.back().state = ++lastState_;
+        done_.splice(done_.end(), step);
+        undone_.clear();
+        NoteHistory();
         return result;
     } catch (const std::exception& error) {
         return {InOneLine(name_ + ": " + error.what()), {}};
     }
 }
 
+EditResult Document::Travel(Steps& from, Steps& to,
+                            std::function<std::vector<Change>()> Step::*direction)
+{
+    const std::lock_guard lock{editMutex_};
+    if (from.empty()) {
+        return {};
+    }
+    try {
+        EditResult result{{}, (from.back().*direction)()};
+        to.splice(to.end(), from, std::prev(from.end()));
+        NoteHistory();
+        return result;
+    } catch (const std::exception& error) {
+        return {InOneLine(name_ + ": " + error.what()), {}};
+    }
+}
+
+EditResult Document::Undo()
+{
+    return Travel(done_, undone_, &Step::revert);
+}
+
+EditResult Document::Redo()
+{
+    return Travel(undone_, done_, &Step::apply);
+}
+
+void Document::NoteHistory() noexcept
+{
+    const auto kindOf = [](const Steps& steps) {
+        return steps.empty() ? std::nullopt : std::optional{steps.back().kind};
+    };
+    undoKind_ = kindOf(done_);
+    redoKind_ = kindOf(undone_);
+    state_ = done_.empty() ? 0 : done_.back().state;
+    ++revision_;
+}
+
+// Adds entries to a page's array, or removes them. `concerned` has each annotation once, in the
+// order of the events.
+Document::Step Document::EntriesStep(EditKind kind, std::uint32_t page, std::vector<Entry> entries,
+                                     std::vector<AnnotationRef> concerned, PreparedEdit prepared)
+{
+    const bool adds = kind == EditKind::kAdd;
+    auto put = [this, page, entries, concerned, write = adds ? prepared.apply : prepared.revert] {
+        std::vector<Change> changes = ChangesOf(concerned, PDAnnotOperation::kAdded, page);
+        PageRef changed = PageWith(KnownPage(page), entries);
+        write();
+        Publish(page, std::move(changed));
+        return changes;
+    };
+    auto take = [this, page, entries = std::move(entries), concerned = std::move(concerned),
+                 write = adds ? prepared.revert : prepared.apply] {
+        std::vector<Change> changes = ChangesOf(concerned, PDAnnotOperation::kRemoved, page);
+        PageRef changed = PageWithout(KnownPage(page), entries);
+        write();
+        Publish(page, std::move(changed));
+        return changes;
+    };
+    return adds ? Step{kind, std::move(put), std::move(take)}
+                : Step{kind, std::move(take), std::move(put)};
+}
+
+std::vector<Change> Document::StoreContents(const AnnotationRef& annotation,
+                                            const std::u16string& contents,
+                                            const std::function<void()>& write)
+{
+    std::vector<Change> changes;
+    for (const std::uint32_t page : PagesShowing(annotation.Get())) {
+        changes.push_back(AnnotationChange{PDAnnotOperation::kPropertiesChanged, page, annotation});
+    }
+    const PropertyBlockRef former = annotation.Get()->properties.Load();
+    AnnotationProperties properties = former->properties;
+    properties.contents = contents;
+    PropertyBlockRef changed = MakePropertyBlock(std::move(properties), former->listAll);
+    write();
+    annotation.Get()->properties.Store(std::move(changed));
+    return changes;
+}
+
+void Document::PutPage(std::uint32_t at, Page page, const std::function<void()>& write)
+{
+    {
+        const std::lock_guard lock{pagesMutex_};
+        pages_.reserve(pages_.size() + 1);  // nothing may fail after the writing
+    }
+    write();
+    const std::lock_guard lock{pagesMutex_};
+    pages_.insert(pages_.begin() + at, std::move(page));
+    pageCount_.store(static_cast<std::uint32_t>(pages_.size()), std::memory_order_release);
+}
+
+Document::Page Document::TakePage(std::uint32_t at, const std::function<void()>& write)
+{
+    write();
+    const std::lock_guard lock{pagesMutex_};
+    Page taken = std::move(pages_[at]);
+    pages_.erase(pages_.begin() + at);
+    pageCount_.store(static_cast<std::uint32_t>(pages_.size()), std::memory_order_release);
+    return taken;
+}
+
+// Inserts a page, or deletes it; `page` is what an insertion starts with.
+Document::Step Document::PageStep(EditKind kind, std::uint32_t index, Page page,
+                                  PreparedEdit prepared)
+{
+    const bool inserts = kind == EditKind::kInsertPage;
+    const auto away = std::make_shared<Page>(std::move(page));  // while it is not in the document
+    auto put = [this, index, away, write = inserts ? prepared.apply : prepared.revert] {
+        std::vector<Change> changes{PagesChange{PDPageOperation::kInserted, {index}}};
+        PutPage(index, *away, write);
+        *away = {};
+        return changes;
+    };
+    auto take = [this, index, away, write = inserts ? prepared.revert : prepared.apply] {
+        std::vector<Change> changes{PagesChange{PDPageOperation::kDeleted, {index}}};
+        *away = TakePage(index, write);
+        return changes;
+    };
+    return inserts ? Step{kind, std::move(put), std::move(take)}
+                   : Step{kind, std::move(take), std::move(put)};
+}
+
+void Document::RotatePages(std::uint32_t from, std::uint32_t to) noexcept
+{
+    const std::lock_guard lock{pagesMutex_};
+    const auto first = pages_.begin() + std::min(from, to);
+    const auto last = pages_.begin() + std::max(from, to) + 1;
+    std::rotate(first, from < to ? first + 1 : last - 1, last);
+}
+
+// --- Edits ---
+
 EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
                                    std::u16string contents, std::optional<_PDRect> rect)
 {
-    return RunEdit([&]() -> std::vector<Change> {
+    return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         if (subtype.empty()) {
             throw EditRefused("an annotation without a subtype cannot be added");
         }
-        const PageRef snapshot = PageUnderEditLock(page);
-        std::vector<AnnotationRef> annotations = snapshot.Get()->annotations;
+        const auto count =
+            static_cast<std::uint32_t>(PageUnderEditLock(page).Get()->annotations.size());
         AnnotationProperties properties;
         properties.subtype = subtype;
         properties.contents = std::move(contents);
         properties.flags = kFlagPrint;
-        properties.rect = rect ? *rect
-                               : PlaceOfItsOwn(PageBoxUnderEditLock(page),
-                                               static_cast<std::uint32_t>(annotations.size()));
+        properties.rect = rect ? *rect : PlaceOfItsOwn(PageBoxUnderEditLock(page), count);
         const AnnotationRef added = MakeAnnotationRecord(properties, listAll_);
-        annotations.push_back(added);
-        PageRef changed = MakePageRecord(std::move(annotations));
         added.Get()->homePage = pages_[page].number;
-        WriteAdded(page, properties, added.Get());
-        Publish(page, std::move(changed));
-        return {AnnotationChange{PDAnnotOperation::kAdded, page, added}};
+        return EntriesStep(EditKind::kAdd, page, {{count, added}}, {added},
+                           PrepareAdded(page, properties, added.Get()));
     });
 }
 
 EditResult Document::ChangeContents(std::uint32_t page, std::uint32_t position,
                                     std::u16string contents)
 {
-    return RunEdit([&]() -> std::vector<Change> {
+    return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         const AnnotationRef annotation = CheckAnnotation(page, PageUnderEditLock(page), position);
-        const PropertyBlockRef former = annotation.Get()->properties.Load();
-        if (former->properties.contents == contents) {
-            return {};
+        std::u16string former = annotation.Get()->properties.Load()->properties.contents;
+        if (former == contents) {
+            return std::nullopt;
         }
-        AnnotationProperties properties = former->properties;
-        properties.contents = std::move(contents);
-        PropertyBlockRef changed = MakePropertyBlock(std::move(properties), former->listAll);
-        WriteContents(page, position, changed->properties.contents);
-        annotation.Get()->properties.Store(std::move(changed));
-        const auto changes = ChangesOn(PagesShowing(annotation.Get()),
-                                       PDAnnotOperation::kPropertiesChanged, annotation);
-        return {changes.begin(), changes.end()};
+        PreparedEdit prepared = PrepareContents(page, position, contents);
+        return Step{
+            EditKind::kEdit,
+            [this, annotation, contents = std::move(contents), write = std::move(prepared.apply)] {
+                return StoreContents(annotation, contents, write);
+            },
+            [this, annotation, contents = std::move(former), write = std::move(prepared.revert)] {
+                return StoreContents(annotation, contents, write);
+            }};
     });
 }
 
 EditResult Document::RemoveAnnotation(std::uint32_t page, std::uint32_t position)
 {
-    return RunEdit([&]() -> std::vector<Change> {
+    return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         const PageRef snapshot = PageUnderEditLock(page);
         const AnnotationRef removed = CheckAnnotation(page, snapshot, position);
         const AnnotationRef popup = removed.Get()->popup;
-        std::vector<AnnotationRef> kept;
+        const std::vector<AnnotationRef>& annotations = snapshot.Get()->annotations;
+        std::vector<Entry> entries;
         std::vector<std::uint32_t> positions;
-        bool popupRemoved = false;
-        for (const AnnotationRef& entry : snapshot.Get()->annotations) {
-            const bool isPopup = popup && entry == popup;
-            if (entry == removed || isPopup) {
-                positions.push_back(
-                    static_cast<std::uint32_t>(&entry - snapshot.Get()->annotations.data()));
-                popupRemoved = popupRemoved || isPopup;
-            } else {
-                kept.push_back(entry);
+        for (std::uint32_t index = 0; index < annotations.size(); ++index) {
+            if (annotations[index] == removed || (popup && annotations[index] == popup)) {
+                entries.push_back({index, annotations[index]});
+                positions.push_back(index);
             }
         }
-        PageRef changed = MakePageRecord(std::move(kept));
-        WriteRemoved(page, positions);
-        Publish(page, std::move(changed));
-        std::vector<Change> changes{AnnotationChange{PDAnnotOperation::kRemoved, page, removed}};
-        if (popupRemoved) {
-            changes.push_back(AnnotationChange{PDAnnotOperation::kRemoved, page, popup});
+        std::vector<AnnotationRef> concerned{removed};
+        if (std::any_of(entries.begin(), entries.end(),
+                        [&](const Entry& entry) { return entry.annotation == popup; })) {
+            concerned.push_back(popup);
         }
-        return changes;
+        return EntriesStep(EditKind::kRemove, page, std::move(entries), std::move(concerned),
+                           PrepareRemoved(page, positions));
     });
 }
 
 EditResult Document::InsertPage(std::uint32_t at)
 {
-    return RunEdit([&]() -> std::vector<Change> {
+    return RunEdit([&]() -> std::optional<Step> {
         if (at > PageCount()) {
             throw EditRefused("a page cannot be inserted at " + std::to_string(at) +
                               ", the document has " + std::to_string(PageCount()));
         }
-        const _PDRect box = PageCount() == 0 ? _PDRect{0, 0, 612, 792}
-                                             : PageBoxUnderEditLock(at == 0 ? 0 : at - 1);
-        Page page{MakePageRecord({}), box, ++lastPageNumber_};
-        WritePageInserted(at, box);
-        const std::lock_guard lock{pagesMutex_};
-        pages_.insert(pages_.begin() + at, std::move(page));
-        pageCount_.store(static_cast<std::uint32_t>(pages_.size()), std::memory_order_release);
-        return {PagesChange{PDPageOperation::kInserted, {at}}};
+        const _PDRect box =
+            PageCount() == 0 ? _PDRect{0, 0, 612, 792} : PageBoxUnderEditLock(at == 0 ? 0 : at - 1);
+        return PageStep(EditKind::kInsertPage, at, {MakePageRecord({}), box, ++lastPageNumber_},
+                        PreparePageInserted(at, box));
     });
 }
 
 EditResult Document::DeletePage(std::uint32_t page)
 {
-    return RunEdit([&]() -> std::vector<Change> {
+    return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         if (PageCount() == 1) {
             throw EditRefused("the only page of a document cannot be deleted");
         }
-        WritePageDeleted(page);
-        Page deleted;  // released after the lock
-        const std::lock_guard lock{pagesMutex_};
-        deleted = std::move(pages_[page]);
-        pages_.erase(pages_.begin() + page);
-        pageCount_.store(static_cast<std::uint32_t>(pages_.size()), std::memory_order_release);
-        return {PagesChange{PDPageOperation::kDeleted, {page}}};
+        return PageStep(EditKind::kDeletePage, page, {}, PreparePageDeleted(page));
     });
 }
 
 EditResult Document::MovePage(std::uint32_t from, std::uint32_t to)
 {
-    return RunEdit([&]() -> std::vector<Change> {
+    return RunEdit([&]() -> std::optional<Step> {
         CheckPage(from);
         CheckPage(to);
         if (from == to) {
-            return {};
+            return std::nullopt;
         }
-        WritePageMoved(from, to);
-        const std::lock_guard lock{pagesMutex_};
-        const auto first = pages_.begin() + std::min(from, to);
-        const auto last = pages_.begin() + std::max(from, to) + 1;
-        std::rotate(first, from < to ? first + 1 : last - 1, last);
-        return {PagesChange{PDPageOperation::kMoved, {from, to}}};
+        const auto move = [this](std::uint32_t start, std::uint32_t end,
+                                 std::function<void()> write) {
+            return [this, start, end, write = std::move(write)] {
+                std::vector<Change> changes{PagesChange{PDPageOperation::kMoved, {start, end}}};
+                write();
+                RotatePages(start, end);
+                return changes;
+            };
+        };
+        PreparedEdit prepared = PreparePageMoved(from, to);
+        return Step{EditKind::kMovePage, move(from, to, std::move(prepared.apply)),
+                    move(to, from, std::move(prepared.revert))};
     });
 }
 
@@ -413,10 +578,20 @@ SaveResult Document::Save(const std::filesystem::path& path)
     const std::lock_guard lock{editMutex_};
     try {
         WriteFile(path);
-        savedRevision_ = revision_.load();
+        savedState_ = state_.load();
         return {};
     } catch (const std::exception& error) {
         return {InOneLine(path.string() + ": " + error.what())};
+    }
+}
+
+BytesResult Document::WriteBytes()
+{
+    const std::lock_guard lock{editMutex_};
+    try {
+        return {{}, FileBytes()};
+    } catch (const std::exception& error) {
+        return {InOneLine(name_ + ": " + error.what()), {}};
     }
 }
 

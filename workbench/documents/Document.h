@@ -14,6 +14,8 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -33,7 +35,8 @@ struct AnnotationChange {
 
 struct PagesChange {
     PDPageOperation operation;
-    std::vector<std::uint32_t> pages;  // inserted: its index; deleted: its former index; moved: from, to
+    std::vector<std::uint32_t>
+        pages;  // inserted: its index; deleted: its former index; moved: from, to
 };
 
 using Change = std::variant<AnnotationChange, PagesChange>;
@@ -43,6 +46,17 @@ using Change = std::variant<AnnotationChange, PagesChange>;
 struct EditResult {
     std::string error;
     std::vector<Change> changes;
+
+    bool Succeeded() const noexcept { return error.empty(); }
+};
+
+// What an edit does, for the words of a menu. A removal takes the pop-up with it.
+enum class EditKind : std::uint8_t { kAdd, kEdit, kRemove, kInsertPage, kDeletePage, kMovePage };
+
+// The bytes of a file; or none, and one line that names the document.
+struct BytesResult {
+    std::string error;
+    std::string bytes;
 
     bool Succeeded() const noexcept { return error.empty(); }
 };
@@ -122,12 +136,33 @@ public:
     // Moves a page so that its index is `to` afterwards. The same index twice changes nothing.
     EditResult MovePage(std::uint32_t from, std::uint32_t to);
 
-    // Whether anything was edited since opening or the last save.
+    // --- History. Every edit that changed something can be taken back, those before the last save
+    //     too; memory alone bounds their number. An edit drops what could have been done again. ---
+
+    // Takes the last edit back, or does it again: arrays, contents, pages and the identity of the
+    // records are then as they were, and the changes are those of the opposite edit, or of the
+    // same. Changes nothing where there is nothing to take back or to do again.
+    EditResult Undo();
+    EditResult Redo();
+
+    // Of the edit that Undo would take back and that Redo would do again. Never wait.
+    std::optional<EditKind> UndoKind() const noexcept { return undoKind_.load(); }
+    std::optional<EditKind> RedoKind() const noexcept { return redoKind_.load(); }
+
+    // Grows with everything that edits, takes back or does again. Never waits.
+    std::uint64_t Revision() const noexcept { return revision_.load(); }
+
+    // Whether the document differs from what was opened or saved last; no longer, once Undo or
+    // Redo has led back there.
     bool Modified() const noexcept;
 
     // Writes the document to `path`: beside it first, then renamed over it, so that a write that
     // fails leaves what was there. The document stays usable, under its old name, in any case.
     SaveResult Save(const std::filesystem::path& path);
+
+    // The document as it stands, as the PDF file that Save would write: encrypted when the file
+    // was. Counts as no save.
+    BytesResult WriteBytes();
 
     // What was amiss with the file so far, one line each: repairs on opening, and damage met while
     // pages were read since. Empty for a sound file.
@@ -148,21 +183,36 @@ protected:
     bool ListAll() const noexcept { return listAll_; }
 
     // --- What the kind of document does. Called with the edit lock held, never concurrently.
-    //     Indices are valid; each either does all of its work or throws and has changed nothing. ---
+    //     Indices are valid. ---
 
     // Reads the annotations of a page that has no snapshot yet. What cannot be read becomes an
     // entry without annotation.
     virtual PageRef ReadPage(std::uint32_t page) = 0;
     virtual _PDRect ReadPageBox(std::uint32_t page) = 0;
-    virtual void WriteAdded(std::uint32_t page, const AnnotationProperties& properties,
-                            _PDAnnotRec* annotation) = 0;
-    virtual void WriteContents(std::uint32_t page, std::uint32_t position,
-                               std::u16string_view contents) = 0;
-    virtual void WriteRemoved(std::uint32_t page, const std::vector<std::uint32_t>& positions) = 0;
-    virtual void WritePageInserted(std::uint32_t at, const _PDRect& box) = 0;
-    virtual void WritePageDeleted(std::uint32_t page) = 0;
-    virtual void WritePageMoved(std::uint32_t from, std::uint32_t to) = 0;
+
+    // An edit of what lies behind the pages. `apply` and `revert` are called by turns, beginning
+    // with `apply`, each when the document is as the other one left it; each either does all of its
+    // work or throws and has changed nothing.
+    struct PreparedEdit {
+        std::function<void()> apply = [] {};
+        std::function<void()> revert = [] {};
+    };
+
+    // Prepare edits without doing them yet, or throw when they cannot be done.
+    virtual PreparedEdit PrepareAdded(std::uint32_t page, const AnnotationProperties& properties,
+                                      _PDAnnotRec* annotation) = 0;
+    virtual PreparedEdit PrepareContents(std::uint32_t page, std::uint32_t position,
+                                         std::u16string_view contents) = 0;
+    // Positions are in ascending order.
+    virtual PreparedEdit PrepareRemoved(std::uint32_t page,
+                                        const std::vector<std::uint32_t>& positions) = 0;
+    virtual PreparedEdit PreparePageInserted(std::uint32_t at, const _PDRect& box) = 0;
+    virtual PreparedEdit PreparePageDeleted(std::uint32_t page) = 0;
+    virtual PreparedEdit PreparePageMoved(std::uint32_t from, std::uint32_t to) = 0;
+
+    // Write the document as it stands; throw when that fails.
     virtual void WriteFile(const std::filesystem::path& path) = 0;
+    virtual std::string FileBytes() = 0;
 
     // Held while a page is read and during edits and saving.
     mutable std::mutex editMutex_;
@@ -177,7 +227,34 @@ private:
     void CheckPage(std::uint32_t page) const;
     AnnotationRef CheckAnnotation(std::uint32_t page, const PageRef& snapshot,
                                   std::uint32_t position) const;
-    template <class Work> EditResult RunEdit(Work work);
+
+    // An edit of the history.
+    struct Step {
+        EditKind kind;
+        std::function<std::vector<Change>()> apply;
+        std::function<std::vector<Change>()> revert;
+        std::uint64_t state = 0;  // number of the state that the edit led to
+    };
+    using Steps = std::list<Step>;
+    struct Entry {
+        std::uint32_t position;
+        AnnotationRef annotation;
+    };
+
+    template <class Prepare>
+    EditResult RunEdit(Prepare prepare);
+    EditResult Travel(Steps& from, Steps& to,
+                      std::function<std::vector<Change>()> Step::*direction);
+    void NoteHistory() noexcept;
+    Step EntriesStep(EditKind kind, std::uint32_t page, std::vector<Entry> entries,
+                     std::vector<AnnotationRef> concerned, PreparedEdit prepared);
+    Step PageStep(EditKind kind, std::uint32_t index, Page page, PreparedEdit prepared);
+    std::vector<Change> StoreContents(const AnnotationRef& annotation,
+                                      const std::u16string& contents,
+                                      const std::function<void()>& write);
+    void PutPage(std::uint32_t at, Page page, const std::function<void()>& write);
+    Page TakePage(std::uint32_t at, const std::function<void()>& write);
+    void RotatePages(std::uint32_t from, std::uint32_t to) noexcept;
 
     const std::string name_;
     const bool listAll_;
@@ -195,8 +272,16 @@ private:
     std::atomic<Forced> forcedReadOnly_{Forced::kNothing};
     std::atomic<Forced> forcedDeletion_{Forced::kNothing};
 
+    // Guarded by the edit lock, most recent last; the atomics below tell of them without waiting.
+    Steps done_;
+    Steps undone_;
+    std::uint64_t lastState_ = 0;
+
     std::atomic<std::uint64_t> revision_{0};
-    std::atomic<std::uint64_t> savedRevision_{0};
+    std::atomic<std::uint64_t> state_{0};
+    std::atomic<std::uint64_t> savedState_{0};
+    std::atomic<std::optional<EditKind>> undoKind_{};
+    std::atomic<std::optional<EditKind>> redoKind_{};
 };
 
 }  // namespace Documents

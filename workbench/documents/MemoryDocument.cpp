@@ -78,4 +78,9 @@ void MemoryDocument::WriteFile(const std::filesystem::path& /*path*/)
     throw std::runtime_error("a document in memory cannot be written to a file");
 }
 
+std::string MemoryDocument::FileBytes()
+{
+    throw std::runtime_error("a document in memory has no file");
+}
+
 }  // namespace Documents

@@ -9,7 +9,8 @@ namespace Documents {
 
 struct MemoryAnnotation {
     AnnotationProperties properties;
-    std::shared_ptr<const MemoryAnnotation> popup{};  // the pop-up that belongs to it, removed with it
+    std::shared_ptr<const MemoryAnnotation>
+        popup{};  // the pop-up that belongs to it, removed with it
 };
 
 // An entry of a page's annotation array. Null is an entry that is no annotation; the same pointer
@@ -36,23 +37,32 @@ struct MemoryOptions {
 class MemoryDocument final : public Document {
 public:
     // Never fails. The pages are copied; later changes of `pages` are not seen.
-    static std::shared_ptr<MemoryDocument> Make(std::string name,
-                                                const std::vector<MemoryPage>& pages,
-                                                const MemoryOptions& options = {});
+    static std::shared_ptr<MemoryDocument>
+    Make(std::string name, const std::vector<MemoryPage>& pages, const MemoryOptions& options = {});
 
 private:
     MemoryDocument(std::string name, const MemoryOptions& options);
 
     PageRef ReadPage(std::uint32_t page) override;
     _PDRect ReadPageBox(std::uint32_t page) override;
-    void WriteAdded(std::uint32_t, const AnnotationProperties&, _PDAnnotRec*) override {}
-    void WriteContents(std::uint32_t, std::uint32_t, std::u16string_view) override {}
-    void WriteRemoved(std::uint32_t, const std::vector<std::uint32_t>&) override {}
-    void WritePageInserted(std::uint32_t, const _PDRect&) override {}
-    void WritePageDeleted(std::uint32_t) override {}
-    void WritePageMoved(std::uint32_t, std::uint32_t) override {}
+    PreparedEdit PrepareAdded(std::uint32_t, const AnnotationProperties&, _PDAnnotRec*) override
+    {
+        return {};
+    }
+    PreparedEdit PrepareContents(std::uint32_t, std::uint32_t, std::u16string_view) override
+    {
+        return {};
+    }
+    PreparedEdit PrepareRemoved(std::uint32_t, const std::vector<std::uint32_t>&) override
+    {
+        return {};
+    }
+    PreparedEdit PreparePageInserted(std::uint32_t, const _PDRect&) override { return {}; }
+    PreparedEdit PreparePageDeleted(std::uint32_t) override { return {}; }
+    PreparedEdit PreparePageMoved(std::uint32_t, std::uint32_t) override { return {}; }
     // Fails: there is no file format for it.
     void WriteFile(const std::filesystem::path& path) override;
+    std::string FileBytes() override;
 };
 
 }  // namespace Documents

@@ -5,6 +5,7 @@
 #include "documents/PdfText.h"
 #include "documents/Records.h"
 
+#include <qpdf/Buffer.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QPDFLogger.hh>
@@ -401,56 +402,113 @@ private:
         return object;
     }
 
-    // The page's annotation array, made its own: pages may share an indirect one, and an edit
-    // concerns one page.
-    QPDFObjectHandle OwnArray(std::uint32_t page)
+    // A page's /Annots made its own: pages may share an indirect array, and an edit concerns one
+    // page. The former value comes back when the edit is taken back.
+    struct OwnArray {
+        void Install() { page.replaceKey(kAnnots, array); }
+        void Restore() { page.replaceKey(kAnnots, former); }
+
+        QPDFObjectHandle page;
+        QPDFObjectHandle former;  // null: none
+        QPDFObjectHandle array;
+    };
+
+    OwnArray PrepareOwnArray(std::uint32_t page)
     {
         QPDFObjectHandle object = SoundPageObject(page);
         QPDFObjectHandle array = object.getKey(kAnnots);
+        OwnArray own{object, array, array};
         if (!array.isArray()) {
-            array = QPDFObjectHandle::newArray();
-            object.replaceKey(kAnnots, array);
+            own.array = QPDFObjectHandle::newArray();
         } else if (array.isIndirect() && !ownArrays_.contains(KeyOf(array))) {
-            array = MakeIndirect(array.shallowCopy());
-            ownArrays_.insert(KeyOf(array));
-            object.replaceKey(kAnnots, array);
+            own.array = MakeIndirect(array.shallowCopy());
+            ownArrays_.insert(KeyOf(own.array));
         }
-        return array;
+        return own;
     }
 
-    void WriteAdded(std::uint32_t page, const AnnotationProperties& properties,
-                    _PDAnnotRec* annotation) override
+    PreparedEdit PrepareAdded(std::uint32_t page, const AnnotationProperties& properties,
+                              _PDAnnotRec* annotation) override
     {
-        const QPDFObjectHandle object = SoundPageObject(page);
+        OwnArray own = PrepareOwnArray(page);
         QPDFObjectHandle dictionary = MakeIndirect(MakeAnnotationDictionary(properties));
-        dictionary.replaceKey("/P", object);
+        dictionary.replaceKey("/P", own.page);
         records_[KeyOf(dictionary)] = AnnotationRef::Retain(annotation);
         withoutAppearance_.emplace_back(dictionary, properties);
-        OwnArray(page).appendItem(dictionary);
+        return {[own, dictionary]() mutable {
+                    own.array.appendItem(dictionary);
+                    own.Install();
+                },
+                [own]() mutable {
+                    own.array.eraseItem(own.array.getArrayNItems() - 1);
+                    own.Restore();
+                }};
     }
 
-    void WriteContents(std::uint32_t page, std::uint32_t position,
-                       std::u16string_view contents) override
+    PreparedEdit PrepareContents(std::uint32_t page, std::uint32_t position,
+                                 std::u16string_view contents) override
     {
         const int item = static_cast<int>(position);
         QPDFObjectHandle dictionary = PageObject(page).getKey(kAnnots).getArrayItem(item);
+        std::optional<OwnArray> own;
         if (!dictionary.isIndirect()) {
-            dictionary = OwnArray(page).getArrayItem(item);
+            own = PrepareOwnArray(page);
+            dictionary = own->array.getArrayItem(item);
         }
-        dictionary.replaceKey(kContents, QPDFObjectHandle::newString(EncodeTextString(contents)));
-        // Both show the former contents, and viewers prefer them to the plain text.
-        dictionary.removeKey("/RC");
+        Dictionary former{{kContents, dictionary.getKey(kContents)}};
+        Dictionary changed{{kContents, QPDFObjectHandle::newString(EncodeTextString(contents))}};
+        // These show the former contents, and viewers prefer them to the plain text.
+        std::vector<std::string> outdated{"/RC"};
         if (dictionary.getKey("/Subtype").isNameAndEquals("/FreeText")) {
-            dictionary.removeKey("/AP");
+            outdated.emplace_back("/AP");
+        }
+        for (const std::string& key : outdated) {
+            former[key] = dictionary.getKey(key);
+            changed[key] = QPDFObjectHandle::newNull();
+        }
+        return {[own, dictionary, changed]() mutable {
+                    ReplaceEntries(dictionary, changed);
+                    if (own) {
+                        own->Install();
+                    }
+                },
+                [own, dictionary, former]() mutable {
+                    ReplaceEntries(dictionary, former);
+                    if (own) {
+                        own->Restore();
+                    }
+                }};
+    }
+
+    // A null value removes the entry.
+    static void ReplaceEntries(QPDFObjectHandle& dictionary, const Dictionary& entries)
+    {
+        for (const auto& [key, value] : entries) {
+            dictionary.replaceKey(key, value);
         }
     }
 
-    void WriteRemoved(std::uint32_t page, const std::vector<std::uint32_t>& positions) override
+    PreparedEdit PrepareRemoved(std::uint32_t page,
+                                const std::vector<std::uint32_t>& positions) override
     {
-        QPDFObjectHandle array = OwnArray(page);
-        for (auto position = positions.rbegin(); position != positions.rend(); ++position) {
-            array.eraseItem(static_cast<int>(*position));
+        OwnArray own = PrepareOwnArray(page);
+        std::vector<std::pair<int, QPDFObjectHandle>> removed;
+        for (const std::uint32_t position : positions) {
+            const int item = static_cast<int>(position);
+            removed.emplace_back(item, own.array.getArrayItem(item));
         }
+        return {[own, removed]() mutable {
+                    for (auto item = removed.rbegin(); item != removed.rend(); ++item) {
+                        own.array.eraseItem(item->first);
+                    }
+                    own.Install();
+                },
+                [own, removed]() mutable {
+                    for (const auto& [item, annotation] : removed) {
+                        own.array.insertItem(item, annotation);
+                    }
+                    own.Restore();
+                }};
     }
 
     void InsertPageObject(const QPDFObjectHandle& object, std::uint32_t at)
@@ -462,37 +520,68 @@ private:
         }
     }
 
-    void WritePageInserted(std::uint32_t at, const _PDRect& box) override
+    // The tree of pages becomes a flat one with the first of these edits, and every page gets the
+    // entries that it inherited; a page object that was taken out is whole by itself.
+    void MovePageObject(const QPDFObjectHandle& object, std::uint32_t to)
     {
-        auto object = QPDFObjectHandle::newDictionary();
-        object.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
-        object.replaceKey("/MediaBox", MakeRectangle(box));
-        object.replaceKey("/Resources", QPDFObjectHandle::newDictionary());
-        InsertPageObject(MakeIndirect(object), at);
-    }
-
-    void WritePageDeleted(std::uint32_t page) override { file_->removePage(PageObject(page)); }
-
-    void WritePageMoved(std::uint32_t from, std::uint32_t to) override
-    {
-        const QPDFObjectHandle object = SoundPageObject(from);
         file_->removePage(object);
         InsertPageObject(object, to);
     }
 
+    PreparedEdit PreparePageInserted(std::uint32_t at, const _PDRect& box) override
+    {
+        auto dictionary = QPDFObjectHandle::newDictionary();
+        dictionary.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
+        dictionary.replaceKey("/MediaBox", MakeRectangle(box));
+        dictionary.replaceKey("/Resources", QPDFObjectHandle::newDictionary());
+        const QPDFObjectHandle object = MakeIndirect(dictionary);
+        return {[this, object, at] { InsertPageObject(object, at); },
+                [this, object] { file_->removePage(object); }};
+    }
+
+    PreparedEdit PreparePageDeleted(std::uint32_t page) override
+    {
+        const QPDFObjectHandle object = PageObject(page);
+        return {[this, object] { file_->removePage(object); },
+                [this, object, page] { InsertPageObject(object, page); }};
+    }
+
+    PreparedEdit PreparePageMoved(std::uint32_t from, std::uint32_t to) override
+    {
+        const QPDFObjectHandle object = SoundPageObject(from);
+        return {[this, object, to] { MovePageObject(object, to); },
+                [this, object, from] { MovePageObject(object, from); }};
+    }
+
     // Streams are copied as they are, so that nothing depends on filters that QPDF knows.
-    void WriteFile(const fs::path& path) override
+    void SetUp(QPDFWriter& writer)
     {
         for (const auto& [dictionary, properties] : withoutAppearance_) {
             AddAppearance(*file_, dictionary, properties);
         }
         withoutAppearance_.clear();
-        QPDFWriter writer{*file_};
         writer.setPreserveEncryption(true);
         writer.setCompressStreams(false);
         writer.setDecodeLevel(qpdf_dl_none);
+    }
+
+    void WriteFile(const fs::path& path) override
+    {
+        QPDFWriter writer{*file_};
+        SetUp(writer);
         ReplaceFile(path, writer);
         TakeWarnings();
+    }
+
+    std::string FileBytes() override
+    {
+        QPDFWriter writer{*file_};
+        SetUp(writer);
+        writer.setOutputMemory();
+        writer.write();
+        TakeWarnings();
+        const auto buffer = writer.getBufferSharedPointer();
+        return {reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()};
     }
 
     const std::string bytes_;  // read by file_ for as long as it lives
@@ -502,7 +591,8 @@ private:
     std::unordered_set<std::uint64_t> ownArrays_;
     std::int64_t nextObject_ = 0;
 
-    // Added since the last save. Appearances are streams, and those only QPDF's own way makes.
+    // Added since the file was written last. Appearances are streams, and those only QPDF's own way
+    // makes.
     std::vector<std::pair<QPDFObjectHandle, AnnotationProperties>> withoutAppearance_;
 
     mutable std::mutex warningsMutex_;
@@ -521,15 +611,14 @@ OpenResult OpenFile(std::string bytes, const std::string& description, std::stri
                     const OpenOptions& options, bool writeProtected)
 {
     try {
-        auto document = std::make_shared<OpenedFile>(std::move(bytes), description,
-                                                     std::move(name), options);
+        auto document =
+            std::make_shared<OpenedFile>(std::move(bytes), description, std::move(name), options);
         document->ApplyPermissions(writeProtected);
         return {std::move(document), OpenFailure::kNone, {}};
     } catch (const QPDFExc& error) {
         if (error.getErrorCode() == qpdf_e_password) {
             return Failure(OpenFailure::kPassword, description,
-                           options.password.empty() ? "needs a password"
-                                                    : "the password is wrong");
+                           options.password.empty() ? "needs a password" : "the password is wrong");
         }
         return Failure(OpenFailure::kDamaged, description,
                        "no PDF file, or damaged beyond repair (" + error.getMessageDetail() + ")");
