@@ -10,8 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstring>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <random>
 #include <thread>
@@ -211,6 +215,72 @@ TYPED_TEST_P(DocumentEdit, AnswersForPermissions)
     EXPECT_TRUE(document->AnnotationDeletionPermitted());
 }
 
+// Everything that taking edits back restores, identity included.
+struct State {
+    explicit State(Document& document) : listing{List(document)}
+    {
+        for (std::uint32_t page = 0; page < listing.size(); ++page) {
+            const _PDRect box = document.PageBox(page).value_or(_PDRect{});
+            boxes.push_back({box.left, box.bottom, box.right, box.top});
+            for (std::uint32_t position = 0; position < listing[page].size(); ++position) {
+                records.push_back(document.AnnotationAt(page, position));
+            }
+        }
+    }
+    bool operator==(const State&) const = default;
+
+    Listing listing;
+    std::vector<std::array<double, 4>> boxes;
+    std::vector<AnnotationRef> records;
+};
+
+// What is fired when an edit is taken back that fired `event`.
+inline std::string Opposite(std::string event)
+{
+    constexpr const char* kWords[][2] = {{"added", "removed"}, {"inserted", "deleted"}};
+    for (const auto& [one, other] : kWords) {
+        for (const auto& [from, to] : {std::pair{one, other}, std::pair{other, one}}) {
+            if (event.rfind(from, 0) == 0) {
+                return to + event.substr(std::strlen(from));
+            }
+        }
+    }
+    if (event.rfind("moved", 0) == 0) {
+        std::swap(event[6], event[8]);
+    }
+    return event;
+}
+
+TYPED_TEST_P(DocumentEdit, IsTakenBackAndDoneAgain)
+{
+    for (const EditRow& row : EditRows()) {
+        SCOPED_TRACE(row.name);
+        const auto document = TypeParam::Make(SuitePages(), {});
+        const State before{*document};
+        const auto events = Events(row.edit(*document));
+        const bool edited = document->Modified();
+        const State after{*document};
+        EXPECT_EQ(document->UndoKind().has_value(), edited);
+        EXPECT_EQ(document->Revision(), edited ? 1u : 0u);
+        for (int round = 0; edited && round < 2; ++round) {
+            const auto kind = document->UndoKind();
+            std::vector<std::string> opposite;
+            std::transform(events.begin(), events.end(), std::back_inserter(opposite), Opposite);
+            EXPECT_EQ(Events(document->Undo()), opposite);
+            EXPECT_TRUE(State{*document} == before);
+            EXPECT_FALSE(document->Modified());
+            EXPECT_FALSE(document->UndoKind());
+            EXPECT_EQ(document->RedoKind(), kind);
+            EXPECT_EQ(Events(document->Redo()), events);
+            EXPECT_TRUE(State{*document} == after);
+            EXPECT_TRUE(document->Modified());
+        }
+        const std::uint64_t revision = document->Revision();
+        EXPECT_EQ(Events(document->Redo()), std::vector<std::string>{}) << "nothing is left to redo";
+        EXPECT_EQ(document->Revision(), revision);
+    }
+}
+
 // One step of a random script; the same state of `random` gives the same step.
 inline EditResult RandomEdit(Document& document, std::mt19937& random)
 {
@@ -226,6 +296,41 @@ inline EditResult RandomEdit(Document& document, std::mt19937& random)
     case 3: case 4: case 5: return document.RemoveAnnotation(page, position);
     case 6: case 7: case 8: return document.ChangeContents(page, position, contents);
     default: return document.AddAnnotation(page, kSubtypes[below(5)], contents);
+    }
+}
+
+TYPED_TEST_P(DocumentEdit, LeadsBackToEveryStateOfARandomScript)
+{
+    const auto document = TypeParam::Make(SuitePages(), {});
+    std::mt19937 random{5};
+    std::vector<State> states{State{*document}};
+    std::size_t present = 0;
+    std::optional<std::size_t> saved = 0;  // none: an edit has dropped the saved state
+    for (int step = 0; step < 600; ++step) {
+        const std::uint64_t revision = document->Revision();
+        const std::size_t former = present;
+        const auto dice = random() % 20;
+        if (dice < 5 && present > 0) {
+            EXPECT_TRUE(document->Undo().Succeeded());
+            --present;
+        } else if (dice < 9 && present + 1 < states.size()) {
+            EXPECT_TRUE(document->Redo().Succeeded());
+            ++present;
+        } else if (!RandomEdit(*document, random).changes.empty()) {
+            states.resize(++present, states.front());
+            states.emplace_back(*document);
+            saved = saved < present ? saved : std::nullopt;
+        } else if (dice == 9) {
+            const auto reopened = TypeParam::Reopened(*document);
+            ASSERT_EQ(List(*reopened), states[present].listing);
+            saved = document->Modified() ? saved : present;
+        }
+        ASSERT_EQ(List(*document), states[present].listing) << step;
+        ASSERT_TRUE(State{*document} == states[present]) << step;
+        ASSERT_EQ(document->Modified(), saved != present) << step;
+        ASSERT_EQ(document->UndoKind().has_value(), present > 0);
+        ASSERT_EQ(document->RedoKind().has_value(), present + 1 < states.size());
+        ASSERT_EQ(document->Revision(), revision + (present == former ? 0 : 1)) << step;
     }
 }
 
@@ -266,6 +371,9 @@ TYPED_TEST_P(DocumentEdit, MayBeReadWhileItIsEdited)
     std::mt19937 random{11};
     for (int step = 0; step < 400 || rounds < 20; ++step) {
         RandomEdit(*document, random);
+        if (step % 4 == 0) {
+            document->Undo();
+        }
     }
     done = true;
     for (std::thread& reader : readers) {
@@ -275,6 +383,7 @@ TYPED_TEST_P(DocumentEdit, MayBeReadWhileItIsEdited)
 
 REGISTER_TYPED_TEST_SUITE_P(DocumentEdit, ChangesListingAndTellsWhatToFire, KeepsTheLastPage,
                             AddsWithinThePageAndWithoutDates, AnswersForPermissions,
+                            IsTakenBackAndDoneAgain, LeadsBackToEveryStateOfARandomScript,
                             MayBeReadWhileItIsEdited);
 
 }  // namespace DocumentsTest

@@ -1,6 +1,9 @@
 #include "DocumentEditSuite.h"
 #include "PdfBuilder.h"
 
+#include <qpdf/Buffer.hh>
+#include <qpdf/QPDF.hh>
+
 namespace DocumentsTest {
 
 namespace {
@@ -13,6 +16,11 @@ struct QpdfKind {
     }
     static std::shared_ptr<Document> Reopened(Document& document)
     {
+        const bool modified = document.Modified();
+        const BytesResult written = document.WriteBytes();
+        EXPECT_EQ(written.error, "");
+        EXPECT_EQ(List(*OpenPdf(written.bytes)), List(document));
+        EXPECT_EQ(document.Modified(), modified);
         const TemporaryFolder folder;
         EXPECT_EQ(document.Save(folder / "saved.pdf").error, "");
         EXPECT_FALSE(document.Modified());
@@ -94,6 +102,80 @@ TEST(QpdfEdit, LeavesNothingOfTheFormerContents)
     const TemporaryFolder folder;
     EXPECT_EQ(file->Save(folder / "a.pdf").error, "");
     EXPECT_EQ(ReadBytes(folder / "a.pdf").find("FORMER"), std::string::npos);
+}
+
+// An object with all that it refers to; what leads upwards is cut off.
+std::string Deep(QPDFObjectHandle object)
+{
+    std::string text;
+    if (object.isStream()) {
+        const auto data = object.getRawStreamData();
+        return Deep(object.getDict()) +
+               std::string(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
+    }
+    if (object.isDictionary()) {
+        for (const auto& [key, value] : object.getDictAsMap()) {
+            text += key == "/Parent" || key == "/P" ? "" : key + " " + Deep(value) + " ";
+        }
+        return "<<" + text + ">>";
+    }
+    if (object.isArray()) {
+        for (const QPDFObjectHandle& item : object.getArrayAsVector()) {
+            text += Deep(item) + " ";
+        }
+        return "[" + text + "]";
+    }
+    return object.unparseResolved();
+}
+
+// Each page with all that it inherits.
+std::vector<std::string> DeepPages(const std::string& bytes)
+{
+    QPDF file;
+    file.processMemoryFile("file", bytes.data(), bytes.size());
+    file.pushInheritedAttributesToPage();
+    std::vector<std::string> pages;
+    for (const QPDFObjectHandle& page : file.getAllPages()) {
+        pages.push_back(Deep(page));
+    }
+    return pages;
+}
+
+TEST(QpdfEdit, TakenBackLeavesTheFileAsItWas)
+{
+    const std::string bytes = RawPdf({
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R 4 0 R 5 0 R] /Count 4 /MediaBox [0 0 90 90] /Resources << /X_Kept /A >> >>",
+        "<< /Type /Page /Parent 2 0 R /Annots 8 0 R /X_Private (page) >>",
+        "<< /Type /Page /Parent 2 0 R /Annots 8 0 R /Contents 10 0 R >>",
+        "<< /Type /Pages /Parent 2 0 R /Kids [6 0 R 7 0 R] /Count 2 /Rotate 90 /CropBox [0 0 40 50] >>",
+        "<< /Type /Page /Parent 5 0 R /Annots [9 0 R null 9 0 R] >>",
+        "<< /Type /Page /Parent 5 0 R /MediaBox [0 0 7 7] >>",
+        "[9 0 R << /Subtype /FreeText /Contents (direct) /RC (rich) /AP << /N 10 0 R >> /X_Private 1 >>]",
+        "<< /Subtype /Text /Contents (a) /RC (rich) >>",
+        "<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Length 3 >>\nstream\nq Q\nendstream",
+    });
+    const auto original = DeepPages(bytes);
+    const auto file = OpenPdf(bytes);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(file->DeletePage(2).Succeeded()) << "before anyone has read it";
+        EXPECT_TRUE(file->ChangeContents(0, 1, u"b").Succeeded());
+        EXPECT_TRUE(file->RemoveAnnotation(0, 0).Succeeded());
+        EXPECT_TRUE(file->AddAnnotation(2, "FreeText", u"c").Succeeded());
+        EXPECT_TRUE(file->ChangeContents(2, 0, u"d").Succeeded());
+        EXPECT_TRUE(file->InsertPage(1).Succeeded());
+        EXPECT_TRUE(file->MovePage(3, 0).Succeeded());
+        EXPECT_NE(DeepPages(file->WriteBytes().bytes), original);
+        for (int step = 0; step < 7; ++step) {
+            EXPECT_TRUE(file->Undo().Succeeded());
+        }
+        EXPECT_FALSE(file->UndoKind());
+        EXPECT_FALSE(file->Modified());
+        EXPECT_TRUE(file->RemoveAnnotation(2, 0).Succeeded()) << "both of its entries";
+        EXPECT_TRUE(file->Undo().Succeeded());
+        EXPECT_EQ(DeepPages(file->WriteBytes().bytes), original);
+    }
+    EXPECT_EQ(Outline(*file), Outline(*OpenPdf(bytes)));
 }
 
 }  // namespace

@@ -53,8 +53,7 @@ std::vector<Change> ChangesOf(const std::vector<AnnotationRef>& annotations,
 }
 
 // The page's array with the entries at the positions that they then have, in ascending order.
-template <class Entries>
-PageRef PageWith(const PageRef& page, const Entries& entries)
+template <class Entries> PageRef PageWith(const PageRef& page, const Entries& entries)
 {
     const std::vector<AnnotationRef>& former = page.Get()->annotations;
     std::vector<AnnotationRef> annotations;
@@ -68,8 +67,7 @@ PageRef PageWith(const PageRef& page, const Entries& entries)
 }
 
 // The page's array without the entries at these positions, in ascending order.
-template <class Entries>
-PageRef PageWithout(const PageRef& page, const Entries& entries)
+template <class Entries> PageRef PageWithout(const PageRef& page, const Entries& entries)
 {
     const std::vector<AnnotationRef>& former = page.Get()->annotations;
     std::vector<AnnotationRef> annotations;
@@ -300,8 +298,7 @@ AnnotationRef Document::CheckAnnotation(std::uint32_t page, const PageRef& snaps
 // --- History ---
 
 // `prepare` gives the edit that is to be done, or nothing when it would change nothing.
-template <class Prepare>
-EditResult Document::RunEdit(Prepare prepare)
+template <class Prepare> EditResult Document::RunEdit(Prepare prepare)
 {
     const std::lock_guard lock{editMutex_};
     try {
