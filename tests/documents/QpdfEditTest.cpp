@@ -4,6 +4,8 @@
 #include <qpdf/Buffer.hh>
 #include <qpdf/QPDF.hh>
 
+#include <sstream>
+
 namespace DocumentsTest {
 
 namespace {
@@ -47,6 +49,7 @@ TEST(QpdfEdit, FollowsAMemoryDocumentThroughRandomScripts)
             ASSERT_EQ(List(*file), List(*memory)) << seed << ", " << step;
             if (step % 50 == 49) {
                 ASSERT_EQ(List(*QpdfKind::Reopened(*file)), List(*memory)) << seed << ", " << step;
+                ASSERT_EQ(List(*OpenPdf(memory->WriteBytes().bytes)), List(*memory)) << seed << ", " << step;
             }
         }
     }
@@ -152,7 +155,7 @@ TEST(QpdfEdit, TakenBackLeavesTheFileAsItWas)
         "<< /Type /Page /Parent 5 0 R /Annots [9 0 R null 9 0 R] >>",
         "<< /Type /Page /Parent 5 0 R /MediaBox [0 0 7 7] >>",
         "[9 0 R << /Subtype /FreeText /Contents (direct) /RC (rich) /AP << /N 10 0 R >> /X_Private 1 >>]",
-        "<< /Subtype /Text /Contents (a) /RC (rich) >>",
+        "<< /Subtype /FreeText /Contents (a) /RC (rich) /AP << /N 10 0 R >> >>",
         "<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Length 3 >>\nstream\nq Q\nendstream",
     });
     const auto original = DeepPages(bytes);
@@ -160,13 +163,14 @@ TEST(QpdfEdit, TakenBackLeavesTheFileAsItWas)
     for (int round = 0; round < 2; ++round) {
         EXPECT_TRUE(file->DeletePage(2).Succeeded()) << "before anyone has read it";
         EXPECT_TRUE(file->ChangeContents(0, 1, u"b").Succeeded());
+        EXPECT_TRUE(file->ChangeContents(1, 0, u"e").Succeeded());
         EXPECT_TRUE(file->RemoveAnnotation(0, 0).Succeeded());
         EXPECT_TRUE(file->AddAnnotation(2, "FreeText", u"c").Succeeded());
         EXPECT_TRUE(file->ChangeContents(2, 0, u"d").Succeeded());
         EXPECT_TRUE(file->InsertPage(1).Succeeded());
         EXPECT_TRUE(file->MovePage(3, 0).Succeeded());
         EXPECT_NE(DeepPages(file->WriteBytes().bytes), original);
-        for (int step = 0; step < 7; ++step) {
+        for (int step = 0; step < 8; ++step) {
             EXPECT_TRUE(file->Undo().Succeeded());
         }
         EXPECT_FALSE(file->UndoKind());
@@ -176,6 +180,43 @@ TEST(QpdfEdit, TakenBackLeavesTheFileAsItWas)
         EXPECT_EQ(DeepPages(file->WriteBytes().bytes), original);
     }
     EXPECT_EQ(Outline(*file), Outline(*OpenPdf(bytes)));
+}
+
+// Some viewers draw nothing but what an annotation brings along.
+TEST(QpdfEdit, AddsWhatViewersShowBeforeAnySave)
+{
+    const struct {
+        const char* subtype;
+        const char* painting;  // the operators that make marks
+    } rows[] = {
+        {"Highlight", "gs f "}, {"Square", "S "}, {"Circle", "s "}, {"Text", "b S S S S "}, {"Ink", "S "},
+    };
+    const std::shared_ptr<Document> documents[] = {OpenPdf(MakePdf({{}})), MemoryDocument::Make("suite", {{}})};
+    for (const auto& document : documents) {
+        for (const auto& row : rows) {
+            ASSERT_TRUE(document->AddAnnotation(0, row.subtype, u"", _PDRect{50, 40, 10, 20}).Succeeded());
+        }
+        const BytesResult written = document->WriteBytes();
+        QPDF file;
+        file.processMemoryFile("written", written.bytes.data(), written.bytes.size());
+        QPDFObjectHandle page = file.getAllPages().at(0);
+        QPDFObjectHandle array = page.getKey("/Annots");
+        for (int item = 0; item < array.getArrayNItems(); ++item) {
+            SCOPED_TRACE(rows[item].subtype);
+            QPDFObjectHandle annotation = array.getArrayItem(item);
+            QPDFObjectHandle form = annotation.getKey("/AP").getKey("/N");
+            ASSERT_TRUE(form.isFormXObject());
+            EXPECT_EQ(form.getDict().getKey("/BBox").unparse(), "[ 0 0 40 20 ]");
+            EXPECT_EQ(form.getDict().getKey("/Resources").getKey("/ExtGState").getKey("/Multiply").getKey("/BM").getName(), "/Multiply");
+            std::istringstream words{Deep(form)};
+            std::string painting;
+            for (std::string word; words >> word;) {
+                painting += word == "gs" || word == "f" || word == "b" || word == "B" || word == "S" || word == "s" ? word + " " : "";
+            }
+            EXPECT_EQ(painting, rows[item].painting);
+        }
+        EXPECT_EQ(array.getArrayItem(0).getKey("/QuadPoints").unparse(), "[ 10 40 50 40 10 20 50 20 ]");
+    }
 }
 
 }  // namespace

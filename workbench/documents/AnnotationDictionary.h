@@ -8,12 +8,7 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 
-#include <string>
-
 namespace Documents {
-
-// "D:20240501100000+02'00'"; a zone of 0 hours is written as Z.
-std::string EncodeDate(const _PDDateRec& date);
 
 // [left bottom right top], in that order whatever the corners' order was.
 QPDFObjectHandle MakeRectangle(const _PDRect& rect);
@@ -24,8 +19,8 @@ QPDFObjectHandle MakeRectangle(const _PDRect& rect);
 QPDFObjectHandle MakeAnnotationDictionary(const AnnotationProperties& properties);
 
 // Gives the dictionary a normal appearance, drawn after its subtype into its rectangle; `file` gets
-// the new stream. Does nothing for subtypes that viewers draw by themselves (Text, FreeText, Popup,
-// Link, Widget) and without a rectangle.
+// the new stream. Does nothing for subtypes that viewers draw by themselves (FreeText, Popup, Link,
+// Widget) and without a rectangle.
 void AddAppearance(QPDF& file, QPDFObjectHandle dictionary, const AnnotationProperties& properties);
 
 }  // namespace Documents

@@ -160,7 +160,7 @@ public:
     SaveResult Save(const std::filesystem::path& path);
 
     // The document as it stands, as the PDF file that Save would write: encrypted when the file
-    // was. Counts as no save.
+    // was. Counts as no save. Of a document in memory too: blank pages with their annotations.
     BytesResult WriteBytes();
 
     // What was amiss with the file so far, one line each: repairs on opening, and damage met while
@@ -213,11 +213,13 @@ protected:
     virtual void WriteFile(const std::filesystem::path& path) = 0;
     virtual std::string FileBytes() = 0;
 
+    // The page's present state; empty when nobody has asked for it yet, and beyond the page count.
+    PageRef KnownPage(std::uint32_t page) const;
+
     // Held while a page is read and during edits and saving.
     mutable std::mutex editMutex_;
 
 private:
-    PageRef KnownPage(std::uint32_t page) const;
     PageRef PageUnderEditLock(std::uint32_t page);
     _PDRect PageBoxUnderEditLock(std::uint32_t page);
     void Publish(std::uint32_t page, PageRef snapshot);

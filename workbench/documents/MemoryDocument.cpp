@@ -1,5 +1,7 @@
 #include "documents/MemoryDocument.h"
 
+#include "documents/AnnotationSyntax.h"
+#include "documents/PlainFile.h"
 #include "documents/Records.h"
 
 #include <stdexcept>
@@ -32,6 +34,46 @@ public:
 private:
     const bool listAll_;
     std::unordered_map<const MemoryAnnotation*, AnnotationRef> records_;
+};
+
+// Writes each annotation once, with the pop-up that belongs to it, on however many pages it stands.
+class AnnotationWriter {
+public:
+    explicit AnnotationWriter(PlainFile& file) : file_{file} {}
+
+    // What an array of annotations has for it; "null" for null.
+    std::string Write(const _PDAnnotRec* annotation)
+    {
+        if (annotation == nullptr) {
+            return "null";
+        }
+        const auto [known, fresh] = written_.try_emplace(annotation, 0);
+        if (fresh) {
+            known->second = file_.Reserve();
+            WriteObject(*annotation, known->second);
+        }
+        return PlainFile::Reference(written_.at(annotation));
+    }
+
+private:
+    void WriteObject(const _PDAnnotRec& annotation, PlainFile::Number object)
+    {
+        const PropertyBlockRef block = annotation.properties.Load();
+        std::string entries = AnnotationEntries(block->properties);
+        const Appearance appearance = DrawAppearance(block->properties);
+        if (!appearance.operators.empty()) {
+            const PlainFile::Number form = file_.Reserve();
+            file_.WriteStream(form, appearance.entries, appearance.operators);
+            entries += " /AP << /N " + PlainFile::Reference(form) + " >>";
+        }
+        if (annotation.popup) {
+            entries += " /Popup " + Write(annotation.popup.Get());
+        }
+        file_.Write(object, "<< " + entries + " >>");
+    }
+
+    PlainFile& file_;
+    std::unordered_map<const _PDAnnotRec*, PlainFile::Number> written_;
 };
 
 }  // namespace
@@ -80,7 +122,26 @@ void MemoryDocument::WriteFile(const std::filesystem::path& /*path*/)
 
 std::string MemoryDocument::FileBytes()
 {
-    throw std::runtime_error("a document in memory has no file");
+    PlainFile file;
+    const PlainFile::Number catalogue = file.Reserve();
+    const PlainFile::Number tree = file.Reserve();
+    file.Write(catalogue, "<< /Type /Catalog /Pages " + PlainFile::Reference(tree) + " >>");
+    AnnotationWriter annotations{file};
+    std::string kids;
+    for (std::uint32_t page = 0; page < PageCount(); ++page) {
+        const PlainFile::Number object = file.Reserve();
+        kids += PlainFile::Reference(object) + ' ';
+        std::string array;
+        for (const AnnotationRef& annotation : KnownPage(page).Get()->annotations) {
+            array += annotations.Write(annotation.Get()) + ' ';
+        }
+        file.Write(object, "<< /Type /Page /Parent " + PlainFile::Reference(tree) + " /MediaBox " +
+                               RectangleSyntax(PageBox(page).value_or(MemoryPage{}.box)) +
+                               " /Resources << >> /Annots [" + array + "] >>");
+    }
+    file.Write(tree, "<< /Type /Pages /Count " + std::to_string(PageCount()) + " /Kids [" + kids +
+                         "] >>");
+    return file.Finish();
 }
 
 }  // namespace Documents

@@ -60,8 +60,9 @@ private:
     PreparedEdit PreparePageInserted(std::uint32_t, const _PDRect&) override { return {}; }
     PreparedEdit PreparePageDeleted(std::uint32_t) override { return {}; }
     PreparedEdit PreparePageMoved(std::uint32_t, std::uint32_t) override { return {}; }
-    // Fails: there is no file format for it.
+    // Fails: a document in memory is for looking at, not for keeping.
     void WriteFile(const std::filesystem::path& path) override;
+    // Blank pages with their annotations.
     std::string FileBytes() override;
 };
 

@@ -1,0 +1,376 @@
+#include "documents/AnnotationSyntax.h"
+
+#include "documents/PdfText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <initializer_list>
+
+namespace Documents {
+
+namespace {
+
+constexpr double kBorderWidth = 1.5;
+
+struct Point {
+    double x;
+    double y;
+};
+
+// A rectangle with its corners in order, and points in it by shares of its sides.
+struct Frame {
+    explicit Frame(const _PDRect& rect)
+        : left{std::min(rect.left, rect.right)},
+          bottom{std::min(rect.bottom, rect.top)},
+          width{std::max(rect.left, rect.right) - left},
+          height{std::max(rect.bottom, rect.top) - bottom}
+    {
+    }
+
+    Point At(double x, double y) const { return {left + x * width, bottom + y * height}; }
+
+    // Narrower by the margin on each side, but never to less than half.
+    Frame Inside(double margin) const
+    {
+        const double x = std::min(margin, width / 4);
+        const double y = std::min(margin, height / 4);
+        return Frame{{left + x, bottom + y, left + width - x, bottom + height - y}};
+    }
+
+    // The biggest square in the top left corner whose sides are no longer than this.
+    Frame SquareAtTop(double longest) const
+    {
+        const double side = std::min({longest, width, height});
+        return Frame{{left, bottom + height - side, left + side, bottom + height}};
+    }
+
+    double left;
+    double bottom;
+    double width;
+    double height;
+};
+
+// Up to four digits behind the point; PDF knows neither exponents nor infinity.
+std::string Number(double value)
+{
+    constexpr double kMost = 1e9;
+    std::array<char, 32> digits{};
+    const double written = std::isfinite(value) ? std::clamp(value, -kMost, kMost) : 0;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), written,
+                                   std::chars_format::fixed, 4)
+                         .ptr;
+    std::string text{digits.data(), end};
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') {
+        text.pop_back();
+    }
+    return text == "-0" ? "0" : text;
+}
+
+std::string Numbers(std::initializer_list<Point> points)
+{
+    std::string text = "[";
+    for (const Point& point : points) {
+        text += Number(point.x) + ' ' + Number(point.y) + ' ';
+    }
+    text.back() = ']';
+    return text;
+}
+
+std::string Name(std::string_view name)
+{
+    std::string text = "/";
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte > 0x20 && byte < 0x7F &&
+            std::string_view{"#()<>[]{}/%"}.find(c) == std::string::npos) {
+            text += c;
+        } else {
+            std::array<char, 4> code{};
+            std::snprintf(code.data(), code.size(), "#%02x", unsigned{byte});
+            text += code.data();
+        }
+    }
+    return text;
+}
+
+std::string String(std::string_view bytes)
+{
+    std::string text = "(";
+    for (const char c : bytes) {
+        if (c == '(' || c == ')' || c == '\\') {
+            text += '\\';
+        }
+        text += c == '\r' ? "\\r" : std::string(1, c);
+    }
+    return text + ')';
+}
+
+// What the standard demands of a subtype beyond the common entries (ISO 32000-1, 12.5.6).
+std::string SubtypeEntries(std::string_view subtype, const Frame& frame)
+{
+    const Point bottomLeft = frame.At(0, 0);
+    const Point topRight = frame.At(1, 1);
+    if (subtype == "Line") {
+        return "/L " + Numbers({bottomLeft, topRight});
+    }
+    if (subtype == "Highlight" || subtype == "Underline" || subtype == "Squiggly" ||
+        subtype == "StrikeOut") {
+        return "/QuadPoints " + Numbers({frame.At(0, 1), topRight, bottomLeft, frame.At(1, 0)});
+    }
+    if (subtype == "Square" || subtype == "Circle") {
+        return "/BS << /W " + Number(kBorderWidth) + " >>";
+    }
+    if (subtype == "Ink") {
+        return "/InkList [" +
+               Numbers(
+                   {frame.At(0, 0.5), frame.At(0.3, 0.9), frame.At(0.6, 0.1), frame.At(1, 0.5)}) +
+               "]";
+    }
+    if (subtype == "Polygon" || subtype == "PolyLine") {
+        return "/Vertices " +
+               Numbers({bottomLeft, frame.At(0.2, 1), frame.At(0.8, 0.9), frame.At(1, 0)});
+    }
+    if (subtype == "FreeText") {
+        return "/DA (0 0 0.6 rg /Helv 11 Tf)";
+    }
+    return subtype == "Text" ? "/Name /Note" : subtype == "Stamp" ? "/Name /Draft" : "";
+}
+
+// Content-stream operators, with points given by shares of a frame.
+class Drawing {
+public:
+    explicit Drawing(const Frame& frame) : frame_{frame} {}
+
+    const Frame& Within() const { return frame_; }
+
+    Drawing& Raw(std::string_view operators)
+    {
+        operators_.append(operators).append("\n");
+        return *this;
+    }
+    Drawing& MoveTo(double x, double y) { return Operate({{x, y}}, "m"); }
+    Drawing& LineTo(double x, double y) { return Operate({{x, y}}, "l"); }
+    Drawing& CurveTo(Point first, Point second, Point end)
+    {
+        return Operate({first, second, end}, "c");
+    }
+    Drawing& Box(double x, double y, double width, double height)
+    {
+        return MoveTo(x, y)
+            .LineTo(x + width, y)
+            .LineTo(x + width, y + height)
+            .LineTo(x, y + height)
+            .Raw("h");
+    }
+    const std::string& Operators() const { return operators_; }
+
+private:
+    Drawing& Operate(std::initializer_list<Point> points, std::string_view name)
+    {
+        for (const Point& point : points) {
+            const Point place = frame_.At(point.x, point.y);
+            operators_ += Number(place.x) + ' ' + Number(place.y) + ' ';
+        }
+        return Raw(name);
+    }
+
+    const Frame frame_;
+    std::string operators_;
+};
+
+void DrawOval(Drawing& drawing)
+{
+    constexpr double kNear = 0.5 - 0.5 * 0.5523;
+    constexpr double kFar = 1 - kNear;
+    drawing.MoveTo(1, 0.5)
+        .CurveTo({1, kFar}, {kFar, 1}, {0.5, 1})
+        .CurveTo({kNear, 1}, {0, kFar}, {0, 0.5})
+        .CurveTo({0, kNear}, {kNear, 0}, {0.5, 0})
+        .CurveTo({kFar, 0}, {1, kNear}, {1, 0.5});
+}
+
+void DrawSquiggle(Drawing& drawing)
+{
+    constexpr int kWaves = 16;
+    drawing.MoveTo(0, 0.05);
+    for (int wave = 1; wave <= kWaves; ++wave) {
+        drawing.LineTo(static_cast<double>(wave) / kWaves, wave % 2 == 0 ? 0.05 : 0.2);
+    }
+}
+
+// A sheet with lines of writing and one corner folded over.
+void DrawNote(Drawing& drawing)
+{
+    drawing.Raw("0.35 0.3 0.05 RG 0.8 w 1 j")
+        .MoveTo(0.1, 0.95)
+        .LineTo(0.9, 0.95)
+        .LineTo(0.9, 0.3)
+        .LineTo(0.65, 0.05)
+        .LineTo(0.1, 0.05)
+        .Raw("b")
+        .MoveTo(0.9, 0.3)
+        .LineTo(0.65, 0.3)
+        .LineTo(0.65, 0.05)
+        .Raw("S");
+    for (const double line : {0.75, 0.6, 0.45}) {
+        drawing.MoveTo(0.25, line).LineTo(0.75, line).Raw("S");
+    }
+}
+
+struct Shape {
+    std::string_view subtype;
+    std::string_view colour;
+    void (*draw)(Drawing& drawing);
+    double margin = 0;  // for lines that would reach beyond the rectangle
+};
+
+// Each drawing begins with the colour set for lines and for areas, and lines 1.5 units wide.
+constexpr Shape kShapes[] = {
+    {"Highlight", "1 0.9 0.2", [](Drawing& d) { d.Raw("/Multiply gs").Box(0, 0, 1, 1).Raw("f"); }},
+    {"Underline", "0.1 0.6 0.2",
+     [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.08).LineTo(1, 0.08).Raw("S"); }},
+    {"StrikeOut", "0.8 0.1 0.1",
+     [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.5).LineTo(1, 0.5).Raw("S"); }},
+    {"Squiggly", "0.8 0.4 0",
+     [](Drawing& d) {
+         d.Raw("0.8 w");
+         DrawSquiggle(d);
+         d.Raw("S");
+     }},
+    {"Square", "0.8 0.1 0.1", [](Drawing& d) { d.Box(0, 0, 1, 1).Raw("S"); }, kBorderWidth / 2},
+    {"Circle", "0.1 0.3 0.8",
+     [](Drawing& d) {
+         DrawOval(d);
+         d.Raw("s");
+     },
+     kBorderWidth / 2},
+    {"Line", "0.1 0.3 0.8", [](Drawing& d) { d.MoveTo(0, 0).LineTo(1, 1).Raw("S"); }},
+    {"Polygon", "0.4 0.1 0.6",
+     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("s"); }},
+    {"PolyLine", "0.4 0.1 0.6",
+     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("S"); }},
+    {"Ink", "0.1 0.1 0.1",
+     [](Drawing& d) {
+         d.Raw("2 w 1 J").MoveTo(0, 0.5).CurveTo({0.3, 0.9}, {0.6, 0.1}, {1, 0.5}).Raw("S");
+     }},
+    {"Caret", "0.1 0.3 0.8",
+     [](Drawing& d) {
+         d.MoveTo(0, 0)
+             .CurveTo({0.4, 0}, {0.5, 0.6}, {0.5, 1})
+             .CurveTo({0.5, 0.6}, {0.6, 0}, {1, 0})
+             .Raw("f");
+     }},
+    {"Stamp", "0.8 0.1 0.1",
+     [](Drawing& d) {
+         d.Raw("3 w").Box(0.03, 0.06, 0.94, 0.88).Raw("S");
+         d.MoveTo(0.12, 0.5).LineTo(0.88, 0.5).Raw("S");
+     }},
+    {"Redact", "0.8 0 0",
+     [](Drawing& d) {
+         d.Raw("1 g 1 w").Box(0, 0, 1, 1).Raw("B").MoveTo(0, 0).LineTo(1, 1).Raw("S");
+     }},
+    {"FileAttachment", "0.9 0.9 0.6",
+     [](Drawing& d) {
+         d.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");
+         d.MoveTo(0.3, 0.3).LineTo(0.7, 0.5).LineTo(0.3, 0.7).Raw("s");
+     }},
+    {"Sound", "0.9 0.9 0.6",
+     [](Drawing& d) {
+         d.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");
+         d.MoveTo(0.3, 0.3).LineTo(0.7, 0.5).LineTo(0.3, 0.7).Raw("s");
+     }},
+    {"Text", "1 0.8 0.1",
+     [](Drawing& d) {
+         Drawing note{d.Within().SquareAtTop(20)};
+         DrawNote(note);
+         d.Raw(note.Operators());
+     }},
+};
+
+const Shape* ShapeOf(std::string_view subtype)
+{
+    const auto* const shape =
+        std::find_if(std::begin(kShapes), std::end(kShapes),
+                     [&](const Shape& candidate) { return candidate.subtype == subtype; });
+    return shape == std::end(kShapes) ? nullptr : shape;
+}
+
+std::string ColourOf(std::string_view subtype)
+{
+    const Shape* const shape = ShapeOf(subtype);
+    return std::string{shape == nullptr ? "1 0.8 0.1" : shape->colour};
+}
+
+}  // namespace
+
+std::string EncodeDate(const _PDDateRec& date)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "D:%04u%02u%02u%02u%02u%02u", unsigned{date.year},
+                  unsigned{date.month}, unsigned{date.day}, unsigned{date.hour},
+                  unsigned{date.minute}, unsigned{date.second});
+    std::string encoded = text.data();
+    if (date.utcOffsetHours == 0) {
+        return encoded + 'Z';
+    }
+    std::snprintf(text.data(), text.size(), "%+03d'00'", int{date.utcOffsetHours});
+    return encoded + text.data();
+}
+
+std::string RectangleSyntax(const _PDRect& rect)
+{
+    const Frame frame{rect};
+    return Numbers({frame.At(0, 0), frame.At(1, 1)});
+}
+
+std::string AnnotationEntries(const AnnotationProperties& properties)
+{
+    std::string entries = "/Type /Annot";
+    const auto add = [&](bool present, const char* key, const auto& value) {
+        if (present) {
+            entries.append(" ").append(key).append(" ").append(value());
+        }
+    };
+    const auto addText = [&](const char* key, const std::u16string& text) {
+        add(!text.empty(), key, [&] { return String(EncodeTextString(text)); });
+    };
+    const auto addDate = [&](const char* key, const _PDDateRec& date) {
+        add(date.year != 0, key, [&] { return String(EncodeDate(date)); });
+    };
+    add(!properties.subtype.empty(), "/Subtype", [&] { return Name(properties.subtype); });
+    addText("/Contents", properties.contents);
+    addText("/T", properties.title);
+    addText("/Subj", properties.subject);
+    addDate("/CreationDate", properties.created);
+    addDate("/M", properties.modified);
+    add(properties.flags != 0, "/F", [&] { return std::to_string(properties.flags); });
+    if (properties.rect) {
+        entries += " /Rect " + RectangleSyntax(*properties.rect) + " /C [" +
+                   ColourOf(properties.subtype) + "] " +
+                   SubtypeEntries(properties.subtype, Frame{*properties.rect});
+    }
+    return entries;
+}
+
+Appearance DrawAppearance(const AnnotationProperties& properties)
+{
+    const Shape* const shape = ShapeOf(properties.subtype);
+    if (shape == nullptr || !properties.rect) {
+        return {};
+    }
+    const Frame place{*properties.rect};
+    const _PDRect box{0, 0, place.width, place.height};
+    Drawing drawing{Frame{box}.Inside(shape->margin)};
+    const std::string colour{shape->colour};
+    drawing.Raw(colour + " RG " + colour + " rg " + Number(kBorderWidth) + " w");
+    shape->draw(drawing);
+    return {"/Type /XObject /Subtype /Form /BBox " + RectangleSyntax(box) +
+                " /Resources << /ExtGState << /Multiply << /Type /ExtGState /BM /Multiply >> >> >>",
+            drawing.Operators()};
+}
+
+}  // namespace Documents

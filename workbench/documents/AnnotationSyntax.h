@@ -1,0 +1,33 @@
+// Annotations in PDF syntax, made from plain properties: the entries of their dictionaries, and the
+// drawings that viewers show. For whoever writes files. Pure functions. [any-thread]
+#pragma once
+
+#include "documents/AnnotationProperties.h"
+
+#include <string>
+#include <string_view>
+
+namespace Documents {
+
+// "D:20240501100000+02'00'"; a zone of 0 hours is written as Z.
+std::string EncodeDate(const _PDDateRec& date);
+
+// "[left bottom right top]", in that order whatever the corners' order was.
+std::string RectangleSyntax(const _PDRect& rect);
+
+// The dictionary's entries, without the brackets around them: everything that the properties give,
+// and what the standard demands of the subtype (line ends, quad points, strokes) laid into the
+// rectangle. Without appearance.
+std::string AnnotationEntries(const AnnotationProperties& properties);
+
+// A form that shows the annotation.
+struct Appearance {
+    std::string entries;    // of the stream's dictionary, but for its length
+    std::string operators;  // empty: viewers draw this one by themselves
+};
+
+// The normal appearance, drawn after the subtype into the rectangle. None for FreeText, Popup,
+// Link, Widget and subtypes that the standard does not know, nor without a rectangle.
+Appearance DrawAppearance(const AnnotationProperties& properties);
+
+}  // namespace Documents
