@@ -248,11 +248,14 @@ constexpr Shape kShapes[] = {
          d.Raw("s");
      },
      kBorderWidth / 2},
-    {"Line", "0.1 0.3 0.8", [](Drawing& d) { d.MoveTo(0, 0).LineTo(1, 1).Raw("S"); }},
+    {"Line", "0.1 0.3 0.8", [](Drawing& d) { d.MoveTo(0, 0).LineTo(1, 1).Raw("S"); },
+     kBorderWidth / 2},
     {"Polygon", "0.4 0.1 0.6",
-     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("s"); }},
+     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("s"); },
+     kBorderWidth / 2},
     {"PolyLine", "0.4 0.1 0.6",
-     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("S"); }},
+     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("S"); },
+     kBorderWidth / 2},
     {"Ink", "0.1 0.1 0.1",
      [](Drawing& d) {
          d.Raw("2 w 1 J").MoveTo(0, 0.5).CurveTo({0.3, 0.9}, {0.6, 0.1}, {1, 0.5}).Raw("S");
@@ -272,7 +275,8 @@ constexpr Shape kShapes[] = {
     {"Redact", "0.8 0 0",
      [](Drawing& d) {
          d.Raw("1 g 1 w").Box(0, 0, 1, 1).Raw("B").MoveTo(0, 0).LineTo(1, 1).Raw("S");
-     }},
+     },
+     0.5},
     {"FileAttachment", "0.9 0.9 0.6",
      [](Drawing& d) {
          d.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");

@@ -1,8 +1,7 @@
 #include "documents/PlainFile.h"
 
-#include <array>
-#include <cinttypes>
-#include <cstdio>
+#include <algorithm>
+#include <cstddef>
 
 namespace Documents {
 
@@ -36,13 +35,14 @@ void PlainFile::WriteStream(Number object, std::string_view entries, std::string
 
 std::string PlainFile::Finish()
 {
+    constexpr std::size_t kDigits = 10;
     const std::uint64_t table = bytes_.size();
     const std::string size = std::to_string(offsets_.size() + 1);
     bytes_ += "xref\n0 " + size + "\n0000000000 65535 f \n";
     for (const std::uint64_t offset : offsets_) {
-        std::array<char, 32> line{};
-        std::snprintf(line.data(), line.size(), "%010" PRIu64 " 00000 n \n", offset);
-        bytes_ += line.data();
+        const std::string digits = std::to_string(offset);
+        bytes_.append(kDigits - std::min(kDigits, digits.size()), '0').append(digits);
+        bytes_ += " 00000 n \n";
     }
     bytes_ += "trailer\n<< /Size " + size + " /Root 1 0 R >>\nstartxref\n" + std::to_string(table) +
               "\n%%EOF\n";
