@@ -20,10 +20,7 @@ std::string ListHtml(Documents::PopulationSize size)
     const auto document = Workbench::BLDocumentObject::Make(
         std::make_shared<Workbench::HostState>(), MakePopulationDocument(size));
     CommentsContainerHandler::Rendering rendering(document->AsInterface());
-    std::string html;
-    CommentsContainerHandler::RenderResults(
-        rendering, [&html](std::wstring&& page) { AppendUtf8(html, page); });
-    return html;
+    return ToUtf8(CommentsContainerHandler::RenderResults(rendering));
 }
 
 // A page with one container that shows a list whose middle item is current.
