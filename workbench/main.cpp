@@ -4,5 +4,5 @@
 
 int main(int argumentCount, char** arguments)
 {
-    return Workbench::RunProgram(argumentCount, arguments, std::cout, std::cerr);
+    return Workbench::RunProgram(argumentCount, arguments, std::cin, std::cout, std::cerr);
 }

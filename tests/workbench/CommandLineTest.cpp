@@ -21,10 +21,11 @@ struct ProgramResult {
 ProgramResult RunWith(std::vector<const char*> arguments)
 {
     arguments.insert(arguments.begin(), "workbench");
+    std::istringstream input;
     std::ostringstream output;
     std::ostringstream errors;
     const int status = Workbench::RunProgram(static_cast<int>(arguments.size()), arguments.data(),
-                                             output, errors);
+                                             input, output, errors);
     return {status, output.str(), errors.str()};
 }
 

@@ -1,10 +1,12 @@
 #include "driver/CommandLine.h"
 
 #include "driver/PanelReport.h"
+#include "driver/Script.h"
 #include "driver/Session.h"
 
 #include <CLI/CLI.hpp>
 
+#include <fstream>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,11 +15,17 @@ namespace Workbench {
 
 namespace {
 
+constexpr const char* kFile = "FILE";
+constexpr const char* kMemory = "--memory";
+constexpr const char* kInput = "-";
+
 struct ProgramOptions {
     bool json = false;
     bool text = false;
+    std::string script;  // a file, "-" for the input; empty: none
     std::vector<std::string> files;
     std::vector<std::string> memoryDocuments;
+    std::vector<bool> isFile;  // for files and documents in memory as they were named
     std::string module;
     std::string locales;
     std::uint32_t waitSeconds = 300;
@@ -28,9 +36,13 @@ void Declare(CLI::App& app, ProgramOptions& options)
 {
     CLI::Option* const json =
         app.add_flag("--json", options.json, "Print what the panel shows as JSON");
-    app.add_flag("--text", options.text, "Print what the panel shows as text")->excludes(json);
-    app.add_option("FILE", options.files, "PDF files, each opened in a view of its own");
-    app.add_option("--memory", options.memoryDocuments,
+    CLI::Option* const text =
+        app.add_flag("--text", options.text, "Print what the panel shows as text")->excludes(json);
+    app.add_option("--script", options.script, "Carry out the steps in a file; - reads the input")
+        ->excludes(json)
+        ->excludes(text);
+    app.add_option(kFile, options.files, "PDF files, each opened in a view of its own");
+    app.add_option(kMemory, options.memoryDocuments,
                    "Open a generated document instead: COMMENTS:PAGES[:SEED]")
         ->allow_extra_args(false);
     app.add_flag("--list-all", options.session.listAll,
@@ -43,47 +55,64 @@ void Declare(CLI::App& app, ProgramOptions& options)
     app.add_option("--wait", options.waitSeconds, "Seconds after which a busy panel is given up");
 }
 
-std::string OneLine(std::string text)
+std::vector<NamedDocument> ReadDocuments(const ProgramOptions& options, const Session& session)
 {
-    for (char& c : text) {
-        c = c == '\n' || c == '\r' ? ' ' : c;
+    std::vector<NamedDocument> documents;
+    auto file = options.files.begin();
+    auto description = options.memoryDocuments.begin();
+    for (const bool isFile : options.isFile) {
+        documents.push_back(isFile ? session.ReadFile(*file++)
+                                   : session.MakeMemoryDocument(*description++));
     }
-    return text;
+    return documents;
+}
+
+void PrintWarnings(Session& session, std::ostream& errors)
+{
+    for (const std::string& warning : session.TakeWarnings()) {
+        errors << "warning: " << OneLine(warning) << "\n";
+    }
 }
 
 std::string Listing(const ProgramOptions& options, std::ostream& errors)
 {
     Session session(options.session);
-    std::vector<NamedDocument> documents;
-    for (const std::string& file : options.files) {
-        documents.push_back(session.ReadFile(file));
-    }
-    for (const std::string& description : options.memoryDocuments) {
-        documents.push_back(session.MakeMemoryDocument(description));
-    }
-    session.Start(documents);
+    session.Start(ReadDocuments(options, session));
 
     std::string listing;
     if (options.json) {
         listing = ToLine(session.Report()) + "\n";
     } else {
-        const std::vector<PanelView> views = session.ReadViews();
-        for (std::size_t i = 0; i < views.size(); ++i) {
-            listing += ToText(views[i], session.NameOf(i));
+        for (const std::size_t number : session.OpenViews()) {
+            listing += ToText(session.ReadView(number), session.NameOf(number));
         }
     }
-    for (const std::string& warning : session.Warnings()) {
-        errors << "warning: " << OneLine(warning) << "\n";
-    }
-    documents.clear();
+    PrintWarnings(session, errors);
     session.Finish();
     return listing;
 }
 
+void CarryOut(const ProgramOptions& options, std::istream& input, std::ostream& output,
+              std::ostream& errors)
+{
+    std::ifstream file;
+    if (options.script != kInput) {
+        file.open(options.script);
+        if (!file) {
+            throw std::runtime_error(options.script + " cannot be read");
+        }
+    }
+    Session session(options.session);
+    session.Start(ReadDocuments(options, session));
+    PrintWarnings(session, errors);
+    RunScript(session, options.script == kInput ? input : file, output, errors);
+    session.Finish();
+}
+
 }  // namespace
 
-int RunProgram(int argumentCount, const char* const* arguments, std::ostream& output,
-               std::ostream& errors)
+int RunProgram(int argumentCount, const char* const* arguments, std::istream& input,
+               std::ostream& output, std::ostream& errors)
 {
     ProgramOptions options;
     CLI::App app("Shows the comments panel of PDF files.", "workbench");
@@ -96,8 +125,13 @@ int RunProgram(int argumentCount, const char* const* arguments, std::ostream& ou
         errors << "workbench: " << OneLine(error.what()) << " (see --help)\n";
         return kExitFailed;
     }
-    if (!options.json && !options.text) {
-        errors << "workbench: there is no browser workbench yet; use --json or --text\n";
+    for (const CLI::Option* option : app.parse_order()) {
+        if (option->get_name() == kFile || option->get_name() == kMemory) {
+            options.isFile.push_back(option->get_name() == kFile);
+        }
+    }
+    if (!options.json && !options.text && options.script.empty()) {
+        errors << "workbench: there is no browser workbench yet; use --json, --text or --script\n";
         return kExitFailed;
     }
     if (options.files.empty() && options.memoryDocuments.empty()) {
@@ -112,8 +146,15 @@ int RunProgram(int argumentCount, const char* const* arguments, std::ostream& ou
     }
     options.session.waitLimit = std::chrono::seconds(options.waitSeconds);
     try {
-        output << Listing(options, errors) << std::flush;
+        if (options.script.empty()) {
+            output << Listing(options, errors) << std::flush;
+        } else {
+            CarryOut(options, input, output, errors);
+        }
         return kExitDone;
+    } catch (const StepError& error) {
+        errors << "workbench: " << OneLine(error.what()) << "\n";
+        return kExitBadStep;
     } catch (const OpenError& error) {
         errors << "workbench: " << OneLine(error.what()) << "\n";
         return kExitNoDocument;

@@ -199,6 +199,11 @@ ElementHandle FindVisibleContainer(const Document& page)
     return kNoElement;
 }
 
+bool IsLoading(const Document& page, ElementHandle container)
+{
+    return IsVisible(page, First(page, container, "div.picture[preloader]"));
+}
+
 std::optional<PanelView> ReadPanelView(const Document& page, const std::string& key)
 {
     const ElementHandle container = FindContainer(page, key);
@@ -208,7 +213,7 @@ std::optional<PanelView> ReadPanelView(const Document& page, const std::string& 
     PanelView view;
     view.key = AttributeOf(page, container, "doc-view-addr");
     view.visible = IsVisible(page, container);
-    view.loading = IsVisible(page, First(page, container, "div.picture[preloader]"));
+    view.loading = IsLoading(page, container);
     if (const ElementHandle message = First(page, container, "#NoItemsMessage");
         message != kNoElement) {
         view.noItems = page.TextContent(message);

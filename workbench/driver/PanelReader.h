@@ -60,6 +60,9 @@ HtmlEngine::ElementHandle FindContainer(const HtmlEngine::Document& page, const 
 // The container that is shown; kNoElement when none is.
 HtmlEngine::ElementHandle FindVisibleContainer(const HtmlEngine::Document& page);
 
+// Whether the container shows its preloader in place of a list.
+bool IsLoading(const HtmlEngine::Document& page, HtmlEngine::ElementHandle container);
+
 // What the container with that key holds; nothing when the panel has none.
 std::optional<PanelView> ReadPanelView(const HtmlEngine::Document& page, const std::string& key);
 

@@ -105,6 +105,18 @@ Json ToJson(const PanelView& view, const std::string& file)
             {"pages", std::move(pages)}};
 }
 
+Json ToJson(const BLDocumentViewObject& view)
+{
+    const auto request = view.LastTarget();
+    const auto orNull = [&](Json value) { return request ? std::move(value) : Json(nullptr); };
+    const BLGoToRequest shown = request.value_or(BLGoToRequest{});
+    const _PDRect& target = shown.target;
+    return {{"page", orNull(shown.pageIndex)},
+            {"target", orNull({target.left, target.bottom, target.right, target.top})},
+            {"mode", orNull(shown.mode)},
+            {"focused", OrNull(view.FocusedPlace())}};
+}
+
 std::string ToLine(const Json& json)
 {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);

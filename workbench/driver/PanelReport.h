@@ -2,6 +2,7 @@
 #pragma once
 
 #include "driver/PanelReader.h"
+#include "services/BLDocumentViewObject.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,6 +13,10 @@ namespace Workbench {
 // One view with its file as the user named it:
 // {"file", "key", "visible", "loading", "noItems", "buttons", "pages"}.
 nlohmann::ordered_json ToJson(const PanelView& view, const std::string& file);
+
+// Where a view was sent last and what is focused in it:
+// {"page", "target": [left, bottom, right, top], "mode", "focused": "2_1"}, each may be null.
+nlohmann::ordered_json ToJson(const BLDocumentViewObject& view);
 
 // The document in one line of UTF-8. File names that are no UTF-8 come with replacement characters.
 std::string ToLine(const nlohmann::ordered_json& json);

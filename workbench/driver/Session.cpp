@@ -1,6 +1,7 @@
 #include "driver/Session.h"
 
 #include "documents/Population.h"
+#include "driver/ConsistencyCheck.h"
 #include "driver/PanelReport.h"
 
 #if defined(WORKBENCH_READS_PDF)
@@ -8,6 +9,7 @@
 #endif
 
 #include <charconv>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -56,6 +58,13 @@ NamedDocument Session::ReadFile(const std::string& file) const
 #endif
 }
 
+NamedDocument Session::Read(const std::string& name) const
+{
+    constexpr std::string_view kMemory = "memory:";
+    return name.starts_with(kMemory) ? MakeMemoryDocument(name.substr(kMemory.size()))
+                                     : ReadFile(name);
+}
+
 NamedDocument Session::MakeMemoryDocument(const std::string& description) const
 {
     const std::vector<std::uint32_t> numbers = NumbersIn(description);
@@ -82,58 +91,115 @@ void Session::Start(const std::vector<NamedDocument>& documents)
 
 void Session::Open(const NamedDocument& document)
 {
-    views_.push_back({document.name, document.content, host_.OpenView(document.content)});
+    views_.push_back({document.name, document.content, host_.OpenView(document.content), 0});
+}
+
+std::vector<std::string> Session::TakeFailures()
+{
+    std::vector<std::string> texts;
+    for (const Failure& failure : host_.State().failures.Take()) {
+        texts.push_back(Describe(failure));
+    }
+    return texts;
 }
 
 void Session::ThrowFailures()
 {
-    const std::vector<Failure> failures = host_.State().failures.Take();
+    const std::vector<std::string> failures = TakeFailures();
     if (!failures.empty()) {
-        throw std::runtime_error("the panel failed: " + Describe(failures.front()));
+        throw std::runtime_error("the panel failed: " + failures.front());
     }
 }
 
-void Session::Settle()
+void Session::AwaitIdle()
 {
     if (!host_.RunUntilIdle(options_.waitLimit)) {
         throw std::runtime_error("the panel is still busy after " +
                                  std::to_string(options_.waitLimit.count()) + " seconds (" +
                                  std::to_string(host_.LoadingCount()) + " lists are loading)");
     }
+}
+
+void Session::Settle()
+{
+    AwaitIdle();
     ThrowFailures();
 }
 
-std::vector<PanelView> Session::ReadViews() const
+std::vector<std::size_t> Session::OpenViews() const
 {
-    std::vector<PanelView> result;
-    for (const OpenedView& opened : views_) {
-        auto view = ReadPanelView(*host_.Panel().Page(),
-                                  ContainerKey(opened.view->View().AsInterface()));
-        if (!view) {
-            throw std::runtime_error(opened.name + ": the panel has no container for its view");
+    std::vector<std::size_t> numbers;
+    for (std::size_t number = 0; number < views_.size(); ++number) {
+        if (views_[number].view) {
+            numbers.push_back(number);
         }
-        result.push_back(std::move(*view));
     }
-    return result;
+    return numbers;
+}
+
+Host::ViewPtr Session::View(std::size_t number) const
+{
+    return number < views_.size() ? views_[number].view : nullptr;
+}
+
+void Session::Close(std::size_t number)
+{
+    host_.CloseView(std::exchange(views_.at(number).view, nullptr));
+}
+
+PanelView Session::ReadView(std::size_t number) const
+{
+    const OpenedView& opened = views_.at(number);
+    auto view = ReadPanelView(*host_.Panel().Page(),
+                              ContainerKey(opened.view->View().AsInterface()));
+    if (!view) {
+        throw std::runtime_error(opened.name + ": the panel has no container for its view");
+    }
+    return *std::move(view);
 }
 
 nlohmann::ordered_json Session::Report() const
 {
     nlohmann::ordered_json views = nlohmann::ordered_json::array();
-    const std::vector<PanelView> read = ReadViews();
-    for (std::size_t i = 0; i < read.size(); ++i) {
-        views.push_back(ToJson(read[i], views_[i].name));
+    for (const std::size_t number : OpenViews()) {
+        views.push_back(ToJson(ReadView(number), NameOf(number)));
     }
     return {{"views", std::move(views)}};
 }
 
-std::vector<std::string> Session::Warnings() const
+nlohmann::ordered_json Session::ReportWithViews() const
+{
+    nlohmann::ordered_json report = Report();
+    const std::vector<std::size_t> numbers = OpenViews();
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        report["views"][i]["view"] = ToJson(View(numbers[i])->View());
+    }
+    return report;
+}
+
+nlohmann::ordered_json Session::CheckConsistency()
+{
+    for (const std::size_t number : OpenViews()) {
+        if (const auto difference =
+                CompareWithFreshList(host_, View(number), options_.waitLimit)) {
+            return {{"consistent", false},
+                    {"view", number},
+                    {"file", NameOf(number)},
+                    {"panel", difference->left},
+                    {"fresh", difference->right}};
+        }
+    }
+    return {{"consistent", true}};
+}
+
+std::vector<std::string> Session::TakeWarnings()
 {
     std::vector<std::string> lines;
-    for (const OpenedView& opened : views_) {
-        for (std::string& warning : opened.content->Warnings()) {
-            lines.push_back(std::move(warning));
-        }
+    for (OpenedView& opened : views_) {
+        const std::vector<std::string> warnings = opened.content->Warnings();
+        const auto taken = static_cast<std::ptrdiff_t>(
+            std::exchange(opened.warningsTaken, warnings.size()));
+        lines.insert(lines.end(), warnings.begin() + taken, warnings.end());
     }
     return lines;
 }

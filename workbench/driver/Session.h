@@ -42,6 +42,10 @@ public:
     // Reads a PDF file, without opening a view of it. Throws OpenError.
     NamedDocument ReadFile(const std::string& file) const;
 
+    // Reads what a user calls a document: a file, or "memory:" and what MakeMemoryDocument takes.
+    // Throws OpenError.
+    NamedDocument Read(const std::string& name) const;
+
     // Makes a document in memory: "COMMENTS:PAGES" or "COMMENTS:PAGES:SEED", filled with the
     // population that benchmarks use. Throws OpenError.
     NamedDocument MakeMemoryDocument(const std::string& description) const;
@@ -54,22 +58,46 @@ public:
     // Opens one more view and activates it. Does not wait.
     void Open(const NamedDocument& document);
 
-    // Runs the loop until the panel is idle. Throws std::runtime_error after the limit, and when a
-    // posted call or an event has failed meanwhile.
+    // Runs the loop until the panel is idle. Throws std::runtime_error after the limit.
+    void AwaitIdle();
+
+    // What the panel failed in since the last call: posted calls, events and input. One text each.
+    std::vector<std::string> TakeFailures();
+
+    // As AwaitIdle; throws std::runtime_error also when a posted call or an event has failed
+    // meanwhile.
     void Settle();
 
-    // What the panel holds for each open view, in the order of opening. Throws std::runtime_error
-    // when the panel lacks a container.
-    std::vector<PanelView> ReadViews() const;
+    // Views have numbers, from 0 in the order of opening, that stay theirs when others are closed.
+    // Of the open ones, ascending:
+    std::vector<std::size_t> OpenViews() const;
 
-    // The name under which the user opened the view with that number.
-    const std::string& NameOf(std::size_t view) const { return views_.at(view).name; }
+    // Null for a number that no open view has.
+    Host::ViewPtr View(std::size_t number) const;
 
-    // {"views": [...]}, as for --json.
+    // Closes an open view. Does not wait.
+    void Close(std::size_t number);
+
+    // What the panel holds for an open view. Throws std::runtime_error when the panel lacks a
+    // container.
+    PanelView ReadView(std::size_t number) const;
+
+    // The name under which the user opened the view.
+    const std::string& NameOf(std::size_t number) const { return views_.at(number).name; }
+
+    // {"views": [...]} of the open views, as for --json; the other with what each view shows and
+    // has focused besides.
     nlohmann::ordered_json Report() const;
+    nlohmann::ordered_json ReportWithViews() const;
 
-    // What was amiss with the files, one line each, naming the file.
-    std::vector<std::string> Warnings() const;
+    // {"consistent": true} when every list is what a rendering of its document gives, lists that
+    // are still being rendered left out; else the first difference: "consistent", "view", "file",
+    // and a piece of each, "panel" and "fresh". Leaves everything as it was. Throws
+    // std::runtime_error.
+    nlohmann::ordered_json CheckConsistency();
+
+    // What was amiss with the files since the last call, one line each, naming the file.
+    std::vector<std::string> TakeWarnings();
 
     // Ends the panel. Throws std::runtime_error when service objects were lost.
     void Finish();
@@ -80,7 +108,8 @@ private:
     struct OpenedView {
         std::string name;
         std::shared_ptr<Documents::Document> content;
-        Host::ViewPtr view;
+        Host::ViewPtr view;  // null: closed
+        std::size_t warningsTaken = 0;
     };
 
     void ThrowFailures();

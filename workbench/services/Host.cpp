@@ -152,6 +152,17 @@ Host::ViewPtr Host::OpenView(std::shared_ptr<Documents::Document> content)
     return opened;
 }
 
+Host::ViewPtr Host::OpenBeside(const ViewPtr& view)
+{
+    const ViewPtr beside = UIDocumentViewObject::Make(BLDocumentViewObject::Make(
+        state_, BasicServiceObjectPtr<BLDocumentObject>::Retain(view->View().Document())));
+    uiService_->HandOutUnheld(true);
+    collection_->Add(beside);
+    state_->loop.RunWaiting();  // attaches its handler, which asks for the thread's object
+    uiService_->HandOutUnheld(false);
+    return beside;
+}
+
 void Host::CloseView(const ViewPtr& view)
 {
     collection_->Close(view);

@@ -69,6 +69,11 @@ public:
     // Opens a view of a document and activates it.
     ViewPtr OpenView(std::shared_ptr<Documents::Document> content);
 
+    // Opens one more view of a view's document without activating it. Its list lands even while
+    // renderings are held back, and the view follows no changes: for a look at what the list would
+    // be if it were rendered now.
+    ViewPtr OpenBeside(const ViewPtr& view);
+
     // Closes a view; see UIDocumentsCollectionObject::Close.
     void CloseView(const ViewPtr& view);
 

@@ -5,7 +5,8 @@
 
 namespace Workbench {
 
-UIThreadObject::UIThreadObject(HostStatePtr state) : state_(std::move(state))
+UIThreadObject::UIThreadObject(HostStatePtr state, UiThreadLoop::Holding holding)
+    : state_(std::move(state)), holding_(holding)
 {
     Offer<UIThread::PostCall, &UIThreadObject::PostCall>();
 }
@@ -15,14 +16,15 @@ ResultCode UIThreadObject::PostCall(UIThread::Runner runner, void* record) const
     if (runner == nullptr) {
         return kResultNullArgument;
     }
-    return state_->loop.Post(runner, record) ? kResultOk : kResultDeclined;
+    return state_->loop.Post(runner, record, holding_) ? kResultOk : kResultDeclined;
 }
 
 UIServiceObject::UIServiceObject(HostStatePtr state,
                                  BasicServiceObjectPtr<UIMainFrameObject> mainFrame)
     : state_(std::move(state)),
       mainFrame_(std::move(mainFrame)),
-      uiThread_(UIThreadObject::Make(state_))
+      uiThread_(UIThreadObject::Make(state_, UiThreadLoop::Holding::kMayBeHeld)),
+      unheldThread_(UIThreadObject::Make(state_, UiThreadLoop::Holding::kNeverHeld))
 {
     Offer<UIService::GetMainFrame, &UIServiceObject::GetMainFrame>();
     Offer<UIService::GetThreadObject, &UIServiceObject::GetThreadObject>();
@@ -47,7 +49,7 @@ ResultCode UIServiceObject::GetThreadObject(std::uint32_t threadId, UIThread** t
         FailCall(kResultNotFound,
                  "thread " + std::to_string(threadId) + " runs no event loop of this host");
     }
-    HandOut(uiThread_, thread);
+    HandOut(handsOutUnheld_ ? unheldThread_ : uiThread_, thread);
     return kResultOk;
 }
 

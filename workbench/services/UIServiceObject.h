@@ -10,17 +10,22 @@ namespace Workbench {
 
 class UIThreadObject : public HostObject<UIThreadObject, UIThread> {
 public:
-    explicit UIThreadObject(HostStatePtr state);
+    UIThreadObject(HostStatePtr state, UiThreadLoop::Holding holding);
 
 private:
     ResultCode PostCall(UIThread::Runner runner, void* record) const;
 
-    HostStatePtr state_;
+    const HostStatePtr state_;
+    const UiThreadLoop::Holding holding_;
 };
 
 class UIServiceObject : public HostObject<UIServiceObject, UIService> {
 public:
     UIServiceObject(HostStatePtr state, BasicServiceObjectPtr<UIMainFrameObject> mainFrame);
+
+    // While on, thread objects are handed out through which calls pass that the loop would hold.
+    // [ui-thread]
+    void HandOutUnheld(bool enabled) noexcept { handsOutUnheld_ = enabled; }
 
 private:
     ResultCode GetMainFrame(UIMainFrame** mainFrame) const;
@@ -29,6 +34,8 @@ private:
     HostStatePtr state_;
     BasicServiceObjectPtr<UIMainFrameObject> mainFrame_;
     BasicServiceObjectPtr<UIThreadObject> uiThread_;
+    BasicServiceObjectPtr<UIThreadObject> unheldThread_;
+    bool handsOutUnheld_ = false;
 };
 
 }  // namespace Workbench

@@ -18,24 +18,25 @@ bool UiThreadLoop::IsUiThread() const noexcept
     return Platform::CurrentThreadId() == threadId_;
 }
 
-bool UiThreadLoop::Post(UIThread::Runner runner, void* record)
+bool UiThreadLoop::Post(UIThread::Runner runner, void* record, Holding holding)
 {
-    return Append({runner, record, {}});
+    return Append({runner, record, {}}, holding);
 }
 
 bool UiThreadLoop::Post(std::function<void()> work)
 {
-    return Append({nullptr, nullptr, std::move(work)});
+    return Append({nullptr, nullptr, std::move(work)}, Holding::kMayBeHeld);
 }
 
-bool UiThreadLoop::Append(Call call)
+bool UiThreadLoop::Append(Call call, Holding holding)
 {
     const std::lock_guard lock(mutex_);
     if (ended_) {
         return false;
     }
-    const bool isHeld = holds_ && std::find(hostThreads_.begin(), hostThreads_.end(),
-                                            Platform::CurrentThreadId()) == hostThreads_.end();
+    const bool isHeld = holds_ && holding == Holding::kMayBeHeld &&
+                        std::find(hostThreads_.begin(), hostThreads_.end(),
+                                  Platform::CurrentThreadId()) == hostThreads_.end();
     (isHeld ? held_ : waiting_).push_back(std::move(call));
     posted_.notify_one();
     return true;

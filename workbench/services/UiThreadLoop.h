@@ -25,8 +25,11 @@ public:
     std::uint32_t ThreadId() const noexcept { return threadId_; }
     bool IsUiThread() const noexcept;
 
+    // Whether a call may be kept back (see Hold).
+    enum class Holding { kMayBeHeld, kNeverHeld };
+
     // Appends a call. False, and nothing is taken over, once the loop has ended. [any-thread]
-    bool Post(UIThread::Runner runner, void* record);
+    bool Post(UIThread::Runner runner, void* record, Holding holding = Holding::kMayBeHeld);
 
     // Appends work of the host itself. [any-thread]
     bool Post(std::function<void()> work);
@@ -65,7 +68,7 @@ private:
         std::function<void()> work;
     };
 
-    bool Append(Call call);
+    bool Append(Call call, Holding holding);
     void ReleaseHeld();
 
     const std::uint32_t threadId_;
