@@ -30,8 +30,6 @@ namespace {
 // What the fixture leaves as the module's last error, to tell a new one from an old one.
 constexpr const char* kMarker = "UIInplacePlugin::InitHtml() failed, code: 3";
 
-constexpr std::size_t kIdLength = 36;
-
 const std::map<std::string, std::uint32_t> kKeys = {
     {"Enter", kKeyEnter}, {"PageUp", kKeyPageUp}, {"PageDown", kKeyPageDown},
     {"End", kKeyEnd},     {"Home", kKeyHome},     {"Left", kKeyLeft},
@@ -85,36 +83,6 @@ Pages FivePages()
             {Comment("Square", u"b")},
             {Comment("Ink"), Comment("Stamp", u"c")},
             {}};
-}
-
-std::string WithNumberedTooltips(std::string html)
-{
-    std::map<std::string, std::string> numbers;
-    const std::string prefix = "id=\"";  // of titleid and of id
-    for (std::size_t at = html.find(prefix); at != html.npos; at = html.find(prefix, at)) {
-        at += prefix.size();
-        const std::string id = html.substr(at, html.find('"', at) - at);
-        if (id.size() == kIdLength && id[8] == '-') {
-            const auto number = numbers.emplace(id, "#" + std::to_string(numbers.size() + 1)).first;
-            html.replace(at, kIdLength, number->second);
-        }
-    }
-    return html;
-}
-
-std::string WithoutIndents(const std::string& html)
-{
-    constexpr const char* kBlanks = " \r\n";
-    std::string text;
-    for (std::size_t at = 0; at < html.size();) {
-        const std::size_t next = std::min(html.find_first_not_of(kBlanks, at), html.size());
-        if ((at != 0 && html[at - 1] != '>') || (next != html.size() && html[next] != '<')) {
-            text.append(html, at, next - at);
-        }
-        at = std::min(html.find_first_of(kBlanks, next), html.size());
-        text.append(html, next, at - next);
-    }
-    return text;
 }
 
 std::string Outline(const PanelView& view)

@@ -5,6 +5,7 @@
 
 #include "documents/FaultInjection.h"
 #include "documents/MemoryDocument.h"
+#include "driver/ListMarkup.h"
 #include "driver/PanelReader.h"
 #include "services/Host.h"
 
@@ -26,6 +27,8 @@ using Pages = std::vector<std::vector<MemoryEntry>>;  // their annotation arrays
 using ViewPtr = Workbench::Host::ViewPtr;
 using HtmlEngine::ElementHandle;
 using HtmlEngine::kNoElement;
+using Workbench::WithNumberedTooltips;
+using Workbench::WithoutIndents;
 
 // An annotation in the rectangle 10, 20, 30, 60.
 MemoryEntry Comment(const char* subtype, std::u16string contents = {}, std::uint32_t flags = 0);
@@ -33,12 +36,6 @@ DocumentPtr MakeDocument(const Pages& pages, const Documents::MemoryOptions& opt
 
 // Pages 0, 2 and 3 with two, one and two comments; page 1 has none.
 Pages FivePages();
-
-// Each tooltip id replaced by "#1", "#2" and so on, in order of appearance.
-std::string WithNumberedTooltips(std::string html);
-
-// Without the white space that parts one tag from the next.
-std::string WithoutIndents(const std::string& html);
 
 // "0+:0_0*,0_1 2-:2_0 [ECRDTB]": page items with + expanded and - collapsed, * the current item,
 // then the enabled buttons: expand all, collapse all, reply, delete, move top, move bottom.
