@@ -395,6 +395,7 @@ TEST_F(Commands, MarkupInContentsCannotReachAnythingElse)
     TakeFailures();
     TakeError();
     Publish(view, DocumentOf(view).ChangeContents(0, 3, u"harmless"));
+    Settle();
     Publish(view, DocumentOf(view).AddAnnotation(1, "Ink", u""));
     Settle();
     EXPECT_THAT(OutlineOf(view), testing::HasSubstr("1:1_0,1_1"));

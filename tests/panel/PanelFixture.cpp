@@ -200,7 +200,7 @@ std::string PanelTest::FreshListHtml(const ViewPtr& view) const
     CommentsContainerHandler::Rendering rendering(view->View().Document()->AsInterface());
     const std::string html = ToUtf8(CommentsContainerHandler::RenderResults(rendering));
     HtmlEngine::Document page;
-    page.LoadPage("<div></div>");
+    page.LoadPage("<!DOCTYPE html><div></div>");  // as the panel's page is
     ElementHandle list = kNoElement;
     page.SelectFirst(page.Root(), "div", list);
     page.SetHtml(list, html, HtmlEngine::InsertPosition::ReplaceContent);

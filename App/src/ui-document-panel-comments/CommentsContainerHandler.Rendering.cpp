@@ -4,6 +4,7 @@
 
 #include "DecimalText.h"
 #include "GrowingText.h"
+#include "MarkupBalance.h"
 #include "SubtypeTable.h"
 
 #include "service-common/SingletonStaticData.h"
@@ -317,6 +318,10 @@ void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering,
     rendering.newTooltipId(tooltipId);
     tooltip.clear();
     AppendAnnotTooltip(rendering, annotation, tooltipId, tooltip);
+
+    rendering.balanced = rendering.balanced && IsBalancedMarkup(displayName) &&
+                         IsBalancedMarkup(contents) && IsBalancedMarkup(title) &&
+                         IsBalancedMarkup(subject);
 
     const bool simple = contents.empty();
     TemplatesPreprocessor preprocessor(simple ? kSimpleItemTemplate : kItemTemplate);

@@ -7,6 +7,7 @@
 
 #include "service-common/WideText.h"
 #include "ui-engine/LocalizedStrings.h"
+#include "ui-engine/NarrowText.h"
 #include "ui-engine/internal/EventTask.h"
 
 #include <boost/bind/bind.hpp>
@@ -14,6 +15,7 @@
 
 #include <atomic>
 #include <exception>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -21,6 +23,7 @@ namespace {
 
 constexpr const char* kResults = "div.results-container";
 constexpr const char* kPreloader = "div.picture[preloader]";
+constexpr const char* kPages = "div.results-container ul[page-item] li[page-index]";
 constexpr const char* kAnyPageItem = "div.results-container ul[page-item]";
 constexpr const char* kNoItemsMessage = ":root > #NoItemsMessage";  // under the results
 constexpr const char* kItemsOfPage = ":root > li > div > ul.comments > li[annot-name]";
@@ -52,7 +55,10 @@ struct CommentsContainerHandler::Loading {
     BasicServiceObjectPtr<BLDocument> document;
     // Written by the worker before the completion is posted, read after that.
     std::string html;            // UTF-8
+    bool balanced = true;
     std::exception_ptr failure;  // null: rendered
+
+    std::optional<Place> place;  // where the user was; nothing: at the beginning
 
     // Runs on the worker.
     void Render() noexcept
@@ -64,6 +70,7 @@ struct CommentsContainerHandler::Loading {
                 MakeRoomForAll(html, page.size() + page.size() / 4, share);
                 AppendUtf8(html, page);
             });
+            balanced = rendering.balanced;
         } catch (...) {
             html.clear();
             failure = std::current_exception();
@@ -84,7 +91,7 @@ void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
     } else {
         documentSubscriptions_.Clear();
         document_.Reset();
-        ReloadList();
+        ReloadList(std::nullopt);
     }
     viewSubscriptions_.Append(BLDocumentView::Subscribe_OnInputHandleFocusAnnot(
         view, boost::bind(&CommentsContainerHandler::OnFocusAnnot, this, _1, _2)));
@@ -99,16 +106,46 @@ void CommentsContainerHandler::SetDocument(BLDocument* document)
         document, boost::bind(&CommentsContainerHandler::OnPagesChanged, this, _1, _2)));
     documentSubscriptions_.Append(BLDocument::Subscribe_OnAnnotChanged(
         document, boost::bind(&CommentsContainerHandler::OnAnnotChanged, this, _1, _2, _3)));
-    ReloadList();
+    ReloadList(std::nullopt);
 }
 
-void CommentsContainerHandler::ReloadList()
+void CommentsContainerHandler::ReloadList(std::optional<Place> place)
 {
     ClearResults();
     LoadResults();
+    if (loading_) {
+        loading_->place = std::move(place);
+    }
     SelectFirstAnnotItem();
     UpdateButtons();
     UpdateMoveButtons();
+}
+
+CommentsContainerHandler::Place CommentsContainerHandler::CurrentPlace() const
+{
+    Place place;
+    place.currentItem = CurrentItem().Attribute("annot-name");
+    const ElementSet pages = container_.SelectAll(kPages);
+    for (const UIElement& element : pages.Elements()) {
+        const ElementReference page = container_.SameWindow(element.handle);
+        if (const std::uint32_t state = page.State() & (kStateExpanded | kStateCollapsed)) {
+            place.pages.emplace_back(page.Attribute("page-index"), state);
+        }
+    }
+    return place;
+}
+
+void CommentsContainerHandler::Return(const Place& place)
+{
+    for (const auto& [index, state] : place.pages) {
+        container_.SelectFirst(std::string(kPages) + "[page-index=\"" + ToNarrow(index) + "\"]")
+            .SetState(state, 0);
+    }
+    if (!place.currentItem.empty()) {
+        container_.SelectFirst("div.results-container li[annot-name=\"" +
+                               ToNarrow(place.currentItem) + "\"]")
+            .SetState(kStateCurrent, 0);
+    }
 }
 
 void CommentsContainerHandler::ClearResults()
@@ -168,14 +205,24 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     results.SetHtml(loading->html, HtmlPosition::kReplaceContent);
     results.Update(kUpdateMeasure);
     // What changed while the worker was rendering may be in the rendering or not.
+    balanced_ = loading->balanced;
     for (const std::uint32_t pageIndex : touched) {
         UpdatePageItem(pageIndex);
+    }
+    if (!balanced_ && !touched.empty()) {
+        ReloadList(std::move(loading->place));
+        return;
     }
     const ElementReference message = results.SelectFirst(kNoItemsMessage);
     if (message) {
         message.SetText(LocalizedString(message.Attribute(kLocaleToken)));
     }
-    SelectFirstAnnotItem();
+    if (loading->place) {
+        Return(*loading->place);
+    }
+    if (!loading->place || !HasCurrentAnnotItem()) {
+        SelectFirstAnnotItem();
+    }
     UpdateButtons();
     UpdateMoveButtons();
 }
@@ -193,7 +240,7 @@ void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _
     }
     RunOnUIThread("CommentsContainerHandler::OnPagesChanged", [this, pages = std::move(pages)] {
         if (document_.Lock()) {
-            ReloadList();
+            ReloadList(std::nullopt);
         }
     });
 }
@@ -258,6 +305,9 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
         UpdateButtons();
         UpdateMoveButtons();
     }
+    if (!balanced_) {
+        ReloadList(CurrentPlace());
+    }
 }
 
 bool CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
@@ -288,6 +338,7 @@ bool CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
     for (std::size_t i = 0; i < listed.size() && moved; ++i) {
         RenewItem(itemAt(i), RenderAnnotItem(rendering, listed[i].first, listed[i].second));
     }
+    balanced_ = balanced_ && rendering.balanced;
     return true;
 }
 
@@ -315,6 +366,7 @@ bool CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
     for (const ElementReference& item : named) {
         RenewItem(item, RenderAnnotItem(rendering, name, annotation));
     }
+    balanced_ = balanced_ && rendering.balanced;
     return true;
 }
 
@@ -363,6 +415,7 @@ void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
     }
     Rendering rendering(document.Get());
     const std::string html = InPlace(RenderPageItem(rendering, pageIndex));
+    balanced_ = balanced_ && rendering.balanced;
     const ElementReference present = PageItem(pageIndex);
     if (present && html.empty()) {
         container_.SelectAll(PageItemSelector(pageIndex)).Delete();

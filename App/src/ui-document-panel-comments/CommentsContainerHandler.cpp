@@ -46,7 +46,7 @@ ResultCode CommentsContainerHandler::OnLocaleChanged()
 {
     PostToUIThread("CommentsContainerHandler::OnLocaleChanged", [this] {
         if (document_.Lock()) {
-            ReloadList();
+            ReloadList(std::nullopt);
         }
     });
     return kResultOk;

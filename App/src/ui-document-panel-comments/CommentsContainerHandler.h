@@ -23,9 +23,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 class RenderQueue;
 struct BLService;
@@ -64,6 +67,7 @@ public:
         std::wstring dateFormat;    // directives of date_time's output facets
         std::map<Atom, std::wstring> displayNames;  // those asked for so far
         std::function<void(std::wstring&)> newTooltipId;  // a random UUID each time, in lower case
+        bool balanced = true;  // whether no text so far reaches beyond its item (MarkupBalance.h)
         // Asked between annotations; the rendering ends early, unfinished, when it answers false.
         std::function<bool()> wanted = [] { return true; };
 
@@ -182,7 +186,16 @@ private:
     // The document of the view, asked for anew each time; empty when view or document is gone.
     BasicServiceObjectPtr<BLDocument> CurrentDocument() const;
 
-    void ReloadList();
+    // Where the user is in the list: what is current, expanded and collapsed.
+    struct Place {
+        std::wstring currentItem;                                   // its name, or empty
+        std::vector<std::pair<std::wstring, std::uint32_t>> pages;  // indices and states
+    };
+    Place CurrentPlace() const;
+    void Return(const Place& place);
+
+    // Loads the list anew; it comes back at that place, or at its beginning.
+    void ReloadList(std::optional<Place> place);
     void ClearResults();
     void DropLoading();
     void LandResults(const std::shared_ptr<Loading>& loading);
@@ -231,4 +244,6 @@ private:
     std::shared_ptr<RenderQueue> queue_;  // held while attached
     std::shared_ptr<Loading> loading_;    // the rendering that may still land
     std::set<std::uint32_t> touchedPages_;  // changed since that rendering began
+    // Whether items can be updated by themselves: no text in the list reaches beyond its own.
+    bool balanced_ = true;
 };
