@@ -5,7 +5,6 @@
 #include "Listing.h"
 #include "PdfBuilder.h"
 
-#include "documents/FaultInjection.h"
 #include "documents/PdfText.h"
 
 #include <gtest/gtest.h>
@@ -132,43 +131,6 @@ TEST_F(Corpus, EveryFileReadsAsTheIndependentReadingOrFailsClearly)
         }
     }
     EXPECT_TRUE(compared > 0 || !fs::exists(folder_ / "golden"));
-}
-
-// Removes every listed annotation that may go; what is left is what was there, less those.
-TEST_F(Corpus, EveryFileIsSavedWithAllButTheRemovedComments)
-{
-    const LiveRecords before = CountLiveRecords();
-    for (const fs::path& path : files_) {
-        SCOPED_TRACE(path.filename().string());
-        const auto document = QpdfDocument::Open(path).document;
-        if (!document) {
-            continue;
-        }
-        for (std::uint32_t page = 0; page < document->PageCount(); ++page) {
-            auto position = static_cast<std::uint32_t>(ListPage(document->AcquirePage(page)).size());
-            while (position-- > 0) {
-                const AnnotationRef annotation = document->AnnotationAt(page, position);
-                const std::string line = Describe(annotation);
-                if (annotation && line.front() != '-' && Document::DeletionRefusal(annotation.Get()).empty()) {
-                    EXPECT_TRUE(document->RemoveAnnotation(page, position).Succeeded());
-                }
-            }
-        }
-        for (const auto& page : List(*document)) {
-            for (const std::string& line : page) {
-                EXPECT_TRUE(line == "nothing" || line.front() == '-' || path.stem() == "subtypes-rc-group") << line;
-            }
-        }
-        if (!document->Modified()) {
-            continue;
-        }
-        const TemporaryFolder folder;
-        ASSERT_EQ(document->Save(folder / "saved.pdf").error, "");
-        const OpenResult reopened = QpdfDocument::Open(folder / "saved.pdf");
-        ASSERT_TRUE(reopened.document) << reopened.message;
-        EXPECT_EQ(List(*reopened.document), List(*document));
-    }
-    EXPECT_EQ(CountLiveRecords(), before);
 }
 
 TEST_F(Corpus, AnEncryptedFileOpensWithItsPassword)

@@ -52,7 +52,9 @@ TEST(HostObjects, OfferEverythingThatTheirInterfacesDeclare)
     EXPECT_THAT(MissingEntries(UIEngineObject::Make()->AsInterface()), IsEmpty());
     EXPECT_THAT(MissingEntries(UIResourcesObject::Make()->AsInterface()), IsEmpty());
     EXPECT_THAT(MissingEntries(UIServiceObject::Make(state, frame)->AsInterface()), IsEmpty());
-    EXPECT_THAT(MissingEntries(UIThreadObject::Make(state)->AsInterface()), IsEmpty());
+    EXPECT_THAT(MissingEntries(
+                    UIThreadObject::Make(state, UiThreadLoop::Holding::kMayBeHeld)->AsInterface()),
+                IsEmpty());
     EXPECT_THAT(MissingEntries(UIWndObject::Make(panel, engine->AsInterface())->AsInterface()),
                 IsEmpty());
     EXPECT_THAT(MissingEntries(engine->AsInterface()), IsEmpty());
@@ -93,7 +95,8 @@ TEST(HostObjects, TurnFailuresIntoCodesWithRecords)
         {[] { return kResultOk; }, kResultOk, L""},
         {[] { return kResultDeclined; }, kResultDeclined, L""},
         {[] { return kResultNotReported; }, kResultNotReported, L""},
-        {[] { return kResultNotFound; }, kResultNotFound, L"BLSelection::GetKind() failed, code: 8"},
+        {[] { return kResultNotFound; }, kResultNotFound,
+         L"BLSelection::GetKind() failed, code: 8"},
         {[]() -> ResultCode { FailCall(0x123, "page \xC3\xA9 is missing"); }, 0x123,
          L"page \u00E9 is missing"},
         {[]() -> ResultCode { throw std::runtime_error("boom"); }, kResultUnexpected, L"boom"},

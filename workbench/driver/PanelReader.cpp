@@ -184,6 +184,15 @@ std::string ContainerKey(const void* documentView)
     return std::to_string(static_cast<std::int32_t>(static_cast<std::uint32_t>(address)));
 }
 
+std::vector<std::string> ContainerKeys(const Document& page)
+{
+    std::vector<std::string> keys;
+    for (const ElementHandle container : All(page, page.Root(), ".panel-content[doc-view-addr]")) {
+        keys.push_back(AttributeOf(page, container, "doc-view-addr"));
+    }
+    return keys;
+}
+
 ElementHandle FindContainer(const Document& page, const std::string& key)
 {
     return First(page, page.Root(), ".panel-content[doc-view-addr=\"" + key + "\"]");

@@ -54,6 +54,9 @@ struct PanelView {
 // Key of the container of the view object at that address: its low 32 bits as a signed number.
 std::string ContainerKey(const void* documentView);
 
+// Keys of all containers that the panel has, in their order.
+std::vector<std::string> ContainerKeys(const HtmlEngine::Document& page);
+
 // Element of the container with that key; kNoElement when the panel has none.
 HtmlEngine::ElementHandle FindContainer(const HtmlEngine::Document& page, const std::string& key);
 

@@ -179,6 +179,13 @@ nlohmann::ordered_json Session::ReportWithViews() const
 
 nlohmann::ordered_json Session::CheckConsistency()
 {
+    std::vector<std::string> keys;
+    for (const std::size_t number : OpenViews()) {
+        keys.push_back(ContainerKey(View(number)->View().AsInterface()));
+    }
+    if (const auto containers = ContainerKeys(*host_.Panel().Page()); containers != keys) {
+        return {{"consistent", false}, {"view", nullptr}, {"panel", containers}, {"fresh", keys}};
+    }
     for (const std::size_t number : OpenViews()) {
         if (const auto difference =
                 CompareWithFreshList(host_, View(number), options_.waitLimit)) {

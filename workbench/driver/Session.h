@@ -90,9 +90,10 @@ public:
     nlohmann::ordered_json Report() const;
     nlohmann::ordered_json ReportWithViews() const;
 
-    // {"consistent": true} when every list is what a rendering of its document gives, lists that
-    // are still being rendered left out; else the first difference: "consistent", "view", "file",
-    // and a piece of each, "panel" and "fresh". Leaves everything as it was. Throws
+    // {"consistent": true} when the panel has one container for each open view, and every list is
+    // what a rendering of its document gives, lists that are still being rendered left out; else
+    // the first difference: "consistent", "view" and "file", and a piece of each list, "panel" and
+    // "fresh". These are the keys of containers where those are wrong, and "view" is null. Leaves everything as it was. Throws
     // std::runtime_error.
     nlohmann::ordered_json CheckConsistency();
 
