@@ -147,14 +147,12 @@ Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPos
         changed = !tree.ContentOf(id).IsEmpty();
         parts_->Remove(tree.ContentOf(id), ended);
     }
-    const NodeRun run = content.Take();
     const bool isFirst = position == InsertPosition::ReplaceContent || position == InsertPosition::InsertFirst;
     const NodeId previous = isFirst                                    ? kNoNode
                             : position == InsertPosition::AppendLast   ? owner.element.lastChild
                             : position == InsertPosition::InsertBefore ? parts_->At(id).previous
                                                                        : id;
-    tree.Link(parent, previous, run);
-    changed = changed || !run.IsEmpty();
+    changed = content.Link(parent, previous) || changed;
     if (position == InsertPosition::ReplaceElement) {
         // After the new content is in: removing may join the text around the old element.
         parts_->Remove({id, id}, ended);

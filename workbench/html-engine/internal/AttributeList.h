@@ -2,7 +2,8 @@
 
 // The attributes of one element, pointer-sized: name and value atoms in serialisation order. Each
 // class of the element is an entry of its own, named by the atom of "class", and these come first.
-// Holds numbers only; the references that they stand for are the Tree's business.
+// Elements that were made alike share one list. Holds numbers only; the references that they stand
+// for, which are held once for a list, are the Tree's business.
 
 #include <cstddef>
 #include <cstdint>
@@ -50,11 +51,23 @@ public:
         return false;
     }
 
+    /// Whether another element has this very list.
+    bool IsShared() const { return block_ != nullptr && block_->value > 1; }
+
     /// Takes a copy of `entries`, which must not be this list's own.
     void Assign(std::span<const AttributeEntry> entries);
 
+    /// Takes part in another list; this one must be empty.
+    void Share(const AttributeList& other) {
+        block_ = other.block_;
+        if (block_ != nullptr) {
+            ++block_->value;
+        }
+    }
+
 private:
-    /// The entries, preceded by one whose `name` is their number; null when there are none.
+    /// The entries, preceded by one whose `name` is their number and whose `value` is the number of
+    /// elements that have them; null when there are none.
     AttributeEntry* block_ = nullptr;
 };
 

@@ -23,34 +23,35 @@ OrderLabel DocumentOrder::EndOf(NodeId id) const {
     return after == kNoNode ? kEndLabel : Of(after);
 }
 
-void DocumentOrder::Label(std::span<const NodeId> run) {
-    if (run.empty()) {
-        return;
-    }
+DocumentOrder::Room DocumentOrder::RoomFor(std::span<const NodeId> run) const {
     const NodeId before = PreviousElement(nodes_, run.front());
     const NodeId after = NextElement(nodes_, run.back());
     const OrderLabel low = before == kNoNode ? 0 : Of(before);
     const OrderLabel high = after == kNoNode ? kEndLabel : Of(after);
     const OrderLabel room = high - low - 1;
     if (room < run.size()) {
-        MakeRoom(run, before, after);
-    } else if (after == kNoNode && room / run.size() > kAppendStride) {
-        Spread(nodes_, run, low, low + kAppendStride * (run.size() + 1));
-    } else {
-        Spread(nodes_, run, low, high);
+        return {};
     }
+    if (after == kNoNode && room / run.size() > kAppendStride) {
+        return {low, kAppendStride};
+    }
+    return Between(low, high, run.size());
 }
 
-void DocumentOrder::Spread(NodeStore& nodes, std::span<const NodeId> run, OrderLabel low, OrderLabel high) {
-    // high - low - 1 >= run.size(), so the stride is at least 1 and the last label stays below high.
-    const OrderLabel stride = std::max<OrderLabel>((high - low) / (run.size() + 1), 1);
-    OrderLabel label = low;
+DocumentOrder::Room DocumentOrder::Between(OrderLabel low, OrderLabel high, std::size_t count) {
+    // high - low - 1 >= count, so the stride is at least 1 and the last label stays below high.
+    return {low, std::max<OrderLabel>((high - low) / (count + 1), 1)};
+}
+
+void DocumentOrder::Spread(NodeStore& nodes, std::span<const NodeId> run, Room room) {
     for (const NodeId id : run) {
-        nodes[id].element.label = label += stride;
+        nodes[id].element.label = room.low += room.stride;
     }
 }
 
-void DocumentOrder::MakeRoom(std::span<const NodeId> run, NodeId before, NodeId after) {
+void DocumentOrder::MakeRoom(std::span<const NodeId> run) {
+    NodeId before = PreviousElement(nodes_, run.front());
+    NodeId after = NextElement(nodes_, run.back());
     std::vector<NodeId> left;
     std::vector<NodeId> right;
     std::size_t width = 16;
@@ -68,7 +69,7 @@ void DocumentOrder::MakeRoom(std::span<const NodeId> run, NodeId before, NodeId 
             std::reverse(left.begin(), left.end());
             left.insert(left.end(), run.begin(), run.end());
             left.insert(left.end(), right.begin(), right.end());
-            Spread(nodes_, left, low, high);
+            Spread(nodes_, left, Between(low, high, left.size()));
             return;
         }
         width *= 2;

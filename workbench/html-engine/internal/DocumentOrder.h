@@ -27,14 +27,43 @@ public:
     OrderLabel EndOf(NodeId id) const;
 
     /// Labels `run`, elements that were just linked into the tree, in document order and without
-    /// others between them.
-    void Label(std::span<const NodeId> run);
+    /// others between them. Calls `labelled(id)` with each of them as soon as its label is right
+    /// for good: what else is to be done with it is done while it is at hand.
+    template <typename Function>
+    void Label(std::span<const NodeId> run, Function&& labelled);
 
 private:
-    static void Spread(NodeStore& nodes, std::span<const NodeId> run, OrderLabel low, OrderLabel high);
-    void MakeRoom(std::span<const NodeId> run, NodeId before, NodeId after);
+    /// The labels behind `low` in steps of `stride`.
+    struct Room {
+        OrderLabel low = 0;
+        OrderLabel stride = 0;
+    };
+
+    /// Room between the neighbours of `run`; a stride of 0 when there is not enough.
+    Room RoomFor(std::span<const NodeId> run) const;
+    static Room Between(OrderLabel low, OrderLabel high, std::size_t count);
+    static void Spread(NodeStore& nodes, std::span<const NodeId> run, Room room);
+    /// Labels `run` and as many of its neighbours as need new ones for it.
+    void MakeRoom(std::span<const NodeId> run);
 
     NodeStore& nodes_;
 };
+
+template <typename Function>
+void DocumentOrder::Label(std::span<const NodeId> run, Function&& labelled) {
+    if (run.empty()) {
+        return;
+    }
+    Room room = RoomFor(run);
+    if (room.stride == 0) {
+        MakeRoom(run);
+    }
+    for (const NodeId id : run) {
+        if (room.stride != 0) {
+            nodes_[id].element.label = room.low += room.stride;
+        }
+        labelled(id);
+    }
+}
 
 }  // namespace HtmlEngine::Internal

@@ -52,13 +52,7 @@ void ElementIndex::ForEachKey(NodeId element, Function&& function) const {
     }
 }
 
-const IndexEntry* ElementIndex::Find(IndexKey key) const {
-    const auto found = entries_.find(key);
-    return found == entries_.end() ? nullptr : &found->second;
-}
-
-void ElementIndex::Insert(IndexKey key, NodeId element) {
-    IndexEntry& entry = entries_[key];
+void ElementIndex::Insert(IndexEntry& entry, NodeId element) {
     if (entry.many == nullptr) {
         if (entry.only == kNoNode) {
             entry.only = element;
@@ -72,25 +66,32 @@ void ElementIndex::Insert(IndexKey key, NodeId element) {
 }
 
 void ElementIndex::Erase(IndexKey key, NodeId element) {
-    const auto found = entries_.find(key);
-    if (found == entries_.end()) {
+    IndexEntry* const entry = entries_.Find(key);
+    if (entry == nullptr) {
         return;
     }
-    IndexEntry& entry = found->second;
-    if (entry.many != nullptr) {
-        entry.many->Erase(element, order_);
-    } else if (entry.only == element) {
-        entry.only = kNoNode;
+    if (entry->many != nullptr) {
+        entry->many->Erase(element, order_);
+    } else if (entry->only == element) {
+        entry->only = kNoNode;
     }
-    if (entry.Size() == 0) {
-        entries_.erase(found);
+    if (entry->Size() == 0) {
+        entries_.Erase(key);
     }
 }
 
-void ElementIndex::Add(std::span<const NodeId> elements) {
-    for (const NodeId element : elements) {
-        ForEachKey(element, [&](IndexKey key) { Insert(key, element); });
-    }
+void ElementIndex::Add(NodeId element, RecentEntries& recent) {
+    ForEachKey(element, [&](IndexKey key) {
+        IndexEntry*& entry = recent.At(key);
+        if (entry == nullptr) {
+            entry = &entries_.At(key);
+        }
+        Insert(*entry, element);
+    });
+}
+
+void ElementIndex::Add(NodeId element) {
+    ForEachKey(element, [&](IndexKey key) { Insert(entries_.At(key), element); });
 }
 
 void ElementIndex::Remove(NodeId element) {
@@ -99,28 +100,36 @@ void ElementIndex::Remove(NodeId element) {
 
 void ElementIndex::RemoveRange(std::span<const NodeId> elements, OrderLabel low, OrderLabel high) {
     ++removal_;
+    RecentKeys<bool> recent;
     for (const NodeId element : elements) {
         ForEachKey(element, [&](IndexKey key) {
-            const auto found = entries_.find(key);
-            if (found == entries_.end() || found->second.removal == removal_) {
-                return;
-            }
-            IndexEntry& entry = found->second;
-            entry.removal = removal_;
-            if (entry.many != nullptr) {
-                entry.many->EraseRange(low, high, order_);
-            } else if (order_.Of(entry.only) >= low && order_.Of(entry.only) < high) {
-                entry.only = kNoNode;
-            }
-            if (entry.Size() == 0) {
-                entries_.erase(found);
+            bool& isDone = recent.At(key);
+            if (!isDone) {
+                isDone = true;
+                EraseRange(key, low, high);
             }
         });
     }
 }
 
+void ElementIndex::EraseRange(IndexKey key, OrderLabel low, OrderLabel high) {
+    IndexEntry* const entry = entries_.Find(key);
+    if (entry == nullptr || entry->removal == removal_) {
+        return;
+    }
+    entry->removal = removal_;
+    if (entry->many != nullptr) {
+        entry->many->EraseRange(low, high, order_);
+    } else if (order_.Of(entry->only) >= low && order_.Of(entry->only) < high) {
+        entry->only = kNoNode;
+    }
+    if (entry->Size() == 0) {
+        entries_.Erase(key);
+    }
+}
+
 void ElementIndex::AddState(NodeId element, std::uint32_t bits) {
-    ForEachStateKey(bits, [&](IndexKey key) { Insert(key, element); });
+    ForEachStateKey(bits, [&](IndexKey key) { Insert(entries_.At(key), element); });
 }
 
 void ElementIndex::RemoveState(NodeId element, std::uint32_t bits) {
@@ -128,7 +137,7 @@ void ElementIndex::RemoveState(NodeId element, std::uint32_t bits) {
 }
 
 void ElementIndex::AddEdge(NodeId element, bool first) {
-    ForEachEdgeKey(element, first, [&](IndexKey key) { Insert(key, element); });
+    ForEachEdgeKey(element, first, [&](IndexKey key) { Insert(entries_.At(key), element); });
 }
 
 void ElementIndex::RemoveEdge(NodeId element, bool first) {

@@ -4,45 +4,15 @@
 // (classes are values of "class"), state bits, and, for attributes and classes, those that are the
 // first or the last element child of their parent. Every entry is in document order.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
-#include <unordered_map>
 
 #include <html-engine/internal/DocumentOrder.h>
-#include <html-engine/internal/OrderedNodeList.h>
+#include <html-engine/internal/IndexEntries.h>
 
 namespace HtmlEngine::Internal {
-
-/// What an entry of the index is for.
-enum class IndexKind : std::uint8_t {
-    TagName,
-    Attribute,
-    AttributeValue,
-    State,
-    FirstChildWithAttribute,
-    LastChildWithAttribute,
-    FirstChildWithClass,
-    LastChildWithClass,
-};
-
-using IndexKey = std::uint64_t;
-
-constexpr IndexKey MakeIndexKey(IndexKind kind, Atom first, Atom second = kNoAtom) {
-    return (static_cast<IndexKey>(kind) << 60) | (IndexKey{first} << 30) | second;
-}
-
-/// The elements of one key. One alone needs no list: most keys of a long list are values that occur
-/// once.
-struct IndexEntry {
-    NodeId only = kNoNode;
-    /// The removal that cleared this entry's range last.
-    std::uint32_t removal = 0;
-    std::unique_ptr<OrderedNodeList> many;
-
-    std::size_t Size() const { return many != nullptr ? many->Size() : std::size_t{only != kNoNode}; }
-};
 
 class ElementIndex {
 public:
@@ -52,11 +22,39 @@ public:
         : nodes_(nodes), order_(order), classAtom_(classAtom), styleAtom_(styleAtom) {}
 
     /// The elements of a key, or null when there are none.
-    const IndexEntry* Find(IndexKey key) const;
+    const IndexEntry* Find(IndexKey key) const { return entries_.Find(key); }
 
-    /// Enters elements that are linked, labelled and complete; each must not be here yet.
-    void Add(std::span<const NodeId> elements);
-    void Add(NodeId element) { Add(std::span<const NodeId>(&element, 1)); }
+    /// What was made of the keys that were met last. A list has the same few keys over and over.
+    template <typename Value>
+    class RecentKeys {
+    public:
+        /// What the caller put there for this key, or an empty value.
+        Value& At(IndexKey key) {
+            Place& place = places_[(key * 0x9E3779B97F4A7C15ULL) >> (64 - kBits)];
+            if (place.key != key) {
+                place = {key, Value()};
+            }
+            return place.value;
+        }
+
+    private:
+        static constexpr unsigned kBits = 8;
+
+        struct Place {
+            IndexKey key = 0;
+            Value value = Value();
+        };
+
+        std::array<Place, std::size_t{1} << kBits> places_;
+    };
+
+    /// Valid until something is taken out of the index.
+    using RecentEntries = RecentKeys<IndexEntry*>;
+
+    /// Enters an element that is linked, labelled and complete; it must not be here yet. For many
+    /// elements in document order, `recent` is the same object.
+    void Add(NodeId element, RecentEntries& recent);
+    void Add(NodeId element);
 
     /// Takes one element out, with the attributes, states and siblings that it had when it came in.
     void Remove(NodeId element);
@@ -71,17 +69,9 @@ public:
     void AddEdge(NodeId element, bool first);
     void RemoveEdge(NodeId element, bool first);
 
-    void Clear() { entries_.clear(); }
+    void Clear() { entries_.Clear(); }
 
 private:
-    struct KeyHash {
-        std::size_t operator()(IndexKey key) const {
-            key ^= key >> 31;
-            key *= 0x9E3779B97F4A7C15ULL;
-            return static_cast<std::size_t>(key ^ (key >> 29));
-        }
-    };
-
     template <typename Function>
     void ForEachKey(NodeId element, Function&& function) const;
     template <typename Function>
@@ -89,14 +79,15 @@ private:
     template <typename Function>
     static void ForEachStateKey(std::uint32_t bits, Function&& function);
 
-    void Insert(IndexKey key, NodeId element);
+    void Insert(IndexEntry& entry, NodeId element);
     void Erase(IndexKey key, NodeId element);
+    void EraseRange(IndexKey key, OrderLabel low, OrderLabel high);
 
     NodeStore& nodes_;
     const DocumentOrder& order_;
     Atom classAtom_;
     Atom styleAtom_;
-    std::unordered_map<IndexKey, IndexEntry, KeyHash> entries_;
+    IndexEntries entries_;
     std::uint32_t removal_ = 0;
 };
 

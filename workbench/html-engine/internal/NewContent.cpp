@@ -8,7 +8,10 @@ namespace HtmlEngine::Internal {
 
 NewContent::NewContent(Tree& tree, std::string_view html, std::string_view context) : tree_(tree)
 {
-    if (!PlainMarkup(tree).Read(html, context, run_)) {
+    PlainMarkup plain(tree);
+    if (plain.Read(html, context, run_)) {
+        elements_ = plain.TakeElements();
+    } else {
         parsed_.emplace(html, context);
     }
 }
@@ -18,9 +21,11 @@ NewContent::~NewContent()
     tree_.Dispose(run_);
 }
 
-NodeRun NewContent::Take()
+bool NewContent::Link(NodeId parent, NodeId previous)
 {
-    return parsed_.has_value() ? parsed_->Build(tree_) : std::exchange(run_, {});
+    const NodeRun run = parsed_.has_value() ? parsed_->Build(tree_) : std::exchange(run_, {});
+    tree_.Link(parent, previous, run, elements_);
+    return !run.IsEmpty();
 }
 
 }  // namespace HtmlEngine::Internal

@@ -160,10 +160,12 @@ constexpr std::size_t kNoPlace = kNames.size();
 constexpr std::string_view kTableBody = "tbody";
 
 // What a byte may be.
-constexpr std::uint8_t kTextByte = 1;  // stands for itself in text and in quoted values
+constexpr std::uint8_t kTextByte = 1;  // stands for itself in text
 constexpr std::uint8_t kNameByte = 2;  // of element names
 constexpr std::uint8_t kAttributeNameByte = 4;
 constexpr std::uint8_t kBareValueByte = 8;  // of values without quotes
+constexpr std::uint8_t kDoubleQuotedByte = 16;
+constexpr std::uint8_t kSingleQuotedByte = 32;
 
 constexpr auto kBytes = [] {
     std::array<std::uint8_t, 256> bytes{};
@@ -175,8 +177,10 @@ constexpr auto kBytes = [] {
             return set.find(c) != std::string_view::npos;
         };
         std::uint8_t uses = 0;
-        if ((isVisible || isOneOf(" \t\n\f")) && !isOneOf("&<")) {
-            uses |= kTextByte;
+        if ((isVisible || isOneOf(" \t\n\f")) && c != '&') {
+            uses |= c == '<' ? 0 : kTextByte;
+            uses |= c == '"' ? 0 : kDoubleQuotedByte;
+            uses |= c == '\'' ? 0 : kSingleQuotedByte;
         }
         if (isWord) {
             uses |= kNameByte;
@@ -195,6 +199,11 @@ constexpr auto kBytes = [] {
 bool Is(std::uint8_t use, char c)
 {
     return (kBytes[static_cast<unsigned char>(c)] & use) != 0;
+}
+
+bool IsContinuation(char c)
+{
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
 /// Length of the character at the front, which is beyond ASCII; 0 when it is malformed or one that
@@ -299,13 +308,43 @@ bool PlainMarkup::ReadText()
     return true;
 }
 
+bool PlainMarkup::SkipCharacters(std::uint8_t use)
+{
+    const char* at = html_.data() + at_;
+    const char* const end = html_.data() + html_.size();
+    const auto byte = [&](std::ptrdiff_t offset) { return static_cast<unsigned char>(at[offset]); };
+    while (at != end) {
+        if (Is(use, *at)) {
+            ++at;
+        } else if (end - at >= 2 && byte(0) > 0xC2 && byte(0) < 0xE0 && IsContinuation(at[1])) {
+            at += 2;
+        } else if (end - at >= 3 && byte(0) > 0xE0 && byte(0) < 0xED && IsContinuation(at[1]) &&
+                   IsContinuation(at[2])) {
+            at += 3;
+        } else if (IsAscii(*at)) {
+            break;
+        } else {
+            const std::size_t length = AllowedCharacterLength({at, end});
+            if (length == 0) {
+                return false;
+            }
+            at += length;
+        }
+    }
+    at_ = static_cast<std::size_t>(at - html_.data());
+    return true;
+}
+
 bool PlainMarkup::ReadCharacters(char stop, std::string_view& text)
 {
+    const std::uint8_t use = stop == '"'    ? kDoubleQuotedByte
+                             : stop == '\'' ? kSingleQuotedByte
+                                            : kTextByte;
     std::size_t from = at_;
     characters_.clear();
     while (true) {
-        while (!IsAtEnd() && html_[at_] != stop && Is(kTextByte, html_[at_])) {
-            ++at_;
+        if (!SkipCharacters(use)) {
+            return false;
         }
         if (IsAtEnd()) {
             if (stop != '<') {
@@ -329,11 +368,8 @@ bool PlainMarkup::ReadCharacters(char stop, std::string_view& text)
             at_ += html_.substr(at_).starts_with("\r\n") ? 2U : 1U;
             from = at_;
         } else {
-            const std::size_t length = AllowedCharacterLength(html_.substr(at_));
-            if (length == 0) {
-                return false;
-            }
-            at_ += length;
+            // A control character.
+            return false;
         }
     }
     text = html_.substr(from, at_ - from);
@@ -385,7 +421,7 @@ bool PlainMarkup::ReadStartTag()
     ++at_;
     KnownTags& set = TagsLike(at_);
     const std::string_view rest = html_.substr(at_);
-    for (const KnownTag& tag : set.tags) {
+    for (KnownTag& tag : set.tags) {
         if (!tag.written.empty() && rest.starts_with(tag.written)) {
             at_ += tag.written.size();
             return Open(tag);
@@ -393,14 +429,7 @@ bool PlainMarkup::ReadStartTag()
     }
     KnownTag& tag = set.tags[set.oldest];
     set.oldest = (set.oldest + 1) % kTagsPerSet;
-    if (!ReadNewTag(tag)) {
-        return false;
-    }
-    // The element has references of its own now.
-    const bool isOpen = Open(tag);
-    collector_.Clear();
-    tree_.Atoms().Release(tag.atom);
-    return isOpen;
+    return ReadNewTag(tag) && Open(tag);
 }
 
 bool PlainMarkup::ReadNewTag(KnownTag& tag)
@@ -415,10 +444,7 @@ bool PlainMarkup::ReadNewTag(KnownTag& tag)
     if ((tag.known.traits & kNotPlain) != 0 || !ReadAttributes(tag)) {
         return false;
     }
-    const std::span<const AttributeEntry> entries = collector_.Entries();
-    tag.entries.assign(entries.begin(), entries.end());
-    tag.states = collector_.States();
-    tag.atom = tree_.Atoms().Acquire(AsciiLower(tag.name));
+    tag.model = kNoNode;
     tag.written = html_.substr(from, at_ - from);
     return true;
 }
@@ -538,7 +564,7 @@ bool PlainMarkup::MayStandHere(const KnownTag& tag) const
     return !isRepaired;
 }
 
-bool PlainMarkup::Open(const KnownTag& tag)
+bool PlainMarkup::Open(KnownTag& tag)
 {
     if (!MayStandHere(tag)) {
         return false;
@@ -549,7 +575,10 @@ bool PlainMarkup::Open(const KnownTag& tag)
         // The next section ends the one before.
         Pop();
     }
-    const NodeId element = tree_.CreateElement(tag.atom, tag.entries, tag.states);
+    const NodeId element =
+        tag.model == kNoNode ? CreateElement(tag) : tree_.CreateElementLike(tag.model);
+    tag.model = element;
+    elements_.push_back(element);
     Append(element);
     if ((tag.known.traits & kVoid) == 0) {
         Push(element, tag.name, tag.known);
@@ -557,9 +586,21 @@ bool PlainMarkup::Open(const KnownTag& tag)
     return true;
 }
 
+NodeId PlainMarkup::CreateElement(const KnownTag& tag)
+{
+    lowerName_.assign(tag.name);
+    std::ranges::transform(lowerName_, lowerName_.begin(), ToAsciiLower);
+    const NodeId element = tree_.CreateElement(lowerName_);
+    tree_.SetAttributes(element, collector_.Entries());
+    tree_.SetStates(element, collector_.States());
+    collector_.Forget();
+    return element;
+}
+
 void PlainMarkup::OpenTableBody()
 {
     const NodeId body = tree_.CreateElement(kTableBody);
+    elements_.push_back(body);
     Append(body);
     Push(body, kTableBody, NameOf(kTableBody));
 }

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <html-engine/internal/AttributeCollector.h>
@@ -32,6 +33,9 @@ public:
     /// yet. False, and nothing made, when the markup or the context is not plain. Used once.
     bool Read(std::string_view html, std::string_view context, NodeRun& run);
 
+    /// The elements that were read, in document order.
+    std::vector<NodeId> TakeElements() { return std::move(elements_); }
+
 private:
     /// What is known of one element name.
     struct Name {
@@ -40,17 +44,15 @@ private:
         std::size_t place = 0;
     };
 
-    /// A start tag that was read: one like it, byte by byte, need not be read again. The atoms are
-    /// those of an element that was made from it.
+    /// A start tag that was read: one like it, byte by byte, need not be read again.
     struct KnownTag {
         /// From the name to the closing bracket.
         std::string_view written;
         std::string_view name;
         Name known;
-        Atom atom = kNoAtom;
         bool closesItself = false;
-        std::uint32_t states = 0;
-        std::vector<AttributeEntry> entries;
+        /// The element that was made from it.
+        NodeId model = kNoNode;
     };
 
     struct OpenElement {
@@ -79,6 +81,9 @@ private:
     bool ReadValue(std::string_view& value);
     /// Reads up to `stop`: a quote, or `<` for text, which may also end with the markup.
     bool ReadCharacters(char stop, std::string_view& text);
+    /// Goes on to the next ASCII character without this use; false for one that HTML does not
+    /// allow.
+    bool SkipCharacters(std::uint8_t use);
     bool ReadReference(std::size_t& from);
 
     bool SkipSpace();
@@ -88,7 +93,8 @@ private:
 
     bool MayStandHere(const KnownTag& tag) const;
     unsigned TraitsAround() const;
-    bool Open(const KnownTag& tag);
+    bool Open(KnownTag& tag);
+    NodeId CreateElement(const KnownTag& tag);
     void OpenTableBody();
     void Append(NodeId node);
     void Push(NodeId element, std::string_view name, Name known);
@@ -99,6 +105,7 @@ private:
     std::string_view html_;
     std::size_t at_ = 0;
     NodeRun top_;
+    std::vector<NodeId> elements_;
     std::vector<OpenElement> open_;
     /// How many elements of each name with traits are open.
     std::vector<std::uint32_t> openCounts_;

@@ -27,18 +27,14 @@ NodeId Tree::CreateElement(std::string_view lowerCaseName, std::uint8_t flags) {
     return id;
 }
 
-NodeId Tree::CreateElement(Atom name, std::span<const AttributeEntry> attributes,
-                           std::uint32_t states) {
+NodeId Tree::CreateElementLike(NodeId element) {
     const NodeId id = nodes_.Create(NodeKind::Element);
+    const Node& model = nodes_[element];
     Node& node = nodes_[id];
-    node.name = name;
-    node.element.states = states;
-    atoms_.AddReference(name);
-    for (const AttributeEntry& entry : attributes) {
-        atoms_.AddReference(entry.name);
-        atoms_.AddReference(entry.value);
-    }
-    node.element.attributes.Assign(attributes);
+    node.name = model.name;
+    atoms_.AddReference(node.name);
+    node.element.states = model.element.states;
+    node.element.attributes.Share(model.element.attributes);
     return id;
 }
 
@@ -89,27 +85,36 @@ void Tree::DestroyNode(NodeId id) {
 }
 
 void Tree::Dispose(NodeRun run) {
-    std::vector<NodeId> pending;
-    const auto push = [&](NodeId id) { pending.push_back(id); };
-    ForEachSibling(nodes_, run, push);
-    while (!pending.empty()) {
-        const NodeId id = pending.back();
-        pending.pop_back();
-        Node& node = nodes_[id];
-        if (node.IsElement()) {
-            if (node.element.uses > 0) {
-                node.parent = node.previous = node.next = kNoNode;
-                continue;
-            }
-            ForEachSibling(nodes_, ContentOf(id), push);
+    std::vector<NodeId> ending;
+    std::vector<NodeId> staying;
+    std::size_t depth = 0;
+    for (NodeId id = run.first; id != kNoNode;) {
+        const Node& node = nodes_[id];
+        const bool stays = node.IsElement() && node.element.uses > 0;
+        (stays ? staying : ending).push_back(id);
+        if (node.IsElement() && !stays && node.element.firstChild != kNoNode) {
+            id = node.element.firstChild;
+            ++depth;
+            continue;
         }
-        DestroyNode(id);
+        while (depth > 0 && nodes_[id].next == kNoNode) {
+            id = nodes_[id].parent;
+            --depth;
+        }
+        id = depth == 0 && id == run.last ? kNoNode : nodes_[id].next;
+    }
+    for (const NodeId id : staying) {
+        nodes_[id].parent = nodes_[id].previous = nodes_[id].next = kNoNode;
+    }
+    // The place that ends last is used first: what comes next lies in memory in document order.
+    for (auto id = ending.rbegin(); id != ending.rend(); ++id) {
+        DestroyNode(*id);
     }
 }
 
 void Tree::SetRoot(NodeId root) {
     root_ = root;
-    Attach({root, root});
+    Attach(ElementsOf({root, root}));
     if (observer_ != nullptr) {
         observer_->OnPageReplaced();
     }
@@ -121,7 +126,7 @@ std::size_t Tree::CountElements(NodeRun run) const {
     return count;
 }
 
-void Tree::Link(NodeId parent, NodeId previous, NodeRun run) {
+void Tree::Link(NodeId parent, NodeId previous, NodeRun run, std::span<const NodeId> elements) {
     if (run.IsEmpty()) {
         return;
     }
@@ -147,7 +152,7 @@ void Tree::Link(NodeId parent, NodeId previous, NodeRun run) {
         const NodeId lastElement = ElementBackFrom(nodes_, run.last);
         positions_.Inserted(parent, firstElement, elementCount);
         if (isAttached) {
-            Attach(run);
+            Attach(elements.empty() ? ElementsOf(run) : elements);
             const NodeId elementBefore = PreviousElementSibling(nodes_, firstElement);
             const NodeId elementAfter = NextElementSibling(nodes_, lastElement);
             if (elementBefore == kNoNode && elementAfter != kNoNode) {
@@ -205,30 +210,29 @@ void Tree::ReportRemoved(NodeId parent, NodeRun run) {
                          nodes_.HandleOf(run.last));
 }
 
-void Tree::Attach(NodeRun run) {
+std::vector<NodeId> Tree::ElementsOf(NodeRun run) const {
     std::vector<NodeId> elements;
     ForEachSibling(nodes_, run, [&](NodeId top) {
         if (nodes_[top].IsElement()) {
             for (NodeId id = top; id != kNoNode; id = NextElementWithin(nodes_, id, top)) {
-                nodes_[id].flags |= NodeFlag::kAttached;
                 elements.push_back(id);
             }
         }
     });
+    return elements;
+}
+
+void Tree::Attach(std::span<const NodeId> elements) {
     attachedCount_ += elements.size();
-    order_.Label(elements);
-    index_.Add(elements);
+    ElementIndex::RecentEntries recent;
+    order_.Label(elements, [&](NodeId id) {
+        nodes_[id].flags |= NodeFlag::kAttached;
+        index_.Add(id, recent);
+    });
 }
 
 void Tree::Detach(NodeRun run, std::vector<LeftElement>& left) {
-    std::vector<NodeId> elements;
-    ForEachSibling(nodes_, run, [&](NodeId top) {
-        if (nodes_[top].IsElement()) {
-            for (NodeId id = top; id != kNoNode; id = NextElementWithin(nodes_, id, top)) {
-                elements.push_back(id);
-            }
-        }
-    });
+    const std::vector<NodeId> elements = ElementsOf(run);
     if (elements.empty()) {
         return;
     }
@@ -310,9 +314,11 @@ void Tree::SetAttributes(NodeId element, std::span<const AttributeEntry> entries
     if (attached) {
         index_.Remove(element);
     }
-    for (const AttributeEntry& entry : list.Entries()) {
-        atoms_.Release(entry.name);
-        atoms_.Release(entry.value);
+    if (!list.IsShared()) {
+        for (const AttributeEntry& entry : list.Entries()) {
+            atoms_.Release(entry.name);
+            atoms_.Release(entry.value);
+        }
     }
     list.Assign(entries);
     if (attached) {

@@ -60,9 +60,8 @@ public:
 
     NodeId CreateElement(std::string_view lowerCaseName, std::uint8_t flags = 0);
 
-    /// With references of its own to what it is made of.
-    NodeId CreateElement(Atom name, std::span<const AttributeEntry> attributes,
-                         std::uint32_t states);
+    /// Another element with the same name, attributes and states, and without content.
+    NodeId CreateElementLike(NodeId element);
 
     NodeId CreateCharacters(NodeKind kind, std::string_view text);
 
@@ -81,7 +80,8 @@ public:
 
     /// Puts an unlinked run under `parent`, behind `previous` (kNoNode: first). Text that comes to
     /// lie beside text is joined: the node that is in its place already takes the text in.
-    void Link(NodeId parent, NodeId previous, NodeRun run);
+    /// `elements` are all elements of the run in document order; empty when the caller has no list.
+    void Link(NodeId parent, NodeId previous, NodeRun run, std::span<const NodeId> elements = {});
 
     /// Takes siblings out and disposes of them. The elements among them that had handlers are
     /// added to `left` in document order. Text that comes to lie beside text is joined.
@@ -100,7 +100,8 @@ public:
     void SetStates(NodeId element, std::uint32_t states);
 
 private:
-    void Attach(NodeRun run);
+    std::vector<NodeId> ElementsOf(NodeRun run) const;
+    void Attach(std::span<const NodeId> elements);
     void Detach(NodeRun run, std::vector<LeftElement>& left);
     void Unlink(NodeRun run);
     std::size_t CountElements(NodeRun run) const;
