@@ -1,8 +1,16 @@
 #include "driver/CommandLine.h"
 
+#if defined(WORKBENCH_SERVES_PAGES)
+#include "web/BrowserWorkbench.h"
+#endif
+
 #include <iostream>
 
 int main(int argumentCount, char** arguments)
 {
-    return Workbench::RunProgram(argumentCount, arguments, std::cin, std::cout, std::cerr);
+    Workbench::Browse browse;
+#if defined(WORKBENCH_SERVES_PAGES)
+    browse = Workbench::RunInBrowser;
+#endif
+    return Workbench::RunProgram(argumentCount, arguments, std::cin, std::cout, std::cerr, browse);
 }

@@ -4,6 +4,9 @@
 
 #include "documents/AnnotationDictionary.h"
 
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFWriter.hh>
+
 #include <array>
 #include <string_view>
 #include <vector>
@@ -202,6 +205,20 @@ void FillSampleDocument(QPDF& file)
             arrays[comment.page].appendItem(MakePopup(file, annotation, comment.rect));
         }
     }
+}
+
+std::string SampleDocumentBytes()
+{
+    QPDF file;
+    file.emptyPDF();
+    FillSampleDocument(file);
+    QPDFWriter writer{file};
+    writer.setOutputMemory();
+    writer.setMinimumPDFVersion("1.7");
+    writer.setDeterministicID(true);
+    writer.write();
+    const auto buffer = writer.getBufferSharedPointer();
+    return {reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()};
 }
 
 }  // namespace MakeDocument

@@ -29,6 +29,7 @@ struct ProgramOptions {
     std::string module;
     std::string locales;
     std::uint32_t waitSeconds = 300;
+    std::uint16_t port = 0;
     SessionOptions session;
 };
 
@@ -50,6 +51,8 @@ void Declare(CLI::App& app, ProgramOptions& options)
     app.add_option("--password", options.session.password, "Password of encrypted files");
     app.add_option("--locale", options.session.host.language,
                    "Language of the panel: en, de, ru, ar, he");
+    app.add_option("--port", options.port, "Port of the page in the browser; a free one if not given")
+        ->excludes(json);
     app.add_option("--module", options.module, "Library of the panel, in place of the one built");
     app.add_option("--locales", options.locales, "Folder of the languages' files");
     app.add_option("--wait", options.waitSeconds, "Seconds after which a busy panel is given up");
@@ -112,10 +115,10 @@ void CarryOut(const ProgramOptions& options, std::istream& input, std::ostream& 
 }  // namespace
 
 int RunProgram(int argumentCount, const char* const* arguments, std::istream& input,
-               std::ostream& output, std::ostream& errors)
+               std::ostream& output, std::ostream& errors, const Browse& browse)
 {
     ProgramOptions options;
-    CLI::App app("Shows the comments panel of PDF files.", "workbench");
+    CLI::App app("Shows the comments panel of PDF files, in the browser unless told otherwise.", "workbench");
     Declare(app, options);
     try {
         app.parse(argumentCount, arguments);
@@ -130,11 +133,13 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
             options.isFile.push_back(option->get_name() == kFile);
         }
     }
-    if (!options.json && !options.text && options.script.empty()) {
-        errors << "workbench: there is no browser workbench yet; use --json, --text or --script\n";
+    const bool browses = !options.json && !options.text && options.script.empty();
+    if (browses && !browse) {
+        errors << "workbench: this build shows nothing in the browser; use --json, --text or "
+                  "--script\n";
         return kExitFailed;
     }
-    if (options.files.empty() && options.memoryDocuments.empty()) {
+    if (!browses && options.files.empty() && options.memoryDocuments.empty()) {
         errors << "workbench: no file is given (see --help)\n";
         return kExitFailed;
     }
@@ -146,6 +151,10 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
     }
     options.session.waitLimit = std::chrono::seconds(options.waitSeconds);
     try {
+        if (browses) {
+            return browse({options.session, options.files, options.memoryDocuments, options.port},
+                          output, errors);
+        }
         if (options.script.empty()) {
             output << Listing(options, errors) << std::flush;
         } else {

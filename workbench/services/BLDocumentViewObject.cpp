@@ -215,6 +215,7 @@ ResultCode BLDocumentViewObject::GoTo(const BLGoToRequest* request)
     }
     const bool isOtherPage = !target_ || target_->pageIndex != request->pageIndex;
     target_ = *request;
+    ++targetCount_;
     if (isOtherPage) {
         state_->Fire(Event<BLDocumentView::OnFocusPageChanged>(), request->pageIndex);
     }

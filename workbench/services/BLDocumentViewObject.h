@@ -49,6 +49,9 @@ public:
     // The last go-to request; nothing before the first.
     std::optional<BLGoToRequest> LastTarget() const;
 
+    // Number of go-to requests so far.
+    std::uint64_t TargetCount() const noexcept { return targetCount_; }
+
     // Empty annotation: nothing has it. [any-thread]
     Focus FocusedAnnotation() const;
 
@@ -92,6 +95,7 @@ private:
     const BasicServiceObjectPtr<BLDocumentObject> document_;
     const std::uint64_t number_;
     std::optional<BLGoToRequest> target_;
+    std::uint64_t targetCount_ = 0;
     BasicServiceObjectPtr<ServiceObject> highlight_;
 
     mutable std::mutex focusMutex_;

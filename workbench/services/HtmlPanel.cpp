@@ -199,6 +199,13 @@ ElementHandle HtmlPanel::ClickTarget(ElementHandle element) const
                                                                                     : target;
 }
 
+void HtmlPanel::ScrollIntoView(ElementHandle element) const
+{
+    if (scrollCallback_ && document_->IsAttached(element)) {
+        scrollCallback_(element);
+    }
+}
+
 template <class M, class Event>
 void HtmlPanel::Raise(ElementHandle target, std::uint32_t eventGroup, Event& event)
 {

@@ -9,10 +9,12 @@
 #include "ui-engine/UIHtmlEngine.SO.h"
 #include "ui-engine/UIWnd.SO.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Workbench {
@@ -76,6 +78,14 @@ public:
     void PressKey(HtmlEngine::ElementHandle element, std::uint32_t virtualKey,
                   std::uint32_t modifiers = 0);
 
+    // --- Output ---
+
+    using ScrollCallback = std::function<void(HtmlEngine::ElementHandle)>;
+
+    // Who is told that a handler asks for an element to be scrolled into view; empty: nobody.
+    void SetScrollCallback(ScrollCallback callback) { scrollCallback_ = std::move(callback); }
+    void ScrollIntoView(HtmlEngine::ElementHandle element) const;
+
 private:
     using AttachmentPtr = std::shared_ptr<HandlerAttachment>;
 
@@ -91,6 +101,7 @@ private:
     UIWnd* window_ = nullptr;
     UIHtmlEngine* engine_ = nullptr;
     std::unique_ptr<HtmlEngine::Document> document_;
+    ScrollCallback scrollCallback_;
     std::vector<std::weak_ptr<HandlerAttachment>> attachments_;
     // The original text of elements that were translated by it.
     std::unordered_map<HtmlEngine::ElementHandle, std::string> originalTexts_;

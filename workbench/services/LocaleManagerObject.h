@@ -20,6 +20,13 @@
 
 namespace Workbench {
 
+// A language as a menu offers it.
+struct LocaleTitle {
+    std::string language;  // "de"
+    std::string name;      // "Deutsch"
+    bool isRightToLeft = false;
+};
+
 class LocaleManagerObject : public HostObject<LocaleManagerObject, LocaleManager> {
 public:
     // Speaks no language at first: every lookup finds nothing.
@@ -27,6 +34,9 @@ public:
 
     // The languages that there are, sorted ("ar", "de", "en").
     std::vector<std::string> Languages() const;
+
+    // The same with what their files say of them; files that cannot be read are left out.
+    std::vector<LocaleTitle> Titles() const;
 
     // Speaks that language from here on. Throws std::runtime_error, naming language or file, when
     // there is no such language or its file is not what it should be; nothing has changed then.

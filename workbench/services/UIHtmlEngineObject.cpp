@@ -272,7 +272,7 @@ ResultCode UIHtmlEngineObject::GetAttribute(HtmlElementHandle element, const cha
     return kResultOk;
 }
 
-// The engine lays nothing out, so there is nothing to bring up to date and nothing to scroll.
+// The engine lays nothing out, so there is nothing to bring up to date here.
 ResultCode UIHtmlEngineObject::UpdateElement(HtmlElementHandle element, std::uint32_t) const
 {
     PageWith(element);
@@ -282,6 +282,7 @@ ResultCode UIHtmlEngineObject::UpdateElement(HtmlElementHandle element, std::uin
 ResultCode UIHtmlEngineObject::ScrollIntoView(HtmlElementHandle element, std::uint32_t) const
 {
     PageWith(element);
+    panel_->ScrollIntoView(ElementOf(element));
     return kResultOk;
 }
 

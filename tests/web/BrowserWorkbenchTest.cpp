@@ -1,0 +1,571 @@
+// Pages at work: what they are shown, what they may do, and what becomes of it.
+#include "RunningWorkbench.h"
+#include "documents/QpdfDocument.h"
+#include "web/FileCopies.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace WebTests {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Workbench::BrowserWorkbench;
+
+std::string ReadFile(const std::filesystem::path& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// Number of annotations on a page of a file.
+std::size_t CountIn(const std::string& bytes, std::uint32_t page)
+{
+    const auto opened = Documents::QpdfDocument::OpenBytes(bytes, "bytes");
+    if (opened.document == nullptr) {
+        ADD_FAILURE() << opened.message;
+        return 0;
+    }
+    std::uint32_t count = 0;
+    Documents::FunctionTable().PageGetAnnotCount(opened.document->AcquirePage(page).Get(), &count);
+    return count;
+}
+
+class Browsing : public testing::Test {
+protected:
+    // Starts with copies of the sample under these names.
+    void Start(const std::vector<std::string>& names)
+    {
+        std::vector<std::string> files;
+        for (const std::string& name : names) {
+            files.push_back(folder.AddSample(name));
+        }
+        workbench = std::make_unique<RunningWorkbench>(
+            files, std::vector<std::string>{},
+            std::vector<std::filesystem::path>{folder.At("state")});
+        page = Connect();
+    }
+    std::unique_ptr<PageClient> Connect()
+    {
+        auto client = std::make_unique<PageClient>(workbench->Address());
+        client->ReadUntil([](const Json& message) {
+            return message.at("type") == "panel" && message.at("remaining") == 0;
+        });
+        workbench->Settle(*client);
+        return client;
+    }
+    void ExpectSameTree(PageClient& client)
+    {
+        EXPECT_TRUE(client.tree.Text() == workbench->PanelText());
+    }
+    std::uint64_t Item(const std::string& name) { return page->tree.Find("annot-name", name); }
+    std::string Path(const std::string& name) const { return folder.At(name).string(); }
+
+    // A command that must succeed; what it answers.
+    Json Do(const std::string& name, const Json& arguments)
+    {
+        const Json reply = page->Command(name, arguments);
+        EXPECT_EQ(reply.at("error"), nullptr) << name << " " << reply;
+        return reply;
+    }
+
+    TemporaryFolder folder;
+    std::unique_ptr<RunningWorkbench> workbench;
+    std::unique_ptr<PageClient> page;
+};
+
+TEST_F(Browsing, ShowsAPageTheSampleWhenNothingIsNamed)
+{
+    workbench = std::make_unique<RunningWorkbench>(std::vector<std::string>{});
+    PageClient client(workbench->Address());
+    const Json hello = client.Read();
+    EXPECT_EQ(hello.at("type"), "hello");
+    EXPECT_EQ(hello.at("version"), 1);
+    EXPECT_EQ(hello.at("locales").size(), 5u);
+    EXPECT_EQ(hello.at("locales")[0].at("direction"), "rtl");
+    EXPECT_EQ(client.Read().at("type"), "locale");
+    EXPECT_EQ(client.Read().at("type"), "documents");
+    const Json first = client.Read();
+    EXPECT_EQ(first.at("type"), "panel");
+    EXPECT_EQ(first.at("reset"), true);
+    workbench->Settle(client);
+    const Json document = client.Document(1);
+    EXPECT_EQ(document.at("name"), "sample.pdf");
+    EXPECT_EQ(document.at("path"), nullptr);
+    EXPECT_EQ(document.at("busy"), nullptr);
+    EXPECT_EQ(client.documents.at("active"), 1);
+    EXPECT_EQ(Get(workbench->Address(), "/documents/2/content").status, 404);
+    const HttpResult content = Get(workbench->Address(), "/documents/1/content?revision=0");
+    EXPECT_THAT(content.header, HasSubstr("application/pdf"));
+    EXPECT_GT(CountIn(content.body, 0), 0u);
+    const HttpResult download = Get(workbench->Address(), "/documents/1/download");
+    EXPECT_THAT(download.header, HasSubstr("attachment; filename=\"sample.pdf\""));
+    EXPECT_EQ(download.body, content.body);
+}
+
+TEST_F(Browsing, FollowsClicksAndKeysOfSeveralPages)
+{
+    Start({"a.pdf"});
+    const auto other = Connect();
+    ExpectSameTree(*page);
+    ASSERT_NE(Item("0_1"), 0u);
+    page->Send({{"type", "click"}, {"element", Item("0_1")}});
+    page->Fence();
+    EXPECT_EQ(page->tree.StatesOf(Item("0_1")), 32u);
+    EXPECT_EQ(page->tree.StatesOf(Item("0_0")), 0u);
+    const Json shown = page->Document(1).at("shown");
+    EXPECT_EQ(shown.at("page"), 0);
+    EXPECT_EQ(shown.at("mode"), 4);
+    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 0}, {"index", 1}}));
+
+    page->Send({{"type", "click"}, {"element", Item("0_1")}});
+    page->Send({{"type", "key"}, {"key", "Down"}, {"element", nullptr}});
+    page->Send({{"type", "key"}, {"key", "Enter"}});
+    page->Fence();
+    EXPECT_GE(page->Document(1).at("shown").at("count"), shown.at("count").get<int>() + 2)
+        << "the same place may be shown again";
+    EXPECT_EQ(page->tree.StatesOf(Item("0_1")), 0u);
+    EXPECT_THAT(page->others, testing::Contains(testing::ResultOf(
+                                  [](const Json& m) { return m.at("type"); }, "scroll")));
+    ExpectSameTree(*page);
+    other->Fence();
+    ExpectSameTree(*other);
+    EXPECT_EQ(other->documents, page->documents);
+
+    const std::size_t before = CountIn(Get(workbench->Address(), "/documents/1/content").body, 0);
+    page->Send({{"type", "key"}, {"key", "Delete"}});
+    page->Fence();
+    EXPECT_EQ(page->Document(1).at("modified"), true);
+    EXPECT_EQ(page->Document(1).at("undo"), "remove");
+    EXPECT_LT(CountIn(Get(workbench->Address(), "/documents/1/content").body, 0), before);
+    Do("undo", {{"document", 1}});
+    EXPECT_EQ(page->Document(1).at("modified"), false);
+    EXPECT_EQ(page->Document(1).at("redo"), "remove");
+    ExpectSameTree(*page);
+    const auto late = Connect();
+    ExpectSameTree(*late);
+    EXPECT_EQ(late->documents, page->documents);
+}
+
+TEST_F(Browsing, AnswersMessagesThatItCannotReadAndGoesOn)
+{
+    Start({"a.pdf"});
+    const char* const rows[] = {
+        "",
+        "nonsense",
+        "[1]",
+        "{}",
+        "{\"type\":5}",
+        "{\"type\":\"nonsense\"}",
+        "{\"type\":\"click\"}",
+        "{\"type\":\"click\",\"element\":\"1\"}",
+        "{\"type\":\"click\",\"element\":-1}",
+        "{\"type\":\"click\",\"element\":1e300}",
+        "{\"type\":\"key\",\"key\":\"F1\"}",
+        "{\"type\":\"key\",\"key\":\"Up\",\"element\":{}}",
+        "{\"type\":\"command\",\"name\":\"save\"}",
+        "{\"type\":\"command\",\"id\":null,\"name\":\"save\"}",
+    };
+    for (const char* const row : rows) {
+        page->SendText(row);
+        EXPECT_EQ(page->Read().at("type"), "refused") << row;
+    }
+    page->SendText(std::string(1'000'000, '['));
+    EXPECT_EQ(page->Read().at("type"), "refused");
+    page->SendBinary("{}");
+    EXPECT_EQ(page->Read().at("type"), "refused");
+    // Elements that there are not (any more) take no input, and that is no mistake.
+    page->Send({{"type", "click"}, {"element", 999'999}});
+    page->Send({{"type", "key"}, {"key", "Down"}, {"element", 999'999}});
+    page->Fence();
+    ExpectSameTree(*page);
+}
+
+TEST_F(Browsing, RefusesCommandsWithAReason)
+{
+    Start({"a.pdf", "b.pdf"});
+    folder.AddFile("damaged.pdf", "%PDF-1.7 nothing");
+    Do("read-only", {{"document", 2}, {"on", true}});
+    const struct {
+        const char* name;
+        Json arguments;
+        const char* error;
+        const char* reason;
+    } rows[] = {
+        {"nonsense", {}, "nonsense", ""},
+        {"save", {}, "document", ""},
+        {"save", {{"document", 9}}, "no document 9", ""},
+        {"save", {{"document", "1"}}, "document", ""},
+        {"open", {}, "path", ""},
+        {"open", {{"path", ""}}, "path", "path"},
+        {"open", {{"path", Path("none.pdf")}}, "none.pdf", ""},
+        {"open", {{"path", Path("")}}, "", ""},
+        {"open", {{"path", Path("damaged.pdf")}}, "damaged.pdf", "damaged"},
+        {"close", {{"document", 1}, {"unsaved", "x"}}, "unsaved", ""},
+        {"activate", {{"document", 3}}, "no document 3", ""},
+        {"add", {{"document", 1}, {"page", 99}, {"subtype", "Text"}}, "page 99", ""},
+        {"add", {{"document", 1}, {"page", 0}, {"subtype", ""}}, "subtype", ""},
+        {"add",
+         {{"document", 1}, {"page", 0}, {"subtype", "Text"}, {"rect", {1, 2, 3}}},
+         "rect",
+         ""},
+        {"add",
+         {{"document", 1}, {"page", 0}, {"subtype", "Text"}, {"rect", {5, 2, 3, 4}}},
+         "rect",
+         ""},
+        {"edit", {{"document", 1}, {"page", 0}, {"index", 999}, {"contents", "x"}}, "999", ""},
+        {"edit", {{"document", 1}, {"page", 0}, {"index", 0}}, "contents", ""},
+        {"remove", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", ""},
+        {"insert-page", {{"document", 1}, {"at", 99}}, "99", ""},
+        {"delete-page", {{"document", 1}, {"page", 99}}, "99", ""},
+        {"move-page", {{"document", 1}, {"from", 0}, {"to", 99}}, "99", ""},
+        {"save-as", {{"document", 1}, {"path", Path("b.pdf")}}, "another document", ""},
+        {"save-as", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", ""},
+        {"save-copy", {{"document", 1}, {"path", Path("a.pdf")}}, "is open", ""},
+        {"save-copy", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", ""},
+        {"locale", {{"locale", "xx"}}, "xx", ""},
+        {"focus", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", ""},
+        {"annotations", {{"document", 1}, {"page", 99}}, "99", ""},
+        {"add", {{"document", 2}, {"page", 0}, {"subtype", "Text"}}, "read-only", "read-only"},
+        {"edit",
+         {{"document", 2}, {"page", 0}, {"index", 0}, {"contents", "x"}},
+         "read-only",
+         "read-only"},
+        {"remove", {{"document", 2}, {"page", 0}, {"index", 0}}, "read-only", "read-only"},
+        {"insert-page", {{"document", 2}, {"at", 0}}, "read-only", "read-only"},
+        {"delete-page", {{"document", 2}, {"page", 0}}, "read-only", "read-only"},
+        {"move-page", {{"document", 2}, {"from", 0}, {"to", 1}}, "read-only", "read-only"},
+        {"undo", {{"document", 2}}, "read-only", "read-only"},
+        {"redo", {{"document", 2}}, "read-only", "read-only"},
+    };
+    const Json before = page->documents;
+    for (const auto& row : rows) {
+        const Json reply =
+            page->Command(row.name, row.arguments.is_null() ? Json::object() : row.arguments);
+        ASSERT_TRUE(reply.at("error").is_string()) << row.name << " " << row.arguments;
+        EXPECT_THAT(reply.at("error").get<std::string>(), HasSubstr(row.error)) << row.arguments;
+        EXPECT_EQ(reply.value("reason", ""), row.reason) << row.name << " " << row.arguments;
+    }
+    workbench->Settle(*page);
+    EXPECT_EQ(page->documents, before);
+}
+
+TEST_F(Browsing, RefusesChangesOfLockedComments)
+{
+    Start({"a.pdf"});
+    Json locked;
+    for (std::uint32_t number = 0; locked.is_null() && number < 7; ++number) {
+        Do("annotations", {{"document", 1}, {"page", number}});
+        for (const Json& annotation : page->others.back().at("annotations")) {
+            if (annotation.at("locked")) {
+                locked = {{"document", 1}, {"page", number}, {"index", annotation.at("index")}};
+            }
+        }
+    }
+    ASSERT_TRUE(locked.is_object()) << "the sample has protected ones";
+    EXPECT_EQ(page->Command("remove", locked).value("reason", ""), "locked");
+    locked["contents"] = "x";
+    EXPECT_EQ(page->Command("edit", locked).value("reason", ""), "locked");
+}
+
+TEST_F(Browsing, EditsAndTakesBack)
+{
+    Start({"a.pdf"});
+    const std::uint64_t pages = page->Document(1).at("pages");
+    const std::string original = page->tree.Text();
+    const Json added = Do("add", {{"document", 1},
+                                  {"page", 1},
+                                  {"subtype", "Highlight"},
+                                  {"contents", "Ж <b>bold</b>"},
+                                  {"rect", {100, 100, 200, 120}}});
+    const std::uint64_t index = added.at("index");
+    const Json place = {{"document", 1}, {"page", 1}, {"index", index}};
+    EXPECT_EQ(page->Document(1).at("undo"), "add");
+    const std::string name = "1_" + std::to_string(index);
+    EXPECT_THAT(page->tree.TextOf(Item(name)), HasSubstr("Ж bold"));
+
+    Do("annotations", {{"document", 1}, {"page", 1}});
+    const Json annotation = page->others.back().at("annotations").back();
+    EXPECT_EQ(annotation.at("index"), index);
+    EXPECT_EQ(annotation.at("subtype"), "Highlight");
+    EXPECT_EQ(annotation.at("contents"), "Ж <b>bold</b>");
+    EXPECT_EQ(annotation.at("rect"), Json({100, 100, 200, 120}));
+    EXPECT_EQ(annotation.at("listed"), true);
+
+    Json edit = place;
+    edit["contents"] = "changed";
+    Do("edit", edit);
+    EXPECT_THAT(page->tree.TextOf(Item(name)), HasSubstr("changed"));
+    Do("focus", place);
+    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 1}, {"index", index}}));
+    EXPECT_EQ(page->tree.StatesOf(Item(name)), 32u);
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 2}, {"index", index}}));
+    Do("move-page", {{"document", 1}, {"from", 2}, {"to", 0}});
+    EXPECT_EQ(page->Document(1).at("undo"), "move-page");
+    Do("delete-page", {{"document", 1}, {"page", 1}});
+    EXPECT_EQ(page->Document(1).at("pages"), pages);
+    Do("focus", {{"document", 1}, {"page", nullptr}, {"index", nullptr}});
+    EXPECT_EQ(page->Document(1).at("focused"), nullptr);
+    const std::uint64_t revision = page->Document(1).at("revision");
+    for (const char* undone : {"delete-page", "move-page", "insert-page", "edit", "add"}) {
+        EXPECT_EQ(page->Document(1).at("undo"), undone);
+        Do("undo", {{"document", 1}});
+    }
+    EXPECT_EQ(page->Document(1).at("undo"), nullptr);
+    EXPECT_EQ(page->Document(1).at("modified"), false);
+    EXPECT_EQ(page->Document(1).at("revision"), revision + 5);
+    workbench->Settle(*page);
+    ExpectSameTree(*page);
+    EXPECT_EQ(Item(name), 0u);
+    Do("redo", {{"document", 1}});
+    Do("remove", place);
+    EXPECT_EQ(Item(name), 0u);
+    EXPECT_EQ(page->Document(1).at("redo"), nullptr);
+}
+
+TEST_F(Browsing, OpensSavesAndClosesFiles)
+{
+    Start({"a.pdf"});
+    folder.AddSample("b.pdf");
+    EXPECT_EQ(Do("open", {{"path", Path("b.pdf")}}).at("document"), 2);
+    EXPECT_EQ(page->documents.at("active"), 2);
+    EXPECT_EQ(page->Document(2).at("path"), Path("b.pdf"));
+    std::vector<std::string> progress;
+    for (const Json& message : page->others) {
+        if (message.at("type") == "progress") {
+            progress.push_back(message.at("state"));
+        }
+    }
+    EXPECT_THAT(progress, ElementsAre("begun", "done"));
+    Do("activate", {{"document", 1}});
+    EXPECT_EQ(page->documents.at("active"), 1);
+    EXPECT_EQ(Do("open", {{"path", Path("./b.pdf")}}).at("document"), 2) << "open already";
+    EXPECT_EQ(page->documents.at("active"), 2);
+
+    const std::size_t count = CountIn(ReadFile(Path("b.pdf")), 1);
+    const Json edit = {{"document", 2}, {"page", 1}, {"subtype", "Text"}};
+    Do("add", edit);
+    EXPECT_EQ(page->Command("close", {{"document", 2}, {"unsaved", "ask"}}).at("reason"),
+              "unsaved");
+    Do("save-copy", {{"document", 2}, {"path", Path("copy.pdf")}});
+    EXPECT_EQ(page->Document(2).at("modified"), true);
+    EXPECT_EQ(CountIn(ReadFile(Path("copy.pdf")), 1), count + 1);
+    Do("save-as", {{"document", 2}, {"path", Path("c.pdf")}});
+    EXPECT_EQ(page->Document(2).at("name"), "c.pdf");
+    EXPECT_EQ(page->Document(2).at("modified"), false);
+    EXPECT_EQ(page->Document(2).at("busy"), nullptr);
+    // What is asked for while a file is being written happens behind that.
+    page->Send({{"type", "command"}, {"id", 900}, {"name", "save"}, {"document", 2}});
+    Do("add", edit);
+    EXPECT_EQ(page->Document(2).at("modified"), true);
+    EXPECT_EQ(CountIn(ReadFile(Path("c.pdf")), 1), count + 1);
+    Do("close", {{"document", 2}, {"unsaved", "save"}});
+    EXPECT_EQ(CountIn(ReadFile(Path("c.pdf")), 1), count + 2);
+    EXPECT_EQ(CountIn(ReadFile(Path("b.pdf")), 1), count);
+    EXPECT_THAT(page->Ids(), ElementsAre(1));
+    EXPECT_EQ(page->documents.at("active"), 1);
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    Do("close", {{"document", 1}, {"unsaved", "discard"}});
+    EXPECT_EQ(page->documents.at("active"), nullptr);
+    workbench->Settle(*page);
+    ExpectSameTree(*page);
+}
+
+TEST_F(Browsing, TakesFilesFromBrowsers)
+{
+    Start({"a.pdf"});
+    const std::string sample = ReadFile(Path("a.pdf"));
+    const HttpResult opened =
+        Post(workbench->Address(), "/documents?name=..%2Fx%2FЖ \"1\".pdf", sample);
+    EXPECT_EQ(opened.status, 0) << "blanks are not allowed in a target";
+    const HttpResult posted =
+        Post(workbench->Address(), "/documents?name=..%2Fx%2F%D0%96%20%221%22.pdf", sample);
+    EXPECT_EQ(Json::parse(posted.body).at("document"), 2);
+    page->Fence();
+    EXPECT_EQ(page->Document(2).at("name"), "Ж \"1\".pdf");
+    EXPECT_EQ(page->Document(2).at("path"), nullptr);
+    EXPECT_EQ(page->Command("save", {{"document", 2}}).at("reason"), "path");
+    Do("insert-page", {{"document", 2}, {"at", 0}});
+    EXPECT_EQ(page->Command("close", {{"document", 2}, {"unsaved", "save"}}).at("reason"), "path");
+    EXPECT_THAT(Get(workbench->Address(), "/documents/2/download").header,
+                HasSubstr("filename=\"____1_.pdf\"; filename*=UTF-8''%D0%96%20%221%22.pdf"));
+
+    const HttpResult damaged = Post(workbench->Address(), "/documents?name=d.pdf", "no file");
+    EXPECT_EQ(damaged.status, 422);
+    EXPECT_EQ(Json::parse(damaged.body).at("reason"), "damaged");
+    EXPECT_EQ(page->Command("open", {{"path", Path("a.pdf")}}).at("error"), nullptr);
+}
+
+TEST_F(Browsing, SwitchesViewsAndLanguages)
+{
+    Start({"a.pdf", "b.pdf"});
+    page->Send({{"type", "click"}, {"element", Item("0_0")}});
+    Do("focus", {{"document", 1}, {"page", 0}, {"index", 0}});
+    Do("read-only", {{"document", 1}, {"on", true}});
+    EXPECT_EQ(page->Document(1).at("readOnly"), true);
+    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 0}, {"index", 0}}));
+    EXPECT_EQ(page->documents.at("active"), 2);
+    workbench->Settle(*page);
+    ExpectSameTree(*page);
+    Do("activate", {{"document", 1}});
+    workbench->Settle(*page);
+    page->Send({{"type", "key"}, {"key", "Delete"}});
+    page->Fence();
+    EXPECT_EQ(page->Document(1).at("modified"), false);
+    Do("read-only", {{"document", 1}, {"on", false}});
+    EXPECT_EQ(page->Document(1).at("readOnly"), false);
+    EXPECT_THAT(page->Ids(), ElementsAre(1, 2));
+
+    Do("locale", {{"locale", "de"}});
+    EXPECT_EQ(page->locale, "de");
+    workbench->Settle(*page);
+    EXPECT_THAT(page->tree.Text(), HasSubstr("Seite 1"));
+    ExpectSameTree(*page);
+}
+
+TEST_F(Browsing, ServesFilesOfItsOwnAndOfThePanel)
+{
+    Start({"a.pdf"});
+    const HttpResult sheet = Get(workbench->Address(), "/panel/document-panel-comments/panel.css");
+    EXPECT_EQ(sheet.status, 200);
+    EXPECT_THAT(sheet.header, HasSubstr("Content-Type: text/css"));
+    EXPECT_THAT(sheet.body, HasSubstr("li[wb-current]"));
+    const HttpResult image =
+        Get(workbench->Address(), "/panel/document-panel-comments/text-ico.png");
+    EXPECT_THAT(image.header, HasSubstr("Content-Type: image/png"));
+    EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/panel.htm").status, 404);
+    EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/none.css").status, 404);
+    EXPECT_EQ(Get(workbench->Address(), "/app/none.js").status, 404);
+    EXPECT_EQ(Get(workbench->Address(), "/nonsense").status, 404);
+    EXPECT_EQ(Get(workbench->Address(), "/documents/1/nonsense").status, 404);
+    EXPECT_EQ(Get(workbench->Address(), "/documents/x/content").status, 404);
+}
+
+TEST_F(Browsing, KeepsWhatWasNotSavedWhenItEnds)
+{
+    Start({"a.pdf", "b.PDF", "c.pdf"});
+    folder.AddFile("a.recovered.pdf", "taken");
+    const std::size_t count = CountIn(ReadFile(Path("a.pdf")), 1);
+    for (const int document : {1, 2}) {
+        Do("add", {{"document", document}, {"page", 1}, {"subtype", "Text"}});
+    }
+    const HttpResult posted =
+        Post(workbench->Address(), "/documents?name=sent.pdf", ReadFile(Path("a.pdf")));
+    EXPECT_EQ(posted.status, 200);
+    Do("add", {{"document", 4}, {"page", 1}, {"subtype", "Text"}});
+    std::vector<std::string> last;
+    std::thread reader([&] {
+        EXPECT_EQ(page->ReadClose(), 1001u);
+        for (const Json& message : page->others) {
+            last.push_back(message.at("type"));
+        }
+    });
+    const std::string errors = workbench->End();
+    reader.join();
+    const std::filesystem::path copies[] = {Path("a.recovered-2.pdf"), Path("b.recovered.pdf"),
+                                            folder.At("state") / "sent.recovered.pdf"};
+    for (const auto& copy : copies) {
+        EXPECT_THAT(errors, HasSubstr(copy.string()));
+        EXPECT_EQ(CountIn(ReadFile(copy), 1), count + 1) << copy;
+    }
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 3);
+    EXPECT_EQ(ReadFile(Path("a.recovered.pdf")), "taken");
+    EXPECT_EQ(CountIn(ReadFile(Path("a.pdf")), 1), count);
+    ASSERT_GE(last.size(), 4u);
+    EXPECT_THAT(std::vector<std::string>(last.end() - 4, last.end()),
+                ElementsAre("notice", "notice", "notice", "goodbye"));
+}
+
+TEST_F(Browsing, TellsOfFailuresInThePanelAndLives)
+{
+    Start({"a.pdf"});
+    workbench->OnUi([](BrowserWorkbench& running) {
+        running.TheHost().State().failures.Add({"UIHandler::HandleKey", 2, "on purpose"});
+    });
+    page->Fence();
+    EXPECT_THAT(page->others.back().at("text").get<std::string>(), HasSubstr("on purpose"));
+}
+
+// Several pages that come, go and act at random; whoever stays has the engine's tree.
+TEST_F(Browsing, KeepsPagesThatComeAndGoTrue)
+{
+    Start({"a.pdf", "b.pdf"});
+    const unsigned seed = std::random_device()();
+    RecordProperty("seed", std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto below = [&](unsigned end) { return random() % end; };
+    std::vector<std::unique_ptr<PageClient>> pages;
+    const char* const keys[] = {"Up", "Down", "PageUp", "PageDown", "Home", "End", "Delete"};
+    for (int step = 0; step < 150; ++step) {
+        const unsigned document = 1 + below(2);
+        switch (below(7)) {
+        case 0:
+            pages.push_back(Connect());
+            break;
+        case 1:
+            if (!pages.empty()) {
+                pages.erase(pages.begin());
+            }
+            break;
+        case 2:
+            page->Command("add", {{"document", document},
+                                  {"page", below(7)},
+                                  {"subtype", "Ink"},
+                                  {"contents", std::string(below(2000), 'x')}});
+            break;
+        case 3:
+            page->Command(below(3) == 0 ? "redo" : "undo", {{"document", document}});
+            break;
+        case 4:
+            page->Command("activate", {{"document", document}});
+            break;
+        case 5:
+            page->Send({{"type", "click"}, {"element", 1 + below(3000)}});
+            break;
+        default:
+            page->Send({{"type", "key"}, {"key", keys[below(7)]}});
+        }
+        if (step % 10 == 9) {
+            workbench->Settle(*page);
+            ASSERT_TRUE(page->tree.Text() == workbench->PanelText()) << "seed " << seed;
+            for (const auto& other : pages) {
+                other->Fence();
+                ASSERT_TRUE(other->tree.Text() == page->tree.Text()) << "seed " << seed;
+            }
+        }
+    }
+}
+
+TEST(RecoveryCopy, GoesToTheFirstPlaceThatTakesIt)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.AddSample("a.pdf");
+    const auto opened = Documents::QpdfDocument::Open(path);
+    folder.AddFile("file", "no folder");
+    const auto copy =
+        Workbench::WriteRecoveryCopy(*opened.document, "a.pdf", folder.At("file") / "a.pdf",
+                                     {folder.At("file") / "x", folder.At("new") / "deep"});
+    EXPECT_EQ(copy.error, "");
+    EXPECT_EQ(copy.file, folder.At("new") / "deep" / "a.recovered.pdf");
+    EXPECT_EQ(std::filesystem::status(copy.file).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    EXPECT_THAT(
+        Workbench::WriteRecoveryCopy(*opened.document, "a.pdf", std::nullopt, {folder.At("file")})
+            .error,
+        AllOf(HasSubstr("a.pdf"), HasSubstr("no recovery copy")));
+}
+
+TEST(BrowserWorkbench, SaysAtOnceWhatItCannotOpen)
+{
+    EXPECT_THROW(RunningWorkbench({"no-such-file.pdf"}), Workbench::OpenError);
+}
+
+}  // namespace
+}  // namespace WebTests

@@ -1,0 +1,161 @@
+// A page that knows nothing but the messages must come to have the engine's tree.
+#include "web/PanelStream.h"
+#include "RandomPage.h"
+#include "TreeCopy.h"
+#include "web/NodeNumbers.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+namespace WebTests {
+namespace {
+
+using HtmlEngine::InsertPosition;
+using Workbench::NodeNumbers;
+using Workbench::PanelMessage;
+using Workbench::PanelStream;
+
+// A page in a browser.
+struct Follower {
+    TreeCopy copy;
+    std::uint64_t sequence = 0;
+
+    void Take(const std::vector<PanelMessage>& messages)
+    {
+        for (const PanelMessage& message : messages) {
+            copy.Apply(nlohmann::json::parse(
+                std::string("{") + (message.reset ? "\"reset\":true," : "") +
+                "\"sequence\":" + std::to_string(++sequence) + "," + message.rest));
+        }
+    }
+};
+
+TEST(PanelStream, KeepsCopiesEqualToThePageThroughAnyChanges)
+{
+    HtmlEngine::Test::ForEachSeed(10, [](unsigned seed) {
+        HtmlEngine::Test::RandomPage changing(seed);
+        PanelStream stream(*changing.page);
+        Follower first;
+        Follower late;
+        first.Take(stream.Snapshot());
+        for (int step = 0; step < 150; ++step) {
+            for (unsigned changes = changing.random() % 4; changes > 0; --changes) {
+                changing.Change();
+            }
+            const auto messages = stream.TakeChanges();
+            first.Take(messages);
+            if (step == 70) {
+                late.Take(stream.Snapshot());
+            } else if (step > 70) {
+                late.Take(messages);
+            }
+            ASSERT_EQ(first.copy.Text(), TreeText(*changing.page)) << "seed " << seed;
+        }
+        ASSERT_EQ(late.copy.Text(), first.copy.Text());
+        ASSERT_EQ(late.copy.Find("id", "a"), first.copy.Find("id", "a"))
+            << "the numbers are shared";
+    });
+}
+
+std::string Repeated(const std::string& text, std::size_t count)
+{
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+// Wide, deep, and behind changes that are in the same message; a big text alone is a message.
+TEST(PanelStream, CutsBigInsertionsAnywhere)
+{
+    const struct {
+        std::string markup;
+        std::size_t leastMessages;
+    } rows[] = {
+        {Repeated("<li a=1>x<b>y<i>z</i></b></li>", 3000), 9},
+        {Repeated("<ul><li><p>", 150) + Repeated("<u>t</u><!--c-->", 4000), 6},
+        {Repeated("<p><svg><g><path/></g></svg></p>", 2000), 5},
+        {"<p>" + std::string(3u << 20, 'x') + "</p><p>y</p>", 2},
+    };
+    for (const auto& row : rows) {
+        HtmlEngine::Document page;
+        page.LoadPage("<p id=a></p><p id=b></p>");
+        PanelStream stream(page);
+        Follower follower;
+        follower.Take(stream.Snapshot());
+        HtmlEngine::ElementHandle element = HtmlEngine::kNoElement;
+        page.SelectFirst(page.Root(), "#a", element);
+        page.SetAttribute(element, "title", "before");
+        page.SetHtml(element, row.markup, InsertPosition::InsertAfter);
+        page.SetAttribute(element, "title", "behind");
+        const auto messages = stream.TakeChanges();
+        EXPECT_GE(messages.size(), row.leastMessages);
+        follower.Take(messages);
+        EXPECT_EQ(follower.copy.Remaining(), 0u);
+        EXPECT_TRUE(follower.copy.Text() == TreeText(page));
+        Follower late;
+        late.Take(stream.Snapshot());
+        EXPECT_TRUE(late.copy.Text() == TreeText(page));
+    }
+}
+
+TEST(PanelStream, NamesElementsUntilTheyAreGone)
+{
+    HtmlEngine::Document page;
+    page.LoadPage("<p id=a>text</p>");
+    HtmlEngine::ElementHandle element = HtmlEngine::kNoElement;
+    page.SelectFirst(page.Root(), "#a", element);
+    PanelStream stream(page);
+    Follower follower;
+    follower.Take(stream.Snapshot());
+    const std::uint64_t number = follower.copy.Find("id", "a");
+    EXPECT_EQ(stream.ElementWith(number), element);
+    EXPECT_EQ(stream.NumberOf(element), number);
+    EXPECT_EQ(stream.ElementWith(number + 1), HtmlEngine::kNoElement) << "a text";
+    EXPECT_EQ(stream.ElementWith(0), HtmlEngine::kNoElement);
+    page.Use(element);
+    page.Delete(element);
+    EXPECT_EQ(stream.ElementWith(number), HtmlEngine::kNoElement);
+    follower.Take(stream.TakeChanges());
+    stream.Rest();
+    page.LoadPage("<p id=b>");
+    EXPECT_TRUE(stream.TakeChanges().empty()) << "nobody follows";
+    Follower next;
+    next.Take(stream.Snapshot());
+    EXPECT_EQ(next.copy.Text(), TreeText(page));
+    EXPECT_GT(next.copy.Find("id", "b"), number) << "numbers are never given twice";
+}
+
+TEST(NodeNumbers, AgreeWithAMapThroughAnyChanges)
+{
+    NodeNumbers numbers;
+    std::map<HtmlEngine::NodeHandle, std::uint64_t> model;
+    std::mt19937 random(7);
+    std::uint64_t last = 0;
+    for (int step = 0; step < 200'000; ++step) {
+        // Few slots, many generations, as the engine's handles are.
+        const HtmlEngine::NodeHandle node =
+            (HtmlEngine::NodeHandle{random() % 3} << 32) + 1 + random() % 3000;
+        if (random() % 3 == 0) {
+            numbers.Forget(node);
+            model.erase(node);
+        } else {
+            last += model.try_emplace(node, last + 1).second ? 1u : 0u;
+            ASSERT_EQ(numbers.Give(node), model.at(node));
+        }
+        ASSERT_EQ(numbers.Count(), model.size());
+    }
+    for (const auto& [node, number] : model) {
+        ASSERT_EQ(numbers.Of(node), number);
+        ASSERT_EQ(numbers.NodeWith(number), node);
+    }
+    numbers.ForgetAll();
+    EXPECT_EQ(numbers.NodeWith(model.begin()->second), HtmlEngine::kNoNodeHandle);
+    EXPECT_EQ(numbers.Give(1), last + 1);
+}
+
+}  // namespace
+}  // namespace WebTests

@@ -1,0 +1,68 @@
+// The workbench in the browser on a thread of its own, with files in a temporary folder.
+#pragma once
+
+#include "Clients.h"
+#include "web/BrowserWorkbench.h"
+
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace WebTests {
+
+// A folder that is removed with everything in it.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    // A copy of the sample document.
+    std::string AddSample(const std::string& name) const;
+    void AddFile(const std::string& name, const std::string& bytes) const;
+    std::filesystem::path At(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+class RunningWorkbench {
+public:
+    explicit RunningWorkbench(std::vector<std::string> files,
+                              std::vector<std::string> memoryDocuments = {},
+                              std::vector<std::filesystem::path> recoveryFolders = {});
+    // Ends it, if that has not been done.
+    ~RunningWorkbench();
+    RunningWorkbench(const RunningWorkbench&) = delete;
+    RunningWorkbench& operator=(const RunningWorkbench&) = delete;
+
+    const ServerAddress& Address() const { return *address_; }
+
+    // Runs something on the UI thread and waits for it.
+    void OnUi(const std::function<void(Workbench::BrowserWorkbench&)>& work);
+
+    // Waits until the panel is idle and a page has everything.
+    void Settle(PageClient& page);
+
+    // The engine's tree.
+    std::string PanelText();
+
+    // What it says on standard error until it has ended.
+    std::string End();
+
+private:
+    void Run(Workbench::BrowserOptions options);
+
+    std::promise<std::string> started_;
+    std::unique_ptr<ServerAddress> address_;
+    Workbench::BrowserWorkbench* workbench_ = nullptr;
+    std::string errors_;
+    std::thread thread_;
+};
+
+}  // namespace WebTests

@@ -1,0 +1,75 @@
+// The workbench in the browser as a whole, from its documents to the end of its server. It lives on
+// the thread that makes it, which becomes the UI thread.
+#pragma once
+
+#include "driver/CommandLine.h"
+#include "driver/Session.h"
+#include "web/Desk.h"
+#include "web/HttpServer.h"
+#include "web/PageServer.h"
+#include "web/WorkerThreads.h"
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+struct BrowserOptions {
+    BrowserRequest request;
+    HttpServerOptions server{};  // but for the port
+    ServedFolders folders = DefaultServedFolders();
+    // Where recovery copies go that cannot stand beside their originals.
+    std::vector<std::filesystem::path> recoveryFolders;
+};
+
+class BrowserWorkbench {
+public:
+    // Reads the documents, the sample where none is named, starts the panel, opens them and begins
+    // to serve. Throws OpenError and std::runtime_error.
+    explicit BrowserWorkbench(BrowserOptions options);
+    ~BrowserWorkbench();
+    BrowserWorkbench(const BrowserWorkbench&) = delete;
+    BrowserWorkbench& operator=(const BrowserWorkbench&) = delete;
+
+    const std::string& Address() const noexcept { return server_->Address(); }
+
+    // Serves until Stop was called, or until `isDone` says so.
+    void Run(const std::function<bool()>& isDone = {});
+
+    // Lets Run return soon. [any-thread]
+    void Stop() noexcept { stops_ = true; }
+
+    // Writes recovery copies of what is not saved, says goodbye to the pages, and ends server and
+    // panel. One line on `errors` for each copy, and for what could not be recovered. Throws
+    // std::runtime_error when the panel lost service objects. A second call does nothing.
+    void Finish(std::ostream& errors);
+
+    Host& TheHost() noexcept { return session_.TheHost(); }
+    Desk& TheDesk() noexcept { return *desk_; }
+
+private:
+    void OpenDocuments();
+    std::vector<std::string> WriteRecoveryCopies();
+
+    const BrowserOptions options_;
+    Session session_;
+    WorkerThreads workers_;
+    PageServer pages_;
+    std::unique_ptr<HttpServer> server_;
+    std::shared_ptr<Desk> desk_;
+    std::atomic<bool> stops_ = false;
+    bool finished_ = false;
+};
+
+// Runs the workbench until the user ends it: prints the address on `output`, and on `errors` what
+// was amiss with files and where recovery copies are. The program's exit status. Throws as
+// BrowserWorkbench does.
+int RunInBrowser(const BrowserRequest& request, std::ostream& output, std::ostream& errors);
+
+}  // namespace Workbench

@@ -1,0 +1,266 @@
+#include "web/Desk.h"
+
+#include "driver/PanelReader.h"
+#include "ui-engine/HtmlElementTypes.h"
+#include "web/JsonText.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <string_view>
+
+namespace Workbench {
+
+namespace {
+
+using HtmlEngine::ElementHandle;
+using HtmlEngine::kNoElement;
+
+struct Key {
+    std::string_view name;
+    std::uint32_t code;
+};
+
+constexpr std::array<Key, 10> kKeys = {{{"Enter", kKeyEnter},
+                                        {"PageUp", kKeyPageUp},
+                                        {"PageDown", kKeyPageDown},
+                                        {"Home", kKeyHome},
+                                        {"End", kKeyEnd},
+                                        {"Up", kKeyUpArrow},
+                                        {"Down", kKeyDownArrow},
+                                        {"Left", kKeyLeft},
+                                        {"Right", kKeyRight},
+                                        {"Delete", kKeyDelete}}};
+
+std::shared_ptr<const std::string> Shared(std::string text)
+{
+    return std::make_shared<const std::string>(std::move(text));
+}
+
+}  // namespace
+
+Desk::Desk(Host& host, WorkerThreads& workers, bool listAll, Sender send)
+    : host_(host),
+      workers_(workers),
+      listAll_(listAll),
+      send_(std::move(send)),
+      locales_(DescribeLocales()),
+      panel_(*host.Panel().Page())
+{
+    host_.Panel().SetScrollCallback([this](ElementHandle element) {
+        scrollTo_ = pages_.empty() ? 0 : panel_.NumberOf(element);
+    });
+}
+
+Desk::~Desk()
+{
+    host_.Panel().SetScrollCallback({});
+}
+
+Desk::Json Desk::DescribeLocales() const
+{
+    Json locales = Json::array();
+    for (const LocaleTitle& title : host_.Locale().Titles()) {
+        locales.push_back({{"name", title.language},
+                           {"title", title.name},
+                           {"direction", title.isRightToLeft ? "rtl" : "ltr"}});
+    }
+    return locales;
+}
+
+std::string Desk::DescribeDocuments() const
+{
+    Json active = nullptr;
+    Json list = Json::array();
+    for (const auto& document : documents_) {
+        list.push_back(DescribeDocument(*document, *host_.Panel().Page()));
+        if (document->view == host_.Collection().ActiveView()) {
+            active = document->number;
+        }
+    }
+    return ToText({{"type", "documents"}, {"active", active}, {"documents", std::move(list)}});
+}
+
+void Desk::Send(SocketNumber page, const Json& message)
+{
+    send_(page, Shared(ToText(message)));
+}
+
+void Desk::Broadcast(const Json& message)
+{
+    const auto text = Shared(ToText(message));
+    for (const Page& page : pages_) {
+        send_(page.socket, text);
+    }
+}
+
+void Desk::SendPanel(Page& page, const std::vector<PanelMessage>& messages)
+{
+    for (const PanelMessage& message : messages) {
+        std::string text = "{\"type\":\"panel\",\"sequence\":";
+        text.reserve(text.size() + message.rest.size() + 40);
+        AppendNumber(text, ++page.sequence);
+        text += message.reset ? ",\"reset\":true," : ",";
+        text += message.rest;
+        send_(page.socket, Shared(std::move(text)));
+    }
+}
+
+void Desk::SendPanelChanges()
+{
+    const std::vector<PanelMessage> messages = panel_.TakeChanges();
+    for (Page& page : pages_) {
+        SendPanel(page, messages);
+    }
+    if (const std::uint64_t element = std::exchange(scrollTo_, 0); element != 0) {
+        Broadcast({{"type", "scroll"}, {"element", element}});
+    }
+}
+
+void Desk::Update()
+{
+    for (const Failure& failure : host_.State().failures.Take()) {
+        Notify(Describe(failure));
+    }
+    host_.State().calls.Take();
+    if (pages_.empty()) {
+        return;
+    }
+    if (std::string locale = host_.Locale().Language(); locale != sentLocale_) {
+        sentLocale_ = std::move(locale);
+        Broadcast({{"type", "locale"}, {"name", sentLocale_}});
+    }
+    SendPanelChanges();
+    if (std::string documents = DescribeDocuments(); documents != sentDocuments_) {
+        sentDocuments_ = std::move(documents);
+        const auto text = Shared(sentDocuments_);
+        for (const Page& page : pages_) {
+            send_(page.socket, text);
+        }
+    }
+}
+
+void Desk::Notify(const std::string& text)
+{
+    Broadcast({{"type", "notice"}, {"text", text}});
+}
+
+void Desk::SayGoodbye()
+{
+    Update();
+    Broadcast({{"type", "goodbye"}});
+}
+
+void Desk::BroadcastProgress(const std::string& name, const char* state)
+{
+    Broadcast({{"type", "progress"}, {"task", "open"}, {"name", name}, {"state", state}});
+}
+
+void Desk::Reply(const PageCommand& command, const std::string& error, Json more)
+{
+    Update();
+    Json reply = {{"type", "reply"},
+                  {"id", command.id},
+                  {"error", error.empty() ? Json(nullptr) : Json(error)}};
+    if (more.is_object()) {
+        reply.update(more);
+    }
+    Send(command.socket, reply);
+}
+
+void Desk::Connect(SocketNumber page)
+{
+    Update();
+    sentLocale_ = host_.Locale().Language();
+    sentDocuments_ = DescribeDocuments();
+    Send(page, {{"type", "hello"}, {"version", 1}, {"locales", locales_}});
+    Send(page, {{"type", "locale"}, {"name", sentLocale_}});
+    send_(page, Shared(sentDocuments_));
+    pages_.push_back({page, 0});
+    SendPanel(pages_.back(), panel_.Snapshot());
+}
+
+void Desk::Disconnect(SocketNumber page)
+{
+    std::erase_if(pages_, [page](const Page& entry) { return entry.socket == page; });
+    if (pages_.empty()) {
+        panel_.Rest();
+    }
+}
+
+void Desk::Receive(SocketNumber page, const std::string& text)
+{
+    try {
+        const auto message = std::make_shared<const PageMessage>(text);
+        const std::string type = message->Text("type");
+        if (type == "click") {
+            Click(*message);
+        } else if (type == "key") {
+            PressKey(*message);
+        } else if (type == "command") {
+            Run({page, message->Number("id"), message});
+        } else {
+            throw MessageError("there is no message of type \"" + type + "\"");
+        }
+    } catch (const MessageError& error) {
+        Send(page, {{"type", "refused"}, {"reason", error.what()}});
+    }
+}
+
+void Desk::Click(const PageMessage& message)
+{
+    // An element that is gone meanwhile takes no click.
+    const ElementHandle element = panel_.ElementWith(message.Number("element"));
+    host_.Panel().Click(element);
+}
+
+ElementHandle Desk::KeyTarget() const
+{
+    const HtmlEngine::Document& page = *host_.Panel().Page();
+    const ElementHandle container = FindVisibleContainer(page);
+    ElementHandle target = kNoElement;
+    page.SelectFirst(container, "li[annot-name]:current", target);
+    if (target == kNoElement) {
+        page.SelectFirst(container, "div.results-container", target);
+    }
+    return target;
+}
+
+void Desk::PressKey(const PageMessage& message)
+{
+    const std::string name = message.Text("key");
+    const auto modifiers = message.OptionalNumber("modifiers").value_or(0);
+    const auto element = message.OptionalNumber("element");
+    const auto key = std::find_if(kKeys.begin(), kKeys.end(),
+                                  [&](const Key& entry) { return entry.name == name; });
+    if (key == kKeys.end()) {
+        throw MessageError("there is no key \"" + name + "\"");
+    }
+    const ElementHandle target = element ? panel_.ElementWith(*element) : KeyTarget();
+    host_.Panel().PressKey(target, key->code, static_cast<std::uint32_t>(modifiers & 0xFFFF));
+}
+
+OpenDocument* Desk::Find(DocumentNumber number) const
+{
+    for (const auto& document : documents_) {
+        if (document->number == number) {
+            return document.get();
+        }
+    }
+    return nullptr;
+}
+
+DocumentNumber Desk::Add(std::string name, std::optional<std::filesystem::path> path,
+                         std::shared_ptr<Documents::Document> content)
+{
+    auto document = std::make_unique<OpenDocument>();
+    document->number = ++lastNumber_;
+    document->name = std::move(name);
+    document->path = std::move(path);
+    document->content = content;
+    document->view = host_.OpenView(std::move(content));
+    documents_.push_back(std::move(document));
+    return lastNumber_;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,429 @@
+// The commands of pages: what each does, and why it may be refused.
+#include "web/Desk.h"
+
+#include "platform-libraries/UnicodeText.h"
+#include "services/AnnotationPlace.h"
+#include "web/FileCopies.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+
+namespace Workbench {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Why a command does nothing, for the user; the reason in one word for the page, or empty.
+class CommandRefused : public std::runtime_error {
+public:
+    explicit CommandRefused(const std::string& text, std::string reason = {})
+        : std::runtime_error(text), reason_(std::move(reason))
+    {
+    }
+    const std::string& Reason() const noexcept { return reason_; }
+
+private:
+    std::string reason_;
+};
+
+// A path as a user writes it: relative to where the workbench was started, or to the home folder.
+fs::path PathFrom(const std::string& text)
+{
+    if (text.empty() || text.find('\0') != std::string::npos) {
+        throw CommandRefused("a path is needed", "path");
+    }
+    fs::path path = text;
+    const char* const home = std::getenv("HOME");
+    if (text.starts_with("~/") && home != nullptr) {
+        path = fs::path(home) / text.substr(2);
+    }
+    return fs::absolute(path).lexically_normal();
+}
+
+}  // namespace
+
+struct Desk::CommandEntry {
+    const char* name;
+    void (Desk::*run)(const PageCommand&);
+    bool waitsForFileJobs;  // so that the UI thread does not
+};
+
+const Desk::CommandEntry Desk::kCommands[] = {
+    {"open", &Desk::Open, false},
+    {"close", &Desk::Close, true},
+    {"activate", &Desk::Activate, false},
+    {"add", &Desk::AddAnnotation, true},
+    {"edit", &Desk::EditAnnotation, true},
+    {"remove", &Desk::RemoveAnnotation, true},
+    {"insert-page", &Desk::InsertPage, true},
+    {"delete-page", &Desk::DeletePage, true},
+    {"move-page", &Desk::MovePage, true},
+    {"undo", &Desk::Undo, true},
+    {"redo", &Desk::Redo, true},
+    {"save", &Desk::Save, true},
+    {"save-as", &Desk::SaveAs, true},
+    {"save-copy", &Desk::SaveCopy, true},
+    {"read-only", &Desk::SetReadOnly, true},
+    {"locale", &Desk::SetLocale, false},
+    {"focus", &Desk::Focus, false},
+    {"annotations", &Desk::SendAnnotations, false},
+};
+
+void Desk::Run(const PageCommand& command)
+{
+    try {
+        const std::string name = command.message->Text("name");
+        const auto entry =
+            std::find_if(std::begin(kCommands), std::end(kCommands),
+                         [&](const CommandEntry& known) { return known.name == name; });
+        if (entry == std::end(kCommands)) {
+            throw CommandRefused("there is no command \"" + name + "\"");
+        }
+        if (entry->waitsForFileJobs) {
+            OpenDocument& document = DocumentOf(command);
+            if (document.fileJobs != 0) {
+                document.waiting.push_back(command);
+                return;
+            }
+        }
+        (this->*entry->run)(command);
+    } catch (const CommandRefused& refused) {
+        Reply(command, refused.what(),
+              refused.Reason().empty() ? Json() : Json{{"reason", refused.Reason()}});
+    } catch (const std::exception& error) {
+        Reply(command, error.what());
+    }
+}
+
+void Desk::RunWaiting(OpenDocument& document)
+{
+    const DocumentNumber number = document.number;
+    for (OpenDocument* open = &document;
+         open != nullptr && open->fileJobs == 0 && !open->waiting.empty(); open = Find(number)) {
+        const PageCommand command = std::move(open->waiting.front());
+        open->waiting.pop_front();
+        Run(command);
+    }
+}
+
+OpenDocument& Desk::DocumentOf(const PageCommand& command) const
+{
+    const std::uint32_t number = command.message->SmallNumber("document");
+    OpenDocument* const document = Find(number);
+    if (document == nullptr) {
+        throw CommandRefused("there is no document " + std::to_string(number));
+    }
+    return *document;
+}
+
+OpenDocument& Desk::EditableDocumentOf(const PageCommand& command) const
+{
+    OpenDocument& document = DocumentOf(command);
+    if (document.content->ReadOnly()) {
+        throw CommandRefused(document.name + " is read-only", "read-only");
+    }
+    return document;
+}
+
+void Desk::Publish(OpenDocument& document, Documents::EditResult edit)
+{
+    const std::string error = document.view->View().Document()->Publish(std::move(edit));
+    if (!error.empty()) {
+        throw CommandRefused(error);
+    }
+}
+
+// --- Edits ---
+
+void Desk::AddAnnotation(const PageCommand& command)
+{
+    const PageMessage& message = *command.message;
+    OpenDocument& document = EditableDocumentOf(command);
+    const std::uint32_t page = message.SmallNumber("page");
+    const std::string subtype = message.Text("subtype");
+    const std::string contents = message.OptionalText("contents").value_or("");
+    const std::optional<_PDRect> rect = message.OptionalRect("rect");
+    if (!document.content->AnnotationDeletionPermitted()) {
+        throw CommandRefused(document.name + " does not permit changes of its comments",
+                             "not-permitted");
+    }
+    Documents::EditResult edit =
+        document.content->AddAnnotation(page, subtype, UnicodeText::ToUtf16(contents), rect);
+    Documents::AnnotationRef added;
+    for (const Documents::Change& change : edit.changes) {
+        if (const auto* const annotation = std::get_if<Documents::AnnotationChange>(&change)) {
+            added = annotation->annotation;
+        }
+    }
+    Publish(document, std::move(edit));
+    Reply(command, {},
+          {{"index", PositionOnPage(*document.content, page, added.Get()).value_or(0)}});
+}
+
+void Desk::EditAnnotation(const PageCommand& command)
+{
+    const PageMessage& message = *command.message;
+    OpenDocument& document = EditableDocumentOf(command);
+    const std::uint32_t page = message.SmallNumber("page");
+    const std::uint32_t index = message.SmallNumber("index");
+    const std::string contents = message.Text("contents");
+    CheckChangeable(document, page, index);
+    Publish(document,
+            document.content->ChangeContents(page, index, UnicodeText::ToUtf16(contents)));
+    Reply(command);
+}
+
+void Desk::RemoveAnnotation(const PageCommand& command)
+{
+    OpenDocument& document = EditableDocumentOf(command);
+    const std::uint32_t page = command.message->SmallNumber("page");
+    const std::uint32_t index = command.message->SmallNumber("index");
+    CheckChangeable(document, page, index);
+    Publish(document, document.content->RemoveAnnotation(page, index));
+    Reply(command);
+}
+
+void Desk::CheckChangeable(const OpenDocument& document, std::uint32_t page, std::uint32_t index)
+{
+    if (!document.content->AnnotationDeletionPermitted()) {
+        throw CommandRefused(document.name + " does not permit changes of its comments",
+                             "not-permitted");
+    }
+    const Documents::AnnotationRef annotation = document.content->AnnotationAt(page, index);
+    const std::string refusal = Documents::Document::DeletionRefusal(annotation.Get());
+    if (!refusal.empty()) {
+        throw CommandRefused("the comment is not changed, " + refusal, "locked");
+    }
+}
+
+void Desk::InsertPage(const PageCommand& command)
+{
+    OpenDocument& document = EditableDocumentOf(command);
+    Publish(document, document.content->InsertPage(command.message->SmallNumber("at")));
+    Reply(command);
+}
+
+void Desk::DeletePage(const PageCommand& command)
+{
+    OpenDocument& document = EditableDocumentOf(command);
+    Publish(document, document.content->DeletePage(command.message->SmallNumber("page")));
+    Reply(command);
+}
+
+void Desk::MovePage(const PageCommand& command)
+{
+    OpenDocument& document = EditableDocumentOf(command);
+    const std::uint32_t from = command.message->SmallNumber("from");
+    const std::uint32_t to = command.message->SmallNumber("to");
+    Publish(document, document.content->MovePage(from, to));
+    Reply(command);
+}
+
+void Desk::Undo(const PageCommand& command)
+{
+    OpenDocument& document = EditableDocumentOf(command);
+    Publish(document, document.content->Undo());
+    Reply(command);
+}
+
+void Desk::Redo(const PageCommand& command)
+{
+    OpenDocument& document = EditableDocumentOf(command);
+    Publish(document, document.content->Redo());
+    Reply(command);
+}
+
+// --- Files ---
+
+void Desk::Open(const PageCommand& command)
+{
+    const fs::path path = PathFrom(command.message->Text("path"));
+    if (OpenDocument* const open = FindOpenFile(path)) {
+        host_.Collection().Activate(open->view);
+        Reply(command, {}, {{"document", open->number}});
+        return;
+    }
+    const std::string name = path.filename().string();
+    const std::string password = command.message->OptionalText("password").value_or("");
+    BroadcastProgress(name, "begun");
+    OnWorker<ReadResult>(
+        [path, password, listAll = listAll_] { return ReadFile(path, password, listAll); },
+        [command, path, name](Desk& desk, ReadResult read) {
+            desk.BroadcastProgress(name, read.content == nullptr ? "failed" : "done");
+            if (read.content == nullptr) {
+                desk.Reply(command, read.error,
+                           read.reason.empty() ? Json() : Json{{"reason", read.reason}});
+                return;
+            }
+            // Somebody else may have asked for the same file meanwhile.
+            OpenDocument* const open = desk.FindOpenFile(path);
+            const DocumentNumber number =
+                open != nullptr ? open->number : desk.Add(name, path, std::move(read.content));
+            desk.Reply(command, {}, {{"document", number}});
+        });
+}
+
+void Desk::Close(const PageCommand& command)
+{
+    OpenDocument& document = DocumentOf(command);
+    const std::string unsaved = command.message->OptionalText("unsaved").value_or("ask");
+    if (unsaved != "ask" && unsaved != "save" && unsaved != "discard") {
+        throw MessageError("\"unsaved\" must be \"ask\", \"save\" or \"discard\"");
+    }
+    if (!document.content->Modified() || unsaved == "discard") {
+        CloseDocument(document);
+        Reply(command);
+        return;
+    }
+    if (unsaved == "ask") {
+        throw CommandRefused(document.name + " has changes that are not saved", "unsaved");
+    }
+    if (!document.path) {
+        throw CommandRefused(document.name + " has no place yet where it could be saved", "path");
+    }
+    SaveTo(document, *document.path,
+           [command, number = document.number](Desk& desk, const std::string& error) {
+               if (OpenDocument* const saved = desk.Find(number);
+                   error.empty() && saved != nullptr) {
+                   desk.CloseDocument(*saved);
+               }
+               desk.Reply(command, error);
+           });
+}
+
+void Desk::Save(const PageCommand& command)
+{
+    OpenDocument& document = DocumentOf(command);
+    if (!document.path) {
+        throw CommandRefused(document.name + " has no place yet where it could be saved", "path");
+    }
+    SaveTo(document, *document.path,
+           [command](Desk& desk, const std::string& error) { desk.Reply(command, error); });
+}
+
+void Desk::SaveAs(const PageCommand& command)
+{
+    OpenDocument& document = DocumentOf(command);
+    const fs::path path = PathFrom(command.message->Text("path"));
+    if (const OpenDocument* const other = FindOpenFile(path);
+        other != nullptr && other != &document) {
+        throw CommandRefused(path.string() + " is open as another document");
+    }
+    SaveTo(document, path,
+           [command, path, number = document.number](Desk& desk, const std::string& error) {
+               if (OpenDocument* const saved = desk.Find(number);
+                   error.empty() && saved != nullptr) {
+                   saved->path = path;
+                   saved->name = path.filename().string();
+               }
+               desk.Reply(command, error);
+           });
+}
+
+void Desk::SaveCopy(const PageCommand& command)
+{
+    OpenDocument& document = DocumentOf(command);
+    const fs::path path = PathFrom(command.message->Text("path"));
+    if (FindOpenFile(path) != nullptr) {
+        throw CommandRefused(path.string() + " is open, a copy needs a place of its own");
+    }
+    ++document.fileJobs;
+    document.saving = true;
+    OnWorker<Documents::SaveResult>(
+        [content = document.content, path] { return WriteCopy(*content, path); },
+        [command, number = document.number](Desk& desk, const Documents::SaveResult& result) {
+            if (OpenDocument* const copied = desk.Find(number)) {
+                copied->saving = false;
+            }
+            desk.Reply(command, result.error);
+            desk.EndFileJob(number);
+        });
+}
+
+// --- Views ---
+
+void Desk::Activate(const PageCommand& command)
+{
+    host_.Collection().Activate(DocumentOf(command).view);
+    Reply(command);
+}
+
+void Desk::SetReadOnly(const PageCommand& command)
+{
+    OpenDocument& document = DocumentOf(command);
+    const bool on = command.message->Flag("on");
+    ReopenView(document, on);
+    if (!on && document.content->ReadOnly()) {
+        throw CommandRefused(document.name + " itself does not permit changes", "read-only");
+    }
+    Reply(command);
+}
+
+// Not beyond what the document says: its file may be write-protected or not permit changes.
+void Desk::ReopenView(OpenDocument& document, bool readOnly)
+{
+    const Host::ViewPtr former = document.view;
+    const Host::ViewPtr active = host_.Collection().ActiveView();
+    const auto focus = former->View().FocusedAnnotation();
+    host_.ForceReadOnly(readOnly ? std::optional(true) : std::nullopt);
+    document.view = host_.OpenView(document.content);
+    host_.ForceReadOnly(std::nullopt);
+    document.shownBefore += former->View().TargetCount();
+    host_.CloseView(former);
+    if (active != former) {
+        host_.Collection().Activate(active);
+    }
+    document.view->View().SetFocus(focus.page, focus.annotation);
+}
+
+void Desk::SetLocale(const PageCommand& command)
+{
+    host_.SwitchLanguage(command.message->Text("locale"));
+    Reply(command);
+}
+
+void Desk::Focus(const PageCommand& command)
+{
+    OpenDocument& document = DocumentOf(command);
+    if (!command.message->OptionalNumber("page")) {
+        document.view->View().SetFocus(kPDNoPage, {});
+        Reply(command);
+        return;
+    }
+    const std::uint32_t page = command.message->SmallNumber("page");
+    const std::uint32_t index = command.message->SmallNumber("index");
+    Documents::AnnotationRef annotation = document.content->AnnotationAt(page, index);
+    if (!annotation) {
+        throw CommandRefused("there is no annotation " + std::to_string(index) + " on page " +
+                             std::to_string(page));
+    }
+    document.view->View().SetFocus(page, std::move(annotation));
+    Reply(command);
+}
+
+void Desk::SendAnnotations(const PageCommand& command)
+{
+    struct Result {
+        std::string error;
+        Json message;
+    };
+    const OpenDocument& document = DocumentOf(command);
+    const std::uint32_t page = command.message->SmallNumber("page");
+    if (page >= document.content->PageCount()) {
+        throw CommandRefused(document.name + " has no page " + std::to_string(page));
+    }
+    OnWorker<Result>(
+        [content = document.content, number = document.number, page] {
+            return Result{{}, DescribeAnnotations(number, *content, page)};
+        },
+        [command](Desk& desk, const Result& result) {
+            if (result.error.empty()) {
+                desk.Send(command.socket, result.message);
+            }
+            desk.Reply(command, result.error);
+        });
+}
+
+}  // namespace Workbench

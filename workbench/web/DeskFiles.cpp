@@ -1,0 +1,212 @@
+// Files behind the documents of the desk: reading, writing, and handing them to browsers.
+#include "web/Desk.h"
+
+#include <algorithm>
+
+namespace Workbench {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::shared_ptr<const std::string> SharedText(const Json& json)
+{
+    return std::make_shared<const std::string>(ToText(json));
+}
+
+HttpAnswer JsonAnswer(unsigned status, const Json& json)
+{
+    return {.status = status, .contentType = "application/json", .body = SharedText(json)};
+}
+
+bool IsPlain(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
+           c == '_' || c == '.';
+}
+
+// A name in both forms that browsers take (RFC 6266): plain letters, and all of it in escapes.
+std::string AttachmentNamed(const std::string& name)
+{
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string plain;
+    std::string escaped;
+    for (const char c : name) {
+        plain += IsPlain(c) ? c : '_';
+        if (IsPlain(c)) {
+            escaped += c;
+        } else {
+            escaped += '%';
+            escaped += kDigits[static_cast<unsigned char>(c) >> 4];
+            escaped += kDigits[static_cast<unsigned char>(c) & 15];
+        }
+    }
+    return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" + escaped;
+}
+
+// What a browser calls a file, without any folder.
+std::string PlainName(const std::string& name)
+{
+    const std::string last = name.substr(name.find_last_of("/\\") + 1);
+    return last.empty() ? "document.pdf" : last;
+}
+
+}  // namespace
+
+Desk::ReadResult Desk::Judge(Documents::OpenResult opened)
+{
+    const bool needsPassword = opened.failure == Documents::OpenFailure::kPassword;
+    const bool isDamaged = opened.failure == Documents::OpenFailure::kDamaged;
+    return {std::move(opened.message),
+            needsPassword ? "password"
+            : isDamaged   ? "damaged"
+                          : "",
+            std::move(opened.document)};
+}
+
+OpenDocument* Desk::FindOpenFile(const fs::path& path) const
+{
+    for (const auto& document : documents_) {
+        std::error_code error;
+        if (document->path &&
+            (*document->path == path || fs::equivalent(*document->path, path, error))) {
+            return document.get();
+        }
+    }
+    return nullptr;
+}
+
+void Desk::CloseDocument(OpenDocument& document)
+{
+    const auto found = std::find_if(documents_.begin(), documents_.end(),
+                                    [&](const auto& entry) { return entry.get() == &document; });
+    const std::unique_ptr<OpenDocument> closed = std::move(*found);
+    documents_.erase(found);
+    host_.CloseView(closed->view);
+    closed->view.Reset();
+    for (const PageCommand& command : closed->waiting) {
+        Reply(command, closed->name + " was closed");
+    }
+    // A big document takes long to be released.
+    workers_.Post([content = std::move(closed->content)] {});
+}
+
+void Desk::SaveTo(OpenDocument& document, const fs::path& path, Saved then)
+{
+    ++document.fileJobs;
+    document.saving = true;
+    OnWorker<Documents::SaveResult>(
+        [content = document.content, path] { return content->Save(path); },
+        [number = document.number, then = std::move(then)](Desk& desk,
+                                                           const Documents::SaveResult& result) {
+            if (OpenDocument* const saved = desk.Find(number)) {
+                saved->saving = false;
+            }
+            then(desk, result.error);
+            desk.EndFileJob(number);
+        });
+}
+
+void Desk::EndFileJob(DocumentNumber number)
+{
+    if (OpenDocument* const document = Find(number)) {
+        --document->fileJobs;
+        RunWaiting(*document);
+    }
+}
+
+void Desk::GiveContent(DocumentNumber number, bool asDownload, PendingAnswerPtr answer)
+{
+    OpenDocument* const document = Find(number);
+    if (document == nullptr) {
+        answer->Give({.status = 404});
+        return;
+    }
+    document->wantBytes.emplace_back(std::move(answer), asDownload);
+    if (!document->writesBytes) {
+        WriteBytes(*document);
+    }
+}
+
+void Desk::WriteBytes(OpenDocument& document)
+{
+    const std::uint64_t revision = document.content->Revision();
+    if (document.bytes != nullptr && document.bytesRevision == revision) {
+        for (const auto& [answer, asDownload] : std::exchange(document.wantBytes, {})) {
+            HttpAnswer given{.contentType = "application/pdf", .body = document.bytes};
+            if (asDownload) {
+                given.headers.emplace_back("Content-Disposition", AttachmentNamed(document.name));
+            }
+            answer->Give(std::move(given));
+        }
+        return;
+    }
+    ++document.fileJobs;
+    document.writesBytes = true;
+    OnWorker<Documents::BytesResult>(
+        [content = document.content] { return content->WriteBytes(); },
+        [number = document.number, revision](Desk& desk, Documents::BytesResult result) {
+            desk.TakeBytes(number, revision, std::move(result));
+        });
+}
+
+void Desk::TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::BytesResult result)
+{
+    OpenDocument* const document = Find(number);
+    if (document == nullptr) {
+        return;
+    }
+    document->writesBytes = false;
+    if (!result.error.empty()) {
+        for (const auto& [answer, asDownload] : std::exchange(document->wantBytes, {})) {
+            answer->Give(JsonAnswer(500, {{"error", result.error}}));
+        }
+    } else {
+        // An edit may have come in between; the bytes are of one of both states then, and whoever
+        // waits for the later one asks again.
+        document->bytes = std::make_shared<const std::string>(std::move(result.bytes));
+        document->bytesRevision = revision;
+        if (document->content->Revision() != revision) {
+            document->bytes.reset();
+        }
+        WriteBytes(*document);
+    }
+    EndFileJob(number);
+}
+
+Desk::ReadResult Desk::ReadFile(const fs::path& path, const std::string& password, bool listAll)
+{
+    return Judge(Documents::QpdfDocument::Open(path, {password, listAll}));
+}
+
+void Desk::OpenUpload(const std::string& name, const std::string& password, std::string bytes,
+                      PendingAnswerPtr answer)
+{
+    const std::string plain = PlainName(name);
+    BroadcastProgress(plain, "begun");
+    const auto held = std::make_shared<std::string>(std::move(bytes));
+    OnWorker<ReadResult>(
+        [held, plain, password, listAll = listAll_] {
+            return ReadBytes(std::move(*held), plain, password, listAll);
+        },
+        [plain, answer = std::move(answer)](Desk& desk, ReadResult read) {
+            desk.BroadcastProgress(plain, read.content == nullptr ? "failed" : "done");
+            if (read.content == nullptr) {
+                answer->Give(JsonAnswer(422, {{"error", read.error}, {"reason", read.reason}}));
+                return;
+            }
+            const DocumentNumber number = desk.Add(plain, std::nullopt, std::move(read.content));
+            desk.Update();
+            answer->Give(JsonAnswer(200, {{"document", number}}));
+        });
+}
+
+Desk::ReadResult Desk::ReadBytes(std::string bytes, const std::string& name,
+                                 const std::string& password, bool listAll)
+{
+    return Judge(Documents::QpdfDocument::OpenBytes(std::move(bytes), name, {password, listAll}));
+}
+
+}  // namespace Workbench

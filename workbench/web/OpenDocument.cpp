@@ -1,0 +1,135 @@
+#include "web/OpenDocument.h"
+
+#include "documents/Records.h"
+#include "driver/PanelReader.h"
+#include "platform-libraries/UnicodeText.h"
+#include "services/AnnotationPlace.h"
+
+namespace Workbench {
+
+namespace {
+
+using Documents::EditKind;
+using Json = nlohmann::ordered_json;
+
+Json NameOf(std::optional<EditKind> kind)
+{
+    if (!kind) {
+        return nullptr;
+    }
+    switch (*kind) {
+    case EditKind::kAdd:
+        return "add";
+    case EditKind::kEdit:
+        return "edit";
+    case EditKind::kRemove:
+        return "remove";
+    case EditKind::kInsertPage:
+        return "insert-page";
+    case EditKind::kDeletePage:
+        return "delete-page";
+    case EditKind::kMovePage:
+        return "move-page";
+    }
+    return nullptr;
+}
+
+Json Sides(const _PDRect& rect)
+{
+    return Json::array({rect.left, rect.bottom, rect.right, rect.top});
+}
+
+bool IsListing(const OpenDocument& document, const HtmlEngine::Document& page)
+{
+    const std::string key = ContainerKey(document.view->View().AsInterface());
+    HtmlEngine::ElementHandle preloader = HtmlEngine::kNoElement;
+    page.SelectFirst(FindContainer(page, key), "div.picture[preloader]", preloader);
+    return page.Style(preloader, "visibility") == "visible";
+}
+
+Json Busy(const OpenDocument& document, const HtmlEngine::Document& page)
+{
+    if (document.saving) {
+        return "saving";
+    }
+    return IsListing(document, page) ? Json("listing") : Json(nullptr);
+}
+
+Json Focused(const OpenDocument& document)
+{
+    const auto focus = document.view->View().FocusedAnnotation();
+    if (!focus.annotation) {
+        return nullptr;
+    }
+    const auto position = PositionOnPage(*document.content, focus.page, focus.annotation.Get());
+    return position ? Json{{"page", focus.page}, {"index", *position}} : Json(nullptr);
+}
+
+Json Shown(const OpenDocument& document)
+{
+    const auto target = document.view->View().LastTarget();
+    if (!target) {
+        return nullptr;
+    }
+    return {{"count", document.shownBefore + document.view->View().TargetCount()},
+            {"page", target->pageIndex},
+            {"target", Sides(target->target)},
+            {"mode", target->mode}};
+}
+
+}  // namespace
+
+Json DescribeDocument(const OpenDocument& document, const HtmlEngine::Document& page)
+{
+    const Documents::Document& content = *document.content;
+    return {{"id", document.number},
+            {"name", document.name},
+            {"path", document.path ? Json(document.path->string()) : Json(nullptr)},
+            {"pages", content.PageCount()},
+            {"revision", content.Revision()},
+            {"modified", content.Modified()},
+            {"readOnly", content.ReadOnly()},
+            {"deletionPermitted", content.AnnotationDeletionPermitted()},
+            {"busy", Busy(document, page)},
+            {"undo", NameOf(content.UndoKind())},
+            {"redo", NameOf(content.RedoKind())},
+            {"warnings", content.Warnings()},
+            {"focused", Focused(document)},
+            {"shown", Shown(document)}};
+}
+
+Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, std::uint32_t page)
+{
+    Json annotations = Json::array();
+    const std::uint64_t revision = document.Revision();
+    const Documents::PageRef snapshot = document.AcquirePage(page);
+    const std::size_t count = snapshot ? snapshot.Get()->annotations.size() : 0;
+    for (std::size_t index = 0; index < count; ++index) {
+        const Documents::AnnotationRef& annotation = snapshot.Get()->annotations[index];
+        if (!annotation) {
+            continue;
+        }
+        const Documents::PropertyBlockRef block = annotation.Get()->properties.Load();
+        const Documents::AnnotationProperties& properties = block->properties;
+        annotations.push_back(
+            {{"index", index},
+             {"subtype", properties.subtype},
+             {"rect", properties.rect ? Sides(*properties.rect) : Json(nullptr)},
+             {"listed", block->listed},
+             {"contents", UnicodeText::ToUtf8(properties.contents)},
+             {"title", UnicodeText::ToUtf8(properties.title)},
+             {"locked", !Documents::Document::DeletionRefusal(annotation.Get()).empty()}});
+    }
+    return {{"type", "annotations"},
+            {"document", number},
+            {"revision", revision},
+            {"page", page},
+            {"annotations", std::move(annotations)}};
+}
+
+std::string ToText(const Json& json)
+{
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace Workbench

@@ -1,0 +1,62 @@
+// One document that is open in the workbench, as its pages know it. [ui-thread]
+#pragma once
+
+#include "documents/Document.h"
+#include "services/Host.h"
+#include "web/HttpServer.h"
+#include "web/PageMessage.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+using DocumentNumber = std::uint32_t;
+
+// A command of a page, kept until it is answered.
+struct PageCommand {
+    SocketNumber socket = 0;
+    std::uint64_t id = 0;
+    std::shared_ptr<const PageMessage> message;
+};
+
+struct OpenDocument {
+    DocumentNumber number = 0;
+    std::string name;
+    std::optional<std::filesystem::path> path;  // absolute; nothing: it came from a browser
+    std::shared_ptr<Documents::Document> content;
+    Host::ViewPtr view;
+    std::uint64_t shownBefore = 0;  // go-to requests to views of it that are closed
+
+    // Jobs on other threads that keep the document's lock for long. Edits wait until they are done,
+    // so that the UI thread does not.
+    std::uint32_t fileJobs = 0;
+    bool saving = false;
+    std::deque<PageCommand> waiting;
+
+    // The file as it stood at a revision, and who waits for that of the present one.
+    std::shared_ptr<const std::string> bytes;
+    std::uint64_t bytesRevision = 0;
+    bool writesBytes = false;
+    std::vector<std::pair<PendingAnswerPtr, bool>> wantBytes;  // and whether as a download
+};
+
+// DOCUMENT of the protocol.
+nlohmann::ordered_json DescribeDocument(const OpenDocument& document,
+                                        const HtmlEngine::Document& page);
+
+// {"type":"annotations",...}: the annotations of one of its pages. [any-thread]
+nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Document& document,
+                                           std::uint32_t page);
+
+// JSON as text; what is no UTF-8 (names of files) comes with replacement characters.
+std::string ToText(const nlohmann::ordered_json& json);
+
+}  // namespace Workbench

@@ -1,0 +1,43 @@
+// A message of a page, read without trust: each value is asked for under the type that it must
+// have, and a message that does not fit is refused with one line. [any-thread]
+#pragma once
+
+#include "pdf-library/PDTypes.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace Workbench {
+
+// What is wrong with a message. The text names the value.
+class MessageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class PageMessage {
+public:
+    // Throws MessageError for what is no JSON object.
+    explicit PageMessage(const std::string& text);
+
+    // Each throws MessageError for a value that is missing or of another kind; those with an
+    // optional result give nothing for a missing value and for null.
+    std::string Text(const char* name) const;
+    std::uint64_t Number(const char* name) const;       // a whole number, 0 to 2^53
+    std::uint32_t SmallNumber(const char* name) const;  // up to 2^32 - 1
+    bool Flag(const char* name) const;
+    std::optional<std::string> OptionalText(const char* name) const;
+    std::optional<std::uint64_t> OptionalNumber(const char* name) const;
+    std::optional<_PDRect> OptionalRect(const char* name) const;  // [l,b,r,t], in order
+
+private:
+    const nlohmann::json* Find(const char* name) const;
+
+    nlohmann::json json_;
+};
+
+}  // namespace Workbench

@@ -1,0 +1,322 @@
+#include "web/PanelWriter.h"
+
+#include "web/JsonText.h"
+
+#include <utility>
+
+namespace Workbench {
+
+using HtmlEngine::kNoNodeHandle;
+using HtmlEngine::NodeHandle;
+using HtmlEngine::NodeKind;
+using HtmlEngine::TreeReader;
+
+namespace {
+
+// Calls `visit` for the siblings from `first` to `last` and all inside them, parents first.
+template <class Visit>
+void VisitAll(const TreeReader& reader, NodeHandle first, NodeHandle last, Visit visit)
+{
+    std::size_t depth = 0;
+    NodeHandle node = first;
+    for (;;) {
+        visit(node);
+        if (const NodeHandle child = reader.FirstChild(node); child != kNoNodeHandle) {
+            node = child;
+            ++depth;
+            continue;
+        }
+        for (;;) {
+            if (depth == 0 && node == last) {
+                return;
+            }
+            if (const NodeHandle next = reader.NextSibling(node); next != kNoNodeHandle) {
+                node = next;
+                break;
+            }
+            if (depth-- == 0) {
+                return;
+            }
+            node = reader.Parent(node);
+        }
+    }
+}
+
+}  // namespace
+
+// One insertion on its way: a walk through the nodes, and the brackets that are open meanwhile.
+class PanelWriter::Insertion {
+public:
+    Insertion(PanelWriter& writer, NodeHandle first, NodeHandle last)
+        : writer_(writer), reader_(writer.reader_), node_(first), last_(last)
+    {
+        VisitAll(reader_, first, last, [this](NodeHandle) { ++remaining_; });
+    }
+
+    void Write()
+    {
+        while (node_ != kNoNodeHandle) {
+            if (writer_.IsFull()) {
+                CutHere();
+            }
+            if (!open_) {
+                Open();
+            } else if (!isFirstChild_) {
+                writer_.changes_ += ',';
+            }
+            writer_.WriteNode(node_);
+            --remaining_;
+            GoOn();
+        }
+    }
+
+private:
+    void Open()
+    {
+        writer_.BeginChange();
+        writer_.changes_ += "[\"i\",";
+        writer_.WriteNumber(reader_.Parent(node_));
+        writer_.changes_ += ',';
+        writer_.WriteNumber(reader_.PreviousSibling(node_));
+        writer_.changes_ += ",[";
+        open_ = true;
+    }
+
+    void Close()
+    {
+        if (std::exchange(open_, false)) {
+            writer_.changes_ += "]]";
+        }
+    }
+
+    // Ends the message in front of the present node, which begins an insertion of its own then.
+    void CutHere()
+    {
+        NodeHandle parent = reader_.Parent(node_);
+        for (; depth_ > 0; --depth_) {
+            writer_.WriteNodeEnd(parent);
+            parent = reader_.Parent(parent);
+        }
+        Close();
+        writer_.EndMessage(remaining_);
+    }
+
+    void GoOn()
+    {
+        if (const NodeHandle child = reader_.FirstChild(node_); child != kNoNodeHandle) {
+            node_ = child;
+            ++depth_;
+            isFirstChild_ = true;
+            return;
+        }
+        isFirstChild_ = false;
+        EndNode(node_);
+        for (;;) {
+            if (node_ == last_) {
+                Close();
+                node_ = kNoNodeHandle;
+                return;
+            }
+            if (const NodeHandle next = reader_.NextSibling(node_); next != kNoNodeHandle) {
+                node_ = next;
+                return;
+            }
+            node_ = reader_.Parent(node_);
+            if (depth_ > 0) {
+                --depth_;
+                EndNode(node_);
+            } else {
+                Close();
+            }
+        }
+    }
+
+    void EndNode(NodeHandle node)
+    {
+        if (reader_.Kind(node) == NodeKind::Element) {
+            writer_.WriteNodeEnd(node);
+        }
+    }
+
+    PanelWriter& writer_;
+    const TreeReader& reader_;
+    NodeHandle node_;
+    const NodeHandle last_;
+    std::size_t remaining_ = 0;
+    std::size_t depth_ = 0;  // nodes whose children are being written
+    bool open_ = false;
+    bool isFirstChild_ = false;
+};
+
+PanelWriter::PanelWriter(TreeReader reader, NodeNumbers& numbers)
+    : reader_(reader), numbers_(numbers)
+{
+}
+
+bool PanelWriter::IsFull() const noexcept
+{
+    return nodes_ >= kMostNodes || changes_.size() >= kFullBytes;
+}
+
+void PanelWriter::BeginChange()
+{
+    if (IsFull()) {
+        EndMessage(0);
+    }
+    if (!changes_.empty()) {
+        changes_ += ',';
+    }
+}
+
+void PanelWriter::EndMessage(std::size_t remaining)
+{
+    PanelMessage message{std::exchange(reset_, false), "\"changes\":["};
+    message.rest += changes_;
+    message.rest += "],\"remaining\":";
+    AppendNumber(message.rest, remaining);
+    message.rest += '}';
+    messages_.push_back(std::move(message));
+    changes_.clear();
+    nodes_ = 0;
+}
+
+void PanelWriter::WriteNumber(NodeHandle node)
+{
+    AppendNumber(changes_, numbers_.Of(node));
+}
+
+// The whole node when it is a text or a comment; of an element, what stands before its children.
+void PanelWriter::WriteNode(NodeHandle node)
+{
+    ++nodes_;
+    changes_ += '[';
+    AppendNumber(changes_, numbers_.Give(node));
+    const NodeKind kind = reader_.Kind(node);
+    if (kind == NodeKind::Element) {
+        changes_ += ',';
+        AppendJsonText(changes_, reader_.TagName(node));
+        changes_ += ',';
+        WriteAttributes(node);
+        changes_ += ',';
+        AppendNumber(changes_, reader_.State(node));
+        changes_ += ",[";
+        return;
+    }
+    changes_ += kind == NodeKind::Comment ? ",null," : ",";
+    AppendJsonText(changes_, reader_.Text(node));
+    changes_ += ']';
+}
+
+void PanelWriter::WriteNodeEnd(NodeHandle element)
+{
+    switch (reader_.NamespaceOf(element)) {
+    case HtmlEngine::Namespace::Html:
+        changes_ += "]]";
+        return;
+    case HtmlEngine::Namespace::Svg:
+        changes_ += "],\"svg\"]";
+        return;
+    case HtmlEngine::Namespace::MathMl:
+        changes_ += "],\"math\"]";
+        return;
+    }
+}
+
+void PanelWriter::WriteAttributes(NodeHandle element)
+{
+    changes_ += '[';
+    const std::size_t count = reader_.AttributeCount(element);
+    std::string classes;
+    std::size_t index = 0;
+    for (; index < count; ++index) {
+        const auto [name, value] = reader_.AttributeAt(element, index);
+        if (name != "class") {
+            break;
+        }
+        classes += classes.empty() ? "" : " ";
+        classes += value;
+    }
+    if (!classes.empty()) {
+        changes_ += "\"class\",";
+        AppendJsonText(changes_, classes);
+    }
+    for (; index < count; ++index) {
+        const auto [name, value] = reader_.AttributeAt(element, index);
+        if (changes_.back() != '[') {
+            changes_ += ',';
+        }
+        AppendJsonText(changes_, name);
+        changes_ += ',';
+        AppendJsonText(changes_, value);
+    }
+    changes_ += ']';
+}
+
+void PanelWriter::Insert(NodeHandle first, NodeHandle last)
+{
+    Insertion(*this, first, last).Write();
+}
+
+void PanelWriter::Remove(NodeHandle first, NodeHandle last)
+{
+    BeginChange();
+    changes_ += "[\"r\"";
+    for (NodeHandle node = first;; node = reader_.NextSibling(node)) {
+        changes_ += ',';
+        WriteNumber(node);
+        if (node == last) {
+            break;
+        }
+    }
+    changes_ += ']';
+    VisitAll(reader_, first, last, [this](NodeHandle node) { numbers_.Forget(node); });
+}
+
+void PanelWriter::Text(NodeHandle text)
+{
+    BeginChange();
+    changes_ += "[\"t\",";
+    WriteNumber(text);
+    changes_ += ',';
+    AppendJsonText(changes_, reader_.Text(text));
+    changes_ += ']';
+}
+
+void PanelWriter::Attributes(NodeHandle element)
+{
+    BeginChange();
+    changes_ += "[\"a\",";
+    WriteNumber(element);
+    changes_ += ',';
+    WriteAttributes(element);
+    changes_ += ']';
+}
+
+void PanelWriter::States(NodeHandle element)
+{
+    BeginChange();
+    changes_ += "[\"s\",";
+    WriteNumber(element);
+    changes_ += ',';
+    AppendNumber(changes_, reader_.State(element));
+    changes_ += ']';
+}
+
+void PanelWriter::Reset(NodeHandle root)
+{
+    messages_.clear();
+    changes_.clear();
+    nodes_ = 0;
+    reset_ = true;
+    Insert(root, root);
+}
+
+std::vector<PanelMessage> PanelWriter::Take()
+{
+    if (!changes_.empty()) {
+        EndMessage(0);
+    }
+    return std::exchange(messages_, {});
+}
+
+}  // namespace Workbench

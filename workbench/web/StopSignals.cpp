@@ -1,0 +1,62 @@
+#include "web/StopSignals.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/signal_set.hpp>
+
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+#include <utility>
+
+namespace Workbench {
+
+namespace {
+
+constexpr int kEndedBySignal = 128;
+
+}  // namespace
+
+class StopSignals::Waiting {
+public:
+    explicit Waiting(std::function<void()> stop) : stop_(std::move(stop))
+    {
+        Await();
+        thread_ = std::thread([this] { io_.run(); });
+    }
+    ~Waiting()
+    {
+        io_.stop();
+        thread_.join();
+    }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+private:
+    void Await()
+    {
+        signals_.async_wait([this](const boost::system::error_code& error, int signal) {
+            if (error) {
+                return;
+            }
+            if (!stop_) {
+                std::_Exit(kEndedBySignal + signal);
+            }
+            std::exchange(stop_, nullptr)();
+            Await();
+        });
+    }
+
+    std::function<void()> stop_;  // empty once it was called
+    boost::asio::io_context io_{1};
+    boost::asio::signal_set signals_{io_, SIGINT, SIGTERM};
+    std::thread thread_;
+};
+
+StopSignals::StopSignals(std::function<void()> stop)
+    : waiting_(std::make_unique<Waiting>(std::move(stop)))
+{
+}
+
+StopSignals::~StopSignals() = default;
+
+}  // namespace Workbench

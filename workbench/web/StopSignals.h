@@ -1,0 +1,24 @@
+// The signals by which a user or the system ends the workbench: SIGINT and SIGTERM.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace Workbench {
+
+// As long as it lives, the first signal calls `stop` on a thread of its own, and the second one
+// ends the process at once. There is one at a time.
+class StopSignals {
+public:
+    explicit StopSignals(std::function<void()> stop);
+    ~StopSignals();
+    StopSignals(const StopSignals&) = delete;
+    StopSignals& operator=(const StopSignals&) = delete;
+
+private:
+    class Waiting;
+
+    std::unique_ptr<Waiting> waiting_;
+};
+
+}  // namespace Workbench
