@@ -1,0 +1,168 @@
+// Which documents are on the screen: one, or two side by side. Every open document keeps a view of
+// its own, with its scroll place and its zoom, whether it is on the screen or not.
+
+import {PagesView} from './pages-view.js';
+import {text} from './texts.js';
+
+export class Arrangement {
+    #area;
+    #services;
+    #slots = [];
+    #views = new Map();
+    #documents = [];
+    #active = null;
+    #isSplit = false;
+
+    /// `services` is what a PagesView asks for, with `activate(id)` and `serve(view)` besides.
+    constructor(area, services) {
+        this.#area = area;
+        this.#services = services;
+        this.#addSlot();
+    }
+
+    get isSplit() {
+        return this.#isSplit;
+    }
+
+    get activeView() {
+        return this.#views.get(this.#active) ?? null;
+    }
+
+    update(documents, active) {
+        this.#documents = documents;
+        this.#active = active;
+        for (const [id, view] of this.#views) {
+            if (!documents.some((one) => one.id === id)) {
+                view.close();
+                this.#views.delete(id);
+            }
+        }
+        this.#place();
+        for (const description of documents) {
+            this.#views.get(description.id)?.update(description);
+        }
+    }
+
+    setSplit(isSplit) {
+        this.#isSplit = isSplit;
+        if (isSplit) {
+            this.#addSlot();
+        } else {
+            this.#dropSlot();
+        }
+        this.#area.classList.toggle('split', isSplit);
+        this.update(this.#documents, this.#active);
+    }
+
+    translate() {
+        for (const view of this.#views.values()) {
+            view.translate();
+        }
+        this.#place();
+    }
+
+    #addSlot() {
+        const element = document.createElement('section');
+        element.className = 'slot';
+        const head = document.createElement('select');
+        head.className = 'slot-document';
+        const slot = {element, head, document: null};
+        head.addEventListener('change', () => this.#choose(slot, Number(head.value)));
+        element.addEventListener('focusin', (event) => {
+            if (event.target !== head && slot.document !== null && slot.document !== this.#active) {
+                this.#services.activate(slot.document);
+            }
+        });
+        element.append(head);
+        this.#area.append(element);
+        this.#slots.push(slot);
+    }
+
+    // What is active stays on the screen.
+    #dropSlot() {
+        const slot = this.#slots.pop();
+        this.#show(slot, null);
+        slot.element.remove();
+        this.#show(this.#slots[0], this.#active);
+    }
+
+    #choose(slot, id) {
+        const other = this.#slots.find((one) => one !== slot);
+        if (other?.document === id) {
+            this.#show(other, slot.document);
+        }
+        this.#show(slot, id);
+        this.#update(id);
+        this.#services.activate(this.#slots.some((one) => one.document === this.#active)
+            ? this.#active
+            : id);
+    }
+
+    #place() {
+        const isOpen = (id) => this.#documents.some((one) => one.id === id);
+        for (const slot of this.#slots) {
+            if (slot.document !== null && !isOpen(slot.document)) {
+                this.#show(slot, null);
+            }
+        }
+        if (this.#active !== null && !this.#slots.some((slot) => slot.document === this.#active)) {
+            this.#show(this.#slots[0], this.#active);
+        }
+        for (const slot of this.#slots) {
+            if (slot.document === null) {
+                this.#show(slot, this.#unseen());
+            }
+            this.#updateSlot(slot);
+        }
+    }
+
+    #unseen() {
+        const seen = this.#slots.map((slot) => slot.document);
+        return this.#documents.find((one) => !seen.includes(one.id))?.id ?? null;
+    }
+
+    #updateSlot(slot) {
+        slot.element.classList.toggle('active', slot.document === this.#active);
+        slot.element.classList.toggle('empty', slot.document === null);
+        slot.head.hidden = !this.#isSplit;
+        slot.head.setAttribute('aria-label', text('split.document'));
+        slot.head.replaceChildren(...this.#documents.map(({id, name}) => {
+            const option = document.createElement('option');
+            option.value = id;
+            option.textContent = name;
+            option.selected = id === slot.document;
+            return option;
+        }));
+    }
+
+    #show(slot, id) {
+        if (slot.document === id) {
+            return;
+        }
+        this.#views.get(slot.document)?.unmount();
+        slot.document = id;
+        if (id !== null) {
+            this.#view(id).mount(slot.element);
+        }
+    }
+
+    #view(id) {
+        let view = this.#views.get(id);
+        if (!view) {
+            view = new PagesView(this.#services);
+            this.#views.set(id, view);
+            this.#services.serve(view);
+        }
+        return view;
+    }
+
+    #update(id) {
+        const description = this.#documents.find((one) => one.id === id);
+        if (description) {
+            this.#views.get(id)?.update(description);
+        }
+        for (const slot of this.#slots) {
+            this.#updateSlot(slot);
+        }
+    }
+}

@@ -1,0 +1,267 @@
+// The page of the workbench: puts its parts together and hands each of them what the workbench says.
+
+import {AnnotationLists} from './annotation-lists.js';
+import {Arrangement} from './arrangement.js';
+import {Connection, socketAddress} from './connection.js';
+import {Edits} from './edits.js';
+import {icon} from './icons.js';
+import {Notices} from './notices.js';
+import {Panel} from './panel.js';
+import {listenToShortcuts} from './shortcuts.js';
+import {Splitter} from './splitter.js';
+import {StatusLine} from './status-line.js';
+import {Tabs} from './tabs.js';
+import {setTextLanguage, text, translatePage} from './texts.js';
+import {Theme} from './theme.js';
+import {Toolbar} from './toolbar.js';
+import {Tools} from './tools.js';
+
+const byId = (id) => document.getElementById(id);
+
+async function loadedFrame(frame) {
+    if (frame.contentDocument?.readyState !== 'complete' ||
+        frame.contentWindow.location.href === 'about:blank') {
+        await new Promise((resolve) => frame.addEventListener('load', resolve, {once: true}));
+    }
+    return frame;
+}
+
+/// The page, assembled. What it shows follows the messages of the workbench.
+class Page {
+    documents = [];
+    activeId = null;
+    language = {name: 'en', locales: [], choose: (name) => this.edits.run('locale', {name})};
+    split = {isOn: false, toggle: () => this.#toggleSplit()};
+    #hasEnded = false;
+
+    constructor(frame) {
+        this.connection = new Connection(socketAddress(document.baseURI),
+            (state) => this.#connectionChanged(state));
+        this.notices = new Notices(byId('notices'), byId('status'), byId('banner'));
+        this.lists = new AnnotationLists(this.connection);
+        this.edits = new Edits(this.connection, this.lists, this.notices);
+        this.tools = new Tools(this.edits, this.notices, () => this.toolbar?.update());
+        this.panel = new Panel(frame, this.connection, (done) => this.#showProgress(done));
+        this.arrangement = new Arrangement(byId('pages'), this.#viewServices());
+        this.tabs = new Tabs(byId('tabs'), {
+            activate: ({id}) => this.#activate(id),
+            close: (description) => this.edits.close(description),
+        });
+        this.theme = new Theme((name) => this.panel.setTheme(name));
+        this.toolbar = new Toolbar(byId('toolbar'), this);
+        this.statusLine = new StatusLine(this.notices, byId('state'));
+        new Splitter(byId('splitter'), byId('workspace'));
+        this.#listenToControls();
+        this.#listenToWorkbench();
+        listenToShortcuts([document, frame.contentDocument], this.#shortcuts());
+        this.#setLocale('en');
+        this.connection.open();
+    }
+
+    get active() {
+        return this.documents.find((one) => one.id === this.activeId) ?? null;
+    }
+
+    get view() {
+        return this.arrangement.activeView;
+    }
+
+    // --- Actions on the active document ---
+
+    save() {
+        return this.active && this.edits.save(this.active);
+    }
+
+    undo() {
+        return this.active && this.edits.undo(this.active);
+    }
+
+    redo() {
+        return this.active && this.edits.redo(this.active);
+    }
+
+    editFocused() {
+        const {focused, readOnly} = this.active ?? {};
+        return focused && !readOnly &&
+            this.edits.editContents(this.active, focused.page, focused.index);
+    }
+
+    removeFocused() {
+        const {focused} = this.active ?? {};
+        return focused && this.edits.remove(this.active, focused.page, focused.index);
+    }
+
+    #activate(id) {
+        if (id !== this.activeId) {
+            this.edits.run('activate', {document: id});
+        }
+    }
+
+    #viewServices() {
+        return {
+            connection: this.connection,
+            lists: this.lists,
+            edits: this.edits,
+            askPassword: (...question) => this.edits.askPassword(...question),
+            notice: (words) => this.notices.show(words),
+            activate: (id) => this.#activate(id),
+            serve: (view) => this.tools.serve(view),
+        };
+    }
+
+    // --- Messages ---
+
+    #listenToWorkbench() {
+        const {connection} = this;
+        connection.on('hello', (message) => {
+            this.language.locales = message.locales;
+        });
+        connection.on('locale', (message) => this.#setLocale(message.name));
+        connection.on('documents', (message) => this.#setDocuments(message));
+        connection.on('panel', (message) => this.panel.receive(message));
+        connection.on('scroll', (message) => this.panel.scrollTo(message.element));
+        connection.on('progress', (message) => this.statusLine.tellProgress(message));
+        connection.on('notice', (message) => this.notices.show(message.text));
+        connection.on('refused', (message) => console.error('refused:', message.reason));
+        connection.on('goodbye', () => {
+            this.#hasEnded = true;
+        });
+    }
+
+    #setDocuments({documents, active}) {
+        this.documents = documents;
+        this.activeId = active;
+        byId('no-document').hidden = documents.length > 0;
+        document.title = this.active ? `${this.active.name} – ${text('panel.comments')}` : text('panel.comments');
+        this.tabs.update(documents, active);
+        this.arrangement.update(documents, active);
+        this.toolbar.update();
+        this.statusLine.update(documents, this.active);
+    }
+
+    #setLocale(name) {
+        const locale = this.language.locales.find((one) => one.name === name);
+        const direction = locale?.direction ?? 'ltr';
+        this.language.name = name;
+        setTextLanguage(name);
+        document.documentElement.lang = name;
+        document.documentElement.dir = direction;
+        translatePage();
+        byId('open-document').setAttribute('aria-label', text('tabs.open'));
+        byId('open-document').title = text('tabs.open');
+        byId('panel-frame').title = text('panel.comments');
+        this.panel.setLanguage(name, direction);
+        this.toolbar.translate();
+        this.arrangement.translate();
+        this.tabs.update(this.documents, this.activeId);
+        this.statusLine.update(this.documents, this.active);
+    }
+
+    #connectionChanged(state) {
+        if (state === 'open') {
+            this.#hasEnded = false;
+            this.notices.banner('');
+        } else {
+            this.notices.banner(text(this.#hasEnded ? 'banner.ended' : 'banner.waiting'));
+        }
+    }
+
+    #showProgress(done) {
+        const bar = byId('panel-progress');
+        bar.hidden = done >= 1;
+        bar.setAttribute('aria-valuenow', String(Math.round(done * 100)));
+        bar.firstElementChild.style.transform = `scaleX(${done})`;
+    }
+
+    // --- Controls ---
+
+    #listenToControls() {
+        const open = byId('open-document');
+        open.append(icon('plus'));
+        open.addEventListener('click', () => this.edits.askOpen());
+        byId('retry').addEventListener('click', () => this.connection.open());
+        for (const button of byId('view-switch').children) {
+            button.addEventListener('click', () => this.#showView(button.dataset.view));
+        }
+        this.#showView('comments');
+        this.#listenToDrops();
+    }
+
+    // In a narrow window pages and panel take turns.
+    #showView(name) {
+        document.body.dataset.view = name;
+        for (const button of byId('view-switch').children) {
+            button.setAttribute('aria-pressed', String(button.dataset.view === name));
+        }
+    }
+
+    #listenToDrops() {
+        const isFile = (event) => event.dataTransfer?.types.includes('Files');
+        for (const type of ['dragenter', 'dragover']) {
+            document.addEventListener(type, (event) => {
+                if (isFile(event)) {
+                    event.preventDefault();
+                    document.body.classList.add('dropping');
+                }
+            });
+        }
+        document.addEventListener('dragleave', (event) => {
+            if (!event.relatedTarget) {
+                document.body.classList.remove('dropping');
+            }
+        });
+        document.addEventListener('drop', (event) => {
+            document.body.classList.remove('dropping');
+            if (isFile(event)) {
+                event.preventDefault();
+                this.edits.openFiles(event.dataTransfer.files);
+            }
+        });
+    }
+
+    #toggleSplit() {
+        this.split.isOn = !this.split.isOn;
+        this.arrangement.setSplit(this.split.isOn);
+    }
+
+    // --- Keyboard ---
+
+    #shortcuts() {
+        const inPages = (event) => event.target.ownerDocument === document &&
+            (event.target === document.body || byId('pages').contains(event.target));
+        const zoom = (act) => (event) => {
+            if (!inPages(event) || !this.view) {
+                return false;
+            }
+            act(this.view.zoom);
+            return true;
+        };
+        const isField = (event) => event.target.matches?.('input, textarea, select');
+        return {
+            'Ctrl+s': () => this.save(),
+            'Ctrl+o': () => this.edits.askOpen(),
+            'Ctrl+z': (event) => isField(event) ? false : this.undo(),
+            'Ctrl+y': (event) => isField(event) ? false : this.redo(),
+            'Ctrl+Shift+z': (event) => isField(event) ? false : this.redo(),
+            'Ctrl++': zoom((view) => view.step(true)),
+            'Ctrl+=': zoom((view) => view.step(true)),
+            'Ctrl+-': zoom((view) => view.step(false)),
+            'Ctrl+0': zoom((view) => view.fitWidth()),
+            'F2': () => this.editFocused(),
+            'F6': (event) => this.#switchRegion(event),
+        };
+    }
+
+    #switchRegion(event) {
+        if (event.target.ownerDocument === document && byId('pages').contains(event.target)) {
+            this.#showView('comments');
+            this.panel.focusList();
+        } else {
+            this.#showView('pages');
+            this.view?.scroller.focus();
+        }
+    }
+}
+
+/// The page, once it stands.
+export const page = loadedFrame(byId('panel-frame')).then((frame) => new Page(frame));

@@ -1,0 +1,392 @@
+// The pages of one document, one below the other. Every page has a placeholder; pages near what is
+// in sight have a picture and their annotations. Scroll place and zoom are the view's own.
+
+import {NavigationBar} from './navigation-bar.js';
+import {openPdf} from './pdf-file.js';
+import {kPixelsPerPoint, PageView} from './page-view.js';
+import {text} from './texts.js';
+import {kFitWidth, Zoom} from './zoom.js';
+
+const kRedrawDelay = 120;
+const kLetter = {width: 816, height: 1056};
+
+export class PagesView {
+    #services;
+    #description = null;
+    #pdf = null;
+    #loadedRevision = 0;
+    #isLoading = false;
+    #pages = [];
+    #near = new Set();
+    #drawing = false;
+    #timer = 0;
+    #lists = new Map();
+    #shownCount = null;
+    #pulse = false;
+    #place = {top: 0, left: 0};
+    #observer;
+    #zoom;
+    #bar;
+    element = document.createElement('div');
+    scroller = document.createElement('div');
+    #column = document.createElement('div');
+
+    /// `services` has `connection`, `lists` of annotations, `edits`, `askPassword(id, name, wasWrong)`
+    /// and `notice(text)`.
+    constructor(services) {
+        this.#services = services;
+        this.element.className = 'pages-view';
+        this.scroller.className = 'scroller';
+        this.scroller.tabIndex = 0;
+        this.#column.className = 'pages';
+        this.scroller.append(this.#column);
+        this.#zoom = new Zoom(this.scroller, this.#column, () => this.#zoomed());
+        this.#bar = new NavigationBar(this.#zoom, (page) => this.goTo(page));
+        this.element.append(this.scroller, this.#bar.element);
+        this.#observer = new IntersectionObserver(
+            (entries) => this.#sightChanged(entries),
+            {root: this.scroller, rootMargin: '100% 0px'});
+        this.scroller.addEventListener('scroll', () => this.#scrolled(), {passive: true});
+        new ResizeObserver(() => this.#zoom.refit()).observe(this.scroller);
+    }
+
+    get documentId() {
+        return this.#description?.id ?? null;
+    }
+
+    get description() {
+        return this.#description;
+    }
+
+    get zoom() {
+        return this.#zoom;
+    }
+
+    /// Page in the middle of what is in sight, from 0.
+    get currentPage() {
+        const middle = this.scroller.scrollTop + this.scroller.clientHeight / 2;
+        let low = 0;
+        let high = this.#pages.length - 1;
+        while (low < high) {
+            const half = Math.ceil((low + high) / 2);
+            if (this.#pages[half].element.offsetTop <= middle) {
+                low = half;
+            } else {
+                high = half - 1;
+            }
+        }
+        return Math.max(0, low);
+    }
+
+    pageView(index) {
+        return this.#pages[index] ?? null;
+    }
+
+    /// What the workbench says of the document, the first time and after each change.
+    update(description) {
+        const before = this.#description;
+        this.#description = description;
+        this.scroller.setAttribute('aria-label', text('pages.label', description.name));
+        this.#bar.setCount(description.pages);
+        if (description.revision !== this.#loadedRevision) {
+            this.#load();
+        }
+        const count = description.shown?.count ?? 0;
+        if (this.#shownCount !== null && count > this.#shownCount) {
+            this.#pulse = true;
+            this.#reveal();
+        }
+        this.#shownCount = count;
+        if (JSON.stringify(before?.focused) !== JSON.stringify(description.focused) || this.#pulse) {
+            this.#mark();
+        }
+    }
+
+    /// Puts the view into the page, where it was when it was taken out.
+    mount(slot) {
+        slot.append(this.element);
+        this.scroller.scrollTop = this.#place.top;
+        this.scroller.scrollLeft = this.#place.left;
+    }
+
+    unmount() {
+        this.element.remove();
+        for (const page of this.#near) {
+            page.release();
+        }
+    }
+
+    close() {
+        this.unmount();
+        this.#observer.disconnect();
+        this.#pdf?.destroy();
+        this.#pdf = null;
+        this.#description = null;
+    }
+
+    translate() {
+        this.#bar.translate();
+        for (const page of this.#near) {
+            this.#showAnnotations(page.index);
+        }
+    }
+
+    goTo(page) {
+        const view = this.#pages[Math.max(0, Math.min(page, this.#pages.length - 1))];
+        if (view) {
+            this.scroller.scrollTop = view.element.offsetTop - 8;
+        }
+    }
+
+    // --- Contents ---
+
+    // One file at a time: when another revision comes meanwhile, it is the next.
+    async #load() {
+        if (this.#isLoading || !this.#description) {
+            return;
+        }
+        this.#isLoading = true;
+        const {id, revision, name} = this.#description;
+        let pdf = null;
+        try {
+            pdf = await openPdf(id, revision,
+                (wasWrong) => this.#services.askPassword(id, name, wasWrong));
+        } catch (error) {
+            if (this.#description && this.#services.connection.isOpen) {
+                console.error(error);
+                this.#services.notice(text('pages.unreadable', name));
+            }
+        }
+        this.#isLoading = false;
+        if (!this.#description) {
+            pdf?.destroy();
+            return;
+        }
+        this.#loadedRevision = revision;
+        if (pdf) {
+            await this.#replacePdf(pdf);
+        }
+        if (this.#description && this.#description.revision !== revision) {
+            this.#load();
+        }
+    }
+
+    async #replacePdf(pdf) {
+        const old = this.#pdf;
+        this.#pdf = pdf;
+        const first = pdf.numPages > 0 ? await pdf.getPage(1) : null;
+        if (this.#pdf !== pdf) {
+            return;
+        }
+        const size = first?.getViewport({scale: kPixelsPerPoint}) ?? kLetter;
+        this.#zoom.setPageWidth(size.width);
+        this.#setPageCount(pdf.numPages, size);
+        this.#schedule(0);
+        if (this.#pulse) {
+            this.#reveal();
+        }
+        old?.destroy();
+    }
+
+    #setPageCount(count, size) {
+        while (this.#pages.length > count) {
+            const page = this.#pages.pop();
+            this.#observer.unobserve(page.element);
+            this.#near.delete(page);
+            page.release();
+            page.element.remove();
+        }
+        const added = [];
+        while (this.#pages.length < count) {
+            const page = new PageView(this.#pages.length, this.#actions());
+            page.setSize(size.width, size.height);
+            this.#pages.push(page);
+            added.push(page.element);
+        }
+        this.#column.append(...added);
+        for (const element of added) {
+            this.#observer.observe(element);
+        }
+        this.#scrolled();
+    }
+
+    #actions() {
+        const withDocument = (action) => (page, index) =>
+            this.#services.edits[action](this.#description, page, index);
+        return {
+            focus: withDocument('focus'),
+            remove: withDocument('remove'),
+            edit: withDocument('editContents'),
+        };
+    }
+
+    // --- Sight ---
+
+    #sightChanged(entries) {
+        for (const entry of entries) {
+            const page = this.#pages[Number(entry.target.dataset.page)];
+            if (!page || page.element !== entry.target) {
+                continue;
+            }
+            if (entry.isIntersecting) {
+                this.#near.add(page);
+            } else {
+                this.#near.delete(page);
+                page.release();
+            }
+        }
+        this.#schedule(0);
+    }
+
+    #scrolled() {
+        if (!this.element.isConnected) {
+            return;
+        }
+        this.#place = {top: this.scroller.scrollTop, left: this.scroller.scrollLeft};
+        this.#bar.setPage(this.currentPage);
+    }
+
+    #zoomed() {
+        this.#bar.setZoom(this.#zoom.scale, this.#zoom.mode === kFitWidth);
+        this.#schedule(kRedrawDelay);
+    }
+
+    #schedule(delay) {
+        clearTimeout(this.#timer);
+        this.#timer = setTimeout(() => this.#draw(), delay);
+    }
+
+    // --- Pictures ---
+
+    // Page after page, those in the middle first; what is wanted is looked up before each.
+    async #draw() {
+        if (this.#drawing) {
+            return;
+        }
+        this.#drawing = true;
+        try {
+            for (let page = this.#nextPage(); page; page = this.#nextPage()) {
+                await this.#drawPage(page);
+            }
+        } finally {
+            this.#drawing = false;
+        }
+    }
+
+    #nextPage() {
+        if (!this.#pdf) {
+            return null;
+        }
+        const middle = this.currentPage;
+        const waiting = [...this.#near].filter((page) => this.#isWaiting(page));
+        waiting.sort((a, b) => Math.abs(a.index - middle) - Math.abs(b.index - middle));
+        return waiting[0] ?? null;
+    }
+
+    #isWaiting(page) {
+        return page.index < this.#pdf.numPages &&
+            !page.isDrawn(this.#loadedRevision, this.#zoom.scale) &&
+            page.failedRevision !== this.#loadedRevision;
+    }
+
+    async #drawPage(page) {
+        const pdf = this.#pdf;
+        try {
+            const pdfPage = await pdf.getPage(page.index + 1);
+            if (pdf !== this.#pdf || !this.#near.has(page)) {
+                return;
+            }
+            const drawn = page.draw(pdfPage, this.#loadedRevision, this.#zoom.scale);
+            this.#askForAnnotations(page);
+            await drawn;
+            pdfPage.cleanup();
+        } catch (error) {
+            if (pdf === this.#pdf) {
+                console.error(error);
+                page.failedRevision = this.#loadedRevision;
+            }
+        }
+    }
+
+    // --- Annotations ---
+
+    async #askForAnnotations(page) {
+        const {id, revision} = this.#description;
+        if (this.#lists.get(page.index)?.revision !== revision) {
+            const list = await this.#services.lists.ask(id, page.index);
+            if (!list) {
+                return;
+            }
+            this.#lists.set(page.index, list);
+        }
+        this.#showAnnotations(page.index);
+    }
+
+    async #showAnnotations(index) {
+        const page = this.#pages[index];
+        const list = this.#lists.get(index);
+        if (!page?.viewport || !list) {
+            return;
+        }
+        const iconless = await this.#iconless(page, list.annotations);
+        if (this.#lists.get(index) === list) {
+            page.layer.show(list.annotations, page.viewport, iconless);
+            this.#markOn(page);
+        }
+    }
+
+    // The picture has no sign for notes that bring no appearance of their own.
+    async #iconless(page, annotations) {
+        const found = new Set();
+        try {
+            const pdfPage = await this.#pdf.getPage(page.index + 1);
+            const known = await pdfPage.getAnnotations();
+            for (const {index, rect} of annotations) {
+                const same = known.find((one) => one.rect.every(
+                    (side, at) => Math.abs(side - rect[at]) < 0.5));
+                if (same && !same.hasAppearance) {
+                    found.add(index);
+                }
+            }
+        } catch {
+            // The file has been replaced meanwhile; the next one is asked again.
+        }
+        return found;
+    }
+
+    #mark() {
+        for (const page of this.#near) {
+            this.#markOn(page);
+        }
+    }
+
+    #markOn(page) {
+        const {focused} = this.#description;
+        const isHere = focused?.page === page.index;
+        page.layer.mark(isHere ? focused.index : null, isHere && this.#pulse);
+        if (isHere) {
+            this.#pulse = false;
+        }
+    }
+
+    async #reveal() {
+        const {shown} = this.#description;
+        const page = this.#pages[shown.page];
+        if (!page || !this.#pdf) {
+            return;  // comes again with the file
+        }
+        const pdfPage = await this.#pdf.getPage(shown.page + 1).catch(() => null);
+        if (!pdfPage) {
+            return;
+        }
+        const viewport = pdfPage.getViewport({scale: kPixelsPerPoint});
+        page.setSize(viewport.width, viewport.height);
+        const [l, b, r, t] = shown.target;
+        const [x, y] = viewport.convertToViewportPoint((l + r) / 2, (b + t) / 2);
+        const {scale} = this.#zoom;
+        const {element} = page;
+        this.scroller.scrollTop = element.offsetTop + y * scale - this.scroller.clientHeight / 2;
+        this.scroller.scrollLeft = element.offsetLeft + x * scale - this.scroller.clientWidth / 2;
+        this.#markOn(page);
+    }
+}

@@ -1,0 +1,144 @@
+// Input in the panel travels to the workbench as clicks and keys on elements, and the module
+// decides what they mean. Only the fold of a page is the page's own matter with the keyboard: the
+// module has keys for items, and clicks for captions.
+
+import {recordOf} from './panel-mirror.js';
+
+/// Keys of the module by the browser's names.
+const kKeys = {
+    Enter: 'Enter',
+    PageUp: 'PageUp',
+    PageDown: 'PageDown',
+    Home: 'Home',
+    End: 'End',
+    ArrowUp: 'Up',
+    ArrowDown: 'Down',
+    ArrowLeft: 'Left',
+    ArrowRight: 'Right',
+    Delete: 'Delete',
+};
+
+function captionOf(page) {
+    return page.querySelector(':scope > div.icon');
+}
+
+class PanelInput {
+    #document;
+    #mirror;
+    #focus;
+    #connection;
+
+    constructor(frameDocument, mirror, focus, connection) {
+        this.#document = frameDocument;
+        this.#mirror = mirror;
+        this.#focus = focus;
+        this.#connection = connection;
+    }
+
+    click(event) {
+        event.preventDefault();
+        const element = this.#mirror.elementAround(event.target);
+        if (element) {
+            this.#sendClick(element);
+        }
+    }
+
+    key(event) {
+        if (event.ctrlKey || event.altKey || event.metaKey || event.defaultPrevented) {
+            return;
+        }
+        const target = event.target;
+        const list = target.closest?.('.results-container');
+        const isNowhere = target === this.#document.body || target === this.#document.documentElement;
+        if (!list && !isNowhere) {
+            return;  // a button: the browser makes a click of its keys
+        }
+        const page = target.matches?.('li[page-index]') ? target : null;
+        const isTaken = (page && this.#keyOnPage(event.key, page)) ||
+            this.#keyOnItem(event.key, target, list);
+        if (isTaken) {
+            event.preventDefault();
+        }
+    }
+
+    #sendClick(element) {
+        this.#connection.send({type: 'click', element: recordOf(element).id});
+    }
+
+    // Towards the end of a line, in reading direction, opens; towards its beginning closes.
+    #direction(key) {
+        const mirrored = this.#document.documentElement.dir === 'rtl';
+        switch (key) {
+            case 'ArrowRight': return mirrored ? 'out' : 'in';
+            case 'ArrowLeft': return mirrored ? 'in' : 'out';
+            default: return null;
+        }
+    }
+
+    #keyOnItem(key, target, list) {
+        const item = target.closest?.('li[annot-name]');
+        if (item && this.#direction(key) === 'out') {
+            item.closest('li[page-index]')?.focus();
+            return true;
+        }
+        if (item && key === ' ') {
+            this.#sendClick(item);
+            return true;
+        }
+        if (target === list && this.#direction(key) === 'in') {
+            list.querySelector('li[page-index]')?.focus();
+            return true;
+        }
+        if (!kKeys[key]) {
+            return false;
+        }
+        const element = list ? this.#mirror.elementAround(target) : null;
+        this.#connection.send({
+            type: 'key', key: kKeys[key], element: element && recordOf(element).id, modifiers: 0,
+        });
+        return true;
+    }
+
+    #keyOnPage(key, page) {
+        const isFolded = page.hasAttribute('wb-collapsed');
+        const direction = this.#direction(key);
+        if (key === 'Enter' || key === ' ' || (direction === 'in' && isFolded) ||
+            (direction === 'out' && !isFolded)) {
+            this.#sendClick(captionOf(page));
+            return true;
+        }
+        if (direction === 'in') {
+            this.#enterPage(page);
+            return true;
+        }
+        if (key === 'ArrowDown' || key === 'ArrowUp') {
+            this.#focusPage(page, key === 'ArrowDown');
+            return true;
+        }
+        return direction === 'out';
+    }
+
+    #enterPage(page) {
+        const item = page.querySelector('li[annot-name]');
+        if (item) {
+            this.#sendClick(item);
+            item.focus();
+        }
+    }
+
+    #focusPage(page, forward) {
+        const list = page.closest('ul[page-item]');
+        const neighbour = forward ? list.nextElementSibling : list.previousElementSibling;
+        neighbour?.querySelector('li[page-index]')?.focus();
+    }
+}
+
+/// Begins to listen in the frame's document.
+export function listenToInput(frameDocument, mirror, focus, connection) {
+    const input = new PanelInput(frameDocument, mirror, focus, connection);
+    frameDocument.addEventListener('click', (event) => input.click(event));
+    frameDocument.addEventListener('keydown', (event) => input.key(event));
+    for (const type of ['auxclick', 'dragstart', 'drop']) {
+        frameDocument.addEventListener(type, (event) => event.preventDefault());
+    }
+}

@@ -1,0 +1,385 @@
+// The panel's tree in the browser: the same elements, texts and comments as the engine holds, built
+// and changed by real DOM calls in the frame's document. Nodes are known by the numbers that the
+// workbench gave them; nodes without a number are the page's own and are left alone.
+
+import {
+    attributeNameInFrame,
+    isHarmlessElement,
+    kInertNamespace,
+    kKeptPrefix,
+    removeInlineStyle,
+    setInlineStyle,
+} from './harmless.js';
+
+const kRecord = Symbol('record');
+
+/// The states that style sheets know, by their bits.
+const kStateAttributes = [
+    [32, 'wb-current'],
+    [128, 'wb-disabled'],
+    [512, 'wb-expanded'],
+    [1024, 'wb-collapsed'],
+];
+const kVisibleStates = kStateAttributes.reduce((bits, [bit]) => bits | bit, 0);
+export const kCurrent = 32;
+
+function readAttribute(element, name) {
+    if (name === 'style') {
+        return element.getAttribute(kKeptPrefix + 'style') ?? element.getAttribute('style');
+    }
+    return element.getAttribute(attributeNameInFrame(name));
+}
+
+/// What the workbench said of a node: `{id}` for text, and for elements also `tag`, `attributes`
+/// (names and values in turn), `states` and `namespace`. Null for a node of the page's own.
+export function recordOf(node) {
+    return node?.[kRecord] ?? null;
+}
+
+/// The value of a name in a list of names and values in turn; null when it is not there.
+export function valueOf(attributes, name) {
+    for (let at = 0; at < attributes.length; at += 2) {
+        if (attributes[at] === name) {
+            return attributes[at + 1];
+        }
+    }
+    return null;
+}
+
+export class PanelMirror {
+    #document;
+    #sheetBase;
+    #observer;
+    #nodes = new Map();
+    #discarded = [];
+    #head = null;
+
+    /// `sheetBase` is the address that the panel's page has for its links; below it style sheets
+    /// are taken from. `observer` is told of elements: `created(element, record)`,
+    /// `statesChanged(element, record, before)`, `attributesChanged(element, record)`,
+    /// `textChanged(node)` and `sheetAdded(link)`.
+    constructor(frameDocument, sheetBase, observer) {
+        this.#document = frameDocument;
+        this.#sheetBase = sheetBase;
+        this.#observer = observer;
+    }
+
+    node(id) {
+        return this.#nodes.get(id) ?? null;
+    }
+
+    get size() {
+        return this.#nodes.size;
+    }
+
+    /// The nearest element with a number, the node itself included.
+    elementAround(node) {
+        let at = node;
+        while (at && !(at[kRecord] && at.nodeType === Node.ELEMENT_NODE)) {
+            at = at.parentNode;
+        }
+        return at;
+    }
+
+    /// Forgets all. The root element stays in the document, because a document has one.
+    reset() {
+        const root = this.#document.documentElement;
+        for (const child of [...root.childNodes]) {
+            if (child[kRecord]) {
+                child.remove();
+            }
+        }
+        if (root[kRecord]) {
+            this.#clearAttributes(root, root[kRecord]);
+            delete root[kRecord];
+        }
+        this.#nodes = new Map();
+        this.#discarded = [];
+        this.#head = null;
+    }
+
+    /// One change in the form of the protocol. Throws when it speaks of a node that is not here.
+    apply(change) {
+        const [kind, id] = change;
+        switch (kind) {
+            case 'i': return this.#insert(id, change[2], change[3]);
+            case 'r': return this.#remove(change.slice(1));
+            case 't': return this.#setText(this.#require(id), change[2]);
+            case 'a': return this.#setAttributes(this.#require(id), change[2]);
+            case 's': return this.#setStates(this.#require(id), change[2]);
+            default: throw new Error(`unknown change ${kind}`);
+        }
+    }
+
+    /// Forgets the numbers inside what has been removed, for as long as `mayGoOn` says so; true
+    /// when nothing is left to forget.
+    forgetDiscarded(mayGoOn) {
+        while (this.#discarded.length > 0) {
+            const node = this.#discarded.pop();
+            this.#nodes.delete(node[kRecord]?.id);
+            this.#discarded.push(...node.childNodes);
+            if (!mayGoOn()) {
+                return this.#discarded.length === 0;
+            }
+        }
+        return true;
+    }
+
+    #require(id) {
+        const node = this.#nodes.get(id);
+        if (!node) {
+            throw new Error(`there is no node ${id}`);
+        }
+        return node;
+    }
+
+    #insert(parentId, previousId, nodes) {
+        if (parentId === 0) {
+            this.#insertRoot(nodes[0]);
+            return;
+        }
+        const parent = this.#require(parentId);
+        const previous = previousId === 0 ? null : this.#require(previousId);
+        if (previous && previous.parentNode !== parent) {
+            throw new Error(`node ${previousId} does not stand in node ${parentId}`);
+        }
+        const fragment = this.#document.createDocumentFragment();
+        this.#build(fragment, nodes, parent);
+        if (previous) {
+            previous.after(fragment);
+        } else {
+            parent.prepend(fragment);
+        }
+    }
+
+    #insertRoot(node) {
+        const root = this.#document.documentElement;
+        this.#describe(root, node);
+        const fragment = this.#document.createDocumentFragment();
+        this.#build(fragment, node[4], root);
+        root.prepend(fragment);
+    }
+
+    // Without recursion: the depth is a stranger's choice.
+    #build(target, nodes, placedIn) {
+        const open = [{target, nodes, at: 0}];
+        while (open.length > 0) {
+            const level = open[open.length - 1];
+            if (level.at === level.nodes.length) {
+                open.pop();
+                continue;
+            }
+            const description = level.nodes[level.at++];
+            const parent = level.target === target ? placedIn : level.target;
+            const node = this.#create(description, parent);
+            level.target.append(node);
+            if (description[1] !== null && description.length > 2) {
+                this.#describe(node, description);
+                open.push({target: node, nodes: description[4], at: 0});
+            }
+        }
+    }
+
+    #create(description, parent) {
+        const [id, name] = description;
+        let node;
+        if (name === null) {
+            node = this.#document.createComment(description[2]);
+        } else if (description.length === 2) {
+            node = this.#document.createTextNode(name);
+        } else {
+            node = this.#createElement(name, description, parent);
+        }
+        node[kRecord] = {id};
+        this.#nodes.set(id, node);
+        return node;
+    }
+
+    #createElement(name, description, parent) {
+        const isHtml = description.length < 6;
+        if (isHtml && isHarmlessElement(name)) {
+            return this.#document.createElement(name);
+        }
+        if (isHtml && name === 'link' && this.#sheetAddress(description[2], parent)) {
+            return this.#document.createElement(name);
+        }
+        try {
+            return this.#document.createElementNS(kInertNamespace, name);
+        } catch {
+            return this.#document.createElementNS(kInertNamespace, 'wb-unnamed');
+        }
+    }
+
+    #describe(element, [id, tag, attributes, states, , namespace]) {
+        const record = {id, tag, attributes, states: 0, namespace, kept: null};
+        element[kRecord] = record;
+        this.#nodes.set(id, element);
+        for (let at = 0; at < attributes.length; at += 2) {
+            this.#setAttribute(element, record, attributes[at], attributes[at + 1]);
+        }
+        if (tag === 'head') {
+            this.#head ??= element;
+        } else if (tag === 'link' && element.namespaceURI !== kInertNamespace) {
+            this.#loadSheet(element, attributes);
+        }
+        this.#observer.created(element, record);
+        if (states !== 0) {
+            this.#setStates(element, states);
+        }
+    }
+
+    // Only the panel's own page has a head; what stands there is the module's, and no stranger's.
+    #sheetAddress(attributes, parent) {
+        const path = valueOf(attributes, 'href');
+        if (parent !== this.#head || path === null || valueOf(attributes, 'rel') !== 'stylesheet') {
+            return null;
+        }
+        const address = new URL(path, this.#sheetBase).href;
+        return address.startsWith(new URL('..', this.#sheetBase).href) ? address : null;
+    }
+
+    #loadSheet(element, attributes) {
+        element.rel = 'stylesheet';
+        element.href = this.#sheetAddress(attributes, this.#head);
+        this.#observer.sheetAdded(element);
+    }
+
+    #setAttribute(element, record, name, value) {
+        if (name === 'style') {
+            setInlineStyle(element, value);
+            return;
+        }
+        try {
+            element.setAttribute(attributeNameInFrame(name), value);
+        } catch {
+            // A name that HTML can write and the DOM cannot; the record alone knows it.
+            record.kept = (record.kept ?? new Set()).add(name);
+        }
+    }
+
+    #removeAttribute(element, record, name) {
+        if (name === 'style') {
+            removeInlineStyle(element);
+        } else if (!record.kept?.has(name)) {
+            element.removeAttribute(attributeNameInFrame(name));
+        }
+    }
+
+    #clearAttributes(element, record) {
+        for (let at = 0; at < record.attributes.length; at += 2) {
+            this.#removeAttribute(element, record, record.attributes[at]);
+        }
+        for (const [, attribute] of kStateAttributes) {
+            element.removeAttribute(attribute);
+        }
+    }
+
+    #setAttributes(element, attributes) {
+        const record = element[kRecord];
+        for (let at = 0; at < record.attributes.length; at += 2) {
+            const name = record.attributes[at];
+            if (valueOf(attributes, name) === null) {
+                this.#removeAttribute(element, record, name);
+            }
+        }
+        record.attributes = attributes;
+        record.kept = null;
+        for (let at = 0; at < attributes.length; at += 2) {
+            this.#setAttribute(element, record, attributes[at], attributes[at + 1]);
+        }
+        this.#observer.attributesChanged(element, record);
+    }
+
+    #setStates(element, states) {
+        const record = element[kRecord];
+        const before = record.states;
+        record.states = states;
+        for (const [bit, attribute] of kStateAttributes) {
+            if ((states ^ before) & bit) {
+                element.toggleAttribute(attribute, (states & bit) !== 0);
+            }
+        }
+        this.#observer.statesChanged(element, record, before);
+    }
+
+    #setText(node, text) {
+        node.data = text;
+        this.#observer.textChanged(node);
+    }
+
+    // Numbers are not used again, so those inside may be forgotten when there is time for it.
+    #remove(ids) {
+        for (const id of ids) {
+            const node = this.#require(id);
+            node.remove();
+            this.#nodes.delete(id);
+            this.#discarded.push(node);
+        }
+    }
+
+    // --- Reading back ---
+
+    /// The tree as a NODE of the protocol, from what really stands in the document; null before
+    /// there is one.
+    read() {
+        const root = this.#document.documentElement;
+        if (!root[kRecord]) {
+            return null;
+        }
+        const result = this.#readElement(root);
+        const open = [{node: root, into: result[4]}];
+        while (open.length > 0) {
+            const {node, into} = open.pop();
+            for (const child of node.childNodes) {
+                if (!child[kRecord]) {
+                    continue;
+                }
+                const read = this.#readNode(child);
+                into.push(read);
+                if (child.nodeType === Node.ELEMENT_NODE) {
+                    open.push({node: child, into: read[4]});
+                }
+            }
+        }
+        return result;
+    }
+
+    #readNode(node) {
+        const {id} = node[kRecord];
+        switch (node.nodeType) {
+            case Node.TEXT_NODE: return [id, node.data];
+            case Node.COMMENT_NODE: return [id, null, node.data];
+            default: return this.#readElement(node);
+        }
+    }
+
+    #readElement(element) {
+        const record = element[kRecord];
+        const name = element.localName === 'wb-unnamed' ? record.tag : element.localName;
+        const attributes = [];
+        for (let at = 0; at < record.attributes.length; at += 2) {
+            const attribute = record.attributes[at];
+            const value = record.kept?.has(attribute)
+                ? record.attributes[at + 1]
+                : readAttribute(element, attribute);
+            if (value !== null) {
+                attributes.push(attribute, value);
+            }
+        }
+        const result = [record.id, name, attributes, this.#readStates(element, record), []];
+        if (record.namespace !== undefined) {
+            result.push(record.namespace);
+        }
+        return result;
+    }
+
+    #readStates(element, record) {
+        let states = record.states & ~kVisibleStates;
+        for (const [bit, attribute] of kStateAttributes) {
+            if (element.hasAttribute(attribute)) {
+                states |= bit;
+            }
+        }
+        return states;
+    }
+}

@@ -1,0 +1,193 @@
+// The comments panel of the page: a frame without scripts that shows the engine's tree. Messages
+// come in here; the parts around it (roles, keyboard focus, input, tooltips) work on its elements.
+
+import {PanelFocus} from './panel-focus.js';
+import {PanelMirror} from './panel-mirror.js';
+import {listenToInput} from './panel-input.js';
+import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
+import {SlicedWork, sliceClock} from './slices.js';
+import {Tooltips} from './tooltips.js';
+
+const kPanelPage = 'panel/document-panel-comments/panel.htm';
+const kSheetPatience = 2000;
+
+export class Panel {
+    #frame;
+    #connection;
+    #onProgress;
+    #mirror;
+    #work;
+    #focus;
+    #tooltips;
+    #host;
+    #expected = 0;
+    #renamedPages = new Set();
+    #sheets = [];
+
+    /// `frame` has loaded its empty page. `onProgress` is told the part of an insertion that is
+    /// done, from 0 to 1.
+    constructor(frame, connection, onProgress) {
+        this.#frame = frame;
+        this.#connection = connection;
+        this.#onProgress = onProgress;
+        this.#prepareFrame();
+        this.#mirror = new PanelMirror(this.document, new URL(kPanelPage, document.baseURI), this);
+        this.#focus = new PanelFocus(this.document, frame);
+        this.#tooltips = new Tooltips(this.document, this.#host);
+        this.#work = new SlicedWork((piece) => this.#perform(piece), () => this.#settle());
+        listenToInput(this.document, this.#mirror, this.#focus, connection);
+    }
+
+    get document() {
+        return this.#frame.contentDocument;
+    }
+
+    get isSettled() {
+        return this.#work.isEmpty;
+    }
+
+    readTree() {
+        return this.#mirror.read();
+    }
+
+    get nodeCount() {
+        return this.#mirror.size;
+    }
+
+    /// A `panel` message.
+    receive(message) {
+        const pieces = message.changes.map((change) => ({change}));
+        if (message.reset) {
+            this.#work.clear();
+            pieces.unshift({reset: true});
+        }
+        pieces.push({remaining: message.remaining});
+        this.#work.push(pieces);
+    }
+
+    scrollTo(id) {
+        this.#work.push([{scrollTo: id}]);
+    }
+
+    setLanguage(name, direction) {
+        const root = this.document.documentElement;
+        root.lang = name;
+        root.dir = direction;
+        root.setAttribute('wb-locale', name);
+        translateRoles(this.document);
+    }
+
+    setTheme(name) {
+        this.document.documentElement.setAttribute('wb-theme', name);
+    }
+
+    focusList() {
+        this.#focus.enter();
+    }
+
+    // The frame's own head and body make room for the engine's; what is the page's own stands
+    // behind them.
+    #prepareFrame() {
+        const frameDocument = this.document;
+        frameDocument.head.remove();
+        frameDocument.body.remove();
+        this.#host = frameDocument.createElement('wb-host');
+        const sheet = frameDocument.createElement('link');
+        sheet.rel = 'stylesheet';
+        sheet.href = new URL('app/styles/panel-host.css', document.baseURI).href;
+        this.#host.append(sheet);
+        frameDocument.documentElement.append(this.#host);
+        this.sheetAdded(sheet);
+    }
+
+    #perform(piece) {
+        try {
+            if (piece.change) {
+                this.#mirror.apply(piece.change);
+            } else if (piece.reset) {
+                this.#reset();
+            } else if (piece.scrollTo !== undefined) {
+                this.#mirror.node(piece.scrollTo)?.scrollIntoView({block: 'nearest'});
+            } else {
+                this.#tellProgress(piece.remaining);
+            }
+        } catch (error) {
+            // Out of step with the workbench: a new connection brings the whole tree.
+            console.error(error);
+            this.#work.clear();
+            this.#connection.restart();
+        }
+    }
+
+    #reset() {
+        this.#tooltips.hide();
+        this.#mirror.reset();
+        this.#focus.reset();
+        this.#expected = 0;
+    }
+
+    #tellProgress(remaining) {
+        this.#expected = remaining === 0 ? 0 : Math.max(this.#expected, remaining);
+        this.#onProgress(this.#expected === 0 ? 1 : 1 - remaining / this.#expected);
+    }
+
+    #settle() {
+        for (const page of this.#renamedPages) {
+            namePage(page);
+        }
+        this.#renamedPages.clear();
+        this.#focus.settle();
+        this.#tooltips.settle();
+        this.#forget();
+    }
+
+    #forget() {
+        if (!this.#mirror.forgetDiscarded(sliceClock())) {
+            setTimeout(() => this.#forget(), 0);
+        }
+    }
+
+    // --- What the mirror tells ---
+
+    created(element, record) {
+        describeElement(element, record);
+        if (record.tag === 'li' && element.hasAttribute('page-index')) {
+            this.#renamedPages.add(element);
+        }
+    }
+
+    statesChanged(element, record, before) {
+        describeStates(element, record);
+        this.#focus.statesChanged(element, record.states, before);
+    }
+
+    attributesChanged(element, record) {
+        describeElement(element, record);
+        describeStates(element, record);
+    }
+
+    textChanged(node) {
+        const page = node.parentElement?.closest('li[page-index]');
+        if (page) {
+            this.#renamedPages.add(page);
+        }
+    }
+
+    // Nothing is shown before it has its looks.
+    sheetAdded(link) {
+        this.#frame.classList.add('unstyled');
+        const loaded = new Promise((resolve) => {
+            link.addEventListener('load', resolve);
+            link.addEventListener('error', resolve);
+            setTimeout(resolve, kSheetPatience);
+        });
+        this.#sheets.push(loaded);
+        const known = this.#sheets.length;
+        Promise.all(this.#sheets).then(() => {
+            if (known === this.#sheets.length) {
+                this.#sheets = [];
+                this.#frame.classList.remove('unstyled');
+            }
+        });
+    }
+}

@@ -1,0 +1,72 @@
+// Work in slices: what comes in is done in order, at once when it is little, and otherwise in parts
+// of some milliseconds with a frame for the browser between them.
+
+const kSliceMilliseconds = 10;
+const kHiddenPause = 50;
+
+/// Whether there is time left, asked after each piece of work.
+export function sliceClock(milliseconds = kSliceMilliseconds) {
+    const end = performance.now() + milliseconds;
+    return () => performance.now() < end;
+}
+
+export class SlicedWork {
+    #pieces = [];
+    #next = 0;
+    #waiting = false;
+    #perform;
+    #afterSlice;
+
+    /// `perform(piece)` does one piece; `afterSlice(finished)` is told after each slice whether all
+    /// is done.
+    constructor(perform, afterSlice) {
+        this.#perform = perform;
+        this.#afterSlice = afterSlice;
+    }
+
+    get isEmpty() {
+        return this.#next === this.#pieces.length;
+    }
+
+    push(pieces) {
+        this.#pieces.push(...pieces);
+        if (!this.#waiting) {
+            this.#slice();
+        }
+    }
+
+    clear() {
+        this.#pieces = [];
+        this.#next = 0;
+    }
+
+    #slice() {
+        const mayGoOn = sliceClock();
+        while (!this.isEmpty) {
+            this.#perform(this.#pieces[this.#next++]);
+            if (!mayGoOn()) {
+                break;
+            }
+        }
+        if (this.isEmpty) {
+            this.clear();
+        } else {
+            this.#waitForFrame();
+        }
+        this.#afterSlice(this.isEmpty);
+    }
+
+    // A page that is not looked at has no frames.
+    #waitForFrame() {
+        this.#waiting = true;
+        const go = () => {
+            this.#waiting = false;
+            this.#slice();
+        };
+        if (document.hidden) {
+            setTimeout(go, kHiddenPause);
+        } else {
+            requestAnimationFrame(go);
+        }
+    }
+}

@@ -1,0 +1,202 @@
+// The tools that draw on pages. With the pointer a place is clicked or dragged; with the keyboard a
+// frame in the middle of the view is moved with the arrow keys, resized with Shift, and placed with
+// Enter.
+
+import {text} from './texts.js';
+
+/// Tools in their order; those with a subtype add an annotation of that kind.
+export const kTools = [
+    {name: 'select', key: 'tool.select'},
+    {name: 'note', key: 'tool.note', subtype: 'Text', fixedSize: 20},
+    {name: 'highlight', key: 'tool.highlight', subtype: 'Highlight'},
+    {name: 'rectangle', key: 'tool.rectangle', subtype: 'Square'},
+    {name: 'oval', key: 'tool.oval', subtype: 'Circle'},
+];
+
+const kSmallestDrag = 4;
+const kKeyStep = 8;
+const kKeyFrame = {width: 120, height: 40};
+const kArrows = {
+    ArrowLeft: [-kKeyStep, 0], ArrowRight: [kKeyStep, 0],
+    ArrowUp: [0, -kKeyStep], ArrowDown: [0, kKeyStep],
+};
+
+export class Tools {
+    #edits;
+    #notices;
+    #onChange;
+    #tool = kTools[0];
+    #frame = null;
+
+    /// `onChange(name)` is told the tool when it becomes another one.
+    constructor(edits, notices, onChange) {
+        this.#edits = edits;
+        this.#notices = notices;
+        this.#onChange = onChange;
+    }
+
+    get name() {
+        return this.#tool.name;
+    }
+
+    choose(name) {
+        this.#tool = kTools.find((tool) => tool.name === name);
+        this.#dropFrame();
+        document.documentElement.dataset.tool = name;
+        this.#onChange(name);
+        if (this.#tool.subtype) {
+            this.#notices.say(text('tool.hint'));
+        }
+    }
+
+    /// Listens on a view of pages.
+    serve(view) {
+        view.scroller.addEventListener('pointerdown', (event) => this.#pointerDown(view, event));
+        view.scroller.addEventListener('keydown', (event) => this.#key(view, event));
+    }
+
+    #isDrawing(view) {
+        return Boolean(this.#tool.subtype) && view.description?.readOnly === false;
+    }
+
+    // --- Frame ---
+
+    // `x`, `y`, `width`, `height` in CSS pixels of the page on the screen.
+    #showFrame(page, box) {
+        if (!this.#frame) {
+            this.#frame = {element: document.createElement('div')};
+            this.#frame.element.className = `drawing ${this.#tool.name}`;
+        }
+        this.#frame.page = page;
+        this.#frame.box = box;
+        const {style} = this.#frame.element;
+        style.left = `${box.x}px`;
+        style.top = `${box.y}px`;
+        style.width = `${box.width}px`;
+        style.height = `${box.height}px`;
+        page.element.append(this.#frame.element);
+    }
+
+    #dropFrame() {
+        this.#frame?.element.remove();
+        this.#frame = null;
+    }
+
+    async #place(view) {
+        const {page, box} = this.#frame;
+        const {subtype, fixedSize} = this.#tool;
+        const {scale} = view.zoom;
+        const corner = (x, y) => page.viewport.convertToPdfPoint(x / scale, y / scale);
+        const [x1, y1] = corner(box.x, box.y);
+        const [x2, y2] = fixedSize
+            ? [x1 + fixedSize, y1 - fixedSize]
+            : corner(box.x + box.width, box.y + box.height);
+        const rect = [Math.min(x1, x2), Math.min(y1, y2), Math.max(x1, x2), Math.max(y1, y2)];
+        const rounded = rect.map((side) => Math.round(side * 100) / 100);
+        await this.#edits.add(view.description, page.index, subtype, rounded);
+        this.choose('select');
+    }
+
+    // --- Pointer ---
+
+    #pointerDown(view, event) {
+        const page = view.pageView(Number(event.target.closest('.page')?.dataset.page));
+        if (!this.#isDrawing(view) || event.button !== 0 || !page?.viewport) {
+            return;
+        }
+        event.preventDefault();
+        view.scroller.focus({preventScroll: true});
+        const origin = page.element.getBoundingClientRect();
+        const at = (moved) => ({
+            x: Math.max(0, Math.min(moved.clientX - origin.left, origin.width)),
+            y: Math.max(0, Math.min(moved.clientY - origin.top, origin.height)),
+        });
+        this.#follow(view, page, at(event), at, event.pointerId);
+    }
+
+    #follow(view, page, start, at, pointer) {
+        const {scroller} = view;
+        scroller.setPointerCapture(pointer);
+        this.#showFrame(page, {...start, width: 0, height: 0});
+        const move = (moved) => {
+            const end = at(moved);
+            this.#showFrame(page, {
+                x: Math.min(start.x, end.x), y: Math.min(start.y, end.y),
+                width: Math.abs(end.x - start.x), height: Math.abs(end.y - start.y),
+            });
+        };
+        const stop = (event) => {
+            scroller.removeEventListener('pointermove', move);
+            scroller.removeEventListener('pointerup', stop);
+            scroller.removeEventListener('pointercancel', stop);
+            this.#finish(view, event.type === 'pointerup');
+        };
+        scroller.addEventListener('pointermove', move);
+        scroller.addEventListener('pointerup', stop);
+        scroller.addEventListener('pointercancel', stop);
+    }
+
+    #finish(view, isMeant) {
+        if (!this.#frame) {
+            return;
+        }
+        const {width, height} = this.#frame.box;
+        const isLarge = width >= kSmallestDrag && height >= kSmallestDrag;
+        if (isMeant && (isLarge || this.#tool.fixedSize)) {
+            this.#place(view);
+        } else {
+            this.#dropFrame();
+        }
+    }
+
+    // --- Keyboard ---
+
+    #key(view, event) {
+        if (!this.#isDrawing(view) || event.ctrlKey || event.altKey || event.metaKey) {
+            return;
+        }
+        if (event.key === 'Escape') {
+            this.choose('select');
+        } else if (event.key === 'Enter') {
+            this.#enter(view);
+        } else if (kArrows[event.key] && this.#frame) {
+            this.#moveFrame(kArrows[event.key], event.shiftKey);
+        } else {
+            return;
+        }
+        event.preventDefault();
+    }
+
+    // The first time the frame appears, the second time it is placed.
+    #enter(view) {
+        if (this.#frame) {
+            this.#place(view);
+            return;
+        }
+        const page = view.pageView(view.currentPage);
+        if (!page?.viewport) {
+            return;
+        }
+        const seen = view.scroller.getBoundingClientRect();
+        const origin = page.element.getBoundingClientRect();
+        const size = this.#tool.fixedSize ? {width: 20, height: 20} : kKeyFrame;
+        this.#showFrame(page, {
+            x: (origin.width - size.width) / 2,
+            y: Math.max(0, seen.top + seen.height / 2 - origin.top - size.height / 2),
+            ...size,
+        });
+        this.#notices.say(text('tool.frameHint'));
+    }
+
+    #moveFrame([across, down], isResizing) {
+        const {page, box} = this.#frame;
+        if (isResizing) {
+            box.width = Math.max(kKeyStep, box.width + across);
+            box.height = Math.max(kKeyStep, box.height + down);
+        } else {
+            box.x = Math.max(0, Math.min(box.x + across, page.element.clientWidth - box.width));
+            box.y = Math.max(0, Math.min(box.y + down, page.element.clientHeight - box.height));
+        }
+        this.#showFrame(page, box);
+    }
+}

@@ -1,0 +1,118 @@
+// The zoom of one view: a scale, or the width of the view. All pages take their size from one style
+// property; the point under the pointer, or in the middle, stays where it is.
+
+/// Mode in which the page is as wide as the view.
+export const kFitWidth = 'width';
+
+const kSteps = [0.1, 0.25, 0.33, 0.5, 0.67, 0.75, 0.9, 1, 1.1, 1.25, 1.5, 1.75, 2, 2.5, 3, 4, 5, 6.4];
+const kWheelFactor = 0.002;
+const kRoomAround = 24;
+
+export class Zoom {
+    #scroller;
+    #column;
+    #onChange;
+    #pageWidth = 816;
+    scale = 1;
+    mode = kFitWidth;
+
+    constructor(scroller, column, onChange) {
+        this.#scroller = scroller;
+        this.#column = column;
+        this.#onChange = onChange;
+        scroller.addEventListener('wheel', (event) => this.#wheel(event), {passive: false});
+        this.#apply(1);
+    }
+
+    setPageWidth(width) {
+        this.#pageWidth = width;
+        this.refit();
+    }
+
+    fitWidth() {
+        this.mode = kFitWidth;
+        this.refit();
+    }
+
+    refit() {
+        const room = this.#scroller.clientWidth - kRoomAround;
+        if (this.mode === kFitWidth && room > 0) {
+            this.#change(room / this.#pageWidth);
+        }
+    }
+
+    setScale(scale, anchor = null) {
+        this.mode = 'scale';
+        this.#change(scale, anchor);
+    }
+
+    step(forward) {
+        const next = forward
+            ? kSteps.find((step) => step > this.scale * 1.01)
+            : kSteps.findLast((step) => step < this.scale * 0.99);
+        this.setScale(next ?? this.scale);
+    }
+
+    #wheel(event) {
+        if (!event.ctrlKey && !event.metaKey) {
+            return;
+        }
+        event.preventDefault();
+        const lines = event.deltaMode === WheelEvent.DOM_DELTA_LINE ? 32 : 1;
+        const box = this.#scroller.getBoundingClientRect();
+        const anchor = {x: event.clientX - box.left, y: event.clientY - box.top};
+        this.setScale(this.scale * Math.exp(-event.deltaY * lines * kWheelFactor), anchor);
+    }
+
+    #change(wanted, anchor) {
+        const scale = Math.min(kSteps[kSteps.length - 1], Math.max(kSteps[0], wanted));
+        if (Math.abs(scale - this.scale) < 0.0005) {
+            this.#onChange();
+            return;
+        }
+        const {clientWidth, clientHeight} = this.#scroller;
+        const point = anchor ?? {x: clientWidth / 2, y: clientHeight / 2};
+        const held = this.#hold(point);
+        this.#apply(scale);
+        held?.();
+        this.#onChange();
+    }
+
+    #apply(scale) {
+        this.scale = scale;
+        this.#column.style.setProperty('--scale', scale);
+    }
+
+    // Remembers what lies at a point of the view; the result brings it back there.
+    #hold({x, y}) {
+        const box = this.#scroller.getBoundingClientRect();
+        const page = this.#pageAt(box.top + y);
+        if (!page) {
+            return null;
+        }
+        const before = page.getBoundingClientRect();
+        const across = (box.left + x - before.left) / before.width;
+        const down = (box.top + y - before.top) / before.height;
+        return () => {
+            const after = page.getBoundingClientRect();
+            this.#scroller.scrollTop += after.top + down * after.height - (box.top + y);
+            this.#scroller.scrollLeft += after.left + across * after.width - (box.left + x);
+        };
+    }
+
+    // The last page that begins above, by halves: there may be thousands.
+    #pageAt(y) {
+        const pages = this.#column.children;
+        let low = 0;
+        let high = pages.length - 1;
+        while (low < high) {
+            const half = Math.ceil((low + high) / 2);
+            if (pages[half].getBoundingClientRect().top <= y) {
+                low = half;
+            } else {
+                high = half - 1;
+            }
+        }
+        return pages[low] ?? null;
+    }
+}
