@@ -9,6 +9,7 @@ import {SlicedWork, sliceClock} from './slices.js';
 import {Tooltips} from './tooltips.js';
 
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
+const kHostSheets = ['panel-host.css', 'panel-dark.css'];
 const kSheetPatience = 2000;
 
 export class Panel {
@@ -92,12 +93,14 @@ export class Panel {
         frameDocument.head.remove();
         frameDocument.body.remove();
         this.#host = frameDocument.createElement('wb-host');
-        const sheet = frameDocument.createElement('link');
-        sheet.rel = 'stylesheet';
-        sheet.href = new URL('app/styles/panel-host.css', document.baseURI).href;
-        this.#host.append(sheet);
+        for (const name of kHostSheets) {
+            const sheet = frameDocument.createElement('link');
+            sheet.rel = 'stylesheet';
+            sheet.href = new URL(`app/styles/${name}`, document.baseURI).href;
+            this.#host.append(sheet);
+            this.sheetAdded(sheet);
+        }
         frameDocument.documentElement.append(this.#host);
-        this.sheetAdded(sheet);
     }
 
     #perform(piece) {
@@ -127,8 +130,11 @@ export class Panel {
     }
 
     #tellProgress(remaining) {
-        this.#expected = remaining === 0 ? 0 : Math.max(this.#expected, remaining);
-        this.#onProgress(this.#expected === 0 ? 1 : 1 - remaining / this.#expected);
+        const wasExpected = this.#expected;
+        this.#expected = remaining === 0 ? 0 : Math.max(wasExpected, remaining);
+        if (this.#expected > 0 || wasExpected > 0) {
+            this.#onProgress(this.#expected === 0 ? 1 : 1 - remaining / this.#expected);
+        }
     }
 
     #settle() {

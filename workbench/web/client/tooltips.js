@@ -1,7 +1,8 @@
 // Tooltips of the panel's items. An item names a `popup` by its `titleid`; a copy of it is shown
 // while the pointer rests on the item, or the keyboard has brought the focus there.
 
-const kDelay = 500;
+const kPointerDelay = 500;
+const kFocusDelay = 900;  // longer, because it lies over what the arrow keys come to next
 const kDistance = 4;
 const kMargin = 4;
 
@@ -42,23 +43,23 @@ export class Tooltips {
         if (this.#shown?.contains(target)) {
             return;  // the pointer may go over to the tooltip, to read on
         }
-        this.#waitFor(target.closest?.('[titleid]') ?? null);
+        this.#waitFor(target.closest?.('[titleid]') ?? null, kPointerDelay);
     }
 
     #focusIn(target) {
         if (target.matches?.('[titleid]:focus-visible')) {
-            this.#waitFor(target);
+            this.#waitFor(target, kFocusDelay);
         }
     }
 
-    #waitFor(item) {
+    #waitFor(item, delay) {
         if (item === this.#item) {
             return;
         }
         this.hide();
         if (item) {
             this.#item = item;
-            this.#timer = setTimeout(() => this.#show(item), kDelay);
+            this.#timer = setTimeout(() => this.#show(item), delay);
         }
     }
 
