@@ -30,7 +30,7 @@ async function loadedFrame(frame) {
 class Page {
     documents = [];
     activeId = null;
-    language = {name: 'en', locales: [], choose: (name) => this.edits.run('locale', {name})};
+    language = {name: 'en', locales: [], choose: (name) => this.edits.run('locale', {locale: name})};
     split = {isOn: false, toggle: () => this.#toggleSplit()};
     #hasEnded = false;
 

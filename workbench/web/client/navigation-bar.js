@@ -47,8 +47,11 @@ export class NavigationBar {
         ];
         const gap = document.createElement('span');
         gap.className = 'gap';
-        this.element.append(previous, this.#field, this.#total, next, gap, smaller, this.#percent,
-            larger, this.#fit);
+        // A page out of many reads from left to right in every language.
+        const place = document.createElement('span');
+        place.dir = 'ltr';
+        place.append(this.#field, this.#total);
+        this.element.append(previous, place, next, gap, smaller, this.#percent, larger, this.#fit);
         this.translate();
     }
 

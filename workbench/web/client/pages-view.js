@@ -107,6 +107,7 @@ export class PagesView {
         slot.append(this.element);
         this.scroller.scrollTop = this.#place.top;
         this.scroller.scrollLeft = this.#place.left;
+        this.#schedule(0);
     }
 
     unmount() {
