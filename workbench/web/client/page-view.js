@@ -2,6 +2,8 @@
 // what is in sight. The old picture stays until the new one is ready.
 
 import {AnnotationsLayer} from './annotations-layer.js';
+import {layText} from './pdf-file.js';
+import {text} from './texts.js';
 
 const kMostPixels = 2 ** 24;
 /// CSS pixels to a point at the scale of 1.
@@ -13,6 +15,8 @@ export class PageView {
     #wanted = '';
     #drawn = '';
     #canvas = null;
+    #words = null;
+    #wordsRevision = 0;
     element = document.createElement('div');
     layer;
     viewport = null;
@@ -23,6 +27,7 @@ export class PageView {
         this.#index = index;
         this.element.className = 'page';
         this.element.dataset.page = index;
+        this.element.setAttribute('role', 'group');
         this.layer = new AnnotationsLayer(index, actions);
         this.element.append(this.layer.element);
     }
@@ -75,6 +80,7 @@ export class PageView {
         }
         this.#replaceCanvas(canvas);
         this.#drawn = wanted;
+        await this.#layWords(pdfPage, revision);
         return true;
     }
 
@@ -84,6 +90,26 @@ export class PageView {
         this.#wanted = '';
         this.#drawn = '';
         this.#replaceCanvas(null);
+        this.#words?.remove();
+        this.#words = null;
+    }
+
+    // The words hold at every zoom.
+    async #layWords(pdfPage, revision) {
+        if (this.#words && this.#wordsRevision === revision) {
+            return;
+        }
+        const words = document.createElement('div');
+        words.className = 'words';
+        await layText(pdfPage, this.viewport, words);
+        if (!this.#canvas) {
+            return;  // released meanwhile
+        }
+        this.#words?.remove();
+        this.#words = words;
+        this.#wordsRevision = revision;
+        this.#canvas.after(words);
+        this.element.setAttribute('aria-label', text('pages.page', this.#index + 1));
     }
 
     #describe(revision, scale) {

@@ -22,6 +22,16 @@ async function loadLibrary() {
     };
 }
 
+/// Lays the words of a page over its picture, transparent, so that they can be selected, copied and
+/// read out. `element` is empty; its size follows the style property `--scale`.
+export async function layText(pdfPage, viewport, element) {
+    const {pdfjs} = await library;
+    const layer = new pdfjs.TextLayer({
+        textContentSource: pdfPage.streamTextContent(), container: element, viewport,
+    });
+    await layer.render();
+}
+
 /// Opens a document as it stands at one revision. `askPassword(wasWrong)` promises a password, or
 /// null to give up. Rejects when the file cannot be read.
 export async function openPdf(documentId, revision, askPassword) {

@@ -83,6 +83,7 @@ export class Tooltips {
         }
         this.#shown = popup.cloneNode(true);
         this.#shown.removeAttribute('id');
+        this.#shown.removeAttribute('style');
         this.#shown.setAttribute('role', 'tooltip');
         this.#host.append(this.#shown);
         this.#place(item.getBoundingClientRect());

@@ -10,6 +10,7 @@ export default {
 
     'pages.region': 'الصفحات',
     'pages.label': 'صفحات {0}',
+    'pages.page': 'الصفحة {0}',
     'pages.comments': 'التعليقات في الصفحة {0}',
     'pages.unreadable': 'تعذّر عرض صفحات «{0}».',
     'pages.none': 'لا يوجد مستند مفتوح. افتح مستندًا من قائمة «ملف» أو أسقط ملف PDF هنا.',

@@ -10,6 +10,7 @@ export default {
 
     'pages.region': 'Seiten',
     'pages.label': 'Seiten von {0}',
+    'pages.page': 'Seite {0}',
     'pages.comments': 'Kommentare auf Seite {0}',
     'pages.unreadable': 'Die Seiten von „{0}“ lassen sich nicht anzeigen.',
     'pages.none': 'Kein Dokument ist geöffnet. Öffnen Sie eines im Menü „Datei“, oder ziehen Sie eine PDF-Datei hierher.',

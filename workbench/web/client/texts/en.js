@@ -10,6 +10,7 @@ export default {
 
     'pages.region': 'Pages',
     'pages.label': 'Pages of {0}',
+    'pages.page': 'Page {0}',
     'pages.comments': 'Comments on page {0}',
     'pages.unreadable': 'The pages of “{0}” cannot be shown.',
     'pages.none': 'No document is open. Open one from the File menu, or drop a PDF file here.',

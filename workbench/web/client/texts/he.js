@@ -10,6 +10,7 @@ export default {
 
     'pages.region': 'עמודים',
     'pages.label': 'העמודים של {0}',
+    'pages.page': 'עמוד {0}',
     'pages.comments': 'הערות בעמוד {0}',
     'pages.unreadable': 'אי אפשר להציג את העמודים של „{0}”.',
     'pages.none': 'אין מסמך פתוח. אפשר לפתוח מסמך מתפריט „קובץ” או לגרור לכאן קובץ PDF.',

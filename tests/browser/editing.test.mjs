@@ -1,0 +1,202 @@
+// Documents changed from the page: comments, pages, undo, saving, tabs.
+
+import assert from 'node:assert/strict';
+import {readFileSync} from 'node:fs';
+import {join} from 'node:path';
+import {after, afterEach, before, beforeEach, describe, test} from 'node:test';
+
+import {PageWindow, startBrowser, until} from './support/browser.mjs';
+import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+
+describe('Editing in the browser', () => {
+    let browser;
+    let folder;
+    let workbench;
+    let window;
+
+    before(async () => {
+        browser = await startBrowser();
+    });
+
+    after(() => browser.stop());
+
+    beforeEach(async () => {
+        folder = makeFolder();
+        workbench = await Workbench.start(folder, [
+            makeDocument(folder, 'small.pdf', '--comments', '12', '--pages', '4'),
+            makeDocument(folder, 'sample.pdf', '--sample'),
+        ]);
+        window = await PageWindow.open(browser, workbench);
+        await window.expectActive((active) => active.name === 'sample.pdf' && active.busy === null,
+            'both documents are open');
+    });
+
+    afterEach(async () => {
+        await window.expectSameTree();
+        await window.close();
+        await workbench.stop();
+    });
+
+    const chooseInMenu = async (menu, item) => {
+        await window.page.getByRole('button', {name: menu, exact: true}).click();
+        await window.page.getByRole('menuitem', {name: item}).click();
+    };
+
+    test('deletes with the panel\'s key and takes it back', async () => {
+        const count = await window.items.count();
+        await window.item('0_1').click();
+        await window.expectCurrent('0_1');
+        await window.page.keyboard.press('Delete');
+        await until(() => window.items.count(), (now) => now === count - 1, 'one item less');
+        await window.page.keyboard.press('Control+z');
+        await until(() => window.items.count(), (now) => now === count, 'the item is back');
+        await window.page.keyboard.press('Control+y');
+        await until(() => window.items.count(), (now) => now === count - 1, 'one item less again');
+    });
+
+    test('adds a highlight where it was dragged, and edits it', async () => {
+        const count = await window.items.count();
+        await window.page.getByRole('button', {name: 'Highlight', exact: true}).click();
+        const box = await window.page.locator('.page[data-page="0"]').boundingBox();
+        await window.page.mouse.move(box.x + 100, box.y + 400);
+        await window.page.mouse.down();
+        await window.page.mouse.move(box.x + 260, box.y + 440, {steps: 4});
+        await window.page.mouse.up();
+        await window.page.getByRole('textbox', {name: 'Contents'}).fill('see <u>here</u>');
+        await window.page.keyboard.press('Control+Enter');
+        await until(() => window.items.count(), (now) => now === count + 1, 'one item more');
+        const mark = window.page.locator('.page[data-page="0"] .annotation.focused');
+        await mark.waitFor();
+        const marked = await mark.boundingBox();
+        assert.ok(Math.abs(marked.x - box.x - 100) < 3 && Math.abs(marked.width - 160) < 3);
+        const current = await window.currentName();
+        assert.equal(await window.item(current).locator('p u').textContent(), 'here');
+
+        await window.page.keyboard.press('F2');
+        await window.page.getByRole('textbox', {name: 'Contents'}).fill('gone');
+        await window.page.getByRole('button', {name: 'OK'}).click();
+        await until(() => window.item(current).locator('p').textContent(), (words) => words === 'gone',
+            'the contents are others');
+    });
+
+    test('places a rectangle with the keyboard alone', async () => {
+        await window.page.getByRole('button', {name: 'Rectangle'}).focus();
+        await window.page.keyboard.press('Enter');
+        await window.page.locator('.scroller').focus();
+        await window.page.keyboard.press('Enter');
+        await window.page.locator('.drawing').waitFor();
+        await window.page.keyboard.press('ArrowDown');
+        await window.page.keyboard.press('Shift+ArrowRight');
+        await window.page.keyboard.press('Enter');
+        await window.page.getByRole('textbox', {name: 'Contents'}).fill('framed');
+        await window.page.keyboard.press('Control+Enter');
+        await window.expectActive((active) => active.undo === 'add', 'it is added');
+        await window.panel.getByRole('treeitem', {name: 'framed'}).waitFor();
+    });
+
+    test('inserts, moves and deletes pages', async () => {
+        const steps = [
+            ['Insert a page after page 1', 7, 'insert-page'],
+            ['Move page 1 down', 7, 'move-page'],
+            ['Delete page 1', 6, 'delete-page'],
+        ];
+        for (const [item, pages, step] of steps) {
+            await chooseInMenu('Page', item);
+            await window.expectActive((one) => one.pages === pages && one.undo === step, item);
+            await until(() => window.page.locator('.page').count(), (count) => count === pages,
+                'the pages are there');
+        }
+        for (let step = 0; step < steps.length; ++step) {
+            await window.page.getByRole('button', {name: /^Undo/}).click();
+        }
+        await window.expectActive((one) => one.pages === 6 && one.undo === null, 'all undone');
+    });
+
+    test('saves, and what is opened again is what was saved', async () => {
+        const before = await window.active();
+        const added = await window.expectCommand('add', {
+            document: before.id, page: 2, subtype: 'Text', contents: 'kept', rect: [50, 50, 70, 70],
+        });
+        await window.page.keyboard.press('Control+s');
+        await window.expectActive((active) => !active.modified && active.busy === null, 'saved');
+        await chooseInMenu('File', 'Close');
+        await window.expectActive((active) => active.name === 'small.pdf', 'the other one is active');
+
+        await window.page.getByRole('button', {name: 'Open a document'}).click();
+        await window.page.getByRole('textbox', {name: 'Path of the file'})
+            .fill(join(folder, 'sample.pdf'));
+        await window.page.keyboard.press('Enter');
+        await window.expectActive((active) => active.name === 'sample.pdf' && active.busy === null,
+            'it is open again');
+        assert.match(await window.item(`2_${added.index}`).textContent(), /kept/);
+    });
+
+    test('asks before unsaved changes are dropped, and keeps them until the answer', async () => {
+        await window.item('0_0').click();
+        await window.button('delete').click();
+        await window.expectActive((active) => active.modified, 'it is changed');
+        const close = window.page.getByRole('button', {name: 'Close sample.pdf'});
+        await close.click();
+        await window.page.getByRole('button', {name: 'Cancel'}).click();
+        assert.equal((await window.active()).modified, true);
+        await close.click();
+        await window.page.getByRole('button', {name: 'Discard'}).click();
+        await window.expectActive((active) => active.name === 'small.pdf', 'it is closed');
+    });
+
+    test('keeps scroll place and zoom of each document behind its tab', async () => {
+        const scroller = window.page.locator('.scroller');
+        await window.page.getByRole('button', {name: 'Zoom in'}).click();
+        await scroller.evaluate((element) => {
+            element.scrollTop = 900;
+        });
+        await window.page.getByRole('tab', {name: 'small.pdf'}).click();
+        await window.expectActive((active) => active.name === 'small.pdf', 'the other tab');
+        await until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 0,
+            'the other document is at its beginning');
+        await window.page.getByRole('tab', {name: 'sample.pdf'}).press('Enter');
+        await window.expectActive((active) => active.name === 'sample.pdf', 'the first tab');
+        await until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 900,
+            'the place is the old one');
+        const mode = window.page.getByRole('button', {name: 'Fit width'});
+        assert.equal(await mode.getAttribute('aria-pressed'), 'false');
+    });
+
+    test('shows two documents side by side', async () => {
+        await window.page.getByRole('button', {name: 'View', exact: true}).click();
+        await window.page.getByRole('menuitemcheckbox', {name: 'Two documents'}).click();
+        await until(() => window.page.locator('.slot canvas').count(), (count) => count >= 2,
+            'both have pictures');
+        await window.page.locator('.slot .scroller').nth(1).focus();
+        await window.expectActive((active) => active.name === 'small.pdf', 'the right one is active');
+    });
+
+    test('refuses edits of a document that is read-only', async () => {
+        await window.item('0_0').click();
+        await window.page.getByRole('button', {name: 'File', exact: true}).click();
+        await window.page.getByRole('menuitemcheckbox', {name: 'Read-only'}).click();
+        const active = await window.expectActive((one) => one.readOnly, 'it is read-only');
+        const reply = await window.command('add', {document: active.id, page: 0, subtype: 'Text'});
+        assert.notEqual(reply.error, null);
+        for (const name of ['Add a note', 'Rectangle', 'Delete comment']) {
+            const button = window.page.getByRole('button', {name, exact: true});
+            assert.equal(await button.getAttribute('aria-disabled'), 'true', name);
+        }
+    });
+
+    test('takes a file that is dropped on it', async () => {
+        const bytes = readFileSync(makeDocument(folder, 'dropped.pdf', '--comments', '3',
+            '--pages', '1')).toString('base64');
+        await window.page.evaluate((content) => {
+            const data = Uint8Array.from(atob(content), (character) => character.charCodeAt(0));
+            const transfer = new DataTransfer();
+            transfer.items.add(new File([data], 'dropped.pdf', {type: 'application/pdf'}));
+            document.body.dispatchEvent(
+                new DragEvent('drop', {bubbles: true, cancelable: true, dataTransfer: transfer}));
+        }, bytes);
+        const active = await window.expectActive(
+            (one) => one.name === 'dropped.pdf' && one.busy === null, 'it is open');
+        assert.equal(active.path, null);
+        await until(() => window.items.count(), (count) => count === 3, 'its comments are listed');
+    });
+});

@@ -1,0 +1,182 @@
+// The panel as a person uses it: pointer, keyboard, tooltips, languages, several windows.
+
+import assert from 'node:assert/strict';
+import {after, before, describe, test} from 'node:test';
+
+import {PageWindow, startBrowser, until} from './support/browser.mjs';
+import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+
+describe('The panel in the browser', () => {
+    let browser;
+    let workbench;
+    let window;
+
+    before(async () => {
+        const folder = makeFolder();
+        browser = await startBrowser();
+        workbench = await Workbench.start(folder, [makeDocument(folder, 'sample.pdf', '--sample')]);
+        window = await PageWindow.open(browser, workbench);
+        await window.expectListed();
+    });
+
+    after(async () => {
+        await window.close();
+        await browser.stop();
+        await workbench.stop();
+    });
+
+    test('shows the engine\'s tree', async () => {
+        await window.expectSameTree();
+        assert.ok(await window.items.count() > 30);
+    });
+
+    test('makes a clicked item current and shows its annotation in the middle of the pages', async () => {
+        await window.item('1_1').click();
+        await window.expectCurrent('1_1');
+        const mark = window.page.locator('.page[data-page="1"] .annotation.focused');
+        await mark.waitFor();
+        await until(
+            () => window.page.evaluate(() => {
+                const view = document.querySelector('.scroller').getBoundingClientRect();
+                const mark = document.querySelector('.annotation.focused').getBoundingClientRect();
+                return Math.abs(mark.top + mark.height / 2 - view.top - view.height / 2);
+            }),
+            (distance) => distance < 40, 'the annotation is in the middle');
+        await window.expectSameTree();
+    });
+
+    test('moves the current item and the focus with the keys', async () => {
+        await window.item('0_0').click();
+        const moves = [
+            ['ArrowDown', '0_1'], ['ArrowUp', '0_0'], ['PageDown', '1_0'], ['ArrowDown', '1_1'],
+            ['PageUp', '0_6'], ['End', '5_4'], ['Home', '0_0'],
+        ];
+        for (const [key, name] of moves) {
+            await window.page.keyboard.press(key);
+            await window.expectCurrent(name);
+            const focused = await window.page.evaluate(() =>
+                document.getElementById('panel-frame').contentDocument.activeElement
+                    .getAttribute('annot-name'));
+            assert.equal(focused, name, `the focus is on the current item after ${key}`);
+        }
+        const stops = await window.panel.locator(
+            '.panel-content[wb-visibility="visible"] .results-container, ' +
+            '.panel-content[wb-visibility="visible"] .results-container [tabindex]')
+            .evaluateAll((elements) => elements.filter((one) => one.tabIndex === 0).length);
+        assert.equal(stops, 1, 'the list is one tab stop');
+        await window.expectSameTree();
+    });
+
+    test('folds pages with the pointer, with the keys, and with the buttons', async () => {
+        const page = window.panel.locator('li[page-index="1"]');
+        const isFolded = (folded) => until(
+            () => page.getAttribute('aria-expanded'), (value) => value === String(!folded),
+            `the page is ${folded ? 'folded' : 'open'}`);
+        await page.locator('div.icon').click();
+        await isFolded(true);
+        assert.equal(await window.item('1_0').isVisible(), false);
+        await page.focus();
+        await window.page.keyboard.press('ArrowRight');
+        await isFolded(false);
+        await window.button('collapse-all').click();
+        await isFolded(true);
+        await until(() => window.button('collapse-all').getAttribute('aria-disabled'),
+            (value) => value === 'true', 'all are folded');
+        await window.button('expand-all').focus();
+        await window.page.keyboard.press('Enter');
+        await isFolded(false);
+        await window.expectSameTree();
+    });
+
+    test('goes on with the buttons, beyond the end of a page', async () => {
+        await window.item('0_6').click();
+        await window.button('move-bottom').click();
+        await window.expectCurrent('1_0');
+        await window.button('move-top').click();
+        await window.expectCurrent('0_6');
+    });
+
+    test('shows a tooltip inside the window for pointer and keyboard, and Escape hides it', async () => {
+        const tooltip = window.panel.locator('wb-host > popup');
+        await window.item('0_2').hover();
+        await tooltip.waitFor();
+        assert.match(await tooltip.textContent(), /A\. Reviewer/);
+        await window.page.keyboard.press('Escape');
+        await tooltip.waitFor({state: 'detached'});
+
+        await window.item('4_0').click();
+        await window.page.keyboard.press('End');
+        await tooltip.waitFor();
+        const isInside = await tooltip.evaluate((element) => {
+            const box = element.getBoundingClientRect();
+            const {clientWidth, clientHeight} = element.ownerDocument.documentElement;
+            return box.left >= 0 && box.top >= 0 && box.right <= clientWidth &&
+                box.bottom <= clientHeight;
+        });
+        assert.ok(isInside);
+        await window.expectSameTree();
+    });
+
+    test('makes an annotation current that is clicked on its page', async () => {
+        await window.item('0_0').click();
+        await window.page.locator('.page[data-page="0"] .annotation').nth(2).click();
+        await window.expectCurrent('0_2');
+    });
+
+    test('tells a screen reader what it is', async () => {
+        const list = window.panel.getByRole('tree', {name: 'Comments'});
+        await list.waitFor();
+        await list.getByRole('treeitem', {name: 'Page 2', exact: true}).waitFor();
+        const item = list.getByRole('treeitem', {name: 'Highlight A good opening.'});
+        await item.click();
+        await until(() => item.getAttribute('aria-selected'), (value) => value === 'true',
+            'the item is selected');
+        for (const name of ['Expand all', 'Collapse all', 'Delete comment', 'Previous comment',
+            'Next comment']) {
+            assert.equal(await window.panel.getByRole('button', {name}).count(), 1, name);
+        }
+    });
+
+    test('speaks the chosen language in page and panel', async () => {
+        for (const [name, direction, next] of [
+            ['ar', 'rtl', 'التعليق التالي'], ['ru', 'ltr', 'Следующий комментарий'],
+            ['en', 'ltr', 'Next comment']]) {
+            await window.expectCommand('locale', {locale: name});
+            await until(() => window.button('move-bottom').getAttribute('aria-label'),
+                (label) => label === next, 'the button is named anew');
+            for (const root of [window.page.locator('html'), window.panel.locator('html')]) {
+                assert.equal(await root.getAttribute('dir'), direction);
+            }
+            await window.expectSameTree();
+        }
+    });
+
+    test('comes back by itself when the connection is cut', async () => {
+        await window.page.evaluate(async () => {
+            const {page} = await import(new URL('app/main.js', document.baseURI).href);
+            (await page).connection.restart();
+        });
+        const banner = window.page.locator('#banner');
+        await banner.waitFor();
+        await banner.waitFor({state: 'hidden'});
+        await window.expectSameTree();
+        await window.item('1_2').click();
+        await window.expectCurrent('1_2');
+    });
+
+    test('is the same in two windows', async () => {
+        const other = await PageWindow.open(browser, workbench);
+        await window.item('3_1').click();
+        await other.expectCurrent('3_1');
+        await other.button('delete').click();
+        await other.expectActive((active) => active.undo === 'remove', 'the comment is deleted');
+        await until(() => window.items.count(), async (count) => count === await other.items.count(),
+            'both have the same items');
+        await window.expectSameTree();
+        await other.expectSameTree();
+        await other.page.keyboard.press('Control+z');
+        await window.expectActive((active) => active.undo === null, 'the deletion is undone');
+        await window.expectSameTree();
+        await other.close();
+    });
+});

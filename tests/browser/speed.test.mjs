@@ -1,0 +1,80 @@
+// A long list stays quick: the time from a key to the change on the screen.
+
+import assert from 'node:assert/strict';
+import {after, before, describe, test} from 'node:test';
+
+import {PageWindow, startBrowser, until} from './support/browser.mjs';
+import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+
+const kComments = 10000;
+const kPresses = 40;
+const kTarget = 50;
+// What a machine that does other things besides may add; beyond it something is wrong.
+const kLimit = 5 * kTarget;
+
+describe('Ten thousand comments', () => {
+    let browser;
+    let workbench;
+    let window;
+
+    before(async () => {
+        const folder = makeFolder();
+        browser = await startBrowser();
+        workbench = await Workbench.start(folder, [
+            makeDocument(folder, 'long.pdf', '--comments', String(kComments), '--pages', '500'),
+        ]);
+    });
+
+    after(async () => {
+        await window.close();
+        await browser.stop();
+        await workbench.stop();
+    });
+
+    test('come in while the page stays usable', async (context) => {
+        const begin = Date.now();
+        window = await PageWindow.open(browser, workbench);
+        await window.page.getByRole('button', {name: 'File', exact: true}).click();
+        await window.page.getByRole('menuitem', {name: 'Open'}).waitFor();
+        await window.page.keyboard.press('Escape');
+        const usable = Date.now() - begin;
+        await until(() => window.items.count(), (count) => count === kComments, 'all are there');
+        context.diagnostic(`a menu opened after ${usable} ms, the list stood after ` +
+            `${Date.now() - begin} ms`);
+    });
+
+    test('show a key\'s effect soon', async (context) => {
+        await window.items.first().click();
+        const times = await window.page.evaluate(async (presses) => {
+            const panel = document.getElementById('panel-frame').contentDocument;
+            const press = (key) => new Promise((resolve) => {
+                const begin = performance.now();
+                // A message after the frame's callback comes when the frame has been drawn.
+                const drawn = () => requestAnimationFrame(() => {
+                    const {port1, port2} = new MessageChannel();
+                    port1.onmessage = () => resolve(performance.now() - begin);
+                    port2.postMessage(null);
+                });
+                const observer = new MutationObserver((records) => {
+                    if (records.some(({target}) => target.hasAttribute('wb-current'))) {
+                        observer.disconnect();
+                        drawn();
+                    }
+                });
+                observer.observe(panel, {subtree: true, attributeFilter: ['wb-current']});
+                panel.activeElement.dispatchEvent(
+                    new KeyboardEvent('keydown', {key, bubbles: true, cancelable: true}));
+            });
+            const measured = [];
+            for (let at = 0; at < presses; ++at) {
+                measured.push(await press(at % 4 === 3 ? 'PageDown' : 'ArrowDown'));
+            }
+            return measured;
+        }, kPresses);
+        times.sort((left, right) => left - right);
+        const median = times[kPresses / 2];
+        context.diagnostic(`median ${median.toFixed(1)} ms, slowest ${times.at(-1).toFixed(1)} ms, ` +
+            `target ${kTarget} ms`);
+        assert.ok(median < kLimit, `the median is ${median} ms`);
+    });
+});

@@ -1,0 +1,71 @@
+// The built workbench on a free port, with files in a folder of its own.
+
+import assert from 'node:assert/strict';
+import {execFileSync, spawn} from 'node:child_process';
+import {mkdtempSync, rmSync} from 'node:fs';
+import {tmpdir} from 'node:os';
+import {join} from 'node:path';
+
+const kPrograms = process.env.WORKBENCH_PROGRAMS;
+const kPatience = 20000;
+
+export function makeFolder() {
+    return mkdtempSync(join(tmpdir(), 'browser-test-'));
+}
+
+/// Writes a PDF file: `--sample`, or `--comments N --pages M`.
+export function makeDocument(folder, name, ...options) {
+    const path = join(folder, name);
+    execFileSync(join(kPrograms, 'make-document'), [...options, path]);
+    return path;
+}
+
+function addressFrom(program) {
+    return new Promise((resolve, reject) => {
+        let said = '';
+        const timer = setTimeout(() => reject(new Error(`no address in: ${said}`)), kPatience);
+        program.stdout.on('data', (data) => {
+            said += data;
+            const found = said.match(/http:\/\/127\.0\.0\.1:\d+\/[0-9a-f]+\//);
+            if (found) {
+                clearTimeout(timer);
+                resolve(found[0]);
+            }
+        });
+        program.on('exit', (code) => reject(new Error(`the workbench ended with ${code}`)));
+    });
+}
+
+export class Workbench {
+    #program;
+    #ended;
+    #folder;
+    address;
+
+    /// `folder` is removed in the end; it also takes what the workbench writes on its own.
+    static async start(folder, files, options = []) {
+        const workbench = new Workbench();
+        workbench.#folder = folder;
+        workbench.#program = spawn(join(kPrograms, 'workbench'), [...options, ...files], {
+            stdio: ['ignore', 'pipe', 'inherit'],
+            env: {...process.env, XDG_STATE_HOME: folder, TZ: 'UTC'},
+        });
+        workbench.#ended = new Promise((resolve) => {
+            workbench.#program.on('exit', (code, signal) => resolve(code ?? signal));
+        });
+        workbench.address = await addressFrom(workbench.#program);
+        return workbench;
+    }
+
+    get isAlive() {
+        return this.#program.exitCode === null && this.#program.signalCode === null;
+    }
+
+    /// Ends the workbench as Ctrl-C does, and expects it to end well.
+    async stop() {
+        this.#program.kill('SIGINT');
+        const outcome = await this.#ended;
+        rmSync(this.#folder, {recursive: true, force: true});
+        assert.equal(outcome, 0, 'the workbench ends well');
+    }
+}
