@@ -3,6 +3,8 @@
 
 const kFirstDelay = 250;
 const kLongestDelay = 10000;
+// A connection that lasts this long counts as a good one: the next attempt comes soon again.
+const kGoodConnection = 5000;
 
 /// The address of the socket beside the page that `location` names.
 export function socketAddress(location) {
@@ -21,9 +23,10 @@ export class Connection {
     #lastCommand = 0;
     #delay = kFirstDelay;
     #timer = 0;
+    #openSince = 0;
     #onState;
 
-    /// `onState` is told "open", or "waiting" with the milliseconds until the next attempt.
+    /// `onState` is told "open", or "waiting" when the connection is lost or was not to be had.
     constructor(address, onState) {
         this.#address = address;
         this.#onState = onState;
@@ -33,16 +36,24 @@ export class Connection {
         this.#handlers.set(type, handler);
     }
 
+    /// Begins a connection, now; one that is still being made is given up for it.
     open() {
         clearTimeout(this.#timer);
+        this.#openSince = Infinity;
+        this.#socket?.close();
         const socket = new WebSocket(this.#address);
         this.#socket = socket;
-        socket.addEventListener('open', () => {
-            this.#delay = kFirstDelay;
-            this.#onState('open', 0);
+        const listen = (type, handler) => socket.addEventListener(type, (event) => {
+            if (socket === this.#socket) {
+                handler(event);
+            }
         });
-        socket.addEventListener('message', (event) => this.#receive(event.data));
-        socket.addEventListener('close', () => this.#closed(socket));
+        listen('open', () => {
+            this.#openSince = performance.now();
+            this.#onState('open');
+        });
+        listen('message', (event) => this.#receive(event.data));
+        listen('close', () => this.#closed());
     }
 
     /// Cuts the line and begins anew, for a page that finds itself out of step.
@@ -90,14 +101,14 @@ export class Connection {
         resolve?.(reply);
     }
 
-    #closed(socket) {
-        if (socket !== this.#socket) {
-            return;
-        }
+    #closed() {
         for (const id of [...this.#pending.keys()]) {
             this.#answer({id, error: '', reason: 'disconnected'});
         }
-        this.#onState('waiting', this.#delay);
+        if (performance.now() - this.#openSince > kGoodConnection) {
+            this.#delay = kFirstDelay;
+        }
+        this.#onState('waiting');
         this.#timer = setTimeout(() => this.open(), this.#delay);
         this.#delay = Math.min(this.#delay * 2, kLongestDelay);
     }

@@ -63,8 +63,8 @@ export function ask({title, message, fields = [], buttons}) {
         const main = buttons.find((button) => button.isMain);
         dialog.addEventListener('keydown', (event) => {
             event.stopPropagation();  // the page's shortcuts are not meant here
-            const isField = event.target.matches('input');
-            const isSent = isField || (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));
+            const isSent = event.target.matches('input') ||
+                (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));
             if (event.key === 'Enter' && isSent) {
                 event.preventDefault();
                 choose(main?.value);

@@ -42,7 +42,8 @@ export class Edits {
     }
 
     async add({id}, page, subtype, rect) {
-        const answer = await this.#askContents(text('contents.new', text(`subtype.${subtype}`)), '');
+        const title = text('contents.new', text(`subtype.${subtype}`));
+        const answer = await this.#askContents(title, '');
         if (!answer) {
             return;
         }

@@ -1,4 +1,4 @@
-// The page of the workbench: puts its parts together and hands each of them what the workbench says.
+// The page of the workbench: puts its parts together, and hands each what the workbench says.
 
 import {AnnotationLists} from './annotation-lists.js';
 import {Arrangement} from './arrangement.js';
@@ -30,7 +30,9 @@ async function loadedFrame(frame) {
 class Page {
     documents = [];
     activeId = null;
-    language = {name: 'en', locales: [], choose: (name) => this.edits.run('locale', {locale: name})};
+    language = {
+        name: 'en', locales: [], choose: (name) => this.edits.run('locale', {locale: name}),
+    };
     split = {isOn: false, toggle: () => this.#toggleSplit()};
     #hasEnded = false;
 
@@ -132,7 +134,7 @@ class Page {
         this.documents = documents;
         this.activeId = active;
         byId('no-document').hidden = documents.length > 0;
-        document.title = this.active ? `${this.active.name} – ${text('panel.comments')}` : text('panel.comments');
+        document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
         this.tabs.update(documents, active);
         this.arrangement.update(documents, active);
         this.toolbar.update();

@@ -100,7 +100,7 @@ export class PageView {
             return;
         }
         const words = document.createElement('div');
-        words.className = 'words';
+        words.className = 'page-words';
         await layText(pdfPage, this.viewport, words);
         if (!this.#canvas) {
             return;  // released meanwhile

@@ -8,6 +8,8 @@ import {text} from './texts.js';
 import {kFitWidth, Zoom} from './zoom.js';
 
 const kRedrawDelay = 120;
+// One height of the view above and below.
+const kMargin = '100% 0px';
 const kLetter = {width: 816, height: 1056};
 
 export class PagesView {
@@ -23,6 +25,7 @@ export class PagesView {
     #lists = new Map();
     #shownCount = null;
     #pulse = false;
+    #mustReveal = false;
     #place = {top: 0, left: 0};
     #observer;
     #zoom;
@@ -31,8 +34,8 @@ export class PagesView {
     scroller = document.createElement('div');
     #column = document.createElement('div');
 
-    /// `services` has `connection`, `lists` of annotations, `edits`, `askPassword(id, name, wasWrong)`
-    /// and `notice(text)`.
+    /// `services` has `connection`, `lists` of annotations, `edits`, `notice(text)` and
+    /// `askPassword(id, name, wasWrong)`.
     constructor(services) {
         this.#services = services;
         this.element.className = 'pages-view';
@@ -43,11 +46,10 @@ export class PagesView {
         this.#zoom = new Zoom(this.scroller, this.#column, () => this.#zoomed());
         this.#bar = new NavigationBar(this.#zoom, (page) => this.goTo(page));
         this.element.append(this.scroller, this.#bar.element);
-        this.#observer = new IntersectionObserver(
-            (entries) => this.#sightChanged(entries),
-            {root: this.scroller, rootMargin: '100% 0px'});
+        this.#observer = new IntersectionObserver((entries) => this.#sightChanged(entries),
+            {root: this.scroller, rootMargin: kMargin});
         this.scroller.addEventListener('scroll', () => this.#scrolled(), {passive: true});
-        new ResizeObserver(() => this.#zoom.refit()).observe(this.scroller);
+        new ResizeObserver(() => this.#resized()).observe(this.scroller);
     }
 
     get documentId() {
@@ -84,7 +86,6 @@ export class PagesView {
 
     /// What the workbench says of the document, the first time and after each change.
     update(description) {
-        const before = this.#description;
         this.#description = description;
         this.scroller.setAttribute('aria-label', text('pages.label', description.name));
         this.#bar.setCount(description.pages);
@@ -94,12 +95,11 @@ export class PagesView {
         const count = description.shown?.count ?? 0;
         if (this.#shownCount !== null && count > this.#shownCount) {
             this.#pulse = true;
+            this.#mustReveal = true;
             this.#reveal();
         }
         this.#shownCount = count;
-        if (JSON.stringify(before?.focused) !== JSON.stringify(description.focused) || this.#pulse) {
-            this.#mark();
-        }
+        this.#mark();
     }
 
     /// Puts the view into the page, where it was when it was taken out.
@@ -183,7 +183,7 @@ export class PagesView {
         this.#zoom.setPageWidth(size.width);
         this.#setPageCount(pdf.numPages, size);
         this.#schedule(0);
-        if (this.#pulse) {
+        if (this.#mustReveal) {
             this.#reveal();
         }
         old?.destroy();
@@ -222,6 +222,13 @@ export class PagesView {
     }
 
     // --- Sight ---
+
+    #resized() {
+        this.#zoom.refit();
+        if (this.#mustReveal) {
+            this.#reveal();
+        }
+    }
 
     #sightChanged(entries) {
         for (const entry of entries) {
@@ -373,13 +380,14 @@ export class PagesView {
     async #reveal() {
         const {shown} = this.#description;
         const page = this.#pages[shown.page];
-        if (!page || !this.#pdf) {
-            return;  // comes again with the file
+        if (!page || !this.#pdf || this.scroller.clientHeight === 0) {
+            return;  // comes again with the file, and when there is something to be seen
         }
         const pdfPage = await this.#pdf.getPage(shown.page + 1).catch(() => null);
-        if (!pdfPage) {
+        if (!pdfPage || this.#description?.shown?.count !== shown.count) {
             return;
         }
+        this.#mustReveal = false;
         const viewport = pdfPage.getViewport({scale: kPixelsPerPoint});
         page.setSize(viewport.width, viewport.height);
         const [l, b, r, t] = shown.target;

@@ -49,7 +49,8 @@ class PanelInput {
         }
         const target = event.target;
         const list = target.closest?.('.results-container');
-        const isNowhere = target === this.#document.body || target === this.#document.documentElement;
+        const {body, documentElement} = this.#document;
+        const isNowhere = target === body || target === documentElement;
         if (!list && !isNowhere) {
             return;  // a button: the browser makes a click of its keys
         }

@@ -12,7 +12,8 @@ function letterOf(event) {
 function nameOf(event) {
     const isCommand = event.ctrlKey || event.metaKey;
     const name = isCommand ? letterOf(event) : event.key;
-    return [isCommand && 'Ctrl', event.altKey && 'Alt', event.shiftKey && isCommand && 'Shift', name]
+    const isShifted = event.shiftKey && isCommand && /^[a-z]$/.test(name);
+    return [isCommand && 'Ctrl', event.altKey && 'Alt', isShifted && 'Shift', name]
         .filter(Boolean).join('+');
 }
 

@@ -182,10 +182,11 @@ export class Toolbar {
     #viewEntries() {
         const {view, theme, language, split} = this.#app;
         const choice = (fields, act) => ({role: 'menuitemradio', act, ...fields});
+        const zoom = (key, shortcut, act) => ({key, shortcut, act, isDisabled: !view});
         return [
-            {key: 'view.larger', shortcut: 'Ctrl +', isDisabled: !view, act: () => view.zoom.step(true)},
-            {key: 'view.smaller', shortcut: 'Ctrl −', isDisabled: !view, act: () => view.zoom.step(false)},
-            {key: 'view.fitWidth', shortcut: 'Ctrl 0', isDisabled: !view, act: () => view.zoom.fitWidth()},
+            zoom('view.larger', 'Ctrl +', () => view.zoom.step(true)),
+            zoom('view.smaller', 'Ctrl −', () => view.zoom.step(false)),
+            zoom('view.fitWidth', 'Ctrl 0', () => view.zoom.fitWidth()),
             {key: 'view.split', isChecked: split.isOn, act: () => split.toggle()},
             kLine,
             ...kThemes.map((name) => choice(

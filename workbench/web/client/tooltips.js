@@ -16,13 +16,15 @@ export class Tooltips {
     constructor(frameDocument, host) {
         this.#document = frameDocument;
         this.#host = host;
-        frameDocument.addEventListener('pointerover', (event) => this.#pointerOver(event.target));
+        frameDocument.addEventListener('pointerover', (event) => this.#pointerOver(event));
         frameDocument.addEventListener('focusin', (event) => this.#focusIn(event.target));
         frameDocument.addEventListener('focusout', () => this.hide());
         frameDocument.addEventListener('pointerdown', () => this.hide());
         frameDocument.addEventListener('scroll', () => this.hide(), {capture: true, passive: true});
         frameDocument.documentElement.addEventListener('pointerleave', () => this.hide());
-        frameDocument.addEventListener('keydown', (event) => this.#key(event), {capture: true});
+        for (const each of [frameDocument, document]) {
+            each.addEventListener('keydown', (event) => this.#key(event), {capture: true});
+        }
     }
 
     hide() {
@@ -39,9 +41,10 @@ export class Tooltips {
         }
     }
 
-    #pointerOver(target) {
-        if (this.#shown?.contains(target)) {
-            return;  // the pointer may go over to the tooltip, to read on
+    #pointerOver({target, pointerType}) {
+        // The pointer may go over to the tooltip, to read on. A finger rests on nothing.
+        if (this.#shown?.contains(target) || pointerType === 'touch') {
+            return;
         }
         this.#waitFor(target.closest?.('[titleid]') ?? null, kPointerDelay);
     }

@@ -4,7 +4,9 @@
 /// Mode in which the page is as wide as the view.
 export const kFitWidth = 'width';
 
-const kSteps = [0.1, 0.25, 0.33, 0.5, 0.67, 0.75, 0.9, 1, 1.1, 1.25, 1.5, 1.75, 2, 2.5, 3, 4, 5, 6.4];
+const kSteps = [
+    0.1, 0.25, 0.33, 0.5, 0.67, 0.75, 0.9, 1, 1.1, 1.25, 1.5, 1.75, 2, 2.5, 3, 4, 5, 6.4,
+];
 const kWheelFactor = 0.002;
 const kRoomAround = 24;
 
