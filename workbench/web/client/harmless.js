@@ -30,12 +30,17 @@ export function attributeNameInFrame(name) {
     return kAttributes.has(name) ? name : kKeptPrefix + name;
 }
 
-// A declaration of the contents that calls itself important would win over the rules that keep it
-// in its box, so the word is taken away.
-function weaken(style) {
+const kLoads = /(?:url|image|image-set|src|element|cross-fade)\(/i;
+
+// What a comment's style may not do: win over the rules that keep it in its box by calling itself
+// important, and load something.
+function tame(style) {
     for (const property of [...style]) {
-        if (style.getPropertyPriority(property)) {
-            style.setProperty(property, style.getPropertyValue(property), '');
+        const value = style.getPropertyValue(property);
+        if (property.startsWith('--') || kLoads.test(value)) {
+            style.removeProperty(property);
+        } else if (style.getPropertyPriority(property)) {
+            style.setProperty(property, value, '');
         }
     }
 }
@@ -48,8 +53,8 @@ export function setInlineStyle(element, text) {
     if (!style) {
         return;
     }
-    if (text.includes('!')) {
-        weaken(style);
+    if (/[!(\\]/.test(text)) {
+        tame(style);
         element.setAttribute(kKeptPrefix + 'style', text);
     } else {
         element.removeAttribute(kKeptPrefix + 'style');

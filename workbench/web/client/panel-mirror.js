@@ -11,6 +11,7 @@ import {
     setInlineStyle,
 } from './harmless.js';
 
+const kUnnamed = 'wb-unnamed';
 const kRecord = Symbol('record');
 
 /// The states that style sheets know, by their bits.
@@ -203,11 +204,20 @@ export class PanelMirror {
         if (isHtml && name === 'link' && this.#sheetAddress(description[2], parent)) {
             return this.#document.createElement(name);
         }
+        return this.#createInert(name);
+    }
+
+    // HTML can write names that the DOM cannot; the record alone knows those.
+    #createInert(name) {
         try {
-            return this.#document.createElementNS(kInertNamespace, name);
+            const element = this.#document.createElementNS(kInertNamespace, name);
+            if (element.tagName === name) {
+                return element;
+            }
         } catch {
-            return this.#document.createElementNS(kInertNamespace, 'wb-unnamed');
+            // As for a name that the DOM takes for another one.
         }
+        return this.#document.createElementNS(kInertNamespace, kUnnamed);
     }
 
     #describe(element, [id, tag, attributes, states, , namespace]) {
@@ -355,7 +365,8 @@ export class PanelMirror {
 
     #readElement(element) {
         const record = element[kRecord];
-        const name = element.localName === 'wb-unnamed' ? record.tag : element.localName;
+        const isInert = element.namespaceURI === kInertNamespace;
+        const name = isInert ? element.tagName : element.localName;
         const attributes = [];
         for (let at = 0; at < record.attributes.length; at += 2) {
             const attribute = record.attributes[at];
@@ -366,7 +377,8 @@ export class PanelMirror {
                 attributes.push(attribute, value);
             }
         }
-        const result = [record.id, name, attributes, this.#readStates(element, record), []];
+        const tag = name === kUnnamed ? record.tag : name;
+        const result = [record.id, tag, attributes, this.#readStates(element, record), []];
         if (record.namespace !== undefined) {
             result.push(record.namespace);
         }
