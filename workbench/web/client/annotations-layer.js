@@ -51,7 +51,7 @@ export class AnnotationsLayer {
 
     /// `iconless` are the indices of annotations that the page's picture does not show.
     show(annotations, viewport, iconless) {
-        this.#annotations = annotations.filter((annotation) => annotation.listed);
+        this.#annotations = annotations.filter(({listed, rect}) => listed && rect !== null);
         this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
         const hadFocus = this.#indexOf(document.activeElement);
         this.#buttons.clear();

@@ -349,9 +349,9 @@ export class PagesView {
         try {
             const pdfPage = await this.#pdf.getPage(page.index + 1);
             const known = await pdfPage.getAnnotations();
-            for (const {index, rect} of annotations) {
-                const same = known.find((one) => one.rect.every(
-                    (side, at) => Math.abs(side - rect[at]) < 0.5));
+            for (const {index, rect} of annotations.filter((one) => one.rect !== null)) {
+                const same = known.find((one) =>
+                    one.rect.every((side, at) => Math.abs(side - rect[at]) < 0.5));
                 if (same && !same.hasAppearance) {
                     found.add(index);
                 }

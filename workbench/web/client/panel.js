@@ -22,6 +22,7 @@ export class Panel {
     #tooltips;
     #host;
     #expected = 0;
+    #sequence = 0;
     #renamedPages = new Set();
     #sheets = [];
 
@@ -61,7 +62,11 @@ export class Panel {
         if (message.reset) {
             this.#work.clear();
             pieces.unshift({reset: true});
+        } else if (message.sequence !== this.#sequence + 1) {
+            this.#startAnew(`panel message ${message.sequence} after ${this.#sequence}`);
+            return;
         }
+        this.#sequence = message.sequence;
         pieces.push({remaining: message.remaining});
         this.#work.push(pieces);
     }
@@ -115,11 +120,15 @@ export class Panel {
                 this.#tellProgress(piece.remaining);
             }
         } catch (error) {
-            // Out of step with the workbench: a new connection brings the whole tree.
-            console.error(error);
-            this.#work.clear();
-            this.#connection.restart();
+            this.#startAnew(error);
         }
+    }
+
+    // Out of step with the workbench: a new connection brings the whole tree.
+    #startAnew(why) {
+        console.error(why);
+        this.#work.clear();
+        this.#connection.restart();
     }
 
     #reset() {
