@@ -47,9 +47,10 @@ describe('The panel in the browser', () => {
 
     test('moves the current item and the focus with the keys', async () => {
         await window.item('0_0').click();
+        const last = await window.items.last().getAttribute('annot-name');
         const moves = [
             ['ArrowDown', '0_1'], ['ArrowUp', '0_0'], ['PageDown', '1_0'], ['ArrowDown', '1_1'],
-            ['PageUp', '0_6'], ['End', '5_4'], ['Home', '0_0'],
+            ['PageUp', '0_6'], ['End', last], ['Home', '0_0'],
         ];
         for (const [key, name] of moves) {
             await window.page.keyboard.press(key);
@@ -166,8 +167,8 @@ describe('The panel in the browser', () => {
 
     test('is the same in two windows', async () => {
         const other = await PageWindow.open(browser, workbench);
-        await window.item('3_1').click();
-        await other.expectCurrent('3_1');
+        await window.item('1_3').click();
+        await other.expectCurrent('1_3');
         await other.button('delete').click();
         await other.expectActive((active) => active.undo === 'remove', 'the comment is deleted');
         await until(() => window.items.count(), async (count) => count === await other.items.count(),

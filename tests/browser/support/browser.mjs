@@ -20,8 +20,8 @@ export async function startBrowser() {
         executablePath: '/usr/bin/chromium',
         args: kFlags,
         viewport: {width: 1200, height: 800},
-        acceptDownloads: true,
     });
+    context.setDefaultTimeout(kPatience);
     return {
         context,
         async stop() {

@@ -16,12 +16,12 @@ export class PageView {
     #drawn = '';
     #canvas = null;
     #words = null;
-    #wordsRevision = 0;
+    #wordsRevision = null;
     element = document.createElement('div');
     layer;
     viewport = null;
     /// Revision of a file whose page could not be drawn; it is not tried again.
-    failedRevision = 0;
+    failedRevision = null;
 
     constructor(index, actions) {
         this.#index = index;

@@ -16,7 +16,7 @@ export class PagesView {
     #services;
     #description = null;
     #pdf = null;
-    #loadedRevision = 0;
+    #loadedRevision = null;
     #isLoading = false;
     #pages = [];
     #near = new Set();
@@ -225,6 +225,7 @@ export class PagesView {
 
     #resized() {
         this.#zoom.refit();
+        this.#scrolled();
         if (this.#mustReveal) {
             this.#reveal();
         }
@@ -247,8 +248,8 @@ export class PagesView {
     }
 
     #scrolled() {
-        if (!this.element.isConnected) {
-            return;
+        if (!this.element.isConnected || this.scroller.clientHeight === 0) {
+            return;  // not on the screen
         }
         this.#place = {top: this.scroller.scrollTop, left: this.scroller.scrollLeft};
         this.#bar.setPage(this.currentPage);

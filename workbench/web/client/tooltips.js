@@ -20,7 +20,8 @@ export class Tooltips {
         frameDocument.addEventListener('focusin', (event) => this.#focusIn(event.target));
         frameDocument.addEventListener('focusout', () => this.hide());
         frameDocument.addEventListener('pointerdown', () => this.hide());
-        frameDocument.addEventListener('scroll', () => this.hide(), {capture: true, passive: true});
+        frameDocument.addEventListener('scroll', () => this.#scrolled(),
+            {capture: true, passive: true});
         frameDocument.documentElement.addEventListener('pointerleave', () => this.hide());
         for (const each of [frameDocument, document]) {
             each.addEventListener('keydown', (event) => this.#key(event), {capture: true});
@@ -63,6 +64,15 @@ export class Tooltips {
         if (item) {
             this.#item = item;
             this.#timer = setTimeout(() => this.#show(item), delay);
+        }
+    }
+
+    // The focus brings its item into view, and the tooltip comes when that is done.
+    #scrolled() {
+        const item = this.#item;
+        this.hide();
+        if (item && item === this.#document.activeElement) {
+            this.#waitFor(item, kFocusDelay);
         }
     }
 
