@@ -500,7 +500,7 @@ TEST_F(Browsing, KeepsPagesThatComeAndGoTrue)
     const unsigned seed = std::random_device()();
     RecordProperty("seed", std::to_string(seed));
     std::mt19937 random(seed);
-    const auto below = [&](unsigned end) { return random() % end; };
+    const auto below = [&](unsigned end) { return static_cast<unsigned>(random() % end); };
     std::vector<std::unique_ptr<PageClient>> pages;
     const char* const keys[] = {"Up", "Down", "PageUp", "PageDown", "Home", "End", "Delete"};
     for (int step = 0; step < 150; ++step) {
