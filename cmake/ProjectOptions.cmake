@@ -15,7 +15,8 @@ target_link_libraries(project_options INTERFACE Threads::Threads)
 # Sanitizers watch every file, third-party sources that are built here too.
 if(COMMENTS_SANITIZERS)
     # What they add to the code makes gcc 12 see uninitialised values in std::function and regex.
-    target_compile_options(project_options INTERFACE -Wno-maybe-uninitialized)
+    target_compile_options(project_options INTERFACE
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     add_compile_options(-fsanitize=${COMMENTS_SANITIZERS} -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${COMMENTS_SANITIZERS})
