@@ -129,6 +129,14 @@ std::string RandomPlainMarkup::Plain()
     return std::exchange(html_, {});
 }
 
+std::string RandomPlainMarkup::Careless()
+{
+    isCareless_ = true;
+    std::string html = Plain();
+    isCareless_ = false;
+    return html;
+}
+
 std::string RandomPlainMarkup::Damaged()
 {
     std::string html = Plain();
@@ -167,7 +175,7 @@ void RandomPlainMarkup::AddContent(int depth)
 {
     for (std::size_t count = Pick(random_, 4) + (depth == 4 ? 1 : 0); count > 0; --count) {
         const std::size_t choice = Pick(random_, depth > 0 ? 10 : 5);
-        const bool mayHoldBlocks = !IsOpen("p");
+        const bool mayHoldBlocks = isCareless_ || !IsOpen("p");
         if (choice < 3) {
             AddText();
         } else if (choice == 3) {
@@ -194,8 +202,12 @@ void RandomPlainMarkup::AddElement(std::string_view name, int depth)
     const bool isHeading = name.size() == 2 && name[0] == 'h';
     const bool isHeadingInside = !open_.empty() && open_.back()[0] == 'h';
     const bool isFormatting = std::ranges::find(kFormatting, name) != std::end(kFormatting);
-    if ((isHeading && isHeadingInside) || ((name == "a" || name == "button") && IsOpen(name)) ||
-        (isFormatting && IsOpen(name, 3))) {
+    if (isCareless_) {
+        constexpr std::string_view kAnywhere[] = {"li", "td", "tr", "tbody", "dd", "p", "b", "br"};
+        name = Coin(6) ? AnyOf(kAnywhere) : name;
+    } else if ((isHeading && isHeadingInside) ||
+               ((name == "a" || name == "button") && IsOpen(name)) ||
+               (isFormatting && IsOpen(name, 3))) {
         name = "span";
     }
     AddStartTag(name, ">");

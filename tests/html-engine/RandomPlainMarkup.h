@@ -1,7 +1,7 @@
 #pragma once
 
 // Random markup that is plain by the way it is made, out of everything that may be in plain markup;
-// and the same with small damages.
+// and the same made carelessly and with small damages.
 
 #include <string>
 #include <string_view>
@@ -17,6 +17,9 @@ public:
 
     /// For a place like the inside of a `div`.
     std::string Plain();
+
+    /// Elements that are closed in order, but may stand where they must not.
+    std::string Careless();
 
     /// Anything may have become of it.
     std::string Damaged();
@@ -46,6 +49,7 @@ private:
 
     Random& random_;
     std::string html_;
+    bool isCareless_ = false;
     std::vector<std::string_view> open_;
 };
 
