@@ -114,7 +114,7 @@ TEST(StyleAdapter, AdaptsTheModulesOwnSheets)
         ASSERT_THAT(sheet, HasSubstr("{")) << name;
         const std::string adapted = AdaptStyleSheet(sheet);
         for (const char* foreign : {"%%", ":current", ":disabled", ":collapsed", ":expanded",
-                                    "flow:", "behavior", "visibility: collapse;", "locale =="}) {
+                                    " flow:", "behavior", "visibility: collapse;", "locale =="}) {
             EXPECT_THAT(adapted, Not(HasSubstr(foreign))) << name;
         }
         EXPECT_EQ(std::count(adapted.begin(), adapted.end(), '{'),

@@ -70,13 +70,11 @@ Desk::Json Desk::DescribeLocales() const
 
 std::string Desk::DescribeDocuments() const
 {
-    Json active = nullptr;
+    const OpenDocument* const activeDocument = ActiveDocument();
+    const Json active = activeDocument == nullptr ? Json(nullptr) : Json(activeDocument->number);
     Json list = Json::array();
     for (const auto& document : documents_) {
         list.push_back(DescribeDocument(*document, *host_.Panel().Page()));
-        if (document->view == host_.Collection().ActiveView()) {
-            active = document->number;
-        }
     }
     return ToText({{"type", "documents"}, {"active", active}, {"documents", std::move(list)}});
 }
@@ -123,6 +121,7 @@ void Desk::Update()
         Notify(Describe(failure));
     }
     host_.State().calls.Take();
+    GiveBytesWhenQuiet();
     if (pages_.empty()) {
         return;
     }
@@ -193,10 +192,8 @@ void Desk::Receive(SocketNumber page, const std::string& text)
     try {
         const auto message = std::make_shared<const PageMessage>(text);
         const std::string type = message->Text("type");
-        if (type == "click") {
-            Click(*message);
-        } else if (type == "key") {
-            PressKey(*message);
+        if (type == "click" || type == "key") {
+            Take(ReadInput(*message, type == "key"));
         } else if (type == "command") {
             Run({page, message->Number("id"), message});
         } else {
@@ -207,37 +204,84 @@ void Desk::Receive(SocketNumber page, const std::string& text)
     }
 }
 
-void Desk::Click(const PageMessage& message)
+PanelInput Desk::ReadInput(const PageMessage& message, bool isKey) const
 {
-    // An element that is gone meanwhile takes no click.
-    const ElementHandle element = panel_.ElementWith(message.Number("element"));
-    host_.Panel().Click(element);
-}
-
-ElementHandle Desk::KeyTarget() const
-{
-    const HtmlEngine::Document& page = *host_.Panel().Page();
-    const ElementHandle container = FindVisibleContainer(page);
-    ElementHandle target = kNoElement;
-    page.SelectFirst(container, "li[annot-name]:current", target);
-    if (target == kNoElement) {
-        page.SelectFirst(container, "div.results-container", target);
+    PanelInput input;
+    input.container = FindVisibleContainer(*host_.Panel().Page());
+    if (!isKey) {
+        input.element = message.Number("element");
+        return input;
     }
-    return target;
-}
-
-void Desk::PressKey(const PageMessage& message)
-{
     const std::string name = message.Text("key");
-    const auto modifiers = message.OptionalNumber("modifiers").value_or(0);
-    const auto element = message.OptionalNumber("element");
     const auto key = std::find_if(kKeys.begin(), kKeys.end(),
                                   [&](const Key& entry) { return entry.name == name; });
     if (key == kKeys.end()) {
         throw MessageError("there is no key \"" + name + "\"");
     }
-    const ElementHandle target = element ? panel_.ElementWith(*element) : KeyTarget();
-    host_.Panel().PressKey(target, key->code, static_cast<std::uint32_t>(modifiers & 0xFFFF));
+    input.element = message.OptionalNumber("element");
+    input.key = key->code;
+    input.modifiers =
+        static_cast<std::uint32_t>(message.OptionalNumber("modifiers").value_or(0) & 0xFFFF);
+    return input;
+}
+
+// Behind input that waits, everything waits that is for the same document.
+void Desk::Take(const PanelInput& input)
+{
+    OpenDocument* const document = ActiveDocument();
+    if (document != nullptr &&
+        (!document->waiting.empty() || (document->fileJobs != 0 && MayEdit(input)))) {
+        document->waiting.emplace_back(input);
+    } else {
+        Act(input);
+    }
+}
+
+void Desk::Act(const PanelInput& input)
+{
+    const ElementHandle target = TargetOf(input);
+    if (input.key) {
+        host_.Panel().PressKey(target, *input.key, input.modifiers);
+    } else {
+        host_.Panel().Click(target);
+    }
+}
+
+// What the panel makes the document's delete command of.
+bool Desk::MayEdit(const PanelInput& input) const
+{
+    if (input.key) {
+        return *input.key == kKeyDelete;
+    }
+    ElementHandle button = kNoElement;
+    host_.Panel().Page()->Closest(TargetOf(input), "#delete", button);
+    return button != kNoElement;
+}
+
+// An element that is gone meanwhile takes no input. A key without an element is for the item that
+// is current when its turn comes.
+ElementHandle Desk::TargetOf(const PanelInput& input) const
+{
+    if (input.element) {
+        return panel_.ElementWith(*input.element);
+    }
+    const HtmlEngine::Document& page = *host_.Panel().Page();
+    ElementHandle target = kNoElement;
+    page.SelectFirst(input.container, "li[annot-name]:current", target);
+    if (target == kNoElement) {
+        page.SelectFirst(input.container, "div.results-container", target);
+    }
+    return target;
+}
+
+OpenDocument* Desk::ActiveDocument() const
+{
+    for (const auto& document : documents_) {
+        if (document->view == host_.Collection().ActiveView()) {
+            return document.get();
+        }
+    }
+    return nullptr;
 }
 
 OpenDocument* Desk::Find(DocumentNumber number) const

@@ -99,10 +99,14 @@ private:
 
     // --- Messages of pages ---
 
-    void Click(const PageMessage& message);
-    void PressKey(const PageMessage& message);
-    HtmlEngine::ElementHandle KeyTarget() const;
+    PanelInput ReadInput(const PageMessage& message, bool isKey) const;
+    void Take(const PanelInput& input);
+    void Act(const PanelInput& input);
+    bool MayEdit(const PanelInput& input) const;
+    HtmlEngine::ElementHandle TargetOf(const PanelInput& input) const;
     void Run(const PageCommand& command);
+    void Execute(const CommandEntry& entry, const PageCommand& command);
+    static const CommandEntry* FindEntry(const PageCommand& command);
     void RunWaiting(OpenDocument& document);
 
     void Open(const PageCommand& command);
@@ -127,6 +131,7 @@ private:
     // --- Documents ---
 
     OpenDocument* Find(DocumentNumber number) const;
+    OpenDocument* ActiveDocument() const;
     OpenDocument* FindOpenFile(const std::filesystem::path& path) const;
     // The document that a command names. The second one fails for one that must not be changed.
     OpenDocument& DocumentOf(const PageCommand& command) const;
@@ -143,6 +148,7 @@ private:
     void SaveTo(OpenDocument& document, const std::filesystem::path& path, Saved then);
     void EndFileJob(DocumentNumber number);
 
+    void GiveBytesWhenQuiet();
     void WriteBytes(OpenDocument& document);
     void TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::BytesResult result);
 

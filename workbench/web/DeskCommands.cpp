@@ -71,24 +71,36 @@ const Desk::CommandEntry Desk::kCommands[] = {
     {"annotations", &Desk::SendAnnotations, false},
 };
 
+const Desk::CommandEntry* Desk::FindEntry(const PageCommand& command)
+{
+    const std::string name = command.message->Text("name");
+    const auto entry = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                    [&](const CommandEntry& known) { return known.name == name; });
+    if (entry == std::end(kCommands)) {
+        throw CommandRefused("there is no command \"" + name + "\"");
+    }
+    return entry;
+}
+
 void Desk::Run(const PageCommand& command)
 {
     try {
-        const std::string name = command.message->Text("name");
-        const auto entry =
-            std::find_if(std::begin(kCommands), std::end(kCommands),
-                         [&](const CommandEntry& known) { return known.name == name; });
-        if (entry == std::end(kCommands)) {
-            throw CommandRefused("there is no command \"" + name + "\"");
+        const CommandEntry* const entry = FindEntry(command);
+        OpenDocument* const document = entry->waitsForFileJobs ? &DocumentOf(command) : nullptr;
+        if (document != nullptr && (document->fileJobs != 0 || !document->waiting.empty())) {
+            document->waiting.emplace_back(command);
+        } else {
+            Execute(*entry, command);
         }
-        if (entry->waitsForFileJobs) {
-            OpenDocument& document = DocumentOf(command);
-            if (document.fileJobs != 0) {
-                document.waiting.push_back(command);
-                return;
-            }
-        }
-        (this->*entry->run)(command);
+    } catch (const std::exception& error) {
+        Reply(command, error.what());
+    }
+}
+
+void Desk::Execute(const CommandEntry& entry, const PageCommand& command)
+{
+    try {
+        (this->*entry.run)(command);
     } catch (const CommandRefused& refused) {
         Reply(command, refused.what(),
               refused.Reason().empty() ? Json() : Json{{"reason", refused.Reason()}});
@@ -102,9 +114,13 @@ void Desk::RunWaiting(OpenDocument& document)
     const DocumentNumber number = document.number;
     for (OpenDocument* open = &document;
          open != nullptr && open->fileJobs == 0 && !open->waiting.empty(); open = Find(number)) {
-        const PageCommand command = std::move(open->waiting.front());
+        const auto next = std::move(open->waiting.front());
         open->waiting.pop_front();
-        Run(command);
+        if (const auto* const command = std::get_if<PageCommand>(&next)) {
+            Execute(*FindEntry(*command), *command);
+        } else {
+            Act(std::get<PanelInput>(next));
+        }
     }
 }
 

@@ -86,8 +86,10 @@ void Desk::CloseDocument(OpenDocument& document)
     documents_.erase(found);
     host_.CloseView(closed->view);
     closed->view.Reset();
-    for (const PageCommand& command : closed->waiting) {
-        Reply(command, closed->name + " was closed");
+    for (const auto& waiting : closed->waiting) {
+        if (const auto* const command = std::get_if<PageCommand>(&waiting)) {
+            Reply(*command, closed->name + " was closed");
+        }
     }
     // A big document takes long to be released.
     workers_.Post([content = std::move(closed->content)] {});
@@ -124,9 +126,29 @@ void Desk::GiveContent(DocumentNumber number, bool asDownload, PendingAnswerPtr 
         answer->Give({.status = 404});
         return;
     }
+    if (document->wantBytes.empty()) {
+        document->wantBytesSince = std::chrono::steady_clock::now();
+    }
     document->wantBytes.emplace_back(std::move(answer), asDownload);
-    if (!document->writesBytes) {
-        WriteBytes(*document);
+}
+
+// Edits come in bursts, and each would have to wait for the file of the one before.
+void Desk::GiveBytesWhenQuiet()
+{
+    constexpr std::chrono::milliseconds kQuiet(200);
+    constexpr std::chrono::seconds kLongest(2);
+    const auto now = std::chrono::steady_clock::now();
+    for (const auto& document : documents_) {
+        if (const std::uint64_t revision = document->content->Revision();
+            revision != document->seenRevision) {
+            document->seenRevision = revision;
+            document->changedAt = now;
+        }
+        const bool isDue =
+            now - document->changedAt >= kQuiet || now - document->wantBytesSince >= kLongest;
+        if (!document->wantBytes.empty() && !document->writesBytes && isDue) {
+            WriteBytes(*document);
+        }
     }
 }
 
@@ -164,14 +186,15 @@ void Desk::TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::B
             answer->Give(JsonAnswer(500, {{"error", result.error}}));
         }
     } else {
-        // An edit may have come in between; the bytes are of one of both states then, and whoever
-        // waits for the later one asks again.
+        // An edit may have come in between: the bytes are of one of both states then, and it is
+        // tried again.
         document->bytes = std::make_shared<const std::string>(std::move(result.bytes));
         document->bytesRevision = revision;
         if (document->content->Revision() != revision) {
             document->bytes.reset();
+        } else {
+            WriteBytes(*document);
         }
-        WriteBytes(*document);
     }
     EndFileJob(number);
 }

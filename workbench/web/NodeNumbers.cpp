@@ -8,11 +8,16 @@ namespace Workbench {
 using HtmlEngine::kNoNodeHandle;
 using HtmlEngine::NodeHandle;
 
+// The lower half of a handle counts the places of the engine's nodes, which are written in much the
+// order in which they were made: neighbours there are neighbours here, block by block.
 std::size_t NodeNumbers::Home(NodeHandle node) const noexcept
 {
     constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15u;
-    const int bits = std::countr_zero(entries_.size());
-    return static_cast<std::size_t>(node * kGoldenRatio >> (64 - bits));
+    constexpr int kBlockBits = 6;
+    const std::uint64_t place = node & 0xFFFFFFFFu;
+    const int bits = std::countr_zero(entries_.size()) - kBlockBits;
+    const std::uint64_t block = (place >> kBlockBits) * kGoldenRatio >> (64 - bits);
+    return static_cast<std::size_t>(block << kBlockBits | (place & ((1u << kBlockBits) - 1)));
 }
 
 // Where the node is, or would go.
@@ -25,10 +30,13 @@ std::size_t NodeNumbers::PlaceOf(NodeHandle node) const noexcept
     return place;
 }
 
-void NodeNumbers::Grow()
+void NodeNumbers::Reserve(std::size_t count)
 {
-    const std::vector<Entry> former =
-        std::exchange(entries_, std::vector<Entry>(2 * entries_.size()));
+    const std::size_t size = std::bit_ceil(count + count / 2 + 1);
+    if (size <= entries_.size()) {
+        return;
+    }
+    const std::vector<Entry> former = std::exchange(entries_, std::vector<Entry>(size));
     for (const Entry& entry : former) {
         if (entry.node != kNoNodeHandle) {
             entries_[PlaceOf(entry.node)] = entry;
@@ -41,7 +49,7 @@ std::uint64_t NodeNumbers::Give(NodeHandle node)
     Entry* entry = &entries_[PlaceOf(node)];
     if (entry->node == kNoNodeHandle) {
         if (3 * (count_ + 1) > 2 * entries_.size()) {
-            Grow();
+            Reserve(2 * count_ + 1);
             entry = &entries_[PlaceOf(node)];
         }
         *entry = {node, ++lastNumber_};

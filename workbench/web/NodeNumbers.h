@@ -15,6 +15,9 @@ public:
     // The node's number; a new one for a node without. The node is not kNoNodeHandle.
     std::uint64_t Give(HtmlEngine::NodeHandle node);
 
+    // Makes room for that many nodes in all.
+    void Reserve(std::size_t count);
+
     // 0 for a node without a number.
     std::uint64_t Of(HtmlEngine::NodeHandle node) const noexcept;
 
@@ -35,7 +38,6 @@ private:
 
     std::size_t Home(HtmlEngine::NodeHandle node) const noexcept;
     std::size_t PlaceOf(HtmlEngine::NodeHandle node) const noexcept;
-    void Grow();
 
     // Open addressing; the size is a power of two, and one entry in three is free at least.
     std::vector<Entry> entries_ = std::vector<Entry>(1024);

@@ -8,12 +8,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace Workbench {
@@ -27,6 +30,14 @@ struct PageCommand {
     std::shared_ptr<const PageMessage> message;
 };
 
+// A click or a key for the panel, kept until it may act.
+struct PanelInput {
+    HtmlEngine::ElementHandle container = HtmlEngine::kNoElement;  // the one that was shown
+    std::optional<std::uint64_t> element;  // as pages know it; nothing: what is current then
+    std::optional<std::uint32_t> key;      // nothing: a click
+    std::uint32_t modifiers = 0;
+};
+
 struct OpenDocument {
     DocumentNumber number = 0;
     std::string name;
@@ -35,17 +46,20 @@ struct OpenDocument {
     Host::ViewPtr view;
     std::uint64_t shownBefore = 0;  // go-to requests to views of it that are closed
 
-    // Jobs on other threads that keep the document's lock for long. Edits wait until they are done,
-    // so that the UI thread does not.
+    // Jobs on other threads that keep the document's lock for long. What may edit waits until they
+    // are done, so that the UI thread does not, and so does what comes behind it.
     std::uint32_t fileJobs = 0;
     bool saving = false;
-    std::deque<PageCommand> waiting;
+    std::deque<std::variant<PageCommand, PanelInput>> waiting;
 
     // The file as it stood at a revision, and who waits for that of the present one.
     std::shared_ptr<const std::string> bytes;
     std::uint64_t bytesRevision = 0;
     bool writesBytes = false;
     std::vector<std::pair<PendingAnswerPtr, bool>> wantBytes;  // and whether as a download
+    std::chrono::steady_clock::time_point wantBytesSince;
+    std::uint64_t seenRevision = 0;
+    std::chrono::steady_clock::time_point changedAt;  // when it got that revision
 };
 
 // DOCUMENT of the protocol.

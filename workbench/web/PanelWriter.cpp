@@ -51,6 +51,7 @@ public:
         : writer_(writer), reader_(writer.reader_), node_(first), last_(last)
     {
         VisitAll(reader_, first, last, [this](NodeHandle) { ++remaining_; });
+        writer_.numbers_.Reserve(writer_.numbers_.Count() + remaining_);
     }
 
     void Write()
@@ -171,6 +172,7 @@ void PanelWriter::BeginChange()
 void PanelWriter::EndMessage(std::size_t remaining)
 {
     PanelMessage message{std::exchange(reset_, false), "\"changes\":["};
+    message.rest.reserve(changes_.size() + 50);
     message.rest += changes_;
     message.rest += "],\"remaining\":";
     AppendNumber(message.rest, remaining);
