@@ -24,7 +24,9 @@ std::string FilledTemplate(const std::string& name, std::string_view filling)
 {
     std::ifstream file(std::string(PANEL_TEMPLATES) + "/" + name, std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(file)), {});
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes[at]); };
+    const auto byte = [&](std::size_t at) -> std::uint32_t {
+        return static_cast<unsigned char>(bytes[at]);
+    };
     std::string html;
     bool isInPlaceHolder = false;
     // Behind the byte-order mark stand two bytes for each character.
