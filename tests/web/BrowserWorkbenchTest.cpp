@@ -2,11 +2,16 @@
 #include "RunningWorkbench.h"
 #include "documents/QpdfDocument.h"
 #include "web/FileCopies.h"
+#include "web/StopSignals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <csignal>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <random>
 
@@ -584,6 +589,26 @@ TEST(RecoveryCopy, GoesToTheFirstPlaceThatTakesIt)
         Workbench::WriteRecoveryCopy(*opened.document, "a.pdf", std::nullopt, {folder.At("file")})
             .error,
         AllOf(HasSubstr("a.pdf"), HasSubstr("no recovery copy")));
+}
+
+TEST(StopSignals, EndPolitelyOnceAndAtOnceThen)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::promise<void> asked;
+        const Workbench::StopSignals signals([&] { asked.set_value(); });
+        ::raise(signal);
+        asked.get_future().get();
+    }
+    EXPECT_EXIT(
+        {
+            std::promise<void> asked;
+            const Workbench::StopSignals signals([&] { asked.set_value(); });
+            ::raise(SIGTERM);
+            asked.get_future().get();
+            ::raise(SIGINT);
+            ::pause();
+        },
+        testing::ExitedWithCode(128 + SIGINT), "");
 }
 
 TEST(BrowserWorkbench, SaysAtOnceWhatItCannotOpen)

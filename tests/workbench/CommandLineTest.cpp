@@ -18,14 +18,14 @@ struct ProgramResult {
     std::string errors;
 };
 
-ProgramResult RunWith(std::vector<const char*> arguments)
+ProgramResult RunWith(std::vector<const char*> arguments, const Workbench::Browse& browse = {})
 {
     arguments.insert(arguments.begin(), "workbench");
     std::istringstream input;
     std::ostringstream output;
     std::ostringstream errors;
     const int status = Workbench::RunProgram(static_cast<int>(arguments.size()), arguments.data(),
-                                             input, output, errors);
+                                             input, output, errors, browse);
     return {status, output.str(), errors.str()};
 }
 
@@ -91,6 +91,32 @@ TEST(CommandLine, ListsDocumentsInTheLanguageAskedFor)
     const ProgramResult text = RunWith({"--text", "--memory", "2:2"});
     EXPECT_EQ(text.status, Workbench::kExitDone);
     EXPECT_THAT(text.output, HasSubstr("Page 2\n     1_0"));
+}
+
+TEST(CommandLine, ShowsInTheBrowserWhatItIsNotToldToPrint)
+{
+    Workbench::BrowserRequest shown;
+    const auto browse = [&](const Workbench::BrowserRequest& request, std::ostream& output,
+                            std::ostream&) {
+        shown = request;
+        output << "address";
+        return 7;
+    };
+    const ProgramResult result =
+        RunWith({"a.pdf", "b.pdf", "--memory", "5:1", "--port", "8080", "--locale", "de"}, browse);
+    EXPECT_EQ(result.status, 7);
+    EXPECT_EQ(result.output, "address");
+    EXPECT_THAT(shown.files, ::testing::ElementsAre("a.pdf", "b.pdf"));
+    EXPECT_THAT(shown.memoryDocuments, ::testing::ElementsAre("5:1"));
+    EXPECT_EQ(shown.port, 8080);
+    EXPECT_EQ(shown.session.host.language, "de");
+    EXPECT_EQ(RunWith({}, browse).status, 7) << "no file at all: the sample";
+
+    const auto fail = [](const auto&, auto&, auto&) -> int {
+        throw Workbench::OpenError("a.pdf: missing");
+    };
+    EXPECT_EQ(RunWith({"a.pdf"}, fail).status, Workbench::kExitNoDocument);
+    EXPECT_EQ(RunWith({"--port", "65536"}, browse).status, Workbench::kExitFailed);
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ class StopSignals::Waiting {
 public:
     explicit Waiting(std::function<void()> stop) : stop_(std::move(stop))
     {
+        std::signal(SIGPIPE, SIG_IGN);
         Await();
         thread_ = std::thread([this] { io_.run(); });
     }
@@ -48,7 +49,7 @@ private:
 
     std::function<void()> stop_;  // empty once it was called
     boost::asio::io_context io_{1};
-    boost::asio::signal_set signals_{io_, SIGINT, SIGTERM};
+    boost::asio::signal_set signals_{io_, SIGINT, SIGTERM, SIGHUP};
     std::thread thread_;
 };
 

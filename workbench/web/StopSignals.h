@@ -1,4 +1,5 @@
-// The signals by which a user or the system ends the workbench: SIGINT and SIGTERM.
+// The signals by which a user, a closed terminal or the system ends the workbench: SIGINT, SIGHUP and
+// SIGTERM.
 #pragma once
 
 #include <functional>
