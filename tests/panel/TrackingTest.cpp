@@ -1,7 +1,6 @@
 // A list that follows its document: whatever changes, it becomes what a fresh rendering would be.
 #include "PanelFixture.h"
 
-
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -126,9 +125,9 @@ TEST_F(Tracking, TheNoItemsMessageAndPageItemsAreNeverShownTogether)
     host.SwitchLanguage("de");
     Settle();
     EXPECT_EQ(OutlineOf(view), "(Es sind keine Elemente vorhanden) []");
-    EXPECT_EQ(host.Panel().Page()->Attribute(Find(view, "#NoItemsMessage"),
-                                             "__l_o_c_a_l_e__t_o_k_e_n__"),
-              "There are no items to show");
+    EXPECT_EQ(
+        host.Panel().Page()->Attribute(Find(view, "#NoItemsMessage"), "__l_o_c_a_l_e__t_o_k_e_n__"),
+        "There are no items to show");
 }
 
 TEST_F(Tracking, UpdatesLeaveNothingBehind)
@@ -190,8 +189,8 @@ TEST_F(Tracking, OtherOperationsAndStrangeEventsChangeNothing)
 
 TEST_F(Tracking, WhatIsNotListedStillMovesItsNeighbours)
 {
-    const ViewPtr view = StartWith({{Comment("Link"), Comment("Ink"), Comment("Stamp")},
-                                    {Comment("Text")}});
+    const ViewPtr view =
+        StartWith({{Comment("Link"), Comment("Ink"), Comment("Stamp")}, {Comment("Text")}});
     Do(view, "Down");
     EXPECT_EQ(OutlineOf(view), "0+:0_1,0_2* 1:1_0 [ECRDTB]");
     Publish(view, DocumentOf(view).RemoveAnnotation(0, 0));
@@ -298,6 +297,46 @@ TEST_F(Tracking, TwoViewsOfOneDocumentHaveStatesOfTheirOwn)
     ExpectFresh(views[0]);
 }
 
+// Contents that reach beyond their item: the list is loaded anew with each change, and comes back
+// at the place where the user is by then.
+TEST_F(Tracking, AnUnbalancedListIsLoadedAnewAndKeepsThePlace)
+{
+    const ViewPtr view = StartWith(
+        {{Comment("Ink", u"a"), Comment("Ink", u"b"), Comment("Ink", u"c"), Comment("Ink", u"d")},
+         {Comment("Text")}});
+    Document& document = DocumentOf(view);
+    const auto focus = [&](std::uint32_t position) {
+        view->View().SetFocus(0, document.AnnotationAt(0, position));
+    };
+    for (const char16_t* text : {u"<b>open", u"x</li>", u"<b x=a' y='>one</b>",
+                                 u"<i a=\"'\" b=\">'", u"<u", u"a<!--", u"</ul></div>"}) {
+        Publish(view, document.ChangeContents(0, 3, text));
+        Settle();
+        ExpectFresh(view);
+        Publish(view, document.ChangeContents(0, 3, u"d"));
+        Settle();
+        ExpectFresh(view);
+    }
+    Publish(view, document.ChangeContents(0, 3, u"<b>open"));
+    Settle();
+    Do(view, "click div.icon @1");
+    focus(0);
+    host.State().loop.Hold(true);
+    Publish(view, document.ChangeContents(0, 1, u"x"));
+    focus(2);
+    host.State().loop.Hold(false);
+    Settle();
+    EXPECT_EQ(OutlineOf(view), "0+:0_0,0_1,0_2*,0_3 1-:1_0 [ECRDTB]");
+
+    host.State().loop.Hold(true);
+    Publish(view, document.ChangeContents(0, 1, u"y"));
+    Publish(view, document.RemoveAnnotation(0, 0));
+    host.State().loop.Hold(false);
+    Settle();
+    ExpectFresh(view);
+    EXPECT_THAT(OutlineOf(view), testing::HasSubstr("0_0,0_1*,0_2 1-:1_0"));
+}
+
 TEST_F(Tracking, EventsThatLagBehindTheDocumentEndInAFreshListToo)
 {
     struct Row {
@@ -305,9 +344,8 @@ TEST_F(Tracking, EventsThatLagBehindTheDocumentEndInAFreshListToo)
         std::vector<std::function<EditResult(Document&)>> edits;
     };
     const auto edit = [](std::uint32_t page, std::uint32_t position) {
-        return [=](Document& document) {
-            return document.ChangeContents(page, position, u"edited");
-        };
+        return
+            [=](Document& document) { return document.ChangeContents(page, position, u"edited"); };
     };
     const auto remove = [](std::uint32_t page, std::uint32_t position) {
         return [=](Document& document) { return document.RemoveAnnotation(page, position); };

@@ -138,6 +138,9 @@ mode_t ModeFor(const fs::path& target)
     if (S_ISDIR(status.st_mode)) {
         throw std::runtime_error("it is a folder");
     }
+    if (!S_ISREG(status.st_mode)) {
+        throw std::runtime_error("it is no file of the disk");
+    }
     if ((status.st_mode & 0222) == 0) {
         throw std::runtime_error("it is write-protected");
     }

@@ -160,7 +160,7 @@ PanelPageState StateOf(const Document& page, ElementHandle element)
         return PanelPageState::kExpanded;
     }
     return (state & HtmlEngine::ElementState::kCollapsed) != 0 ? PanelPageState::kCollapsed
-                                                              : PanelPageState::kNone;
+                                                               : PanelPageState::kNone;
 }
 
 PanelPage ReadPage(const Document& page, ElementHandle element)
@@ -223,17 +223,16 @@ std::optional<PanelView> ReadPanelView(const Document& page, const std::string& 
     view.key = AttributeOf(page, container, "doc-view-addr");
     view.visible = IsVisible(page, container);
     view.loading = IsLoading(page, container);
-    if (const ElementHandle message = First(page, container, "#NoItemsMessage");
+    if (const ElementHandle message =
+            First(page, container, "div.results-container > #NoItemsMessage");
         message != kNoElement) {
         view.noItems = page.TextContent(message);
     }
     for (std::size_t i = 0; i < kPanelButtons.size(); ++i) {
         const ElementHandle button = First(page, container, std::string("#") + kPanelButtons[i]);
-        view.buttonDisabled[i] =
-            (page.State(button) & HtmlEngine::ElementState::kDisabled) != 0;
+        view.buttonDisabled[i] = (page.State(button) & HtmlEngine::ElementState::kDisabled) != 0;
     }
-    for (const ElementHandle item :
-         All(page, container, "div.results-container ul[page-item]")) {
+    for (const ElementHandle item : All(page, container, "div.results-container ul[page-item]")) {
         view.pages.push_back(ReadPage(page, item));
     }
     return view;

@@ -90,8 +90,7 @@ void CommentsContainerHandler::ActOnKey(std::uint32_t virtualKey)
     }
 }
 
-ResultCode CommentsContainerHandler::HandleEvent(HtmlElementHandle element,
-                                                 UIBehaviourEvent* event)
+ResultCode CommentsContainerHandler::HandleEvent(HtmlElementHandle element, UIBehaviourEvent* event)
 {
     if (event != nullptr &&
         (event->kind == kBehaviourClick || event->kind == kBehaviourActivated)) {

@@ -76,8 +76,7 @@ void CommentsContainerHandler::MakeAnnotUniqueName(BLDocument* document, std::ui
     AppendDecimal(name, position);
 }
 
-std::uint32_t CommentsContainerHandler::GetAnnotIndex(BLDocument* document,
-                                                      std::uint32_t pageIndex,
+std::uint32_t CommentsContainerHandler::GetAnnotIndex(BLDocument* document, std::uint32_t pageIndex,
                                                       const PDFL::Annotation& annotation)
 {
     constexpr const char* kFunction = "CommentsContainerHandler::GetAnnotIndex";

@@ -58,11 +58,11 @@ std::wstring FormatTranslated(const std::wstring& text, const Args&... arguments
 std::function<void(std::wstring&)> TooltipIds()
 {
     constexpr std::size_t kTextLength = 36;
-    return [generator = std::make_shared<boost::uuids::random_generator_mt19937>()](
-               std::wstring& id) {
-        id.resize(kTextLength);
-        boost::uuids::to_chars((*generator)(), id.begin());
-    };
+    return
+        [generator = std::make_shared<boost::uuids::random_generator_mt19937>()](std::wstring& id) {
+            id.resize(kTextLength);
+            boost::uuids::to_chars((*generator)(), id.begin());
+        };
 }
 
 // The user's date format. Without one dates stay empty, which hides their rows.
@@ -84,8 +84,8 @@ boost::posix_time::ptime LocalTime(const _PDDateRec& date)
         throw std::out_of_range("time of day");
     }
     const boost::gregorian::date day(date.year, date.month, date.day);
-    const ptime utc = ptime(day, time_duration(date.hour, date.minute, date.second)) -
-                      hours(date.utcOffsetHours);
+    const ptime utc =
+        ptime(day, time_duration(date.hour, date.minute, date.second)) - hours(date.utcOffsetHours);
     try {
         return boost::date_time::c_local_adjustor<ptime>::utc_to_local(utc);
     } catch (const std::exception&) {
@@ -211,8 +211,7 @@ CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
 {
 }
 
-void CommentsContainerHandler::RenderResults(Rendering& rendering,
-                                             const PageWriter& write)
+void CommentsContainerHandler::RenderResults(Rendering& rendering, const PageWriter& write)
 {
     std::int32_t pageCount = 0;
     CallMethod<BLDocument::GetPageCount>(rendering.document, &pageCount);
@@ -249,8 +248,7 @@ std::wstring CommentsContainerHandler::RenderNoItems()
         .str();
 }
 
-std::wstring CommentsContainerHandler::RenderPageItem(Rendering& rendering,
-                                                      std::uint32_t pageIndex)
+std::wstring CommentsContainerHandler::RenderPageItem(Rendering& rendering, std::uint32_t pageIndex)
 {
     std::wstring html;
     AppendPageItem(rendering, pageIndex, html);
@@ -307,8 +305,7 @@ std::wstring CommentsContainerHandler::RenderAnnotItem(Rendering& rendering,
     return html;
 }
 
-void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering,
-                                               const std::wstring& uniqueName,
+void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
                                                const PDFL::Annotation& annotation,
                                                std::wstring& target)
 {
@@ -355,8 +352,7 @@ void CommentsContainerHandler::AppendAnnotTooltip(Rendering& rendering,
     annotation.ReadTitle(title);
     annotation.ReadSubject(subject);
     const std::wstring& displayName = GetAnnotTypeName(rendering, annotation);
-    const std::wstring created =
-        FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat);
+    const std::wstring created = FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat);
     const std::wstring modified =
         FormatAnnotDate(annotation.ModificationDate(), rendering.dateFormat);
 

@@ -54,7 +54,7 @@ struct CommentsContainerHandler::Loading {
     std::atomic<bool> dropped = false;
     BasicServiceObjectPtr<BLDocument> document;
     // Written by the worker before the completion is posted, read after that.
-    std::string html;            // UTF-8
+    std::string html;  // UTF-8
     bool balanced = true;
     std::exception_ptr failure;  // null: rendered
 
@@ -124,7 +124,14 @@ void CommentsContainerHandler::ReloadList(std::optional<Place> place)
 CommentsContainerHandler::Place CommentsContainerHandler::CurrentPlace() const
 {
     Place place;
-    place.currentItem = CurrentItem().Attribute("annot-name");
+    if (HasCurrentAnnotItem()) {
+        try {
+            place.current = GetCurrentAnnot();
+            place.currentPage = GetPageIndex();
+        } catch (const ServiceObjectException&) {
+            place.current.Reset();  // its annotation is gone
+        }
+    }
     const ElementSet pages = container_.SelectAll(kPages);
     for (const UIElement& element : pages.Elements()) {
         const ElementReference page = container_.SameWindow(element.handle);
@@ -141,10 +148,12 @@ void CommentsContainerHandler::Return(const Place& place)
         container_.SelectFirst(std::string(kPages) + "[page-index=\"" + ToNarrow(index) + "\"]")
             .SetState(state, 0);
     }
-    if (!place.currentItem.empty()) {
-        container_.SelectFirst("div.results-container li[annot-name=\"" +
-                               ToNarrow(place.currentItem) + "\"]")
-            .SetState(kStateCurrent, 0);
+    RefreshResults();
+    // By the annotation, whose position and name may be others by now.
+    try {
+        FindAnnotItem(place.currentPage, place.current).SetState(kStateCurrent, 0);
+    } catch (const ServiceObjectException&) {
+        // The annotation is gone: the caller makes another one current.
     }
 }
 
@@ -167,6 +176,8 @@ void CommentsContainerHandler::LoadResults()
     DropLoading();
     auto document = document_.Lock();
     if (!document || !queue_) {
+        container_.SelectAll(kPreloader)
+            .Collapse();  // a loading that was dropped may have shown it
         return;
     }
     container_.SelectAll(kPreloader).SetVisibility(u"visible");
@@ -207,7 +218,7 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     // What changed while the worker was rendering may be in the rendering or not.
     balanced_ = loading->balanced;
     for (const std::uint32_t pageIndex : touched) {
-        UpdatePageItem(pageIndex);
+        SODetails::RunEventTask(kLoadName, [&] { UpdatePageItem(pageIndex); });
     }
     if (!balanced_ && !touched.empty()) {
         ReloadList(std::move(loading->place));
@@ -250,8 +261,8 @@ void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsign
 {
     SODetails::RunEventTask("CommentsContainerHandler::OnAnnotChanged", [&] {
         const auto changed = PDFL::Annotation::Retain(annotation);
-        const bool ofPage = operation == PDAnnotOperation::kAdded ||
-                            operation == PDAnnotOperation::kRemoved;
+        const bool ofPage =
+            operation == PDAnnotOperation::kAdded || operation == PDAnnotOperation::kRemoved;
         const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
                             operation == PDAnnotOperation::kPropertiesChanged;
         // What is not listed changes no item, but coming or going it moves its neighbours'
@@ -273,13 +284,17 @@ void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec*
     SODetails::RunEventTask("CommentsContainerHandler::OnFocusAnnot", [&] {
         RunOnUIThread("CommentsContainerHandler::OnFocusAnnot",
                       [this, pageIndex, focused = PDFL::Annotation::Retain(annotation)] {
-                          SelectAnnotItem(pageIndex, focused);
+                          if (loading_ && loading_->place) {
+                              loading_->place->currentPage = pageIndex;
+                              loading_->place->current = focused;
+                          } else {
+                              SelectAnnotItem(pageIndex, focused);
+                          }
                       });
     });
 }
 
-void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation,
-                                                std::uint32_t pageIndex,
+void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation, std::uint32_t pageIndex,
                                                 const PDFL::Annotation& annotation)
 {
     const auto document = document_.Lock();

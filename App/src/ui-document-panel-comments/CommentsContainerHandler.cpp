@@ -6,9 +6,7 @@
 
 #include <utility>
 
-CommentsContainerHandler::CommentsContainerHandler(BLDocumentView& view) : view_(&view)
-{
-}
+CommentsContainerHandler::CommentsContainerHandler(BLDocumentView& view) : view_(&view) {}
 
 CommentsContainerHandler::~CommentsContainerHandler()
 {
@@ -55,8 +53,8 @@ ResultCode CommentsContainerHandler::OnLocaleChanged()
 void CommentsContainerHandler::Fail(ResultCode code, const wchar_t* message, const char* function,
                                     std::uint32_t line)
 {
-    throw ServiceObjectException({code, message, function,
-                                  "src/ui-document-panel-comments/CommentsContainerHandler", line});
+    throw ServiceObjectException(
+        {code, message, function, "src/ui-document-panel-comments/CommentsContainerHandler", line});
 }
 
 void CommentsContainerHandler::RunOnUIThread(const char* name, std::function<void()> task)
@@ -70,13 +68,13 @@ void CommentsContainerHandler::RunOnUIThread(const char* name, std::function<voi
 
 void CommentsContainerHandler::PostToUIThread(const char* name, std::function<void()> task)
 {
-    dispatcher_.Post([self = WeakServiceObjectPtr<CommentsContainerHandler>(this), name,
-                      run = std::move(task)] {
-        const auto handler = self.Lock();
-        if (handler && handler->dispatcher_.IsUIThread()) {
-            SODetails::RunEventTask(name, run);
-        }
-    });
+    dispatcher_.Post(
+        [self = WeakServiceObjectPtr<CommentsContainerHandler>(this), name, run = std::move(task)] {
+            const auto handler = self.Lock();
+            if (handler && handler->dispatcher_.IsUIThread()) {
+                SODetails::RunEventTask(name, run);
+            }
+        });
 }
 
 BasicServiceObjectPtr<BLDocument> CommentsContainerHandler::CurrentDocument() const

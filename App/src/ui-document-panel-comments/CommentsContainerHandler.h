@@ -61,11 +61,11 @@ public:
         explicit Rendering(BLDocument* document);
 
         BLDocument* document;
-        std::wstring pageCaption;   // with %1% for the page number
+        std::wstring pageCaption;  // with %1% for the page number
         std::wstring createdLabel;
         std::wstring modifiedLabel;
-        std::wstring dateFormat;    // directives of date_time's output facets
-        std::map<Atom, std::wstring> displayNames;  // those asked for so far
+        std::wstring dateFormat;                          // directives of date_time's output facets
+        std::map<Atom, std::wstring> displayNames;        // those asked for so far
         std::function<void(std::wstring&)> newTooltipId;  // a random UUID each time, in lower case
         bool balanced = true;  // whether no text so far reaches beyond its item (MarkupBalance.h)
         // Asked between annotations; the rendering ends early, unfinished, when it answers false.
@@ -93,8 +93,7 @@ public:
     static std::wstring RenderAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
                                         const PDFL::Annotation& annotation);
     // One `popup`.
-    static std::wstring RenderAnnotTooltip(Rendering& rendering,
-                                           const PDFL::Annotation& annotation,
+    static std::wstring RenderAnnotTooltip(Rendering& rendering, const PDFL::Annotation& annotation,
                                            const std::wstring& tooltipId);
     // The display name, empty without a subtype.
     static const std::wstring& GetAnnotTypeName(Rendering& rendering,
@@ -167,8 +166,7 @@ private:
     struct Loading;
 
     // The same as their namesakes above, behind what `target` holds.
-    static void AppendPageItem(Rendering& rendering, std::uint32_t pageIndex,
-                               std::wstring& target);
+    static void AppendPageItem(Rendering& rendering, std::uint32_t pageIndex, std::wstring& target);
     static void AppendAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
                                 const PDFL::Annotation& annotation, std::wstring& target);
     static void AppendAnnotTooltip(Rendering& rendering, const PDFL::Annotation& annotation,
@@ -188,7 +186,8 @@ private:
 
     // Where the user is in the list: what is current, expanded and collapsed.
     struct Place {
-        std::wstring currentItem;                                   // its name, or empty
+        std::uint32_t currentPage = kPDNoPage;
+        PDFL::Annotation current;                                   // empty: none
         std::vector<std::pair<std::wstring, std::uint32_t>> pages;  // indices and states
     };
     Place CurrentPlace() const;
@@ -241,8 +240,8 @@ private:
     ElementReference container_;
     bool documentReadOnly_ = false;
 
-    std::shared_ptr<RenderQueue> queue_;  // held while attached
-    std::shared_ptr<Loading> loading_;    // the rendering that may still land
+    std::shared_ptr<RenderQueue> queue_;    // held while attached
+    std::shared_ptr<Loading> loading_;      // the rendering that may still land
     std::set<std::uint32_t> touchedPages_;  // changed since that rendering began
     // Whether items can be updated by themselves: no text in the list reaches beyond its own.
     bool balanced_ = true;

@@ -186,9 +186,8 @@ void CommentsPanelHandler::RunForView(const char* name, UIDocumentView* view,
 {
     SODetails::RunEventTask(name, [&] {
         if (View object = ViewObject(view)) {
-            RunOnUIThread(name, [this, step, held = std::move(object)] {
-                (this->*step)(held.Get());
-            });
+            RunOnUIThread(name,
+                          [this, step, held = std::move(object)] { (this->*step)(held.Get()); });
         }
     });
 }
@@ -275,8 +274,7 @@ void CommentsPanelHandler::OnSelectionChanged(BLSelection* selection)
 
 ElementSet CommentsPanelHandler::ContainersWithKey(const std::string& key) const
 {
-    return root_.SelectAll(
-        (boost::format(".panel-content[doc-view-addr=\"%1%\"]") % key).str());
+    return root_.SelectAll((boost::format(".panel-content[doc-view-addr=\"%1%\"]") % key).str());
 }
 
 void CommentsPanelHandler::CreateContainer(BLDocumentView* view)

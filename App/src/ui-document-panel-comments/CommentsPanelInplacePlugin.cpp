@@ -12,8 +12,8 @@
 
 namespace {
 
-const SODetails::ServiceObjectRegistration g_registration(
-    "CommentsPanelInplacePlugin", []() -> BasicServiceObjectPtr<ServiceObject> {
+const SODetails::ServiceObjectRegistration
+    g_registration("CommentsPanelInplacePlugin", []() -> BasicServiceObjectPtr<ServiceObject> {
         auto plugin = SODetails::ServiceObjectCppTheConcrete<CommentsPanelInplacePlugin>::Create();
         return BasicServiceObjectPtr<ServiceObject>::Adopt(plugin.Detach()->AsInterface());
     });

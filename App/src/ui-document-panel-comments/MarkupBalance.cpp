@@ -11,11 +11,10 @@ namespace {
 using Text = std::wstring_view;
 
 constexpr Text kVoidElements[] = {L"br", L"img", L"wbr"};
-constexpr Text kInlineElements[] = {L"abbr", L"b",    L"big",   L"cite",   L"code", L"del",
-                                    L"dfn",  L"em",   L"font",  L"i",      L"ins",  L"kbd",
-                                    L"mark", L"q",    L"s",     L"samp",   L"small", L"span",
-                                    L"strike", L"strong", L"sub", L"sup", L"tt",   L"u",
-                                    L"var"};
+constexpr Text kInlineElements[] = {
+    L"abbr",   L"b",      L"big", L"cite", L"code", L"del", L"dfn",  L"em",    L"font",
+    L"i",      L"ins",    L"kbd", L"mark", L"q",    L"s",   L"samp", L"small", L"span",
+    L"strike", L"strong", L"sub", L"sup",  L"tt",   L"u",   L"var"};
 
 template <std::size_t N>
 bool Holds(const Text (&names)[N], Text name)
@@ -34,8 +33,32 @@ constexpr bool OpensMarkup(wchar_t next)
     return IsLetter(next) || next == L'/' || next == L'!' || next == L'?';
 }
 
-// A tag from behind its "<" to its ">", which it must have. One with another "<" or with quotes
-// that do not pair is none that can be trusted.
+constexpr Text kBlanks = L" \t\r\n\f";
+
+// Whether this, which stands behind a tag's name, is nothing but attributes that end where they
+// seem to: values between quotes hold neither "<" nor ">", nor does anything else.
+bool AreSoundAttributes(Text rest)
+{
+    if (!rest.empty() && rest.front() != L'/' && kBlanks.find(rest.front()) == Text::npos) {
+        return false;  // part of the name
+    }
+    while (!rest.empty()) {
+        const std::size_t quote = rest.find_first_of(L"\"'<>");
+        if (quote == Text::npos) {
+            return true;
+        }
+        // Only directly behind the equals sign does a quote open a value.
+        const std::size_t end = rest.find(rest[quote], quote + 1);
+        if (quote == 0 || rest[quote - 1] != L'=' || end == Text::npos ||
+            rest.substr(quote, end - quote).find_first_of(L"<>") != Text::npos) {
+            return false;
+        }
+        rest.remove_prefix(end + 1);
+    }
+    return true;
+}
+
+// A tag from behind its "<" to the first ">".
 struct Tag {
     explicit Tag(Text inner)
     {
@@ -47,18 +70,12 @@ struct Tag {
             }
             name.push_back(static_cast<wchar_t>(character | 0x20));
         }
-        const Text rest = inner.substr(name.size());
-        const auto count = [&](wchar_t quote) {
-            return std::count(rest.begin(), rest.end(), quote);
-        };
-        const bool endsName = rest.empty() || Text(L" \t\r\n/").find(rest.front()) != Text::npos;
-        isSound = endsName && rest.find(L'<') == Text::npos && count(L'"') % 2 == 0 &&
-                  count(L'\'') % 2 == 0;
+        isSound = AreSoundAttributes(inner.substr(name.size()));
     }
 
     std::wstring name;  // in lower case
     bool isEnd = false;
-    bool isSound = false;
+    bool isSound = false;  // its ">" is the one that ends it
 };
 
 }  // namespace

@@ -5,9 +5,9 @@
 #include "service-common/Atom.h"
 
 struct SubtypeEntry {
-    const char* subtype;          // as the PDF library names it
-    const wchar_t* displayName;   // key and default text
-    const wchar_t* className;     // attribute text such as L".highlight"; empty: no icon
+    const char* subtype;         // as the PDF library names it
+    const wchar_t* displayName;  // key and default text
+    const wchar_t* className;    // attribute text such as L".highlight"; empty: no icon
 };
 
 // The entry of a subtype, or null for one that is outside the table.
