@@ -5,7 +5,7 @@ import {readFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {after, afterEach, before, beforeEach, describe, test} from 'node:test';
 
-import {PageWindow, startBrowser, until} from './support/browser.mjs';
+import {PageWindow, startBrowser} from './support/browser.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
 
 describe('Editing in the browser', () => {
@@ -43,19 +43,19 @@ describe('Editing in the browser', () => {
     };
 
     test('deletes with the panel\'s key and takes it back', async () => {
-        const count = await window.items.count();
+        const count = await window.itemCount();
         await window.item('0_1').click();
         await window.expectCurrent('0_1');
         await window.page.keyboard.press('Delete');
-        await until(() => window.items.count(), (now) => now === count - 1, 'one item less');
+        await window.expectItems(count - 1);
         await window.page.keyboard.press('Control+z');
-        await until(() => window.items.count(), (now) => now === count, 'the item is back');
+        await window.expectItems(count);
         await window.page.keyboard.press('Control+y');
-        await until(() => window.items.count(), (now) => now === count - 1, 'one item less again');
+        await window.expectItems(count - 1);
     });
 
     test('adds a highlight where it was dragged, and edits it', async () => {
-        const count = await window.items.count();
+        const count = await window.itemCount();
         await window.page.getByRole('button', {name: 'Highlight', exact: true}).click();
         const box = await window.page.locator('.page[data-page="0"]').boundingBox();
         await window.page.mouse.move(box.x + 100, box.y + 400);
@@ -64,7 +64,7 @@ describe('Editing in the browser', () => {
         await window.page.mouse.up();
         await window.page.getByRole('textbox', {name: 'Contents'}).fill('see <u>here</u>');
         await window.page.keyboard.press('Control+Enter');
-        await until(() => window.items.count(), (now) => now === count + 1, 'one item more');
+        await window.expectItems(count + 1);
         const mark = window.page.locator('.page[data-page="0"] .annotation.focused');
         await mark.waitFor();
         const marked = await mark.boundingBox();
@@ -75,12 +75,13 @@ describe('Editing in the browser', () => {
         await window.page.keyboard.press('F2');
         await window.page.getByRole('textbox', {name: 'Contents'}).fill('gone');
         await window.page.getByRole('button', {name: 'OK'}).click();
-        await until(() => window.item(current).locator('p').textContent(), (words) => words === 'gone',
+        await window.until(() => window.item(current).locator('p').textContent(), (words) => words === 'gone',
             'the contents are others');
     });
 
     test('places a rectangle with the keyboard alone', async () => {
-        await window.page.getByRole('button', {name: 'Rectangle'}).focus();
+        await window.page.locator('.page canvas').first().waitFor();
+        await window.page.getByRole('button', {name: 'Rectangle', exact: true}).focus();
         await window.page.keyboard.press('Enter');
         await window.page.locator('.scroller').focus();
         await window.page.keyboard.press('Enter');
@@ -103,7 +104,7 @@ describe('Editing in the browser', () => {
         for (const [item, pages, step] of steps) {
             await chooseInMenu('Page', item);
             await window.expectActive((one) => one.pages === pages && one.undo === step, item);
-            await until(() => window.page.locator('.page').count(), (count) => count === pages,
+            await window.until(() => window.page.locator('.page').count(), (count) => count === pages,
                 'the pages are there');
         }
         for (let step = 0; step < steps.length; ++step) {
@@ -152,11 +153,11 @@ describe('Editing in the browser', () => {
         });
         await window.page.getByRole('tab', {name: 'small.pdf'}).click();
         await window.expectActive((active) => active.name === 'small.pdf', 'the other tab');
-        await until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 0,
+        await window.until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 0,
             'the other document is at its beginning');
         await window.page.getByRole('tab', {name: 'sample.pdf'}).press('Enter');
         await window.expectActive((active) => active.name === 'sample.pdf', 'the first tab');
-        await until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 900,
+        await window.until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 900,
             'the place is the old one');
         const mode = window.page.getByRole('button', {name: 'Fit width'});
         assert.equal(await mode.getAttribute('aria-pressed'), 'false');
@@ -165,7 +166,7 @@ describe('Editing in the browser', () => {
     test('shows two documents side by side', async () => {
         await window.page.getByRole('button', {name: 'View', exact: true}).click();
         await window.page.getByRole('menuitemcheckbox', {name: 'Two documents'}).click();
-        await until(() => window.page.locator('.slot canvas').count(), (count) => count >= 2,
+        await window.until(() => window.page.locator('.slot canvas').count(), (count) => count >= 2,
             'both have pictures');
         await window.page.locator('.slot .scroller').nth(1).focus();
         await window.expectActive((active) => active.name === 'small.pdf', 'the right one is active');
@@ -197,6 +198,6 @@ describe('Editing in the browser', () => {
         const active = await window.expectActive(
             (one) => one.name === 'dropped.pdf' && one.busy === null, 'it is open');
         assert.equal(active.path, null);
-        await until(() => window.items.count(), (count) => count === 3, 'its comments are listed');
+        await window.expectItems(3);
     });
 });

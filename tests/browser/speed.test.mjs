@@ -3,7 +3,7 @@
 import assert from 'node:assert/strict';
 import {after, before, describe, test} from 'node:test';
 
-import {PageWindow, startBrowser, until} from './support/browser.mjs';
+import {PageWindow, startBrowser} from './support/browser.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
 
 const kComments = 10000;
@@ -38,7 +38,8 @@ describe('Ten thousand comments', () => {
         await window.page.getByRole('menuitem', {name: 'Open'}).waitFor();
         await window.page.keyboard.press('Escape');
         const usable = Date.now() - begin;
-        await until(() => window.items.count(), (count) => count === kComments, 'all are there');
+        await window.expectListed();
+        assert.equal(await window.itemCount(), kComments);
         context.diagnostic(`a menu opened after ${usable} ms, the list stood after ` +
             `${Date.now() - begin} ms`);
     });

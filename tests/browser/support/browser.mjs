@@ -12,7 +12,7 @@ const kFlags = [
     '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
     '--disable-background-networking', '--disable-component-update', '--disable-sync',
 ];
-const kPatience = 15000;
+const kPatience = 30000;
 
 export async function startBrowser() {
     const folder = mkdtempSync(join(tmpdir(), 'browser-profile-'));
@@ -31,57 +31,41 @@ export async function startBrowser() {
     };
 }
 
-/// Reads something from the page until `isMeant(value)`, and gives it.
-export async function until(read, isMeant, what) {
-    const end = Date.now() + kPatience;
-    for (;;) {
-        const value = await read();
-        if (isMeant(value)) {
-            return value;
-        }
-        assert.ok(Date.now() < end, `${what}; it is ${JSON.stringify(value)?.slice(0, 2000)}`);
-    }
-}
-
-// Runs in a page of the workbench: what a second connection is told of the panel's tree, put
-// together without any of the page's own code.
+// Runs in a page of the workbench: the panel's tree as a second connection is told of it, put together
+// without any of the page's own code.
 async function fetchEngineTree() {
     const address = new URL('socket', location.href.replace(/app\/.*/, ''));
     address.protocol = 'ws:';
     const socket = new WebSocket(address);
     const nodes = new Map();
     let root = null;
-    const add = (description) => {
-        const node = {text: description[1], comment: undefined, children: []};
-        if (description.length > 3) {
-            const [, tag, attributes, states, children, namespace] = description;
-            Object.assign(node, {text: undefined, tag, attributes, states, namespace});
-            node.children = children.map(add);
-        } else if (description[1] === null) {
-            Object.assign(node, {text: undefined, comment: description[2]});
+    const register = (added) => {
+        const open = [...added];
+        while (open.length > 0) {
+            const node = open.pop();
+            nodes.set(node[0], node);
+            open.push(...node[4] ?? []);
         }
-        nodes.set(description[0], node);
-        return node;
     };
-    const apply = ([kind, parent, previous, list]) => {
+    const insert = ([kind, parent, previous, added]) => {
         if (kind !== 'i') {
             throw new Error(`a first picture has the change ${kind}`);
         }
-        const made = list.map(add);
+        register(added);
         if (parent === 0) {
-            root = made[0];
+            [root] = added;
             return;
         }
-        const {children} = nodes.get(parent);
+        const children = nodes.get(parent)[4];
         const at = previous === 0 ? 0 : children.indexOf(nodes.get(previous)) + 1;
-        children.splice(at, 0, ...made);
+        children.splice(at, 0, ...added);
     };
     await new Promise((resolve, reject) => {
         socket.onerror = () => reject(new Error('no connection'));
         socket.onmessage = ({data}) => {
             const message = JSON.parse(data);
             if (message.type === 'panel') {
-                message.changes.forEach(apply);
+                message.changes.forEach(insert);
                 if (message.remaining === 0) {
                     resolve();
                 }
@@ -92,34 +76,29 @@ async function fetchEngineTree() {
     return root;
 }
 
-// Runs in the page: what really stands in the panel's frame, in the same form.
+// Runs in the page: what really stands in the panel's frame; null while changes are on their way.
 async function readShownTree() {
     const {page} = await import(new URL('app/main.js', document.baseURI).href);
     const {panel} = await page;
-    const convert = (node) => {
-        if (node.length === 2) {
-            return {text: node[1], children: []};
-        }
-        if (node[1] === null) {
-            return {comment: node[2], children: []};
-        }
-        const [, tag, attributes, states, children, namespace] = node;
-        return {tag, attributes, states, namespace, children: children.map(convert)};
-    };
-    const tree = panel.isSettled ? panel.readTree() : null;
-    return tree && convert(tree);
+    return panel.isSettled ? panel.readTree() : null;
 }
 
-// Both trees as lines of text, so that a difference can be read.
-function describe(node, depth = 0) {
-    const indent = ' '.repeat(depth);
-    if (node.tag === undefined) {
-        return [`${indent}${JSON.stringify(node.text ?? {comment: node.comment})}`];
+// Runs in a page: a tree as lines of text, so that a difference can be read. Depth is no matter. What
+// the pointer does is each window's own.
+function describeTree(root) {
+    const lines = [];
+    const open = root ? [[root, 0]] : [];
+    while (open.length > 0) {
+        const [[, name, attributes, states, children, namespace], depth] = open.pop();
+        const own = children
+            ? [name, JSON.stringify(attributes), states & ~(2 | 4 | 8), namespace]
+            : [JSON.stringify([name, attributes])];
+        lines.push(`${depth} ${own.join(' ')}`);
+        for (const child of [...children ?? []].reverse()) {
+            open.push([child, depth + 1]);
+        }
     }
-    // The pointer is each window's own.
-    const states = node.states & ~(2 | 4 | 8);
-    const own = [node.tag, JSON.stringify(node.attributes), states, node.namespace ?? ''];
-    return [indent + own.join(' '), ...node.children.flatMap((child) => describe(child, depth + 1))];
+    return lines.join('\n');
 }
 
 /// One window of the workbench.
@@ -148,8 +127,17 @@ export class PageWindow {
         return window;
     }
 
-    get failures() {
-        return this.#failures;
+    /// Reads something until `isMeant(value)`, once in each frame that the page draws.
+    async until(read, isMeant, what) {
+        const end = Date.now() + kPatience;
+        for (;;) {
+            const value = await read();
+            if (isMeant(value)) {
+                return value;
+            }
+            assert.ok(Date.now() < end, `${what}; it is ${JSON.stringify(value)?.slice(0, 2000)}`);
+            await this.page.evaluate(() => new Promise(requestAnimationFrame));
+        }
     }
 
     get requests() {
@@ -174,6 +162,17 @@ export class PageWindow {
         return this.panel.locator(`.panel-content[wb-visibility="visible"] #${id}`);
     }
 
+    /// Number of items; fast for long lists, too.
+    itemCount() {
+        return this.page.evaluate(() => document.getElementById('panel-frame').contentDocument
+            .querySelectorAll('.panel-content[wb-visibility="visible"] ul.comments > li').length);
+    }
+
+    /// Waits for a number of items.
+    expectItems(count) {
+        return this.until(() => this.itemCount(), (now) => now === count, `${count} items`);
+    }
+
     /// Name of the current item, null for none.
     currentName() {
         return this.page.evaluate(() => {
@@ -184,7 +183,7 @@ export class PageWindow {
     }
 
     async expectCurrent(name) {
-        await until(() => this.currentName(), (current) => current === name, `${name} is current`);
+        await this.until(() => this.currentName(), (current) => current === name, `${name} is current`);
     }
 
     /// The description of the active document.
@@ -196,12 +195,16 @@ export class PageWindow {
     }
 
     expectActive(isMeant, what) {
-        return until(() => this.active(), (active) => active !== null && isMeant(active), what);
+        return this.until(() => this.active(), (active) => active !== null && isMeant(active), what);
     }
 
     /// Waits until the list of the active document stands.
-    expectListed() {
-        return this.expectActive((active) => active.busy === null, 'the list is there');
+    async expectListed() {
+        await this.expectActive((active) => active.busy === null, 'the list is made');
+        await this.until(() => this.page.evaluate(async () => {
+            const {page} = await import(new URL('app/main.js', document.baseURI).href);
+            return document.getElementById('panel-progress').hidden && (await page).panel.isSettled;
+        }), Boolean, 'the list is shown');
     }
 
     command(name, fields) {
@@ -219,19 +222,16 @@ export class PageWindow {
 
     /// The tree in the browser is the engine's, node by node.
     async expectSameTree() {
-        const read = async () => {
-            const engine = await this.#observer.evaluate(fetchEngineTree);
-            const shown = await this.page.evaluate(readShownTree);
-            return {engine: describe(engine), shown: shown ? describe(shown) : []};
-        };
+        const read = (page, tree) => page.evaluate(`(${tree})().then(${describeTree})`);
         const end = Date.now() + kPatience;
         for (;;) {
-            const {engine, shown} = await read();
-            if (engine.join('\n') === shown.join('\n')) {
+            const engine = await read(this.#observer, fetchEngineTree);
+            const shown = await read(this.page, readShownTree);
+            if (engine === shown) {
                 return;
             }
             if (Date.now() > end) {
-                assert.deepEqual(shown, engine, 'the tree in the browser is the engine\'s');
+                assert.deepEqual(shown.split('\n'), engine.split('\n'), 'the trees are the same');
             }
         }
     }

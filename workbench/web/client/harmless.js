@@ -45,25 +45,30 @@ function tame(style) {
     }
 }
 
+// Styles that say nothing of visibility and can do no harm are the most by far, and are not looked at.
+const kPlainStyle = /^[^!(\\]*$/;
+const kVisibility = /visibility/i;
+
 /// Sets an inline style, and mirrors its visibility where the style sheets look for it. What is
 /// written there is also kept as it came, when it had to be changed.
 export function setInlineStyle(element, text) {
     element.setAttribute('style', text);
-    const style = element.style;
-    if (!style) {
+    element.removeAttribute(kKeptPrefix + 'style');
+    element.removeAttribute('wb-visibility');
+    const isPlain = kPlainStyle.test(text);
+    if (isPlain && !kVisibility.test(text)) {
         return;
     }
-    if (/[!(\\]/.test(text)) {
+    const {style} = element;
+    if (!style) {
+        return;  // not an element that has looks
+    }
+    if (!isPlain) {
         tame(style);
         element.setAttribute(kKeptPrefix + 'style', text);
-    } else {
-        element.removeAttribute(kKeptPrefix + 'style');
     }
-    const visibility = style.visibility;
-    if (visibility) {
-        element.setAttribute('wb-visibility', visibility);
-    } else {
-        element.removeAttribute('wb-visibility');
+    if (style.visibility) {
+        element.setAttribute('wb-visibility', style.visibility);
     }
 }
 

@@ -34,6 +34,11 @@ export class PanelFocus {
         }
     }
 
+    /// Lets the next `settle` bring the current item into view, though it is the same.
+    followAgain() {
+        this.#shown = null;
+    }
+
     /// The container that is shown.
     get container() {
         return this.#document.querySelector('body > .panel-content[wb-visibility="visible"]');

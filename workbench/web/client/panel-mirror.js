@@ -12,6 +12,10 @@ import {
 } from './harmless.js';
 
 const kUnnamed = 'wb-unnamed';
+// Where browsers stop, too, when they read HTML: deeper trees overflow the stack of their layout.
+const kDeepestShown = 400;
+// Every node with a number has it here; elements have a record besides.
+const kNumber = Symbol('number');
 const kRecord = Symbol('record');
 
 /// The states that style sheets know, by their bits.
@@ -31,10 +35,10 @@ function readAttribute(element, name) {
     return element.getAttribute(attributeNameInFrame(name));
 }
 
-/// What the workbench said of a node: `{id}` for text, and for elements also `tag`, `attributes`
-/// (names and values in turn), `states` and `namespace`. Null for a node of the page's own.
-export function recordOf(node) {
-    return node?.[kRecord] ?? null;
+/// What the workbench said of an element: `id`, `tag`, `attributes` (names and values in turn),
+/// `states` and `namespace`. Null for text, and for what is the page's own.
+export function recordOf(element) {
+    return element?.[kRecord] ?? null;
 }
 
 /// The value of a name in a list of names and values in turn; null when it is not there.
@@ -76,7 +80,7 @@ export class PanelMirror {
     /// The nearest element with a number, the node itself included.
     elementAround(node) {
         let at = node;
-        while (at && !(at[kRecord] && at.nodeType === Node.ELEMENT_NODE)) {
+        while (at && !at[kRecord]) {
             at = at.parentNode;
         }
         return at;
@@ -86,7 +90,7 @@ export class PanelMirror {
     reset() {
         const root = this.#document.documentElement;
         for (const child of [...root.childNodes]) {
-            if (child[kRecord]) {
+            if (child[kNumber]) {
                 child.remove();
             }
         }
@@ -117,7 +121,7 @@ export class PanelMirror {
     forgetDiscarded(mayGoOn) {
         while (this.#discarded.length > 0) {
             const node = this.#discarded.pop();
-            this.#nodes.delete(node[kRecord]?.id);
+            this.#nodes.delete(node[kNumber]);
             this.#discarded.push(...node.childNodes);
             if (!mayGoOn()) {
                 return this.#discarded.length === 0;
@@ -155,7 +159,9 @@ export class PanelMirror {
 
     #insertRoot(node) {
         const root = this.#document.documentElement;
-        this.#describe(root, node);
+        root[kNumber] = node[0];
+        this.#nodes.set(node[0], root);
+        this.#describe(root, node, 0);
         const fragment = this.#document.createDocumentFragment();
         this.#build(fragment, node[4], root);
         root.prepend(fragment);
@@ -175,7 +181,7 @@ export class PanelMirror {
             const node = this.#create(description, parent);
             level.target.append(node);
             if (description[1] !== null && description.length > 2) {
-                this.#describe(node, description);
+                this.#describe(node, description, parent[kRecord].depth + 1);
                 open.push({target: node, nodes: description[4], at: 0});
             }
         }
@@ -191,7 +197,7 @@ export class PanelMirror {
         } else {
             node = this.#createElement(name, description, parent);
         }
-        node[kRecord] = {id};
+        node[kNumber] = id;
         this.#nodes.set(id, node);
         return node;
     }
@@ -220,10 +226,12 @@ export class PanelMirror {
         return this.#document.createElementNS(kInertNamespace, kUnnamed);
     }
 
-    #describe(element, [id, tag, attributes, states, , namespace]) {
-        const record = {id, tag, attributes, states: 0, namespace, kept: null};
+    #describe(element, [id, tag, attributes, states, , namespace], depth) {
+        const record = {id, depth, tag, attributes, states: 0, namespace, kept: null};
         element[kRecord] = record;
-        this.#nodes.set(id, element);
+        if (depth === kDeepestShown) {
+            element.setAttribute('wb-deep', '');
+        }
         for (let at = 0; at < attributes.length; at += 2) {
             this.#setAttribute(element, record, attributes[at], attributes[at + 1]);
         }
@@ -341,7 +349,7 @@ export class PanelMirror {
         while (open.length > 0) {
             const {node, into} = open.pop();
             for (const child of node.childNodes) {
-                if (!child[kRecord]) {
+                if (!child[kNumber]) {
                     continue;
                 }
                 const read = this.#readNode(child);
@@ -355,7 +363,7 @@ export class PanelMirror {
     }
 
     #readNode(node) {
-        const {id} = node[kRecord];
+        const id = node[kNumber];
         switch (node.nodeType) {
             case Node.TEXT_NODE: return [id, node.data];
             case Node.COMMENT_NODE: return [id, null, node.data];

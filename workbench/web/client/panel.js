@@ -11,6 +11,7 @@ import {Tooltips} from './tooltips.js';
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
 const kSheetPatience = 2000;
+const kShownAtOnce = 200;
 
 export class Panel {
     #frame;
@@ -22,6 +23,8 @@ export class Panel {
     #tooltips;
     #host;
     #expected = 0;
+    #comeItems = 0;
+    #late = [];
     #sequence = 0;
     #renamedPages = new Set();
     #sheets = [];
@@ -136,9 +139,13 @@ export class Panel {
         this.#mirror.reset();
         this.#focus.reset();
         this.#expected = 0;
+        this.#showLate();
     }
 
     #tellProgress(remaining) {
+        if (remaining === 0) {
+            this.#showLate();
+        }
         const wasExpected = this.#expected;
         this.#expected = remaining === 0 ? 0 : Math.max(wasExpected, remaining);
         if (this.#expected > 0 || wasExpected > 0) {
@@ -169,6 +176,31 @@ export class Panel {
         if (record.tag === 'li' && element.hasAttribute('page-index')) {
             this.#renamedPages.add(element);
         }
+        if (this.#expected > 0 && (record.tag === 'li' || record.tag === 'ul')) {
+            this.#delay(element);
+        }
+    }
+
+    // Of a long list that is on its way the beginning is shown; the rest costs no layout until all
+    // of it is there.
+    #delay(element) {
+        const isItem = element.hasAttribute('annot-name');
+        this.#comeItems += isItem ? 1 : 0;
+        if (this.#comeItems > kShownAtOnce && (isItem || element.hasAttribute('page-item'))) {
+            element.setAttribute('wb-late', '');
+            this.#late.push(element);
+        }
+    }
+
+    #showLate() {
+        if (this.#late.length > 0) {
+            this.#focus.followAgain();
+        }
+        for (const element of this.#late) {
+            element.removeAttribute('wb-late');
+        }
+        this.#late = [];
+        this.#comeItems = 0;
     }
 
     statesChanged(element, record, before) {

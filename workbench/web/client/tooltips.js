@@ -12,6 +12,7 @@ export class Tooltips {
     #item = null;
     #shown = null;
     #timer = 0;
+    #pointerPlace = '';
 
     constructor(frameDocument, host) {
         this.#document = frameDocument;
@@ -42,9 +43,13 @@ export class Tooltips {
         }
     }
 
-    #pointerOver({target, pointerType}) {
+    #pointerOver({target, pointerType, clientX, clientY}) {
+        // A list that is scrolled below a pointer at rest is no movement of the pointer.
+        const place = `${clientX} ${clientY}`;
+        const hasMoved = place !== this.#pointerPlace;
+        this.#pointerPlace = place;
         // The pointer may go over to the tooltip, to read on. A finger rests on nothing.
-        if (this.#shown?.contains(target) || pointerType === 'touch') {
+        if (!hasMoved || this.#shown?.contains(target) || pointerType === 'touch') {
             return;
         }
         this.#waitFor(target.closest?.('[titleid]') ?? null, kPointerDelay);
