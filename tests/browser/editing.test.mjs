@@ -18,7 +18,7 @@ describe('Editing in the browser', () => {
         browser = await startBrowser();
     });
 
-    after(() => browser.stop());
+    after(() => browser.close());
 
     beforeEach(async () => {
         folder = makeFolder();
@@ -36,6 +36,9 @@ describe('Editing in the browser', () => {
         await window.close();
         await workbench.stop();
     });
+
+    const tool = (name) => window.page.getByRole('toolbar', {name: 'Tools'})
+        .getByRole('button', {name, exact: true});
 
     const chooseInMenu = async (menu, item) => {
         await window.page.getByRole('button', {name: menu, exact: true}).click();
@@ -56,7 +59,7 @@ describe('Editing in the browser', () => {
 
     test('adds a highlight where it was dragged, and edits it', async () => {
         const count = await window.itemCount();
-        await window.page.getByRole('button', {name: 'Highlight', exact: true}).click();
+        await tool('Highlight').click();
         const box = await window.page.locator('.page[data-page="0"]').boundingBox();
         await window.page.mouse.move(box.x + 100, box.y + 400);
         await window.page.mouse.down();
@@ -81,7 +84,7 @@ describe('Editing in the browser', () => {
 
     test('places a rectangle with the keyboard alone', async () => {
         await window.page.locator('.page canvas').first().waitFor();
-        await window.page.getByRole('button', {name: 'Rectangle', exact: true}).focus();
+        await tool('Rectangle').focus();
         await window.page.keyboard.press('Enter');
         await window.page.locator('.scroller').focus();
         await window.page.keyboard.press('Enter');
@@ -180,8 +183,7 @@ describe('Editing in the browser', () => {
         const reply = await window.command('add', {document: active.id, page: 0, subtype: 'Text'});
         assert.notEqual(reply.error, null);
         for (const name of ['Add a note', 'Rectangle', 'Delete comment']) {
-            const button = window.page.getByRole('button', {name, exact: true});
-            assert.equal(await button.getAttribute('aria-disabled'), 'true', name);
+            assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
     });
 

@@ -63,7 +63,7 @@ describe('Contents from strangers', () => {
 
     after(async () => {
         await window.close();
-        await browser.stop();
+        await browser.close();
         await workbench.stop();
     });
 

@@ -21,7 +21,7 @@ describe('The panel in the browser', () => {
 
     after(async () => {
         await window.close();
-        await browser.stop();
+        await browser.close();
         await workbench.stop();
     });
 

@@ -27,7 +27,7 @@ describe('Ten thousand comments', () => {
 
     after(async () => {
         await window.close();
-        await browser.stop();
+        await browser.close();
         await workbench.stop();
     });
 

@@ -2,9 +2,6 @@
 
 import assert from 'node:assert/strict';
 import {createRequire} from 'node:module';
-import {mkdtempSync, rmSync} from 'node:fs';
-import {tmpdir} from 'node:os';
-import {join} from 'node:path';
 
 const {chromium} = createRequire(`${process.env.WORKBENCH_NODE_MODULES}/`)('playwright-core');
 
@@ -14,21 +11,16 @@ const kFlags = [
 ];
 const kPatience = 30000;
 
-export async function startBrowser() {
-    const folder = mkdtempSync(join(tmpdir(), 'browser-profile-'));
-    const context = await chromium.launchPersistentContext(folder, {
-        executablePath: '/usr/bin/chromium',
-        args: kFlags,
-        viewport: {width: 1200, height: 800},
-    });
+/// Chromium with an empty profile of its own.
+export function startBrowser() {
+    return chromium.launch({executablePath: '/usr/bin/chromium', args: kFlags});
+}
+
+// Each page has a window of its own: a page behind another one would draw no frames.
+async function newPage(browser) {
+    const context = await browser.newContext({viewport: {width: 1200, height: 800}});
     context.setDefaultTimeout(kPatience);
-    return {
-        context,
-        async stop() {
-            await context.close();
-            rmSync(folder, {recursive: true, force: true});
-        },
-    };
+    return context.newPage();
 }
 
 // Runs in a page of the workbench: the panel's tree as a second connection is told of it, put together
@@ -111,7 +103,7 @@ export class PageWindow {
 
     static async open(browser, workbench) {
         const window = new PageWindow();
-        window.page = await browser.context.newPage();
+        window.page = await newPage(browser);
         window.page.on('pageerror', (error) => window.#failures.push(String(error)));
         window.page.on('dialog', (dialog) => {
             window.#failures.push(`a dialog of the browser: ${dialog.message()}`);
@@ -121,7 +113,7 @@ export class PageWindow {
         window.page.on('websocket', (socket) => window.#requests.push(socket.url()));
         await window.page.goto(workbench.address);
         window.panel = window.page.frameLocator('#panel-frame');
-        window.#observer = await browser.context.newPage();
+        window.#observer = await newPage(browser);
         await window.#observer.goto(`${workbench.address}app/icons.js`);
         await window.panel.locator('body > h1').waitFor();
         return window;
@@ -145,8 +137,8 @@ export class PageWindow {
     }
 
     async close() {
-        await this.#observer.close();
-        await this.page.close();
+        await this.#observer.context().close();
+        await this.page.context().close();
         assert.deepEqual(this.#failures, [], 'no script of the page has failed');
     }
 

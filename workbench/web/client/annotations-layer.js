@@ -49,14 +49,14 @@ export class AnnotationsLayer {
         this.element.addEventListener('keydown', (event) => this.#key(event));
     }
 
-    /// `iconless` are the indices of annotations that the page's picture does not show.
-    show(annotations, viewport, iconless) {
+    /// `bare` are the indices of annotations that the page's picture does not show.
+    show(annotations, viewport, bare) {
         this.#annotations = annotations.filter(({listed, rect}) => listed && rect !== null);
         this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
         const hadFocus = this.#indexOf(document.activeElement);
         this.#buttons.clear();
         for (const annotation of this.#annotations) {
-            this.#buttons.set(annotation.index, this.#makeButton(annotation, viewport, iconless));
+            this.#buttons.set(annotation.index, this.#makeButton(annotation, viewport, bare));
         }
         this.element.replaceChildren(...this.#buttons.values());
         this.#setStop(hadFocus ?? this.#annotations[0]?.index);
@@ -65,7 +65,8 @@ export class AnnotationsLayer {
         }
     }
 
-    /// Outlines one, or none for null; with a pulse when it has just been asked for.
+    /// Outlines one, or none for null; with a pulse when it has just been asked for. Whether there
+    /// is such a one.
     mark(index, pulse) {
         for (const [each, button] of this.#buttons) {
             button.classList.toggle('focused', each === index);
@@ -77,20 +78,17 @@ export class AnnotationsLayer {
             marked.getBoundingClientRect();  // begins the animation anew
             marked.classList.add('pulse');
         }
+        return marked !== undefined;
     }
 
-    contentsOf(index) {
-        return this.#annotations.find((annotation) => annotation.index === index)?.contents ?? '';
-    }
-
-    #makeButton(annotation, viewport, iconless) {
+    #makeButton(annotation, viewport, bare) {
         const button = document.createElement('button');
         button.type = 'button';
         button.className = 'annotation';
         button.dataset.index = annotation.index;
         const words = [text(`subtype.${annotation.subtype}`), annotation.contents];
         button.setAttribute('aria-label', words.filter(Boolean).join(': ').slice(0, 300));
-        if (kIconSubtypes.has(annotation.subtype) && iconless.has(annotation.index)) {
+        if (kIconSubtypes.has(annotation.subtype) && bare.has(annotation.index)) {
             button.classList.add('icon');
         }
         const place = grown(placeOf(annotation.rect, viewport));

@@ -20,6 +20,8 @@ export class PageView {
     element = document.createElement('div');
     layer;
     viewport = null;
+    /// The list whose annotations lie on the page.
+    shownList = null;
     /// Revision of a file whose page could not be drawn; it is not tried again.
     failedRevision = null;
 

@@ -3,6 +3,7 @@
 
 import {NavigationBar} from './navigation-bar.js';
 import {openPdf} from './pdf-file.js';
+import {PageAnnotations} from './page-annotations.js';
 import {kPixelsPerPoint, PageView} from './page-view.js';
 import {text} from './texts.js';
 import {kFitWidth, Zoom} from './zoom.js';
@@ -22,12 +23,11 @@ export class PagesView {
     #near = new Set();
     #drawing = false;
     #timer = 0;
-    #lists = new Map();
     #shownCount = null;
-    #pulse = false;
     #mustReveal = false;
     #place = {top: 0, left: 0};
     #observer;
+    #annotations;
     #zoom;
     #bar;
     element = document.createElement('div');
@@ -38,6 +38,7 @@ export class PagesView {
     /// `askPassword(id, name, wasWrong)`.
     constructor(services) {
         this.#services = services;
+        this.#annotations = new PageAnnotations(services.lists);
         this.element.className = 'pages-view';
         this.scroller.className = 'scroller';
         this.scroller.tabIndex = 0;
@@ -87,19 +88,19 @@ export class PagesView {
     /// What the workbench says of the document, the first time and after each change.
     update(description) {
         this.#description = description;
-        this.scroller.setAttribute('aria-label', text('pages.label', description.name));
+        this.#nameScroller();
         this.#bar.setCount(description.pages);
         if (description.revision !== this.#loadedRevision) {
             this.#load();
         }
         const count = description.shown?.count ?? 0;
-        if (this.#shownCount !== null && count > this.#shownCount) {
-            this.#pulse = true;
+        const isAsked = this.#shownCount !== null && count > this.#shownCount;
+        this.#shownCount = count;
+        this.#annotations.focus(description.focused, isAsked, this.#near);
+        if (isAsked) {
             this.#mustReveal = true;
             this.#reveal();
         }
-        this.#shownCount = count;
-        this.#mark();
     }
 
     /// Puts the view into the page, where it was when it was taken out.
@@ -127,8 +128,9 @@ export class PagesView {
 
     translate() {
         this.#bar.translate();
+        this.#nameScroller();
         for (const page of this.#near) {
-            this.#showAnnotations(page.index);
+            this.#annotations.translate(page, this.#pdf);
         }
     }
 
@@ -139,6 +141,11 @@ export class PagesView {
         }
     }
 
+    #nameScroller() {
+        const name = this.#description?.name ?? '';
+        this.scroller.setAttribute('aria-label', text('pages.label', name));
+    }
+
     // --- Contents ---
 
     // One file at a time: when another revision comes meanwhile, it is the next.
@@ -147,38 +154,40 @@ export class PagesView {
             return;
         }
         this.#isLoading = true;
-        const {id, revision, name} = this.#description;
-        let pdf = null;
+        const {revision} = this.#description;
+        const pdf = await this.#open(this.#description);
+        const first = await pdf?.getPage(1).catch(() => null);
+        this.#isLoading = false;
+        if (!this.#description) {
+            pdf?.destroy();
+            return;
+        }
+        if (pdf) {
+            this.#replacePdf(pdf, first);
+        }
+        // What could not be had for want of a connection is asked for again after the next one.
+        this.#loadedRevision = pdf || this.#services.connection.isOpen ? revision : null;
+        if (this.#loadedRevision !== null && this.#description.revision !== revision) {
+            this.#load();
+        }
+    }
+
+    async #open({id, revision, name}) {
         try {
-            pdf = await openPdf(id, revision,
+            return await openPdf(id, revision,
                 (wasWrong) => this.#services.askPassword(id, name, wasWrong));
         } catch (error) {
             if (this.#description && this.#services.connection.isOpen) {
                 console.error(error);
                 this.#services.notice(text('pages.unreadable', name));
             }
-        }
-        this.#isLoading = false;
-        if (!this.#description) {
-            pdf?.destroy();
-            return;
-        }
-        this.#loadedRevision = revision;
-        if (pdf) {
-            await this.#replacePdf(pdf);
-        }
-        if (this.#description && this.#description.revision !== revision) {
-            this.#load();
+            return null;
         }
     }
 
-    async #replacePdf(pdf) {
+    #replacePdf(pdf, first) {
         const old = this.#pdf;
         this.#pdf = pdf;
-        const first = pdf.numPages > 0 ? await pdf.getPage(1) : null;
-        if (this.#pdf !== pdf) {
-            return;
-        }
         const size = first?.getViewport({scale: kPixelsPerPoint}) ?? kLetter;
         this.#zoom.setPageWidth(size.width);
         this.#setPageCount(pdf.numPages, size);
@@ -306,7 +315,7 @@ export class PagesView {
                 return;
             }
             const drawn = page.draw(pdfPage, this.#loadedRevision, this.#zoom.scale);
-            this.#askForAnnotations(page);
+            this.#annotations.show(page, pdf, this.#description);
             await drawn;
             pdfPage.cleanup();
         } catch (error) {
@@ -317,66 +326,7 @@ export class PagesView {
         }
     }
 
-    // --- Annotations ---
-
-    async #askForAnnotations(page) {
-        const {id, revision} = this.#description;
-        if (this.#lists.get(page.index)?.revision !== revision) {
-            const list = await this.#services.lists.ask(id, page.index);
-            if (!list) {
-                return;
-            }
-            this.#lists.set(page.index, list);
-        }
-        this.#showAnnotations(page.index);
-    }
-
-    async #showAnnotations(index) {
-        const page = this.#pages[index];
-        const list = this.#lists.get(index);
-        if (!page?.viewport || !list) {
-            return;
-        }
-        const iconless = await this.#iconless(page, list.annotations);
-        if (this.#lists.get(index) === list) {
-            page.layer.show(list.annotations, page.viewport, iconless);
-            this.#markOn(page);
-        }
-    }
-
-    // The picture has no sign for notes that bring no appearance of their own.
-    async #iconless(page, annotations) {
-        const found = new Set();
-        try {
-            const pdfPage = await this.#pdf.getPage(page.index + 1);
-            const known = await pdfPage.getAnnotations();
-            for (const {index, rect} of annotations.filter((one) => one.rect !== null)) {
-                const same = known.find((one) =>
-                    one.rect.every((side, at) => Math.abs(side - rect[at]) < 0.5));
-                if (same && !same.hasAppearance) {
-                    found.add(index);
-                }
-            }
-        } catch {
-            // The file has been replaced meanwhile; the next one is asked again.
-        }
-        return found;
-    }
-
-    #mark() {
-        for (const page of this.#near) {
-            this.#markOn(page);
-        }
-    }
-
-    #markOn(page) {
-        const {focused} = this.#description;
-        const isHere = focused?.page === page.index;
-        page.layer.mark(isHere ? focused.index : null, isHere && this.#pulse);
-        if (isHere) {
-            this.#pulse = false;
-        }
-    }
+    // --- What the workbench asks to show ---
 
     async #reveal() {
         const {shown} = this.#description;
@@ -397,6 +347,5 @@ export class PagesView {
         const {element} = page;
         this.scroller.scrollTop = element.offsetTop + y * scale - this.scroller.clientHeight / 2;
         this.scroller.scrollLeft = element.offsetLeft + x * scale - this.scroller.clientWidth / 2;
-        this.#markOn(page);
     }
 }

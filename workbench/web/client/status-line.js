@@ -8,6 +8,7 @@ export class StatusLine {
     #notices;
     #state;
     #busy = new Map();
+    #revisions = new Map();
 
     constructor(notices, state) {
         this.#notices = notices;
@@ -26,6 +27,7 @@ export class StatusLine {
 
     update(documents, active) {
         for (const description of documents) {
+            this.#tellChange(description);
             this.#tellTask(description);
         }
         const words = [
@@ -34,6 +36,15 @@ export class StatusLine {
             ...(active?.warnings ?? []),
         ];
         this.#state.textContent = words.filter(Boolean).join(' · ');
+    }
+
+    // Changes come from the panel and from other windows, too.
+    #tellChange({id, revision, undo}) {
+        const before = this.#revisions.get(id);
+        this.#revisions.set(id, revision);
+        if (before !== undefined && before !== revision && undo) {
+            this.#notices.say(text(`done.${undo}`));
+        }
     }
 
     #tellTask({id, name, busy}) {
