@@ -4,7 +4,7 @@
 // releasing files) happens on other threads. [ui-thread]
 #pragma once
 
-#include "documents/QpdfDocument.h"
+#include "documents/Document.h"
 #include "services/Host.h"
 #include "web/HttpServer.h"
 #include "web/OpenDocument.h"
@@ -22,6 +22,10 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+namespace Documents {
+struct OpenResult;
+}
 
 namespace Workbench {
 
@@ -152,7 +156,7 @@ private:
     void WriteBytes(OpenDocument& document);
     void TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::BytesResult result);
 
-    static ReadResult Judge(Documents::OpenResult opened);
+    static ReadResult ResultOf(Documents::OpenResult&& opened);
     static ReadResult ReadFile(const std::filesystem::path& path, const std::string& password,
                                bool listAll);
     static ReadResult ReadBytes(std::string bytes, const std::string& name,

@@ -1,6 +1,8 @@
 // Files behind the documents of the desk: reading, writing, and handing them to browsers.
 #include "web/Desk.h"
 
+#include "documents/QpdfDocument.h"
+
 #include <algorithm>
 
 namespace Workbench {
@@ -55,7 +57,7 @@ std::string PlainName(const std::string& name)
 
 }  // namespace
 
-Desk::ReadResult Desk::Judge(Documents::OpenResult opened)
+Desk::ReadResult Desk::ResultOf(Documents::OpenResult&& opened)
 {
     const bool needsPassword = opened.failure == Documents::OpenFailure::kPassword;
     const bool isDamaged = opened.failure == Documents::OpenFailure::kDamaged;
@@ -201,7 +203,7 @@ void Desk::TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::B
 
 Desk::ReadResult Desk::ReadFile(const fs::path& path, const std::string& password, bool listAll)
 {
-    return Judge(Documents::QpdfDocument::Open(path, {password, listAll}));
+    return ResultOf(Documents::QpdfDocument::Open(path, {password, listAll}));
 }
 
 void Desk::OpenUpload(const std::string& name, const std::string& password, std::string bytes,
@@ -229,7 +231,8 @@ void Desk::OpenUpload(const std::string& name, const std::string& password, std:
 Desk::ReadResult Desk::ReadBytes(std::string bytes, const std::string& name,
                                  const std::string& password, bool listAll)
 {
-    return Judge(Documents::QpdfDocument::OpenBytes(std::move(bytes), name, {password, listAll}));
+    return ResultOf(
+        Documents::QpdfDocument::OpenBytes(std::move(bytes), name, {password, listAll}));
 }
 
 }  // namespace Workbench
