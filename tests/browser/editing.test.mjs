@@ -27,8 +27,10 @@ describe('Editing in the browser', () => {
             makeDocument(folder, 'sample.pdf', '--sample'),
         ]);
         window = await PageWindow.open(browser, workbench);
-        await window.expectActive((active) => active.name === 'sample.pdf' && active.busy === null,
-            'both documents are open');
+        await window.expectActive(
+            (active) => active.name === 'sample.pdf' && active.busy === null,
+            'both documents are open',
+        );
     });
 
     afterEach(async () => {
@@ -37,15 +39,15 @@ describe('Editing in the browser', () => {
         await workbench.stop();
     });
 
-    const tool = (name) => window.page.getByRole('toolbar', {name: 'Tools'})
-        .getByRole('button', {name, exact: true});
+    const tool = (name) =>
+        window.page.getByRole('toolbar', {name: 'Tools'}).getByRole('button', {name, exact: true});
 
     const chooseInMenu = async (menu, item) => {
         await window.page.getByRole('button', {name: menu, exact: true}).click();
         await window.page.getByRole('menuitem', {name: item}).click();
     };
 
-    test('deletes with the panel\'s key and takes it back', async () => {
+    test("deletes with the panel's key and takes it back", async () => {
         const count = await window.itemCount();
         await window.item('0_1').click();
         await window.expectCurrent('0_1');
@@ -78,8 +80,11 @@ describe('Editing in the browser', () => {
         await window.page.keyboard.press('F2');
         await window.page.getByRole('textbox', {name: 'Contents'}).fill('gone');
         await window.page.getByRole('button', {name: 'OK'}).click();
-        await window.until(() => window.item(current).locator('p').textContent(), (words) => words === 'gone',
-            'the contents are others');
+        await window.until(
+            () => window.item(current).locator('p').textContent(),
+            (words) => words === 'gone',
+            'the contents are others',
+        );
     });
 
     test('places a rectangle with the keyboard alone', async () => {
@@ -107,8 +112,11 @@ describe('Editing in the browser', () => {
         for (const [item, pages, step] of steps) {
             await chooseInMenu('Page', item);
             await window.expectActive((one) => one.pages === pages && one.undo === step, item);
-            await window.until(() => window.page.locator('.page').count(), (count) => count === pages,
-                'the pages are there');
+            await window.until(
+                () => window.page.locator('.page').count(),
+                (count) => count === pages,
+                'the pages are there',
+            );
         }
         for (let step = 0; step < steps.length; ++step) {
             await window.page.getByRole('button', {name: /^Undo/}).click();
@@ -119,19 +127,29 @@ describe('Editing in the browser', () => {
     test('saves, and what is opened again is what was saved', async () => {
         const before = await window.active();
         const added = await window.expectCommand('add', {
-            document: before.id, page: 2, subtype: 'Text', contents: 'kept', rect: [50, 50, 70, 70],
+            document: before.id,
+            page: 2,
+            subtype: 'Text',
+            contents: 'kept',
+            rect: [50, 50, 70, 70],
         });
         await window.page.keyboard.press('Control+s');
         await window.expectActive((active) => !active.modified && active.busy === null, 'saved');
         await chooseInMenu('File', 'Close');
-        await window.expectActive((active) => active.name === 'small.pdf', 'the other one is active');
+        await window.expectActive(
+            (active) => active.name === 'small.pdf',
+            'the other one is active',
+        );
 
         await window.page.getByRole('button', {name: 'Open a document'}).click();
-        await window.page.getByRole('textbox', {name: 'Path of the file'})
+        await window.page
+            .getByRole('textbox', {name: 'Path of the file'})
             .fill(join(folder, 'sample.pdf'));
         await window.page.keyboard.press('Enter');
-        await window.expectActive((active) => active.name === 'sample.pdf' && active.busy === null,
-            'it is open again');
+        await window.expectActive(
+            (active) => active.name === 'sample.pdf' && active.busy === null,
+            'it is open again',
+        );
         assert.match(await window.item(`2_${added.index}`).textContent(), /kept/);
     });
 
@@ -157,12 +175,18 @@ describe('Editing in the browser', () => {
         });
         await window.page.getByRole('tab', {name: 'small.pdf'}).click();
         await window.expectActive((active) => active.name === 'small.pdf', 'the other tab');
-        await window.until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 0,
-            'the other document is at its beginning');
+        await window.until(
+            () => scroller.evaluate((element) => element.scrollTop),
+            (top) => top === 0,
+            'the other document is at its beginning',
+        );
         await window.page.getByRole('tab', {name: 'sample.pdf'}).press('Enter');
         await window.expectActive((active) => active.name === 'sample.pdf', 'the first tab');
-        await window.until(() => scroller.evaluate((element) => element.scrollTop), (top) => top === 900,
-            'the place is the old one');
+        await window.until(
+            () => scroller.evaluate((element) => element.scrollTop),
+            (top) => top === 900,
+            'the place is the old one',
+        );
         const mode = window.page.getByRole('button', {name: 'Fit width'});
         assert.equal(await mode.getAttribute('aria-pressed'), 'false');
     });
@@ -170,10 +194,16 @@ describe('Editing in the browser', () => {
     test('shows two documents side by side', async () => {
         await window.page.getByRole('button', {name: 'View', exact: true}).click();
         await window.page.getByRole('menuitemcheckbox', {name: 'Two documents'}).click();
-        await window.until(() => window.page.locator('.slot canvas').count(), (count) => count >= 2,
-            'both have pictures');
+        await window.until(
+            () => window.page.locator('.slot canvas').count(),
+            (count) => count >= 2,
+            'both have pictures',
+        );
         await window.page.locator('.slot .scroller').nth(1).focus();
-        await window.expectActive((active) => active.name === 'small.pdf', 'the right one is active');
+        await window.expectActive(
+            (active) => active.name === 'small.pdf',
+            'the right one is active',
+        );
     });
 
     test('refuses edits of a document that is read-only', async () => {
@@ -189,17 +219,21 @@ describe('Editing in the browser', () => {
     });
 
     test('takes a file that is dropped on it', async () => {
-        const bytes = readFileSync(makeDocument(folder, 'dropped.pdf', '--comments', '3',
-            '--pages', '1')).toString('base64');
+        const bytes = readFileSync(
+            makeDocument(folder, 'dropped.pdf', '--comments', '3', '--pages', '1'),
+        ).toString('base64');
         await window.page.evaluate((content) => {
             const data = Uint8Array.from(atob(content), (character) => character.charCodeAt(0));
             const transfer = new DataTransfer();
             transfer.items.add(new File([data], 'dropped.pdf', {type: 'application/pdf'}));
             document.body.dispatchEvent(
-                new DragEvent('drop', {bubbles: true, cancelable: true, dataTransfer: transfer}));
+                new DragEvent('drop', {bubbles: true, cancelable: true, dataTransfer: transfer}),
+            );
         }, bytes);
         const active = await window.expectActive(
-            (one) => one.name === 'dropped.pdf' && one.busy === null, 'it is open');
+            (one) => one.name === 'dropped.pdf' && one.busy === null,
+            'it is open',
+        );
         assert.equal(active.path, null);
         await window.expectItems(3);
     });

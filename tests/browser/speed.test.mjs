@@ -40,32 +40,36 @@ describe('Ten thousand comments', () => {
         const usable = Date.now() - begin;
         await window.expectListed();
         assert.equal(await window.itemCount(), kComments);
-        context.diagnostic(`a menu opened after ${usable} ms, the list stood after ` +
-            `${Date.now() - begin} ms`);
+        context.diagnostic(
+            `a menu opened after ${usable} ms, the list stood after ` + `${Date.now() - begin} ms`,
+        );
     });
 
-    test('show a key\'s effect soon', async (context) => {
+    test("show a key's effect soon", async (context) => {
         await window.items.first().click();
         const times = await window.page.evaluate(async (presses) => {
             const panel = document.getElementById('panel-frame').contentDocument;
-            const press = (key) => new Promise((resolve) => {
-                const begin = performance.now();
-                // A message after the frame's callback comes when the frame has been drawn.
-                const drawn = () => requestAnimationFrame(() => {
-                    const {port1, port2} = new MessageChannel();
-                    port1.onmessage = () => resolve(performance.now() - begin);
-                    port2.postMessage(null);
+            const press = (key) =>
+                new Promise((resolve) => {
+                    const begin = performance.now();
+                    // A message after the frame's callback comes when the frame has been drawn.
+                    const drawn = () =>
+                        requestAnimationFrame(() => {
+                            const {port1, port2} = new MessageChannel();
+                            port1.onmessage = () => resolve(performance.now() - begin);
+                            port2.postMessage(null);
+                        });
+                    const observer = new MutationObserver((records) => {
+                        if (records.some(({target}) => target.hasAttribute('wb-current'))) {
+                            observer.disconnect();
+                            drawn();
+                        }
+                    });
+                    observer.observe(panel, {subtree: true, attributeFilter: ['wb-current']});
+                    panel.activeElement.dispatchEvent(
+                        new KeyboardEvent('keydown', {key, bubbles: true, cancelable: true}),
+                    );
                 });
-                const observer = new MutationObserver((records) => {
-                    if (records.some(({target}) => target.hasAttribute('wb-current'))) {
-                        observer.disconnect();
-                        drawn();
-                    }
-                });
-                observer.observe(panel, {subtree: true, attributeFilter: ['wb-current']});
-                panel.activeElement.dispatchEvent(
-                    new KeyboardEvent('keydown', {key, bubbles: true, cancelable: true}));
-            });
             const measured = [];
             for (let at = 0; at < presses; ++at) {
                 measured.push(await press(at % 4 === 3 ? 'PageDown' : 'ArrowDown'));
@@ -74,8 +78,10 @@ describe('Ten thousand comments', () => {
         }, kPresses);
         times.sort((left, right) => left - right);
         const median = times[kPresses / 2];
-        context.diagnostic(`median ${median.toFixed(1)} ms, slowest ${times.at(-1).toFixed(1)} ms, ` +
-            `target ${kTarget} ms`);
+        context.diagnostic(
+            `median ${median.toFixed(1)} ms, slowest ${times.at(-1).toFixed(1)} ms, ` +
+                `target ${kTarget} ms`,
+        );
         assert.ok(median < kLimit, `the median is ${median} ms`);
     });
 });

@@ -6,8 +6,14 @@ import {createRequire} from 'node:module';
 const {chromium} = createRequire(`${process.env.WORKBENCH_NODE_MODULES}/`)('playwright-core');
 
 const kFlags = [
-    '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
-    '--disable-background-networking', '--disable-component-update', '--disable-sync',
+    '--headless',
+    '--no-sandbox',
+    '--disable-gpu',
+    '--disable-quic',
+    '--no-first-run',
+    '--disable-background-networking',
+    '--disable-component-update',
+    '--disable-sync',
 ];
 const kPatience = 30000;
 
@@ -23,8 +29,8 @@ async function newPage(browser) {
     return context.newPage();
 }
 
-// Runs in a page of the workbench: the panel's tree as a second connection is told of it, put together
-// without any of the page's own code.
+// Runs in a page of the workbench: the panel's tree as a second connection is told of it, put
+// together without any of the page's own code.
 async function fetchEngineTree() {
     const address = new URL('socket', location.href.replace(/app\/.*/, ''));
     address.protocol = 'ws:';
@@ -36,7 +42,7 @@ async function fetchEngineTree() {
         while (open.length > 0) {
             const node = open.pop();
             nodes.set(node[0], node);
-            open.push(...node[4] ?? []);
+            open.push(...(node[4] ?? []));
         }
     };
     const insert = ([kind, parent, previous, added]) => {
@@ -75,8 +81,8 @@ async function readShownTree() {
     return panel.isSettled ? panel.readTree() : null;
 }
 
-// Runs in a page: a tree as lines of text, so that a difference can be read. Depth is no matter. What
-// the pointer does is each window's own.
+// Runs in a page: a tree as lines of text, so that a difference can be read. Depth is no matter.
+// What the pointer does is each window's own.
 function describeTree(root) {
     const lines = [];
     const open = root ? [[root, 0]] : [];
@@ -86,7 +92,7 @@ function describeTree(root) {
             ? [name, JSON.stringify(attributes), states & ~(2 | 4 | 8), namespace]
             : [JSON.stringify([name, attributes])];
         lines.push(`${depth} ${own.join(' ')}`);
-        for (const child of [...children ?? []].reverse()) {
+        for (const child of [...(children ?? [])].reverse()) {
             open.push([child, depth + 1]);
         }
     }
@@ -143,7 +149,9 @@ export class PageWindow {
     }
 
     item(name) {
-        return this.panel.locator(`.panel-content[wb-visibility="visible"] li[annot-name="${name}"]`);
+        return this.panel.locator(
+            `.panel-content[wb-visibility="visible"] li[annot-name="${name}"]`,
+        );
     }
 
     get items() {
@@ -156,26 +164,43 @@ export class PageWindow {
 
     /// Number of items; fast for long lists, too.
     itemCount() {
-        return this.page.evaluate(() => document.getElementById('panel-frame').contentDocument
-            .querySelectorAll('.panel-content[wb-visibility="visible"] ul.comments > li').length);
+        return this.page.evaluate(
+            () =>
+                document
+                    .getElementById('panel-frame')
+                    .contentDocument.querySelectorAll(
+                        '.panel-content[wb-visibility="visible"] ul.comments > li',
+                    ).length,
+        );
     }
 
     /// Waits for a number of items.
     expectItems(count) {
-        return this.until(() => this.itemCount(), (now) => now === count, `${count} items`);
+        return this.until(
+            () => this.itemCount(),
+            (now) => now === count,
+            `${count} items`,
+        );
     }
 
     /// Name of the current item, null for none.
     currentName() {
         return this.page.evaluate(() => {
             const panel = document.getElementById('panel-frame').contentDocument;
-            return panel.querySelector('.panel-content[wb-visibility="visible"] li[wb-current]')
-                ?.getAttribute('annot-name') ?? null;
+            return (
+                panel
+                    .querySelector('.panel-content[wb-visibility="visible"] li[wb-current]')
+                    ?.getAttribute('annot-name') ?? null
+            );
         });
     }
 
     async expectCurrent(name) {
-        await this.until(() => this.currentName(), (current) => current === name, `${name} is current`);
+        await this.until(
+            () => this.currentName(),
+            (current) => current === name,
+            `${name} is current`,
+        );
     }
 
     /// The description of the active document.
@@ -187,23 +212,38 @@ export class PageWindow {
     }
 
     expectActive(isMeant, what) {
-        return this.until(() => this.active(), (active) => active !== null && isMeant(active), what);
+        return this.until(
+            () => this.active(),
+            (active) => active !== null && isMeant(active),
+            what,
+        );
     }
 
     /// Waits until the list of the active document stands.
     async expectListed() {
         await this.expectActive((active) => active.busy === null, 'the list is made');
-        await this.until(() => this.page.evaluate(async () => {
-            const {page} = await import(new URL('app/main.js', document.baseURI).href);
-            return document.getElementById('panel-progress').hidden && (await page).panel.isSettled;
-        }), Boolean, 'the list is shown');
+        await this.until(
+            () =>
+                this.page.evaluate(async () => {
+                    const {page} = await import(new URL('app/main.js', document.baseURI).href);
+                    return (
+                        document.getElementById('panel-progress').hidden &&
+                        (await page).panel.isSettled
+                    );
+                }),
+            Boolean,
+            'the list is shown',
+        );
     }
 
     command(name, fields) {
-        return this.page.evaluate(async ([command, values]) => {
-            const {page} = await import(new URL('app/main.js', document.baseURI).href);
-            return (await page).connection.command(command, values);
-        }, [name, fields]);
+        return this.page.evaluate(
+            async ([command, values]) => {
+                const {page} = await import(new URL('app/main.js', document.baseURI).href);
+                return (await page).connection.command(command, values);
+            },
+            [name, fields],
+        );
     }
 
     async expectCommand(name, fields) {

@@ -8,7 +8,7 @@ const kIconSubtypes = new Set(['Text', 'FileAttachment', 'Sound']);
 const kSteps = {ArrowUp: -1, ArrowLeft: -1, ArrowDown: 1, ArrowRight: 1};
 
 function percent(part, whole) {
-    return `${(100 * part / whole).toFixed(4)}%`;
+    return `${((100 * part) / whole).toFixed(4)}%`;
 }
 
 /// A rectangle of the page's user space as left, top, width and height in the viewport.
@@ -16,8 +16,10 @@ export function placeOf(rect, viewport) {
     const [x1, y1] = viewport.convertToViewportPoint(rect[0], rect[1]);
     const [x2, y2] = viewport.convertToViewportPoint(rect[2], rect[3]);
     return {
-        left: Math.min(x1, x2), top: Math.min(y1, y2),
-        width: Math.abs(x2 - x1), height: Math.abs(y2 - y1),
+        left: Math.min(x1, x2),
+        top: Math.min(y1, y2),
+        width: Math.abs(x2 - x1),
+        height: Math.abs(y2 - y1),
     };
 }
 
@@ -26,8 +28,10 @@ function grown({left, top, width, height}) {
     const moreWidth = Math.max(0, kSmallestSide - width);
     const moreHeight = Math.max(0, kSmallestSide - height);
     return {
-        left: left - moreWidth / 2, top: top - moreHeight / 2,
-        width: width + moreWidth, height: height + moreHeight,
+        left: left - moreWidth / 2,
+        top: top - moreHeight / 2,
+        width: width + moreWidth,
+        height: height + moreHeight,
     };
 }
 
@@ -75,7 +79,7 @@ export class AnnotationsLayer {
         const marked = this.#buttons.get(index);
         if (marked && pulse) {
             marked.classList.remove('pulse');
-            marked.getBoundingClientRect();  // begins the animation anew
+            marked.getBoundingClientRect(); // begins the animation anew
             marked.classList.add('pulse');
         }
         return marked !== undefined;
@@ -97,7 +101,7 @@ export class AnnotationsLayer {
         button.style.width = percent(place.width, viewport.width);
         button.style.height = percent(place.height, viewport.height);
         // The smaller one of two that overlap stays within reach.
-        const area = place.width * place.height / (viewport.width * viewport.height);
+        const area = (place.width * place.height) / (viewport.width * viewport.height);
         button.style.zIndex = String(1000 - Math.min(999, Math.round(area * 1000)));
         return button;
     }

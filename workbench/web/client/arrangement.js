@@ -93,9 +93,9 @@ export class Arrangement {
         }
         this.#show(slot, id);
         this.#update(id);
-        this.#services.activate(this.#slots.some((one) => one.document === this.#active)
-            ? this.#active
-            : id);
+        this.#services.activate(
+            this.#slots.some((one) => one.document === this.#active) ? this.#active : id,
+        );
     }
 
     #place() {
@@ -126,13 +126,15 @@ export class Arrangement {
         slot.element.classList.toggle('empty', slot.document === null);
         slot.head.hidden = !this.#isSplit;
         slot.head.setAttribute('aria-label', text('split.document'));
-        slot.head.replaceChildren(...this.#documents.map(({id, name}) => {
-            const option = document.createElement('option');
-            option.value = id;
-            option.textContent = name;
-            option.selected = id === slot.document;
-            return option;
-        }));
+        slot.head.replaceChildren(
+            ...this.#documents.map(({id, name}) => {
+                const option = document.createElement('option');
+                option.value = id;
+                option.textContent = name;
+                option.selected = id === slot.document;
+                return option;
+            }),
+        );
     }
 
     #show(slot, id) {

@@ -43,11 +43,12 @@ export class Connection {
         this.#socket?.close();
         const socket = new WebSocket(this.#address);
         this.#socket = socket;
-        const listen = (type, handler) => socket.addEventListener(type, (event) => {
-            if (socket === this.#socket) {
-                handler(event);
-            }
-        });
+        const listen = (type, handler) =>
+            socket.addEventListener(type, (event) => {
+                if (socket === this.#socket) {
+                    handler(event);
+                }
+            });
         listen('open', () => {
             this.#openSince = performance.now();
             this.#onState('open');

@@ -62,8 +62,9 @@ export function ask({title, message, fields = [], buttons}) {
         dialog.append(row);
         const main = buttons.find((button) => button.isMain);
         dialog.addEventListener('keydown', (event) => {
-            event.stopPropagation();  // the page's shortcuts are not meant here
-            const isSent = event.target.matches('input') ||
+            event.stopPropagation(); // the page's shortcuts are not meant here
+            const isSent =
+                event.target.matches('input') ||
                 (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));
             if (event.key === 'Enter' && isSent) {
                 event.preventDefault();

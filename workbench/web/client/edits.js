@@ -94,10 +94,14 @@ export class Edits {
     async askMovePage(description, from) {
         const answer = await ask({
             title: text('move.title', from + 1),
-            fields: [{
-                name: 'to', label: text('move.label', description.pages), type: 'number',
-                value: from + 1,
-            }],
+            fields: [
+                {
+                    name: 'to',
+                    label: text('move.label', description.pages),
+                    type: 'number',
+                    value: from + 1,
+                },
+            ],
             buttons: [kCancel, {key: 'move.accept', value: 'move', isMain: true}],
         });
         const to = Number(answer?.values.to) - 1;
@@ -165,7 +169,8 @@ export class Edits {
             title: text('close.title', name),
             message: text('close.message'),
             buttons: [
-                {key: 'close.discard', value: 'discard'}, kCancel,
+                {key: 'close.discard', value: 'discard'},
+                kCancel,
                 {key: 'close.save', value: 'save', isMain: true},
             ],
         });
@@ -198,7 +203,8 @@ export class Edits {
             message: text('open.message'),
             fields: [{name: 'path', label: text('open.path'), hint: '/…/document.pdf'}],
             buttons: [
-                {key: 'open.choose', value: 'choose'}, kCancel,
+                {key: 'open.choose', value: 'choose'},
+                kCancel,
                 {key: 'open.accept', value: 'open', isMain: true},
             ],
         });

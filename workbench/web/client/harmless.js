@@ -8,18 +8,24 @@ export const kInertNamespace = 'urn:workbench:inert';
 /// Put before the name of an attribute that is kept to be read, and not to work.
 export const kKeptPrefix = 'wb-kept-';
 
-const kElements = new Set((
-    'html head body h1 h2 h3 h4 h5 h6 p div span ul ol li dl dt dd table caption colgroup col ' +
-    'thead tbody tfoot tr td th a b i u s em strong small big sub sup br hr wbr abbr acronym ' +
-    'address article aside bdi bdo blockquote button center cite code del dfn dir figcaption ' +
-    'figure font footer header hgroup ins kbd main mark nav nobr popup pre q rp rt ruby samp ' +
-    'section strike time tt var').split(' '));
+const kElements = new Set(
+    (
+        'html head body h1 h2 h3 h4 h5 h6 p div span ul ol li dl dt dd table caption colgroup ' +
+        'col thead tbody tfoot tr td th a b i u s em strong small big sub sup br hr wbr abbr ' +
+        'acronym address article aside bdi bdo blockquote button center cite code del dfn dir figcaption ' +
+        'figure font footer header hgroup ins kbd main mark nav nobr popup pre q rp rt ruby samp ' +
+        'section strike time tt var'
+    ).split(' '),
+);
 
-const kAttributes = new Set((
-    'class id title lang dir align valign abbr border cellpadding cellspacing colspan rowspan ' +
-    'width height color face size start reversed nowrap bgcolor clear noshade span scope ' +
-    'datetime annot-name page-item page-index titleid doc-view-addr localize preloader ' +
-    'disabled-when-document-locked-for-write __l_o_c_a_l_e__t_o_k_e_n__').split(' '));
+const kAttributes = new Set(
+    (
+        'class id title lang dir align valign abbr border cellpadding cellspacing colspan ' +
+        'rowspan width height color face size start reversed nowrap bgcolor clear noshade span ' +
+        'scope datetime annot-name page-item page-index titleid doc-view-addr localize preloader ' +
+        'disabled-when-document-locked-for-write __l_o_c_a_l_e__t_o_k_e_n__'
+    ).split(' '),
+);
 
 export function isHarmlessElement(name) {
     return kElements.has(name);
@@ -45,7 +51,8 @@ function tame(style) {
     }
 }
 
-// Styles that say nothing of visibility and can do no harm are the most by far, and are not looked at.
+// Styles that say nothing of visibility and can do no harm are the most by far; they are not looked
+// at.
 const kPlainStyle = /^[^!(\\]*$/;
 const kVisibility = /visibility/i;
 
@@ -61,7 +68,7 @@ export function setInlineStyle(element, text) {
     }
     const {style} = element;
     if (!style) {
-        return;  // not an element that has looks
+        return; // not an element that has looks
     }
     if (!isPlain) {
         tame(style);

@@ -19,8 +19,10 @@ import {Tools} from './tools.js';
 const byId = (id) => document.getElementById(id);
 
 async function loadedFrame(frame) {
-    if (frame.contentDocument?.readyState !== 'complete' ||
-        frame.contentWindow.location.href === 'about:blank') {
+    if (
+        frame.contentDocument?.readyState !== 'complete' ||
+        frame.contentWindow.location.href === 'about:blank'
+    ) {
         await new Promise((resolve) => frame.addEventListener('load', resolve, {once: true}));
     }
     return frame;
@@ -31,14 +33,17 @@ class Page {
     documents = [];
     activeId = null;
     language = {
-        name: 'en', locales: [], choose: (name) => this.edits.run('locale', {locale: name}),
+        name: 'en',
+        locales: [],
+        choose: (name) => this.edits.run('locale', {locale: name}),
     };
     split = {isOn: false, toggle: () => this.#toggleSplit()};
     #hasEnded = false;
 
     constructor(frame) {
-        this.connection = new Connection(socketAddress(document.baseURI),
-            (state) => this.#connectionChanged(state));
+        this.connection = new Connection(socketAddress(document.baseURI), (state) =>
+            this.#connectionChanged(state),
+        );
         this.notices = new Notices(byId('notices'), byId('status'), byId('banner'));
         this.lists = new AnnotationLists(this.connection);
         this.edits = new Edits(this.connection, this.lists, this.notices);
@@ -84,8 +89,11 @@ class Page {
 
     editFocused() {
         const {focused, readOnly} = this.active ?? {};
-        return focused && !readOnly &&
-            this.edits.editContents(this.active, focused.page, focused.index);
+        return (
+            focused &&
+            !readOnly &&
+            this.edits.editContents(this.active, focused.page, focused.index)
+        );
     }
 
     removeFocused() {
@@ -229,7 +237,8 @@ class Page {
     // --- Keyboard ---
 
     #shortcuts() {
-        const inPages = (event) => event.target.ownerDocument === document &&
+        const inPages = (event) =>
+            event.target.ownerDocument === document &&
             (event.target === document.body || byId('pages').contains(event.target));
         const zoom = (act) => (event) => {
             if (!inPages(event) || !this.view) {
@@ -242,15 +251,15 @@ class Page {
         return {
             'Ctrl+s': () => this.save(),
             'Ctrl+o': () => this.edits.askOpen(),
-            'Ctrl+z': (event) => isField(event) ? false : this.undo(),
-            'Ctrl+y': (event) => isField(event) ? false : this.redo(),
-            'Ctrl+Shift+z': (event) => isField(event) ? false : this.redo(),
+            'Ctrl+z': (event) => (isField(event) ? false : this.undo()),
+            'Ctrl+y': (event) => (isField(event) ? false : this.redo()),
+            'Ctrl+Shift+z': (event) => (isField(event) ? false : this.redo()),
             'Ctrl++': zoom((view) => view.step(true)),
             'Ctrl+=': zoom((view) => view.step(true)),
             'Ctrl+-': zoom((view) => view.step(false)),
             'Ctrl+0': zoom((view) => view.fitWidth()),
-            'F2': () => this.editFocused(),
-            'F6': (event) => this.#switchRegion(event),
+            F2: () => this.editFocused(),
+            F6: (event) => this.#switchRegion(event),
         };
     }
 

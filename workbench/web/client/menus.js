@@ -8,7 +8,7 @@ function makeItem(entry, close) {
     item.type = 'button';
     item.tabIndex = -1;
     const isChoice = entry.isChecked !== undefined;
-    item.setAttribute('role', isChoice ? entry.role ?? 'menuitemcheckbox' : 'menuitem');
+    item.setAttribute('role', isChoice ? (entry.role ?? 'menuitemcheckbox') : 'menuitem');
     if (isChoice) {
         item.setAttribute('aria-checked', String(entry.isChecked));
     }
@@ -51,7 +51,7 @@ class Menu {
         this.#entries = entries;
         button.setAttribute('aria-haspopup', 'menu');
         button.setAttribute('aria-expanded', 'false');
-        button.addEventListener('click', () => this.#list ? this.close() : this.open());
+        button.addEventListener('click', () => (this.#list ? this.close() : this.open()));
         button.addEventListener('keydown', (event) => {
             if (event.key === 'ArrowDown' && !this.#list) {
                 event.preventDefault();
@@ -65,8 +65,11 @@ class Menu {
         list.className = 'menu';
         list.setAttribute('role', 'menu');
         list.setAttribute('aria-label', this.#button.textContent.trim());
-        list.append(...this.#entries().map((entry) =>
-            entry ? makeItem(entry, () => this.close()) : makeSeparator()));
+        list.append(
+            ...this.#entries().map((entry) =>
+                entry ? makeItem(entry, () => this.close()) : makeSeparator(),
+            ),
+        );
         list.addEventListener('keydown', (event) => this.#key(event));
         list.addEventListener('focusout', (event) => {
             if (!list.contains(event.relatedTarget)) {

@@ -40,9 +40,12 @@ export class NavigationBar {
         const larger = makeButton('plus', () => zoom.step(true));
         this.#fit = makeButton('fitWidth', () => zoom.fitWidth());
         this.#named = [
-            [this.element, 'navigation.label'], [this.#field, 'navigation.page'],
-            [previous, 'navigation.previous'], [next, 'navigation.next'],
-            [smaller, 'navigation.smaller'], [larger, 'navigation.larger'],
+            [this.element, 'navigation.label'],
+            [this.#field, 'navigation.page'],
+            [previous, 'navigation.previous'],
+            [next, 'navigation.next'],
+            [smaller, 'navigation.smaller'],
+            [larger, 'navigation.larger'],
             [this.#fit, 'navigation.fitWidth'],
         ];
         const gap = document.createElement('span');

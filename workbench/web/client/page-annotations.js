@@ -1,5 +1,5 @@
-// The annotations on the pages of one view: fetched when a page comes near, shown on it, and the one
-// in focus marked.
+// The annotations on the pages of one view: fetched when a page comes near, shown on it, and the
+// one in focus marked.
 
 // How far sides of one rectangle may be apart, in points, as two readers round them.
 const kSameSide = 0.5;
@@ -9,10 +9,12 @@ const kSameSide = 0.5;
 function withoutPicture(annotations, known) {
     const isSame = (one, rect) =>
         one.rect.every((side, at) => Math.abs(side - rect[at]) < kSameSide);
-    return new Set(annotations
-        .filter(({rect}) => rect !== null)
-        .filter(({rect}) => known.find((one) => isSame(one, rect))?.hasAppearance === false)
-        .map(({index}) => index));
+    return new Set(
+        annotations
+            .filter(({rect}) => rect !== null)
+            .filter(({rect}) => known.find((one) => isSame(one, rect))?.hasAppearance === false)
+            .map(({index}) => index),
+    );
 }
 
 export class PageAnnotations {
@@ -26,7 +28,8 @@ export class PageAnnotations {
         this.#lists = lists;
     }
 
-    /// Another annotation has the focus, or none. `pulse` draws the eye to it, as soon as it is there.
+    /// Another annotation has the focus, or none. `pulse` draws the eye to it as soon as it is
+    /// there.
     focus(focused, pulse, pages) {
         this.#focused = focused;
         this.#mustPulse ||= pulse;

@@ -105,7 +105,7 @@ export class PageView {
         words.className = 'page-words';
         await layText(pdfPage, this.viewport, words);
         if (!this.#canvas) {
-            return;  // released meanwhile
+            return; // released meanwhile
         }
         this.#words?.remove();
         this.#words = words;

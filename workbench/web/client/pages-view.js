@@ -47,8 +47,10 @@ export class PagesView {
         this.#zoom = new Zoom(this.scroller, this.#column, () => this.#zoomed());
         this.#bar = new NavigationBar(this.#zoom, (page) => this.goTo(page));
         this.element.append(this.scroller, this.#bar.element);
-        this.#observer = new IntersectionObserver((entries) => this.#sightChanged(entries),
-            {root: this.scroller, rootMargin: kMargin});
+        this.#observer = new IntersectionObserver((entries) => this.#sightChanged(entries), {
+            root: this.scroller,
+            rootMargin: kMargin,
+        });
         this.scroller.addEventListener('scroll', () => this.#scrolled(), {passive: true});
         new ResizeObserver(() => this.#resized()).observe(this.scroller);
     }
@@ -174,8 +176,9 @@ export class PagesView {
 
     async #open({id, revision, name}) {
         try {
-            return await openPdf(id, revision,
-                (wasWrong) => this.#services.askPassword(id, name, wasWrong));
+            return await openPdf(id, revision, (wasWrong) =>
+                this.#services.askPassword(id, name, wasWrong),
+            );
         } catch (error) {
             if (this.#description && this.#services.connection.isOpen) {
                 console.error(error);
@@ -258,7 +261,7 @@ export class PagesView {
 
     #scrolled() {
         if (!this.element.isConnected || this.scroller.clientHeight === 0) {
-            return;  // not on the screen
+            return; // not on the screen
         }
         this.#place = {top: this.scroller.scrollTop, left: this.scroller.scrollLeft};
         this.#bar.setPage(this.currentPage);
@@ -302,9 +305,11 @@ export class PagesView {
     }
 
     #isWaiting(page) {
-        return page.index < this.#pdf.numPages &&
+        return (
+            page.index < this.#pdf.numPages &&
             !page.isDrawn(this.#loadedRevision, this.#zoom.scale) &&
-            page.failedRevision !== this.#loadedRevision;
+            page.failedRevision !== this.#loadedRevision
+        );
     }
 
     async #drawPage(page) {
@@ -332,7 +337,7 @@ export class PagesView {
         const {shown} = this.#description;
         const page = this.#pages[shown.page];
         if (!page || !this.#pdf || this.scroller.clientHeight === 0) {
-            return;  // comes again with the file, and when there is something to be seen
+            return; // comes again with the file, and when there is something to be seen
         }
         const pdfPage = await this.#pdf.getPage(shown.page + 1).catch(() => null);
         if (!pdfPage || this.#description?.shown?.count !== shown.count) {

@@ -114,8 +114,8 @@ export class PanelFocus {
     // The element that had the focus has gone, with its page or its comment.
     #focusIsLost() {
         const active = this.#document.activeElement;
-        const isNowhere = !active || active === this.#document.body ||
-            active === this.#document.documentElement;
+        const isNowhere =
+            !active || active === this.#document.body || active === this.#document.documentElement;
         return this.#focusIsInList && this.#frameHasFocus() && isNowhere;
     }
 }

@@ -52,11 +52,11 @@ class PanelInput {
         const {body, documentElement} = this.#document;
         const isNowhere = target === body || target === documentElement;
         if (!list && !isNowhere) {
-            return;  // a button: the browser makes a click of its keys
+            return; // a button: the browser makes a click of its keys
         }
         const page = target.matches?.('li[page-index]') ? target : null;
-        const isTaken = (page && this.#keyOnPage(event.key, page)) ||
-            this.#keyOnItem(event.key, target, list);
+        const isTaken =
+            (page && this.#keyOnPage(event.key, page)) || this.#keyOnItem(event.key, target, list);
         if (isTaken) {
             event.preventDefault();
         }
@@ -70,9 +70,12 @@ class PanelInput {
     #direction(key) {
         const mirrored = this.#document.documentElement.dir === 'rtl';
         switch (key) {
-            case 'ArrowRight': return mirrored ? 'out' : 'in';
-            case 'ArrowLeft': return mirrored ? 'in' : 'out';
-            default: return null;
+            case 'ArrowRight':
+                return mirrored ? 'out' : 'in';
+            case 'ArrowLeft':
+                return mirrored ? 'in' : 'out';
+            default:
+                return null;
         }
     }
 
@@ -95,7 +98,10 @@ class PanelInput {
         }
         const element = list ? this.#mirror.elementAround(target) : null;
         this.#connection.send({
-            type: 'key', key: kKeys[key], element: element && recordOf(element).id, modifiers: 0,
+            type: 'key',
+            key: kKeys[key],
+            element: element && recordOf(element).id,
+            modifiers: 0,
         });
         return true;
     }
@@ -103,8 +109,12 @@ class PanelInput {
     #keyOnPage(key, page) {
         const isFolded = page.hasAttribute('wb-collapsed');
         const direction = this.#direction(key);
-        if (key === 'Enter' || key === ' ' || (direction === 'in' && isFolded) ||
-            (direction === 'out' && !isFolded)) {
+        if (
+            key === 'Enter' ||
+            key === ' ' ||
+            (direction === 'in' && isFolded) ||
+            (direction === 'out' && !isFolded)
+        ) {
             this.#sendClick(captionOf(page));
             return true;
         }

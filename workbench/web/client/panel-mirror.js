@@ -107,12 +107,18 @@ export class PanelMirror {
     apply(change) {
         const [kind, id] = change;
         switch (kind) {
-            case 'i': return this.#insert(id, change[2], change[3]);
-            case 'r': return this.#remove(change.slice(1));
-            case 't': return this.#setText(this.#require(id), change[2]);
-            case 'a': return this.#setAttributes(this.#require(id), change[2]);
-            case 's': return this.#setStates(this.#require(id), change[2]);
-            default: throw new Error(`unknown change ${kind}`);
+            case 'i':
+                return this.#insert(id, change[2], change[3]);
+            case 'r':
+                return this.#remove(change.slice(1));
+            case 't':
+                return this.#setText(this.#require(id), change[2]);
+            case 'a':
+                return this.#setAttributes(this.#require(id), change[2]);
+            case 's':
+                return this.#setStates(this.#require(id), change[2]);
+            default:
+                throw new Error(`unknown change ${kind}`);
         }
     }
 
@@ -365,9 +371,12 @@ export class PanelMirror {
     #readNode(node) {
         const id = node[kNumber];
         switch (node.nodeType) {
-            case Node.TEXT_NODE: return [id, node.data];
-            case Node.COMMENT_NODE: return [id, null, node.data];
-            default: return this.#readElement(node);
+            case Node.TEXT_NODE:
+                return [id, node.data];
+            case Node.COMMENT_NODE:
+                return [id, null, node.data];
+            default:
+                return this.#readElement(node);
         }
     }
 

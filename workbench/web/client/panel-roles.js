@@ -12,7 +12,7 @@ const kCollapsed = 1024;
 const kButtonTexts = {
     'expand-all': 'panel.expandAll',
     'collapse-all': 'panel.collapseAll',
-    'delete': 'panel.delete',
+    delete: 'panel.delete',
     'move-top': 'panel.previous',
     'move-bottom': 'panel.next',
 };

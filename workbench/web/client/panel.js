@@ -39,7 +39,10 @@ export class Panel {
         this.#mirror = new PanelMirror(this.document, new URL(kPanelPage, document.baseURI), this);
         this.#focus = new PanelFocus(this.document, frame);
         this.#tooltips = new Tooltips(this.document, this.#host);
-        this.#work = new SlicedWork((piece) => this.#perform(piece), () => this.#settle());
+        this.#work = new SlicedWork(
+            (piece) => this.#perform(piece),
+            () => this.#settle(),
+        );
         listenToInput(this.document, this.#mirror, this.#focus, connection);
     }
 

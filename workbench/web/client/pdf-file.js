@@ -27,7 +27,9 @@ async function loadLibrary() {
 export async function layText(pdfPage, viewport, element) {
     const {pdfjs} = await library;
     const layer = new pdfjs.TextLayer({
-        textContentSource: pdfPage.streamTextContent(), container: element, viewport,
+        textContentSource: pdfPage.streamTextContent(),
+        container: element,
+        viewport,
     });
     await layer.render();
 }

@@ -14,7 +14,8 @@ function nameOf(event) {
     const name = isCommand ? letterOf(event) : event.key;
     const isShifted = event.shiftKey && isCommand && /^[a-z]$/.test(name);
     return [isCommand && 'Ctrl', event.altKey && 'Alt', isShifted && 'Shift', name]
-        .filter(Boolean).join('+');
+        .filter(Boolean)
+        .join('+');
 }
 
 /// `actions` maps names such as "Ctrl+Shift+z" and "F6" to functions; one that returns false lets

@@ -59,8 +59,10 @@ export class Splitter {
         const wider = this.#isMirrored ? 'ArrowRight' : 'ArrowLeft';
         const narrower = this.#isMirrored ? 'ArrowLeft' : 'ArrowRight';
         const widths = {
-            [wider]: this.#width + kStep, [narrower]: this.#width - kStep,
-            Home: kNarrowest, End: this.#most,
+            [wider]: this.#width + kStep,
+            [narrower]: this.#width - kStep,
+            Home: kNarrowest,
+            End: this.#most,
         };
         if (widths[event.key] !== undefined) {
             event.preventDefault();

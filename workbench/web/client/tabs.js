@@ -45,8 +45,10 @@ export class Tabs {
         tab.words.textContent = name;
         tab.button.title = path ?? name;
         tab.button.setAttribute('aria-selected', String(isActive));
-        tab.button.setAttribute('aria-label',
-            [name, modified && text('tabs.modified')].filter(Boolean).join(', '));
+        tab.button.setAttribute(
+            'aria-label',
+            [name, modified && text('tabs.modified')].filter(Boolean).join(', '),
+        );
         tab.button.tabIndex = isActive ? 0 : -1;
         tab.element.classList.toggle('active', isActive);
         tab.element.classList.toggle('modified', modified);
@@ -90,8 +92,10 @@ export class Tabs {
         const forward = document.documentElement.dir === 'rtl' ? 'ArrowLeft' : 'ArrowRight';
         const backward = document.documentElement.dir === 'rtl' ? 'ArrowRight' : 'ArrowLeft';
         const target = {
-            [forward]: tabs[at + 1], [backward]: tabs[at - 1],
-            Home: tabs[0], End: tabs[tabs.length - 1],
+            [forward]: tabs[at + 1],
+            [backward]: tabs[at - 1],
+            Home: tabs[0],
+            End: tabs[tabs.length - 1],
         }[event.key];
         if (target) {
             target.button.focus();

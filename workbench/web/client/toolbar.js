@@ -142,7 +142,9 @@ export class Toolbar {
             {key: 'file.download', isDisabled, act: () => edits.download(active)},
             kLine,
             {
-                key: 'file.readOnly', isDisabled, isChecked: active?.readOnly ?? false,
+                key: 'file.readOnly',
+                isDisabled,
+                isChecked: active?.readOnly ?? false,
                 act: () => edits.run('read-only', {document: active.id, on: !active.readOnly}),
             },
             {key: 'file.close', isDisabled, act: () => edits.close(active)},
@@ -156,24 +158,29 @@ export class Toolbar {
         const last = (active?.pages ?? 0) - 1;
         return [
             {
-                title: text('page.insertAfter', page + 1), isDisabled,
+                title: text('page.insertAfter', page + 1),
+                isDisabled,
                 act: () => edits.insertPage(active, page + 1),
             },
             {
-                title: text('page.delete', page + 1), isDisabled,
+                title: text('page.delete', page + 1),
+                isDisabled,
                 act: () => edits.deletePage(active, page),
             },
             kLine,
             {
-                title: text('page.moveUp', page + 1), isDisabled: isDisabled || page === 0,
+                title: text('page.moveUp', page + 1),
+                isDisabled: isDisabled || page === 0,
                 act: () => edits.movePage(active, page, page - 1),
             },
             {
-                title: text('page.moveDown', page + 1), isDisabled: isDisabled || page >= last,
+                title: text('page.moveDown', page + 1),
+                isDisabled: isDisabled || page >= last,
                 act: () => edits.movePage(active, page, page + 1),
             },
             {
-                title: text('page.moveTo', page + 1), isDisabled: isDisabled || last < 1,
+                title: text('page.moveTo', page + 1),
+                isDisabled: isDisabled || last < 1,
                 act: () => edits.askMovePage(active, page),
             },
         ];
@@ -189,13 +196,15 @@ export class Toolbar {
             zoom('view.fitWidth', 'Ctrl 0', () => view.zoom.fitWidth()),
             {key: 'view.split', isChecked: split.isOn, act: () => split.toggle()},
             kLine,
-            ...kThemes.map((name) => choice(
-                {key: `theme.${name}`, isChecked: theme.choice === name},
-                () => theme.choose(name))),
+            ...kThemes.map((name) =>
+                choice({key: `theme.${name}`, isChecked: theme.choice === name}, () =>
+                    theme.choose(name),
+                ),
+            ),
             kLine,
-            ...language.locales.map(({name, title}) => choice(
-                {title, isChecked: language.name === name},
-                () => language.choose(name))),
+            ...language.locales.map(({name, title}) =>
+                choice({title, isChecked: language.name === name}, () => language.choose(name)),
+            ),
         ];
     }
 }

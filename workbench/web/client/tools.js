@@ -17,8 +17,10 @@ const kSmallestDrag = 4;
 const kKeyStep = 8;
 const kKeyFrame = {width: 120, height: 40};
 const kArrows = {
-    ArrowLeft: [-kKeyStep, 0], ArrowRight: [kKeyStep, 0],
-    ArrowUp: [0, -kKeyStep], ArrowDown: [0, kKeyStep],
+    ArrowLeft: [-kKeyStep, 0],
+    ArrowRight: [kKeyStep, 0],
+    ArrowUp: [0, -kKeyStep],
+    ArrowDown: [0, kKeyStep],
 };
 
 export class Tools {
@@ -121,8 +123,10 @@ export class Tools {
         const move = (moved) => {
             const end = at(moved);
             this.#showFrame(page, {
-                x: Math.min(start.x, end.x), y: Math.min(start.y, end.y),
-                width: Math.abs(end.x - start.x), height: Math.abs(end.y - start.y),
+                x: Math.min(start.x, end.x),
+                y: Math.min(start.y, end.y),
+                width: Math.abs(end.x - start.x),
+                height: Math.abs(end.y - start.y),
             });
         };
         const stop = (event) => {

@@ -2,7 +2,7 @@
 // while the pointer rests on the item, or the keyboard has brought the focus there.
 
 const kPointerDelay = 500;
-const kFocusDelay = 900;  // longer, because it lies over what the arrow keys come to next
+const kFocusDelay = 900; // longer, because it lies over what the arrow keys come to next
 const kDistance = 4;
 const kMargin = 4;
 
@@ -21,8 +21,10 @@ export class Tooltips {
         frameDocument.addEventListener('focusin', (event) => this.#focusIn(event.target));
         frameDocument.addEventListener('focusout', () => this.hide());
         frameDocument.addEventListener('pointerdown', () => this.hide());
-        frameDocument.addEventListener('scroll', () => this.#scrolled(),
-            {capture: true, passive: true});
+        frameDocument.addEventListener('scroll', () => this.#scrolled(), {
+            capture: true,
+            passive: true,
+        });
         frameDocument.documentElement.addEventListener('pointerleave', () => this.hide());
         for (const each of [frameDocument, document]) {
             each.addEventListener('keydown', (event) => this.#key(event), {capture: true});
@@ -90,8 +92,9 @@ export class Tooltips {
 
     #popupOf(item) {
         const id = item.getAttribute('titleid');
-        return item.querySelector(`popup[id="${CSS.escape(id)}"]`) ??
-            this.#document.getElementById(id);
+        return (
+            item.querySelector(`popup[id="${CSS.escape(id)}"]`) ?? this.#document.getElementById(id)
+        );
     }
 
     #show(item) {
@@ -117,9 +120,10 @@ export class Tooltips {
         const below = item.bottom + kDistance;
         const above = item.top - kDistance - height;
         const fitsBelow = below + height <= clientHeight - kMargin;
-        const top = fitsBelow || above < kMargin
-            ? Math.max(kMargin, Math.min(below, clientHeight - height - kMargin))
-            : above;
+        const top =
+            fitsBelow || above < kMargin
+                ? Math.max(kMargin, Math.min(below, clientHeight - height - kMargin))
+                : above;
         this.#shown.style.left = `${left}px`;
         this.#shown.style.top = `${top}px`;
     }

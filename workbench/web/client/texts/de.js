@@ -13,7 +13,9 @@ export default {
     'pages.page': 'Seite {0}',
     'pages.comments': 'Kommentare auf Seite {0}',
     'pages.unreadable': 'Die Seiten von „{0}“ lassen sich nicht anzeigen.',
-    'pages.none': 'Kein Dokument ist geöffnet. Öffnen Sie eines im Menü „Datei“, oder ziehen Sie eine PDF-Datei hierher.',
+    'pages.none':
+        'Kein Dokument ist geöffnet. Öffnen Sie eines im Menü „Datei“, oder ziehen Sie ' +
+        'eine PDF-Datei hierher.',
 
     'navigation.label': 'Seite und Zoom',
     'navigation.page': 'Seitenzahl',
@@ -36,8 +38,12 @@ export default {
     'tool.highlight': 'Hervorheben',
     'tool.rectangle': 'Rechteck',
     'tool.oval': 'Oval',
-    'tool.hint': 'Klicken oder ziehen Sie auf einer Seite; mit der Eingabetaste beginnt es in der Mitte der Ansicht.',
-    'tool.frameHint': 'Pfeiltasten bewegen den Rahmen, mit Umschalt ändern sie seine Größe; Eingabe setzt ihn, Escape verwirft ihn.',
+    'tool.hint':
+        'Klicken oder ziehen Sie auf einer Seite; mit der Eingabetaste beginnt es in der ' +
+        'Mitte der Ansicht.',
+    'tool.frameHint':
+        'Pfeiltasten bewegen den Rahmen, mit Umschalt ändern sie seine Größe; Eingabe ' +
+        'setzt ihn, Escape verwirft ihn.',
 
     'menu.file': 'Datei',
     'menu.page': 'Seite',
@@ -102,7 +108,9 @@ export default {
     'close.save': 'Speichern',
     'close.discard': 'Verwerfen',
     'open.title': 'Dokument öffnen',
-    'open.message': 'Geben Sie den Pfad einer PDF-Datei auf diesem Rechner an, oder wählen Sie eine Datei.',
+    'open.message':
+        'Geben Sie den Pfad einer PDF-Datei auf diesem Rechner an, oder wählen Sie eine ' +
+        'Datei.',
     'open.path': 'Pfad der Datei',
     'open.choose': 'Datei wählen …',
     'open.accept': 'Öffnen',
@@ -119,7 +127,9 @@ export default {
     'status.opened': '{0} ist geöffnet',
     'status.listing': 'Die Kommentare von {0} werden aufgelistet …',
     'status.saving': '{0} wird gespeichert …',
-    'status.kept': 'Nicht gespeicherte Änderungen; die Werkbank behält sie, wenn diese Seite geschlossen wird',
+    'status.kept':
+        'Nicht gespeicherte Änderungen; die Werkbank behält sie, wenn diese Seite ' +
+        'geschlossen wird',
     'status.readOnly': 'Schreibgeschützt',
     'status.disconnected': 'Es gibt keine Verbindung zur Werkbank.',
     'banner.waiting': 'Die Verbindung zur Werkbank ist unterbrochen. Es wird weiter versucht …',

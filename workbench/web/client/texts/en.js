@@ -37,7 +37,8 @@ export default {
     'tool.rectangle': 'Rectangle',
     'tool.oval': 'Oval',
     'tool.hint': 'Click or drag on a page, or press Enter in the pages to begin in their middle.',
-    'tool.frameHint': 'Arrow keys move the frame, Shift resizes it, Enter places it, Escape drops it.',
+    'tool.frameHint':
+        'Arrow keys move the frame, Shift resizes it, Enter places it, Escape drops ' + 'it.',
 
     'menu.file': 'File',
     'menu.page': 'Page',

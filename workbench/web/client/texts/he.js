@@ -37,7 +37,8 @@ export default {
     'tool.rectangle': 'מלבן',
     'tool.oval': 'אליפסה',
     'tool.hint': 'יש ללחוץ או לגרור על עמוד; מקש Enter מתחיל באמצע התצוגה.',
-    'tool.frameHint': 'החיצים מזיזים את המסגרת, עם Shift משנים את גודלה, Enter מציב אותה ו־Escape מבטל.',
+    'tool.frameHint':
+        'החיצים מזיזים את המסגרת, עם Shift משנים את גודלה, Enter מציב אותה ו־Escape ' + 'מבטל.',
 
     'menu.file': 'קובץ',
     'menu.page': 'עמוד',
