@@ -12,8 +12,8 @@ const kElements = new Set(
     (
         'html head body h1 h2 h3 h4 h5 h6 p div span ul ol li dl dt dd table caption colgroup ' +
         'col thead tbody tfoot tr td th a b i u s em strong small big sub sup br hr wbr abbr ' +
-        'acronym address article aside bdi bdo blockquote button center cite code del dfn dir figcaption ' +
-        'figure font footer header hgroup ins kbd main mark nav nobr popup pre q rp rt ruby samp ' +
+        'acronym address article aside bdi bdo blockquote button center cite code del dfn dir ' +
+        'figcaption figure font footer header hgroup ins kbd main mark nav nobr popup pre q rp rt ruby samp ' +
         'section strike time tt var'
     ).split(' '),
 );

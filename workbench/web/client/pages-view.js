@@ -114,6 +114,7 @@ export class PagesView {
     }
 
     unmount() {
+        this.#scrolled();  // of a scroll just now no event has come yet
         this.element.remove();
         for (const page of this.#near) {
             page.release();

@@ -71,6 +71,12 @@ const kDescriptions = {
             element.setAttribute('aria-label', text('panel.loading'));
         }
     },
+    // Contents read in their own direction, whatever the language of the panel.
+    p(element, record) {
+        if (valueOf(record.attributes, 'dir') === null) {
+            element.dir = 'auto';
+        }
+    },
     button(element, record) {
         element.type = 'button';
         const key = kButtonTexts[valueOf(record.attributes, 'id')];
