@@ -169,6 +169,7 @@ describe('Editing in the browser', () => {
     const lost = {todo: 'the place is lost when a document is shown again'};
     test('keeps scroll place and zoom of each document behind its tab', lost, async () => {
         const scroller = window.page.locator('.scroller');
+        await window.page.locator('.page canvas').first().waitFor();
         await window.page.getByRole('button', {name: 'Zoom in'}).click();
         await scroller.evaluate((element) => {
             element.scrollTop = 900;
