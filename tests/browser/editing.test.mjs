@@ -166,8 +166,7 @@ describe('Editing in the browser', () => {
         await window.expectActive((active) => active.name === 'small.pdf', 'it is closed');
     });
 
-    const lost = {todo: 'the place is lost when a document is shown again'};
-    test('keeps scroll place and zoom of each document behind its tab', lost, async () => {
+    test('keeps scroll place and zoom of each document behind its tab', async () => {
         const scroller = window.page.locator('.scroller');
         await window.page.locator('.page canvas').first().waitFor();
         await window.page.getByRole('button', {name: 'Zoom in'}).click();
