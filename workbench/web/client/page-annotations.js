@@ -1,20 +1,22 @@
 // The annotations on the pages of one view: fetched when a page comes near, shown on it, and the
 // one in focus marked.
 
-// How far sides of one rectangle may be apart, in points, as two readers round them.
-const kSameSide = 0.5;
+// How far corners of one annotation may be apart, in points, as two readers round them.
+const kSameCorner = 0.5;
+
+// The reader of files gives notes a size of its own; their left upper corner stays.
+function isSame(one, {subtype, rect}) {
+    const isNear = (side) => Math.abs(one.rect[side] - rect[side]) < kSameCorner;
+    return one.subtype === subtype && isNear(0) && isNear(3);
+}
 
 /// Indices of the annotations that the picture of a page does not show. `known` is what the file's
 /// reader says of the page.
 function withoutPicture(annotations, known) {
-    const isSame = (one, rect) =>
-        one.rect.every((side, at) => Math.abs(side - rect[at]) < kSameSide);
-    return new Set(
-        annotations
-            .filter(({rect}) => rect !== null)
-            .filter(({rect}) => known.find((one) => isSame(one, rect))?.hasAppearance === false)
-            .map(({index}) => index),
-    );
+    const isBare = (annotation) =>
+        known.find((one) => isSame(one, annotation))?.hasAppearance === false;
+    const placed = annotations.filter(({rect}) => rect !== null);
+    return new Set(placed.filter(isBare).map(({index}) => index));
 }
 
 export class PageAnnotations {
