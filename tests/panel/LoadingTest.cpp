@@ -359,7 +359,7 @@ TEST_F(Loading, EveryCallOfThePdfLibraryMayFail)
                         (row.cost == Cost::kItemOrPage && (missing == 1 || wholePage)));
         }
     }
-    EXPECT_GE(faults, 60u) << "the library was asked";
+    EXPECT_GE(faults, 40u) << "the library was asked";
     EXPECT_EQ(ItemsOf(Read(view)).size(), clean.size());
     ExpectFresh(view);
 }

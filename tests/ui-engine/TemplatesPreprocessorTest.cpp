@@ -288,6 +288,33 @@ TEST_F(Templates, RulesThatCannotBeAppliedFailByTheirText)
     }
 }
 
+TEST_F(Templates, AreAskedForInEachRun)
+{
+    SetText(u"<A B>");
+    TemplatesPreprocessor preprocessor(kPath);
+    preprocessor.AddRule(L"A", kReplace, L"1");
+    preprocessor.AddRule(L"[B]", kReplace, L"2");
+    EXPECT_EQ(preprocessor.Do(), L"<1 2>");
+    preprocessor.ChangeRule(0, kErase, L"");
+    preprocessor.ChangeRule(1, kAfter, L"3");
+    EXPECT_EQ(preprocessor.Do(), L"< B3>");
+
+    // Other bytes at the same place, as many and fewer.
+    SetText(u"<B A>");
+    EXPECT_EQ(preprocessor.Do(), L"<B3 >");
+    SetText(u"<B");
+    EXPECT_EQ(preprocessor.Do(), L"<B3");
+    SetText(u"<>");
+    EXPECT_TRUE(ThrownBy([&] { preprocessor.Do(); }));
+
+    SetText(u"<A B C>");
+    EXPECT_EQ(preprocessor.Do(), L"< B3 C>");
+    preprocessor.AddRule(L"C", kReplace, L"4");
+    EXPECT_EQ(preprocessor.Do(), L"< B3 4>");
+    hasResource_ = false;
+    EXPECT_EQ(preprocessor.Do(), L"");
+}
+
 TEST_F(Templates, AreEmptyWhenTheHostHasNone)
 {
     SetText(u"A");

@@ -89,7 +89,8 @@ ResultCode Query(_PDAnnotRec* annotation, Value* value, Read read)
     if (const ResultCode fault = CheckFault(kEntry, annotation); fault != kResultOk) {
         return fault;
     }
-    return read(*annotation->properties.Load(), *value);
+    return annotation->properties.Peek(
+        [&](const PropertyBlock& block) { return read(block, *value); });
 }
 
 ResultCode AnnotIsListed(_PDAnnotRec* annotation, bool* listed)

@@ -60,6 +60,15 @@ public:
     PropertySlot& operator=(const PropertySlot&) = delete;
 
     PropertyBlockRef Load() const noexcept;
+    // What `read` makes of the block, while a writer waits: for what takes no longer than a copy.
+    template <class Read>
+    auto Peek(Read read) const noexcept
+    {
+        const std::uintptr_t word = Lock();
+        const auto result = read(*reinterpret_cast<const PropertyBlock*>(word));
+        word_.store(word, std::memory_order_release);
+        return result;
+    }
     void Store(PropertyBlockRef block) noexcept;
 
 private:

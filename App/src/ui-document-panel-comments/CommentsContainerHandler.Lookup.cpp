@@ -61,15 +61,13 @@ std::wstring CommentsContainerHandler::MakeAnnotUniqueName(BLDocument* document,
                                                            const PDFL::Annotation& annotation)
 {
     std::wstring name;
-    MakeAnnotUniqueName(document, pageIndex, annotation, name);
+    WriteUniqueName(pageIndex, GetAnnotIndex(document, pageIndex, annotation), name);
     return name;
 }
 
-void CommentsContainerHandler::MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
-                                                   const PDFL::Annotation& annotation,
-                                                   std::wstring& name)
+void CommentsContainerHandler::WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position,
+                                               std::wstring& name)
 {
-    const std::uint32_t position = GetAnnotIndex(document, pageIndex, annotation);
     name.clear();
     AppendDecimal(name, pageIndex);
     name.push_back(L'_');

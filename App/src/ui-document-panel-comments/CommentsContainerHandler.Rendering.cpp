@@ -8,6 +8,7 @@
 #include "SubtypeTable.h"
 
 #include "service-common/SingletonStaticData.h"
+#include "service-common/WideText.h"
 #include "ui-engine/LocalizedStrings.h"
 #include "ui-engine/NarrowText.h"
 #include "ui-engine/internal/TemplatesPreprocessor.h"
@@ -22,7 +23,8 @@
 #include <algorithm>
 #include <locale>
 #include <memory>
-#include <optional>
+#include <random>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -54,16 +56,29 @@ std::wstring FormatTranslated(const std::wstring& text, const Args&... arguments
     }
 }
 
-// A source of random UUIDs for one rendering.
-std::function<void(std::wstring&)> TooltipIds()
-{
-    constexpr std::size_t kTextLength = 36;
-    return
-        [generator = std::make_shared<boost::uuids::random_generator_mt19937>()](std::wstring& id) {
-            id.resize(kTextLength);
-            boost::uuids::to_chars((*generator)(), id.begin());
-        };
-}
+// A source of random UUIDs for one rendering. Seeding the engine word by word, as the library does
+// by itself, would cost more than the rendering of twenty items.
+class TooltipIds {
+public:
+    void operator()(std::wstring& id)
+    {
+        constexpr std::size_t kTextLength = 36;
+        id.resize(kTextLength);
+        boost::uuids::to_chars(Next(), id.begin());
+    }
+
+private:
+    static boost::random::mt19937 SeededEngine()
+    {
+        const boost::uuids::uuid entropy = boost::uuids::random_generator_pure()();
+        std::seed_seq seed(entropy.begin(), entropy.end());
+        return boost::random::mt19937(seed);
+    }
+
+    boost::uuids::uuid Next() { return boost::uuids::basic_random_generator(engine_)(); }
+
+    boost::random::mt19937 engine_ = SeededEngine();
+};
 
 // The user's date format. Without one dates stay empty, which hides their rows.
 std::wstring DateFormat()
@@ -93,30 +108,23 @@ boost::posix_time::ptime LocalTime(const _PDDateRec& date)
     }
 }
 
-void AppendPadded(std::wstring& target, std::uint32_t number, std::uint32_t width)
+// Two digits of a number below 100.
+void AppendTwoDigits(std::wstring& target, unsigned number)
 {
-    std::uint32_t limit = 10;
-    for (std::uint32_t digits = 1; digits < width; ++digits, limit *= 10) {
-        if (number < limit) {
-            target.append(width - digits, L'0');
-            break;
-        }
-    }
-    AppendDecimal(target, number);
+    target.push_back(static_cast<wchar_t>(L'0' + number / 10));
+    target.push_back(static_cast<wchar_t>(L'0' + number % 10));
 }
 
 // Writes a time by a format that consists of text and of the directives Y m d H M S only, exactly
-// as the output facet does, which costs a tenth of the facet's time. Empty for any other format.
-std::optional<std::wstring> WriteNumericTime(const boost::posix_time::ptime& time,
-                                             const std::wstring& format)
+// as the output facet does, which costs a tenth of the facet's time. False for any other format.
+bool WriteNumericTime(const boost::posix_time::ptime& time, const std::wstring& format,
+                      std::wstring& text)
 {
     if (time.is_special()) {
-        return std::nullopt;
+        return false;
     }
     const auto day = time.date().year_month_day();
     const auto clock = time.time_of_day();
-    std::wstring text;
-    text.reserve(format.size() + 8);
     for (std::size_t i = 0; i < format.size(); ++i) {
         if (format[i] != L'%') {
             text.push_back(format[i]);
@@ -124,67 +132,107 @@ std::optional<std::wstring> WriteNumericTime(const boost::posix_time::ptime& tim
         }
         switch (i + 1 < format.size() ? format[++i] : L'\0') {
         case L'Y':
-            AppendPadded(text, day.year, 4);
+            AppendTwoDigits(text, day.year / 100u);
+            AppendTwoDigits(text, day.year % 100u);
             break;
         case L'm':
-            AppendPadded(text, day.month, 2);
+            AppendTwoDigits(text, day.month);
             break;
         case L'd':
-            AppendPadded(text, day.day, 2);
+            AppendTwoDigits(text, day.day);
             break;
         case L'H':
-            AppendPadded(text, static_cast<std::uint32_t>(clock.hours()), 2);
+            AppendTwoDigits(text, static_cast<unsigned>(clock.hours()));
             break;
         case L'M':
-            AppendPadded(text, static_cast<std::uint32_t>(clock.minutes()), 2);
+            AppendTwoDigits(text, static_cast<unsigned>(clock.minutes()));
             break;
         case L'S':
-            AppendPadded(text, static_cast<std::uint32_t>(clock.seconds()), 2);
+            AppendTwoDigits(text, static_cast<unsigned>(clock.seconds()));
             break;
         default:
-            return std::nullopt;
+            return false;
         }
     }
-    return text;
+    return true;
 }
 
-std::wstring WriteTime(const boost::posix_time::ptime& time, const std::wstring& format)
+void WriteTime(const boost::posix_time::ptime& time, const std::wstring& format, std::wstring& text)
 {
-    if (auto text = WriteNumericTime(time, format)) {
-        return *std::move(text);
+    text.clear();
+    if (WriteNumericTime(time, format, text)) {
+        return;
     }
     std::wostringstream stream;
     // The locale owns the facet.
     stream.imbue(std::locale(stream.getloc(), new boost::posix_time::wtime_facet(format.c_str())));
     stream << time;
-    return stream.str();
+    text = stream.str();
 }
 
-// Rules that show a row of the tooltip's dates with its label, or hide it when there is no date.
-struct DateRow {
-    const wchar_t* display;
-    const wchar_t* key;
-    const wchar_t* value;
-};
-constexpr DateRow kCreatedRow = {L"DATE_CREATED_DISPLAY_ATTRIBUTE", L"DATE_CREATED_KEY",
-                                 L"DATE_CREATED_VALUE"};
-constexpr DateRow kModifiedRow = {L"DATE_MODIFIED_DISPLAY_ATTRIBUTE", L"DATE_MODIFIED_KEY",
-                                  L"DATE_MODIFIED_VALUE"};
+// The rules of each template, one for each placeholder, in this order.
+enum PageRule : std::size_t { kPageIndex, kPageName, kPageItems };
+constexpr const wchar_t* kPagePlaceholders[] = {L"PAGE_INDEX", L"PAGE_NAME", L"PAGE_ITEMS"};
 
-void AddDateRules(TemplatesPreprocessor& preprocessor, const DateRow& row,
-                  const std::wstring& label, const std::wstring& date)
+// The name of the tooltip's id begins with that of the tooltip, and so comes before it.
+enum ItemRule : std::size_t {
+    kClassName,
+    kAnnotName,
+    kUniqueName,
+    kItemTooltipId,
+    kItemTooltip,
+    kContents,  // not for items without
+};
+constexpr const wchar_t* kItemPlaceholders[] = {L"CLASS_NAME",        L"ANNOT_NAME",
+                                                L"ANNOT_UNIQUE_NAME", L"ANNOT_TOOLTIP_ID",
+                                                L"ANNOT_TOOLTIP",     L"ANNOT_CONTENTS"};
+
+enum TooltipRule : std::size_t { kTooltipId, kTitle, kSubject, kCreatedRow, kModifiedRow = 6 };
+// Within the rules of a date's row.
+enum DateRule : std::size_t { kDisplay, kLabel, kDate };
+constexpr const wchar_t* kTooltipPlaceholders[] = {
+    L"ANNOT_TOOLTIP_ID",
+    L"ANNOT_TITLE",
+    L"ANNOT_SUBJECT",
+    L"DATE_CREATED_DISPLAY_ATTRIBUTE",
+    L"DATE_CREATED_KEY",
+    L"DATE_CREATED_VALUE",
+    L"DATE_MODIFIED_DISPLAY_ATTRIBUTE",
+    L"DATE_MODIFIED_KEY",
+    L"DATE_MODIFIED_VALUE",
+};
+
+void AddRules(TemplatesPreprocessor& preprocessor, std::span<const wchar_t* const> placeholders)
+{
+    for (const wchar_t* placeholder : placeholders) {
+        preprocessor.AddRule(placeholder, TemplateAction::kReplace, {});
+    }
+}
+
+// Shows a row of the tooltip's dates with its label, or hides it when there is no date.
+void ChangeDateRules(TemplatesPreprocessor& preprocessor, std::size_t row,
+                     const std::wstring& label, const std::wstring& date)
 {
     const bool shown = !date.empty();
     const auto action = shown ? TemplateAction::kReplace : TemplateAction::kErase;
-    preprocessor.AddRule(row.display, TemplateAction::kReplace, shown ? L"block" : L"none");
-    preprocessor.AddRule(row.key, action, label);
-    preprocessor.AddRule(row.value, action, date);
+    preprocessor.ChangeRule(row + kDisplay, TemplateAction::kReplace, shown ? L"block" : L"none");
+    preprocessor.ChangeRule(row + kLabel, action, label);
+    preprocessor.ChangeRule(row + kDate, action, date);
 }
 
-std::wstring_view ClassNameOf(const PDFL::Annotation& annotation)
+std::wstring_view ClassNameOf(Atom subtype)
 {
-    const SubtypeEntry* const entry = FindSubtype(annotation.Subtype());
+    const SubtypeEntry* const entry = FindSubtype(subtype);
     return entry == nullptr ? std::wstring_view() : std::wstring_view(entry->className);
+}
+
+std::wstring TypeName(Atom subtype)
+{
+    if (const SubtypeEntry* entry = FindSubtype(subtype)) {
+        return LocalizedString(entry->displayName);
+    }
+    const char* const ownName = AtomService::NameOf(subtype);
+    return ownName == nullptr ? std::wstring() : LocalizedString(FromNarrow(ownName));
 }
 
 // The page, or an empty one when the document cannot deliver it.
@@ -199,7 +247,81 @@ PDFL::Page DeliveredPage(BLDocument* document, std::uint32_t pageIndex)
     return page;
 }
 
+// The date as FormatAnnotDate gives it.
+void WriteAnnotDate(const _PDDateRec& date, const std::wstring& format, std::wstring& text)
+{
+    text.clear();
+    if (date.year == 0) {
+        return;
+    }
+    try {
+        WriteTime(LocalTime(date), format, text);
+    } catch (const std::exception&) {
+        text.clear();  // a field out of range hides the row
+    }
+}
+
+// The text with every line break turned into "<br/>".
+void WriteWithBreaks(std::wstring_view source, std::wstring& text)
+{
+    text.clear();
+    std::size_t at = 0;
+    std::size_t carriageReturn = source.find(L'\r'), lineFeed = source.find(L'\n');
+    for (;;) {
+        const std::size_t end = std::min(carriageReturn, lineFeed);
+        text.append(source, at, end - at);
+        if (end == source.npos) {
+            return;
+        }
+        text.append(L"<br/>");
+        at = end + (end == carriageReturn && lineFeed == end + 1 ? 2 : 1);
+        if (carriageReturn < at) {
+            carriageReturn = source.find(L'\r', at);
+        }
+        if (lineFeed < at) {
+            lineFeed = source.find(L'\n', at);
+        }
+    }
+}
+
+// Calls `render` with the index of each page, while the rendering is wanted, and the share of the
+// document, above 0 to 1, that is done with it.
+template <class Render>
+void ForEachPage(const CommentsContainerHandler::Rendering& rendering, const Render& render)
+{
+    std::int32_t count = 0;
+    CallMethod<BLDocument::GetPageCount>(rendering.document, &count);
+    for (std::int32_t i = 0; i < count && rendering.wanted(); ++i) {
+        render(static_cast<std::uint32_t>(i), (i + 1.0) / count);
+    }
+}
+
+// Among the annotations of a page up to the last, the position of the first that equals it.
+std::uint32_t FirstPositionOfLast(const std::vector<PDFL::Annotation>& annotations)
+{
+    const auto first =
+        std::find_if(annotations.begin(), annotations.end() - 1,
+                     [&](const auto& former) { return former.IsEqual(annotations.back()); });
+    return static_cast<std::uint32_t>(first - annotations.begin());
+}
+
 }  // namespace
+
+struct CommentsContainerHandler::Rendering::Templates {
+    Templates()
+    {
+        const std::span itemPlaceholders(kItemPlaceholders);
+        AddRules(page, kPagePlaceholders);
+        AddRules(item, itemPlaceholders);
+        AddRules(simpleItem, itemPlaceholders.first(kContents));
+        AddRules(tooltip, kTooltipPlaceholders);
+    }
+
+    TemplatesPreprocessor page{kPageTemplate};
+    TemplatesPreprocessor item{kItemTemplate};
+    TemplatesPreprocessor simpleItem{kSimpleItemTemplate};
+    TemplatesPreprocessor tooltip{kTooltipTemplate};
+};
 
 CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
     : document(listed),
@@ -207,36 +329,55 @@ CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
       createdLabel(LocalizedString(kTooltipSection, L"Date created")),
       modifiedLabel(LocalizedString(kTooltipSection, L"Date modified")),
       dateFormat(DateFormat()),
-      newTooltipId(TooltipIds())
+      newTooltipId(TooltipIds()),
+      templates(std::make_unique<Templates>())
 {
 }
 
-void CommentsContainerHandler::RenderResults(Rendering& rendering, const PageWriter& write)
+CommentsContainerHandler::Rendering::~Rendering() = default;
+
+auto CommentsContainerHandler::Rendering::KindOf(const PDFL::Annotation& annotation) -> const Kind&
 {
-    std::int32_t pageCount = 0;
-    CallMethod<BLDocument::GetPageCount>(rendering.document, &pageCount);
-    std::wstring& page = rendering.scratch.page;
-    bool empty = true;
-    for (std::int32_t i = 0; i < pageCount && rendering.wanted(); ++i) {
-        page.clear();
-        AppendPageItem(rendering, static_cast<std::uint32_t>(i), page);
-        if (!page.empty()) {
-            write(page, (static_cast<double>(i) + 1) / pageCount);
-            empty = false;
-        }
+    const Atom subtype = annotation.Subtype();
+    auto known = kinds.find(subtype);
+    if (known == kinds.end()) {
+        std::wstring name = TypeName(subtype);
+        const bool balancedName = IsBalancedMarkup(name);
+        known =
+            kinds.emplace(subtype, Kind{std::move(name), ClassNameOf(subtype), balancedName}).first;
     }
-    if (empty) {
-        write(RenderNoItems(), 1);
-    }
+    return known->second;
 }
 
 std::wstring CommentsContainerHandler::RenderResults(Rendering& rendering)
 {
     std::wstring html;
-    RenderResults(rendering, [&](std::wstring_view page, double share) {
-        MakeRoomForAll(html, page.size(), share);
-        html += page;
+    std::size_t longest = 0;
+    ForEachPage(rendering, [&](std::uint32_t index, double share) {
+        const std::size_t former = html.size();
+        MakeRoomForAll(html, longest, share);
+        AppendPageItem(rendering, index, html);
+        longest = std::max(longest, html.size() - former);
     });
+    if (html.empty()) {
+        html = RenderNoItems();
+    }
+    return html;
+}
+
+std::string CommentsContainerHandler::RenderResultsUtf8(Rendering& rendering)
+{
+    std::string html;
+    std::wstring& page = rendering.scratch.page;
+    ForEachPage(rendering, [&](std::uint32_t index, double share) {
+        page.clear();
+        AppendPageItem(rendering, index, page);
+        MakeRoomForAll(html, page.size() + page.size() / 4, share);
+        AppendUtf8(html, page);
+    });
+    if (html.empty()) {
+        AppendUtf8(html, RenderNoItems());
+    }
     return html;
 }
 
@@ -260,20 +401,18 @@ void CommentsContainerHandler::AppendPageItem(Rendering& rendering, std::uint32_
 {
     const PDFL::Page page = DeliveredPage(rendering.document, pageIndex);
     const std::uint32_t count = page.AnnotationCount();
+    std::vector<PDFL::Annotation> annotations;
+    annotations.reserve(count);
     std::wstring& items = rendering.scratch.items;
     std::wstring& name = rendering.scratch.name;
     items.clear();
     for (std::uint32_t position = 0; position < count && rendering.wanted(); ++position) {
-        const auto annotation = PDFL::Annotation::At(page, position);
-        if (!annotation || !annotation.IsListed()) {
-            continue;
+        annotations.push_back(PDFL::Annotation::At(page, position));
+        const PDFL::Annotation& annotation = annotations.back();
+        if (annotation && annotation.IsListed()) {
+            WriteUniqueName(pageIndex, FirstPositionOfLast(annotations), name);
+            AppendAnnotItem(rendering, name, annotation, items);
         }
-        try {
-            MakeAnnotUniqueName(rendering.document, pageIndex, annotation, name);
-        } catch (const ServiceObjectException&) {
-            continue;  // removed since the page was acquired: its own event follows
-        }
-        AppendAnnotItem(rendering, name, annotation, items);
     }
     if (items.empty()) {
         return;
@@ -281,10 +420,10 @@ void CommentsContainerHandler::AppendPageItem(Rendering& rendering, std::uint32_
     const std::wstring index = DecimalText(pageIndex);
     const std::wstring caption =
         FormatTranslated(rendering.pageCaption, std::uint64_t{pageIndex} + 1);
-    TemplatesPreprocessor preprocessor(kPageTemplate);
-    preprocessor.AddRule(L"PAGE_INDEX", TemplateAction::kReplace, index);
-    preprocessor.AddRule(L"PAGE_NAME", TemplateAction::kReplace, caption);
-    preprocessor.AddRule(L"PAGE_ITEMS", TemplateAction::kReplace, items);
+    TemplatesPreprocessor& preprocessor = rendering.templates->page;
+    preprocessor.ChangeRule(kPageIndex, TemplateAction::kReplace, index);
+    preprocessor.ChangeRule(kPageName, TemplateAction::kReplace, caption);
+    preprocessor.ChangeRule(kPageItems, TemplateAction::kReplace, items);
     preprocessor.AppendTo(target);
 }
 
@@ -309,28 +448,29 @@ void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering, const std::
                                                const PDFL::Annotation& annotation,
                                                std::wstring& target)
 {
-    auto& [page, items, name, contents, title, subject, tooltipId, tooltip] = rendering.scratch;
-    const std::wstring& displayName = GetAnnotTypeName(rendering, annotation);
-    ConvertContentsText(annotation, contents);
+    auto& [page, items, name, text, contents, title, subject, created, modified, tooltipId,
+           tooltip] = rendering.scratch;
+    const Rendering::Kind& kind = rendering.KindOf(annotation);
+    annotation.ReadContents(text);
+    WriteWithBreaks(text, contents);
     rendering.newTooltipId(tooltipId);
     tooltip.clear();
-    AppendAnnotTooltip(rendering, annotation, tooltipId, tooltip);
+    AppendAnnotTooltip(rendering, kind, annotation, tooltipId, tooltip);
 
-    rendering.balanced = rendering.balanced && IsBalancedMarkup(displayName) &&
-                         IsBalancedMarkup(contents) && IsBalancedMarkup(title) &&
-                         IsBalancedMarkup(subject);
+    rendering.balanced = rendering.balanced && kind.balanced && IsBalancedMarkup(contents) &&
+                         IsBalancedMarkup(title) && IsBalancedMarkup(subject);
 
     const bool simple = contents.empty();
-    TemplatesPreprocessor preprocessor(simple ? kSimpleItemTemplate : kItemTemplate);
-    preprocessor.AddRule(L"CLASS_NAME", TemplateAction::kReplace, ClassNameOf(annotation));
-    preprocessor.AddRule(L"ANNOT_NAME", TemplateAction::kReplace, displayName);
-    preprocessor.AddRule(L"ANNOT_UNIQUE_NAME", TemplateAction::kReplace, uniqueName);
+    TemplatesPreprocessor& preprocessor =
+        simple ? rendering.templates->simpleItem : rendering.templates->item;
+    preprocessor.ChangeRule(kClassName, TemplateAction::kReplace, kind.className);
+    preprocessor.ChangeRule(kAnnotName, TemplateAction::kReplace, kind.displayName);
+    preprocessor.ChangeRule(kUniqueName, TemplateAction::kReplace, uniqueName);
+    preprocessor.ChangeRule(kItemTooltipId, TemplateAction::kReplace, tooltipId);
+    preprocessor.ChangeRule(kItemTooltip, TemplateAction::kReplace, tooltip);
     if (!simple) {
-        preprocessor.AddRule(L"ANNOT_CONTENTS", TemplateAction::kReplace, contents);
+        preprocessor.ChangeRule(kContents, TemplateAction::kReplace, contents);
     }
-    // Before ANNOT_TOOLTIP, which matches the beginning of this placeholder too.
-    preprocessor.AddRule(L"ANNOT_TOOLTIP_ID", TemplateAction::kReplace, tooltipId);
-    preprocessor.AddRule(L"ANNOT_TOOLTIP", TemplateAction::kReplace, tooltip);
     preprocessor.AppendTo(target);
 }
 
@@ -339,93 +479,55 @@ std::wstring CommentsContainerHandler::RenderAnnotTooltip(Rendering& rendering,
                                                           const std::wstring& tooltipId)
 {
     std::wstring html;
-    AppendAnnotTooltip(rendering, annotation, tooltipId, html);
+    AppendAnnotTooltip(rendering, rendering.KindOf(annotation), annotation, tooltipId, html);
     return html;
 }
 
-void CommentsContainerHandler::AppendAnnotTooltip(Rendering& rendering,
+void CommentsContainerHandler::AppendAnnotTooltip(Rendering& rendering, const Rendering::Kind& kind,
                                                   const PDFL::Annotation& annotation,
                                                   const std::wstring& tooltipId,
                                                   std::wstring& target)
 {
-    auto& [page, items, name, contents, title, subject, id, tooltip] = rendering.scratch;
+    auto& [page, items, name, text, contents, title, subject, created, modified, id, tooltip] =
+        rendering.scratch;
     annotation.ReadTitle(title);
     annotation.ReadSubject(subject);
-    const std::wstring& displayName = GetAnnotTypeName(rendering, annotation);
-    const std::wstring created = FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat);
-    const std::wstring modified =
-        FormatAnnotDate(annotation.ModificationDate(), rendering.dateFormat);
+    WriteAnnotDate(annotation.CreationDate(), rendering.dateFormat, created);
+    WriteAnnotDate(annotation.ModificationDate(), rendering.dateFormat, modified);
 
-    TemplatesPreprocessor preprocessor(kTooltipTemplate);
-    preprocessor.AddRule(L"ANNOT_TOOLTIP_ID", TemplateAction::kReplace, tooltipId);
-    preprocessor.AddRule(L"ANNOT_TITLE", TemplateAction::kReplace,
-                         title.empty() ? displayName : title);
-    preprocessor.AddRule(L"ANNOT_SUBJECT", TemplateAction::kReplace,
-                         subject.empty() ? displayName : subject);
-    AddDateRules(preprocessor, kCreatedRow, rendering.createdLabel, created);
-    AddDateRules(preprocessor, kModifiedRow, rendering.modifiedLabel, modified);
+    TemplatesPreprocessor& preprocessor = rendering.templates->tooltip;
+    preprocessor.ChangeRule(kTooltipId, TemplateAction::kReplace, tooltipId);
+    preprocessor.ChangeRule(kTitle, TemplateAction::kReplace,
+                            title.empty() ? kind.displayName : title);
+    preprocessor.ChangeRule(kSubject, TemplateAction::kReplace,
+                            subject.empty() ? kind.displayName : subject);
+    ChangeDateRules(preprocessor, kCreatedRow, rendering.createdLabel, created);
+    ChangeDateRules(preprocessor, kModifiedRow, rendering.modifiedLabel, modified);
     preprocessor.AppendTo(target);
 }
 
 const std::wstring& CommentsContainerHandler::GetAnnotTypeName(Rendering& rendering,
                                                                const PDFL::Annotation& annotation)
 {
-    const Atom subtype = annotation.Subtype();
-    const auto known = rendering.displayNames.find(subtype);
-    if (known != rendering.displayNames.end()) {
-        return known->second;
-    }
-    std::wstring name;
-    if (const SubtypeEntry* entry = FindSubtype(subtype)) {
-        name = LocalizedString(entry->displayName);
-    } else if (const char* ownName = AtomService::NameOf(subtype)) {
-        name = LocalizedString(FromNarrow(ownName));
-    }
-    return rendering.displayNames.emplace(subtype, std::move(name)).first->second;
+    return rendering.KindOf(annotation).displayName;
 }
 
 std::wstring CommentsContainerHandler::GetAnnotClassName(const PDFL::Annotation& annotation)
 {
-    return std::wstring(ClassNameOf(annotation));
+    return std::wstring(ClassNameOf(annotation.Subtype()));
 }
 
 std::wstring CommentsContainerHandler::FormatAnnotDate(const _PDDateRec& date,
                                                        const std::wstring& format)
 {
-    if (date.year == 0) {
-        return {};
-    }
-    try {
-        return WriteTime(LocalTime(date), format);
-    } catch (const std::exception&) {
-        return {};  // a field out of range hides the row
-    }
+    std::wstring text;
+    WriteAnnotDate(date, format, text);
+    return text;
 }
 
 std::wstring CommentsContainerHandler::ConvertContentsText(const PDFL::Annotation& annotation)
 {
     std::wstring text;
-    ConvertContentsText(annotation, text);
+    WriteWithBreaks(annotation.Contents(), text);
     return text;
-}
-
-void CommentsContainerHandler::ConvertContentsText(const PDFL::Annotation& annotation,
-                                                   std::wstring& text)
-{
-    constexpr std::wstring_view kBreak = L"<br/>";
-    annotation.ReadContents(text);
-    const auto isBreak = [](wchar_t character) { return character == L'\r' || character == L'\n'; };
-    const auto first = std::find_if(text.begin(), text.end(), isBreak);
-    if (first == text.end()) {
-        return;
-    }
-    const std::wstring rest(first, text.end());
-    text.erase(first, text.end());
-    for (auto at = rest.begin(); at != rest.end();) {
-        text.append(kBreak);
-        const bool pair = *at == L'\r' && at + 1 != rest.end() && at[1] == L'\n';
-        const auto begin = at + (pair ? 2 : 1);
-        at = std::find_if(begin, rest.end(), isBreak);
-        text.append(begin, at);
-    }
 }

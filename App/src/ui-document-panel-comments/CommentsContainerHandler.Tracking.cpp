@@ -2,7 +2,6 @@
 // bringing single pages and items up to date as the document changes.
 #include "CommentsContainerHandler.h"
 
-#include "GrowingText.h"
 #include "RenderQueue.h"
 
 #include "service-common/WideText.h"
@@ -66,10 +65,7 @@ struct CommentsContainerHandler::Loading {
         try {
             Rendering rendering(document.Get());
             rendering.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
-            RenderResults(rendering, [this](std::wstring_view page, double share) {
-                MakeRoomForAll(html, page.size() + page.size() / 4, share);
-                AppendUtf8(html, page);
-            });
+            html = RenderResultsUtf8(rendering);
             balanced = rendering.balanced;
         } catch (...) {
             html.clear();

@@ -59,13 +59,23 @@ public:
     // up once. Made per rendering and used on one thread.
     struct Rendering {
         explicit Rendering(BLDocument* document);
+        ~Rendering();
+
+        // What all annotations of a subtype have in common.
+        struct Kind {
+            std::wstring displayName;
+            std::wstring_view className;  // as attribute text, or empty
+            bool balanced;                // whether the name is balanced markup
+        };
+        // Looked up once for each subtype.
+        const Kind& KindOf(const PDFL::Annotation& annotation);
 
         BLDocument* document;
         std::wstring pageCaption;  // with %1% for the page number
         std::wstring createdLabel;
         std::wstring modifiedLabel;
-        std::wstring dateFormat;                          // directives of date_time's output facets
-        std::map<Atom, std::wstring> displayNames;        // those asked for so far
+        std::wstring dateFormat;  // directives of date_time's output facets
+        std::map<Atom, Kind> kinds;
         std::function<void(std::wstring&)> newTooltipId;  // a random UUID each time, in lower case
         bool balanced = true;  // whether no text so far reaches beyond its item (MarkupBalance.h)
         // Asked between annotations; the rendering ends early, unfinished, when it answers false.
@@ -73,16 +83,17 @@ public:
 
         // Texts on their way into the next larger one; kept for the room that they have.
         struct Scratch {
-            std::wstring page, items, name, contents, title, subject, tooltipId, tooltip;
+            std::wstring page, items, name, text, contents, title, subject, created, modified,
+                tooltipId, tooltip;
         };
         Scratch scratch;
+        struct Templates;
+        std::unique_ptr<Templates> templates;
     };
 
-    // The whole list, or the no-items message; handed over page by page, in page order, each with
-    // the share of the document, above 0 to 1, that is done with it.
-    using PageWriter = std::function<void(std::wstring_view page, double share)>;
-    static void RenderResults(Rendering& rendering, const PageWriter& write);
+    // The whole list, in page order, or the no-items message; also as the engine takes it.
     static std::wstring RenderResults(Rendering& rendering);
+    static std::string RenderResultsUtf8(Rendering& rendering);
     // The paragraph that says that there is nothing to show.
     static std::wstring RenderNoItems();
     // One page; empty when it has no listed annotation or cannot be had.
@@ -104,7 +115,6 @@ public:
     static std::wstring FormatAnnotDate(const _PDDateRec& date, const std::wstring& format);
     // The contents with every line break turned into "<br/>"; nothing is escaped.
     static std::wstring ConvertContentsText(const PDFL::Annotation& annotation);
-    static void ConvertContentsText(const PDFL::Annotation& annotation, std::wstring& text);
 
     // --- Tracking --------------------------------------------------------------------------------
 
@@ -125,8 +135,6 @@ public:
     // "%1%_%2%" of the page index and the annotation's position. [any-thread]
     static std::wstring MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
                                             const PDFL::Annotation& annotation);
-    static void MakeAnnotUniqueName(BLDocument* document, std::uint32_t pageIndex,
-                                    const PDFL::Annotation& annotation, std::wstring& name);
     // Position of the annotation in its page's array; the first of equal ones. Fails with "Not
     // initialized", "Page index out of range" or "Annot not found". [any-thread]
     static std::uint32_t GetAnnotIndex(BLDocument* document, std::uint32_t pageIndex,
@@ -165,11 +173,16 @@ public:
 private:
     struct Loading;
 
+    // What MakeAnnotUniqueName makes of page index and position.
+    static void WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position,
+                                std::wstring& name);
+
     // The same as their namesakes above, behind what `target` holds.
     static void AppendPageItem(Rendering& rendering, std::uint32_t pageIndex, std::wstring& target);
     static void AppendAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
                                 const PDFL::Annotation& annotation, std::wstring& target);
-    static void AppendAnnotTooltip(Rendering& rendering, const PDFL::Annotation& annotation,
+    static void AppendAnnotTooltip(Rendering& rendering, const Rendering::Kind& kind,
+                                   const PDFL::Annotation& annotation,
                                    const std::wstring& tooltipId, std::wstring& target);
 
     // Throws the failure of an operation of this class.

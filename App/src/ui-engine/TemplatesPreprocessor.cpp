@@ -6,7 +6,6 @@
 #include "ui-engine/NarrowText.h"
 #include "ui-engine/UIEngine.SO.h"
 
-#include <boost/container/small_vector.hpp>
 #include <boost/format.hpp>
 #include <boost/regex.hpp>
 
@@ -47,8 +46,7 @@ bool IsLiteral(std::wstring_view placeholder)
 {
     const auto isPlain = [](wchar_t character) {
         return character == L'_' || (character >= L'A' && character <= L'Z') ||
-               (character >= L'a' && character <= L'z') ||
-               (character >= L'0' && character <= L'9');
+               (character >= L'a' && character <= L'z') || (character >= L'0' && character <= L'9');
     };
     return !placeholder.empty() && std::all_of(placeholder.begin(), placeholder.end(), isPlain);
 }
@@ -92,12 +90,6 @@ struct TemplatesPreprocessorBase<Encoding>::Rule {
 template <class Encoding>
 class TemplatesPreprocessorBase<Encoding>::MatchMap {
 public:
-    struct Match {
-        std::size_t start;
-        std::size_t length;
-        std::size_t rule;
-    };
-
     void Add(const Match& match)
     {
         auto place = matches_.end();
@@ -111,15 +103,27 @@ public:
         }
     }
 
-    const auto& InOrder() const noexcept { return matches_; }
+    // Those that apply: none that starts inside another which applies.
+    std::vector<Match> Applied() const
+    {
+        std::vector<Match> applied;
+        std::size_t cursor = 0;
+        for (const Match& match : matches_) {
+            if (match.start >= cursor) {
+                applied.push_back(match);
+                cursor = match.start + match.length;
+            }
+        }
+        return applied;
+    }
 
 private:
-    boost::container::small_vector<Match, 24> matches_;
+    std::vector<Match> matches_;
 };
 
 template <class Encoding>
 TemplatesPreprocessorBase<Encoding>::TemplatesPreprocessorBase(std::wstring path)
-    : path_(std::move(path))
+    : path_(std::move(path)), hostPath_(ToUtf16(path_))
 {
     rules_.reserve(10);  // enough for any template of the panel
 }
@@ -140,15 +144,23 @@ void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
                 std::make_unique<const boost::wregex>(placeholder.begin(), placeholder.end());
         }
         rules_.push_back(std::move(rule));
+        data_.clear();
         if (literal) {
             CompileLiteral(placeholder, RuleBits{1} << (rules_.size() - 1));
         }
     } catch (const std::exception& failure) {
-        FailProcessing(
-            path_, failure,
-            "details::TemplatesPreprocessorBase<struct details::UTF16_Bom_Strategy>::Do",
-            __LINE__);
+        FailProcessing(path_, failure,
+                       "details::TemplatesPreprocessorBase<struct details::UTF16_Bom_Strategy>::Do",
+                       __LINE__);
     }
+}
+
+template <class Encoding>
+void TemplatesPreprocessorBase<Encoding>::ChangeRule(std::size_t rule, TemplateAction action,
+                                                     std::wstring_view value)
+{
+    rules_[rule].action = action;
+    rules_[rule].value = value;
 }
 
 template <class Encoding>
@@ -166,7 +178,7 @@ void TemplatesPreprocessorBase<Encoding>::CompileLiteral(std::wstring_view liter
 }
 
 template <class Encoding>
-std::wstring TemplatesPreprocessorBase<Encoding>::Do() const
+std::wstring TemplatesPreprocessorBase<Encoding>::Do()
 {
     std::wstring output;
     AppendTo(output);
@@ -174,7 +186,7 @@ std::wstring TemplatesPreprocessorBase<Encoding>::Do() const
 }
 
 template <class Encoding>
-void TemplatesPreprocessorBase<Encoding>::AppendTo(std::wstring& target) const
+void TemplatesPreprocessorBase<Encoding>::AppendTo(std::wstring& target)
 {
     const std::size_t former = target.size();
     try {
@@ -182,7 +194,7 @@ void TemplatesPreprocessorBase<Encoding>::AppendTo(std::wstring& target) const
         BasicServiceObjectPtr<UIResources> resources;
         CallMethod<UIEngine::GetResources>(engine.Get(), resources.Receive());
         BasicServiceObjectPtr<UIResource> resource;
-        CallMethod<UIResources::GetResource>(resources.Get(), ToUtf16(path_).c_str(),
+        CallMethod<UIResources::GetResource>(resources.Get(), hostPath_.c_str(),
                                              resource.Receive());
         if (!resource) {
             return;
@@ -226,9 +238,8 @@ void TemplatesPreprocessorBase<Encoding>::FindLiterals(const std::wstring& text,
         }
         for (const std::size_t end = std::min(size, at + kBlock); at < end; ++at) {
             // Behind the last character stands a NUL, which is second in no placeholder.
-            const RuleBits candidates =
-                bits(withFirst_, characters[at]) &
-                (bits(withSecond_, characters[at + 1]) | ofOneCharacter_);
+            const RuleBits candidates = bits(withFirst_, characters[at]) &
+                                        (bits(withSecond_, characters[at + 1]) | ofOneCharacter_);
             if (candidates != 0) {
                 MatchLiterals(candidates, text, at, nextStarts, matches);
             }
@@ -268,30 +279,40 @@ void TemplatesPreprocessorBase<Encoding>::MatchLiterals(RuleBits candidates,
 }
 
 template <class Encoding>
-void TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data, std::uint32_t size,
-                                                  std::wstring& target) const
+void TemplatesPreprocessorBase<Encoding>::FindMatches(const std::uint8_t* data, std::uint32_t size)
 {
-    Encoding::CheckSize(data, size, path_);
-    Encoding::CheckBom(data, path_);
-    const std::wstring text = Encoding::Decode(data, size);
-
+    data_.clear();
+    text_ = Encoding::Decode(data, size);
     MatchMap matches;
     for (std::size_t i = 0; i < rules_.size(); ++i) {
         if (rules_[i].expression == nullptr) {
             continue;
         }
-        for (boost::wsregex_iterator it(text.begin(), text.end(), *rules_[i].expression), end;
+        for (boost::wsregex_iterator it(text_.begin(), text_.end(), *rules_[i].expression), end;
              it != end; ++it) {
             matches.Add({static_cast<std::size_t>(it->position()),
                          static_cast<std::size_t>(it->length()), i});
         }
     }
-    FindLiterals(text, matches);
-    if (matches.InOrder().empty()) {
+    FindLiterals(text_, matches);
+    matches_ = matches.Applied();
+    data_.assign(data, data + size);
+}
+
+template <class Encoding>
+void TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data, std::uint32_t size,
+                                                  std::wstring& target)
+{
+    Encoding::CheckSize(data, size, path_);
+    Encoding::CheckBom(data, path_);
+    if (!std::equal(data, data + size, data_.begin(), data_.end())) {
+        FindMatches(data, size);
+    }
+    if (matches_.empty()) {
         throw std::runtime_error("Nothing to process");
     }
 
-    std::size_t needed = target.size() + text.size();
+    std::size_t needed = target.size() + text_.size();
     for (const Rule& rule : rules_) {
         needed += rule.value.size();
     }
@@ -299,11 +320,8 @@ void TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data, std:
         target.reserve(std::max(needed, 2 * target.size()));
     }
     std::size_t cursor = 0;
-    for (const auto& match : matches.InOrder()) {
-        if (match.start < cursor) {
-            continue;  // inside a match already applied
-        }
-        target.append(text, cursor, match.start - cursor);
+    for (const Match& match : matches_) {
+        target.append(text_, cursor, match.start - cursor);
         const Rule& rule = rules_[match.rule];
         switch (rule.action) {
         case TemplateAction::kErase:
@@ -312,17 +330,17 @@ void TemplatesPreprocessorBase<Encoding>::Process(const std::uint8_t* data, std:
             target.append(rule.value);
             break;
         case TemplateAction::kInsertBefore:
-            target.append(rule.value).append(text, match.start, match.length);
+            target.append(rule.value).append(text_, match.start, match.length);
             break;
         case TemplateAction::kInsertAfter:
-            target.append(text, match.start, match.length).append(rule.value);
+            target.append(text_, match.start, match.length).append(rule.value);
             break;
         default:
             throw std::logic_error("Undefined action type");
         }
         cursor = match.start + match.length;
     }
-    target.append(text, cursor);
+    target.append(text_, cursor);
 }
 
 template class TemplatesPreprocessorBase<UTF16_Bom_Strategy>;

@@ -1,6 +1,8 @@
 // Fills the placeholders of a template that a module carries as a resource. A preprocessor is made
-// for one template, given an ordered list of rules and run once; nothing is cached between runs.
-// Used on the UI thread and on the render worker, one object per use.
+// for one template, given an ordered list of rules and run, as often as wanted with other values:
+// each run asks the host for the template anew, and only looks for the placeholders where its bytes
+// or the rules are not those of the run before. Used on the UI thread and on the render worker, one
+// object for each rendering.
 #pragma once
 
 #include <array>
@@ -45,19 +47,29 @@ public:
     // Appends a rule. The placeholder is a regular expression (Perl syntax), compiled at once: a
     // malformed one fails here. At equal start of two matches the rule added first wins. `value`
     // is written as it stands. An action outside the four fails when its rule is applied.
-    // Placeholder and value are borrowed and must outlive the last run.
+    // Placeholder and value are borrowed and must outlive the last run. Rules are numbered from 0.
     void AddRule(std::wstring_view placeholder, TemplateAction action, std::wstring_view value);
     template <std::same_as<std::wstring> Temporary>
     void AddRule(std::wstring_view placeholder, TemplateAction action, Temporary&& value) = delete;
 
+    // What runs from here on do at the matches of a rule that was added.
+    void ChangeRule(std::size_t rule, TemplateAction action, std::wstring_view value);
+    template <std::same_as<std::wstring> Temporary>
+    void ChangeRule(std::size_t rule, TemplateAction action, Temporary&& value) = delete;
+
     // Loads the template and applies the rules in one pass; values are never scanned again. Empty
     // when the host has no such resource.
-    std::wstring Do() const;
+    std::wstring Do();
 
     // The same behind what `target` holds, which a failure leaves as it was.
-    void AppendTo(std::wstring& target) const;
+    void AppendTo(std::wstring& target);
 
 private:
+    struct Match {
+        std::size_t start;
+        std::size_t length;
+        std::size_t rule;
+    };
     struct Rule;
     class MatchMap;
 
@@ -69,10 +81,16 @@ private:
     void MatchLiterals(RuleBits candidates, const std::wstring& text, std::size_t at,
                        std::size_t* nextStarts, MatchMap& matches) const;
     bool MayHoldLiteral(const wchar_t* block) const;
-    void Process(const std::uint8_t* data, std::uint32_t size, std::wstring& target) const;
+    void FindMatches(const std::uint8_t* data, std::uint32_t size);
+    void Process(const std::uint8_t* data, std::uint32_t size, std::wstring& target);
 
     std::wstring path_;
+    std::u16string hostPath_;
     std::vector<Rule> rules_;
+    // The template as the host had it in the last run, decoded, and where rules apply to it.
+    std::vector<std::uint8_t> data_;
+    std::wstring text_;
+    std::vector<Match> matches_;
     // The plain placeholders that have a character in their first and in their second place.
     std::array<RuleBits, kAscii> withFirst_{};
     std::array<RuleBits, kAscii> withSecond_{};
