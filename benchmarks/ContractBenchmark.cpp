@@ -16,8 +16,8 @@ class Bench {
 public:
     Bench()
         : state_(std::make_shared<Workbench::HostState>()),
-          document_(Workbench::BLDocumentObject::Make(
-              state_, Documents::MakePopulationDocument({10, 1})))
+          document_(
+              Workbench::BLDocumentObject::Make(state_, Documents::MakePopulationDocument({10, 1})))
     {
     }
 
@@ -78,8 +78,7 @@ void BM_Event_FanOut(benchmark::State& state)
     SOEvent::SubscriptionList subscriptions;
     for (std::int64_t i = 0; i < state.range(0); ++i) {
         subscriptions.Append(BLDocument::Subscribe_OnAnnotChanged(
-            bench.Document(),
-            [&calls](PDAnnotOperation, unsigned int, _PDAnnotRec*) { ++calls; }));
+            bench.Document(), [&calls](PDAnnotOperation, unsigned int, _PDAnnotRec*) { ++calls; }));
     }
     auto& source = bench.Object().Event<BLDocument::OnAnnotChanged>();
     for (auto _ : state) {
@@ -94,8 +93,7 @@ void BM_Event_PlainFunctions(benchmark::State& state)
     std::uint64_t calls = 0;
     std::vector<std::function<void(PDAnnotOperation, unsigned int, _PDAnnotRec*)>> callables;
     for (std::int64_t i = 0; i < state.range(0); ++i) {
-        callables.emplace_back(
-            [&calls](PDAnnotOperation, unsigned int, _PDAnnotRec*) { ++calls; });
+        callables.emplace_back([&calls](PDAnnotOperation, unsigned int, _PDAnnotRec*) { ++calls; });
     }
     for (auto _ : state) {
         for (const auto& callable : callables) {

@@ -106,8 +106,8 @@ void BM_Selector_AttributeByWalking(benchmark::State& state)
     const ListPage list(PopulationOf(state));
     for (auto _ : state) {
         benchmark::DoNotOptimize(list.Walk([&](HtmlEngine::ElementHandle element) {
-            return list.Name() == const_cast<ListPage&>(list).Page().Attribute(element,
-                                                                              "annot-name");
+            return list.Name() ==
+                   const_cast<ListPage&>(list).Page().Attribute(element, "annot-name");
         }));
     }
 }

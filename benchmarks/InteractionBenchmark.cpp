@@ -120,12 +120,11 @@ BENCHMARK(BM_Interaction_Add)->Apply(InteractionArguments);
 void BM_Interaction_Delete(benchmark::State& state)
 {
     Measure(
-        state,
-        [](PanelSession& session, bool) { PressKey(session, kKeyDelete); },
+        state, [](PanelSession& session, bool) { PressKey(session, kKeyDelete); },
         [](PanelSession& session, bool odd) {
             UndoEdit(session, odd);
-            session.View().SetFocus(
-                MiddlePage(session), session.Document().AnnotationAt(MiddlePage(session), 0));
+            session.View().SetFocus(MiddlePage(session),
+                                    session.Document().AnnotationAt(MiddlePage(session), 0));
         });
 }
 BENCHMARK(BM_Interaction_Delete)->Apply(InteractionArguments);

@@ -24,7 +24,9 @@ public:
         lastEnd = Clock::now();
     }
     void OnRemoved(HtmlEngine::NodeHandle, HtmlEngine::NodeHandle,
-                   HtmlEngine::NodeHandle) noexcept override {}
+                   HtmlEngine::NodeHandle) noexcept override
+    {
+    }
     void OnTextChanged(HtmlEngine::NodeHandle) noexcept override {}
     void OnAttributesChanged(HtmlEngine::NodeHandle) noexcept override {}
     void OnStatesChanged(HtmlEngine::NodeHandle) noexcept override {}

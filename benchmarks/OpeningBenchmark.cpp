@@ -1,5 +1,5 @@
-// From a PDF file on disk to the list in the panel, beside a bare walk with QPDF that reads the same
-// fields from the file's bytes in memory.
+// From a PDF file on disk to the list in the panel, beside a bare walk with QPDF that reads the
+// same fields from the file's bytes in memory.
 #include "PopulationArguments.h"
 
 #include "documents/QpdfDocument.h"
@@ -24,10 +24,9 @@ std::filesystem::path FileOf(Documents::PopulationSize size)
                        std::to_string(size.pages) + ".pdf");
     static std::vector<std::filesystem::path> written;
     if (std::find(written.begin(), written.end(), path) == written.end()) {
-        const std::string command = std::string(MAKE_DOCUMENT) + " --comments " +
-                                    std::to_string(size.comments) + " --pages " +
-                                    std::to_string(size.pages) + " --seed 1 '" + path.string() +
-                                    "' >&2";
+        const std::string command =
+            std::string(MAKE_DOCUMENT) + " --comments " + std::to_string(size.comments) +
+            " --pages " + std::to_string(size.pages) + " --seed 1 '" + path.string() + "' >&2";
         if (std::system(command.c_str()) != 0) {
             throw std::runtime_error("make-document failed");
         }

@@ -40,11 +40,11 @@ ReferenceList::ReferenceList(Handler::Rendering& rendering)
       simpleItem_(Split(L"document-panel-comments/template-simple-annot-item.htm",
                         {L"CLASS_NAME", L"ANNOT_UNIQUE_NAME", L"ANNOT_TOOLTIP_ID", L"ANNOT_NAME",
                          L"ANNOT_CONTENTS", L"ANNOT_TOOLTIP"})),
-      tooltip_(Split(L"document-panel-comments/template-annot-tooltip.htm",
-                     {L"ANNOT_TOOLTIP_ID", L"ANNOT_SUBJECT", L"ANNOT_TITLE",
-                      L"DATE_CREATED_DISPLAY_ATTRIBUTE", L"DATE_CREATED_KEY",
-                      L"DATE_CREATED_VALUE", L"DATE_MODIFIED_DISPLAY_ATTRIBUTE",
-                      L"DATE_MODIFIED_KEY", L"DATE_MODIFIED_VALUE"}))
+      tooltip_(
+          Split(L"document-panel-comments/template-annot-tooltip.htm",
+                {L"ANNOT_TOOLTIP_ID", L"ANNOT_SUBJECT", L"ANNOT_TITLE",
+                 L"DATE_CREATED_DISPLAY_ATTRIBUTE", L"DATE_CREATED_KEY", L"DATE_CREATED_VALUE",
+                 L"DATE_MODIFIED_DISPLAY_ATTRIBUTE", L"DATE_MODIFIED_KEY", L"DATE_MODIFIED_VALUE"}))
 {
     const std::wstring id(36, L'0');
     std::int32_t pageCount = 0;
@@ -62,7 +62,9 @@ ReferenceList::ReferenceList(Handler::Rendering& rendering)
             }
             const std::wstring contents = Handler::ConvertContentsText(annotation);
             const std::wstring name = Handler::GetAnnotTypeName(rendering, annotation);
-            const auto orName = [&](const std::wstring& text) { return text.empty() ? name : text; };
+            const auto orName = [&](const std::wstring& text) {
+                return text.empty() ? name : text;
+            };
             const std::wstring created =
                 Handler::FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat);
             const std::wstring modified =
@@ -76,7 +78,11 @@ ReferenceList::ReferenceList(Handler::Rendering& rendering)
             page.items.push_back(
                 {contents.empty(),
                  {Handler::GetAnnotClassName(annotation),
-                  DecimalText(index) + L"_" + DecimalText(position), id, name, contents, {}},
+                  DecimalText(index) + L"_" + DecimalText(position),
+                  id,
+                  name,
+                  contents,
+                  {}},
                  {id, orName(annotation.Subject()), orName(annotation.Title()), display(created),
                   label(created, rendering.createdLabel), created, display(modified),
                   label(modified, rendering.modifiedLabel), modified}});

@@ -15,8 +15,8 @@ namespace {
 
 // Lists of all sizes are written to memory that the process has already, as small ones are anyway:
 // what the system takes for fresh memory is not what is compared.
-const bool g_memoryIsKept = mallopt(M_MMAP_MAX, 0) == 1 &&
-                            mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max()) == 1;
+const bool g_memoryIsKept =
+    mallopt(M_MMAP_MAX, 0) == 1 && mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max()) == 1;
 
 // A host whose panel has registered its templates, and a document of the asked-for size.
 class Bench {
@@ -38,10 +38,9 @@ private:
 
 void CountComments(benchmark::State& state)
 {
-    state.counters["per_comment"] =
-        benchmark::Counter(static_cast<double>(state.range(0)),
-                           benchmark::Counter::kIsIterationInvariantRate |
-                               benchmark::Counter::kInvert);
+    state.counters["per_comment"] = benchmark::Counter(
+        static_cast<double>(state.range(0)),
+        benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void BM_Rendering_WholeList(benchmark::State& state)

@@ -34,14 +34,17 @@ std::string ExpectedDate(const std::string& text)
     std::array<int, 6> fields{0, 1, 1, 0, 0, 0};
     int zone = 0;
     char sign = '+';
-    const int read = std::sscanf(text.c_str(), "D:%4d%2d%2d%2d%2d%2d%c%2d", &fields[0], &fields[1], &fields[2],
-                                 &fields[3], &fields[4], &fields[5], &sign, &zone);
+    const int read = std::sscanf(text.c_str(), "D:%4d%2d%2d%2d%2d%2d%c%2d", &fields[0], &fields[1],
+                                 &fields[2], &fields[3], &fields[4], &fields[5], &sign, &zone);
     if (read < 1 || fields[0] <= 0) {
         return {};
     }
     std::array<char, 64> line{};
-    std::snprintf(line.data(), line.size(), "%d-%d-%d %d:%d:%d %+d", fields[0], fields[1], fields[2], fields[3],
-                  fields[4], fields[5], sign == '-' ? -zone : sign == '+' ? zone : 0);
+    std::snprintf(line.data(), line.size(), "%d-%d-%d %d:%d:%d %+d", fields[0], fields[1],
+                  fields[2], fields[3], fields[4], fields[5],
+                  sign == '-'   ? -zone
+                  : sign == '+' ? zone
+                                : 0);
     return line.data();
 }
 
@@ -64,8 +67,8 @@ Listing ReadGolden(const fs::path& path)
             }
         }
         fields.resize(6);
-        listing.back().push_back(fields[0] + "|" + fields[1] + "|" + fields[2] + "|" + fields[3] + "|" +
-                                 ExpectedDate(fields[4]) + "|" + ExpectedDate(fields[5]));
+        listing.back().push_back(fields[0] + "|" + fields[1] + "|" + fields[2] + "|" + fields[3] +
+                                 "|" + ExpectedDate(fields[4]) + "|" + ExpectedDate(fields[5]));
     }
     return listing;
 }

@@ -72,7 +72,8 @@ inline std::vector<std::string> Outline(Document& document)
     return outline;
 }
 
-template <class Kind> class DocumentEdit : public testing::Test {
+template <class Kind>
+class DocumentEdit : public testing::Test {
 protected:
     ~DocumentEdit() override { EXPECT_EQ(CountLiveRecords(), before_); }
 
@@ -89,35 +90,96 @@ struct EditRow {
 };
 
 inline const std::vector<std::string> kSuiteOutline{
-    "Text:note Popup: nothing Link:", "Square:twice Circle:shared Square:twice", "Circle:shared", ""};
+    "Text:note Popup: nothing Link:", "Square:twice Circle:shared Square:twice", "Circle:shared",
+    ""};
 
 inline std::vector<EditRow> EditRows()
 {
     const auto& o = kSuiteOutline;
     return {
-        {"add", [](Document& d) { return d.AddAnnotation(3, "Ink", u"ы\r"); }, {"added 3 Ink"}, {o[0], o[1], o[2], "Ink:ы\\r"}},
-        {"add after others", [](Document& d) { return d.AddAnnotation(0, "Odd Subtype", u""); }, {"added 0 Odd Subtype"}, {o[0] + " Odd Subtype:", o[1], o[2], ""}},
-        {"change", [](Document& d) { return d.ChangeContents(0, 0, u"new"); }, {"changed 0 Text"}, {"Text:new Popup: nothing Link:", o[1], o[2], ""}},
+        {"add",
+         [](Document& d) { return d.AddAnnotation(3, "Ink", u"ы\r"); },
+         {"added 3 Ink"},
+         {o[0], o[1], o[2], "Ink:ы\\r"}},
+        {"add after others",
+         [](Document& d) { return d.AddAnnotation(0, "Odd Subtype", u""); },
+         {"added 0 Odd Subtype"},
+         {o[0] + " Odd Subtype:", o[1], o[2], ""}},
+        {"change",
+         [](Document& d) { return d.ChangeContents(0, 0, u"new"); },
+         {"changed 0 Text"},
+         {"Text:new Popup: nothing Link:", o[1], o[2], ""}},
         {"change to the same", [](Document& d) { return d.ChangeContents(0, 0, u"note"); }, {}, {}},
-        {"change a shared one", [](Document& d) { return d.ChangeContents(2, 0, u"new"); }, {"changed 1 Circle", "changed 2 Circle"}, {o[0], "Square:twice Circle:new Square:twice", "Circle:new", ""}},
-        {"change one that stands twice", [](Document& d) { return d.ChangeContents(1, 2, u"new"); }, {"changed 1 Square"}, {o[0], "Square:new Circle:shared Square:new", o[2], ""}},
-        {"remove takes the pop-up along", [](Document& d) { return d.RemoveAnnotation(0, 0); }, {"removed 0 Text", "removed 0 Popup"}, {"nothing Link:", o[1], o[2], ""}},
-        {"remove a pop-up alone", [](Document& d) { return d.RemoveAnnotation(0, 1); }, {"removed 0 Popup"}, {"Text:note nothing Link:", o[1], o[2], ""}},
-        {"remove one that stands twice", [](Document& d) { return d.RemoveAnnotation(1, 2); }, {"removed 1 Square"}, {o[0], "Circle:shared", o[2], ""}},
-        {"remove a shared one", [](Document& d) { return d.RemoveAnnotation(1, 1); }, {"removed 1 Circle"}, {o[0], "Square:twice Square:twice", o[2], ""}},
-        {"insert first", [](Document& d) { return d.InsertPage(0); }, {"inserted 0"}, {"", o[0], o[1], o[2], ""}},
-        {"insert last", [](Document& d) { return d.InsertPage(4); }, {"inserted 4"}, {o[0], o[1], o[2], "", ""}},
+        {"change a shared one",
+         [](Document& d) { return d.ChangeContents(2, 0, u"new"); },
+         {"changed 1 Circle", "changed 2 Circle"},
+         {o[0], "Square:twice Circle:new Square:twice", "Circle:new", ""}},
+        {"change one that stands twice",
+         [](Document& d) { return d.ChangeContents(1, 2, u"new"); },
+         {"changed 1 Square"},
+         {o[0], "Square:new Circle:shared Square:new", o[2], ""}},
+        {"remove takes the pop-up along",
+         [](Document& d) { return d.RemoveAnnotation(0, 0); },
+         {"removed 0 Text", "removed 0 Popup"},
+         {"nothing Link:", o[1], o[2], ""}},
+        {"remove a pop-up alone",
+         [](Document& d) { return d.RemoveAnnotation(0, 1); },
+         {"removed 0 Popup"},
+         {"Text:note nothing Link:", o[1], o[2], ""}},
+        {"remove one that stands twice",
+         [](Document& d) { return d.RemoveAnnotation(1, 2); },
+         {"removed 1 Square"},
+         {o[0], "Circle:shared", o[2], ""}},
+        {"remove a shared one",
+         [](Document& d) { return d.RemoveAnnotation(1, 1); },
+         {"removed 1 Circle"},
+         {o[0], "Square:twice Square:twice", o[2], ""}},
+        {"insert first",
+         [](Document& d) { return d.InsertPage(0); },
+         {"inserted 0"},
+         {"", o[0], o[1], o[2], ""}},
+        {"insert last",
+         [](Document& d) { return d.InsertPage(4); },
+         {"inserted 4"},
+         {o[0], o[1], o[2], "", ""}},
         {"delete", [](Document& d) { return d.DeletePage(1); }, {"deleted 1"}, {o[0], o[2], ""}},
-        {"move down", [](Document& d) { return d.MovePage(0, 2); }, {"moved 0 2"}, {o[1], o[2], o[0], ""}},
-        {"move up", [](Document& d) { return d.MovePage(3, 0); }, {"moved 3 0"}, {"", o[0], o[1], o[2]}},
+        {"move down",
+         [](Document& d) { return d.MovePage(0, 2); },
+         {"moved 0 2"},
+         {o[1], o[2], o[0], ""}},
+        {"move up",
+         [](Document& d) { return d.MovePage(3, 0); },
+         {"moved 3 0"},
+         {"", o[0], o[1], o[2]}},
         {"move nowhere", [](Document& d) { return d.MovePage(2, 2); }, {}, {}},
-        {"add to no page", [](Document& d) { return d.AddAnnotation(4, "Ink", u""); }, {"error: suite: there is no page 4, the document has 4"}, {}},
-        {"add without subtype", [](Document& d) { return d.AddAnnotation(0, "", u""); }, {"error: suite: an annotation without a subtype cannot be added"}, {}},
-        {"change nothing", [](Document& d) { return d.ChangeContents(0, 2, u"x"); }, {"error: suite: there is no annotation 2 on page 0, whose array has 4 entries"}, {}},
-        {"remove beyond", [](Document& d) { return d.RemoveAnnotation(3, 0); }, {"error: suite: there is no annotation 0 on page 3, whose array has 0 entries"}, {}},
-        {"insert beyond", [](Document& d) { return d.InsertPage(5); }, {"error: suite: a page cannot be inserted at 5, the document has 4"}, {}},
-        {"delete no page", [](Document& d) { return d.DeletePage(4); }, {"error: suite: there is no page 4, the document has 4"}, {}},
-        {"move beyond", [](Document& d) { return d.MovePage(0, 4); }, {"error: suite: there is no page 4, the document has 4"}, {}},
+        {"add to no page",
+         [](Document& d) { return d.AddAnnotation(4, "Ink", u""); },
+         {"error: suite: there is no page 4, the document has 4"},
+         {}},
+        {"add without subtype",
+         [](Document& d) { return d.AddAnnotation(0, "", u""); },
+         {"error: suite: an annotation without a subtype cannot be added"},
+         {}},
+        {"change nothing",
+         [](Document& d) { return d.ChangeContents(0, 2, u"x"); },
+         {"error: suite: there is no annotation 2 on page 0, whose array has 4 entries"},
+         {}},
+        {"remove beyond",
+         [](Document& d) { return d.RemoveAnnotation(3, 0); },
+         {"error: suite: there is no annotation 0 on page 3, whose array has 0 entries"},
+         {}},
+        {"insert beyond",
+         [](Document& d) { return d.InsertPage(5); },
+         {"error: suite: a page cannot be inserted at 5, the document has 4"},
+         {}},
+        {"delete no page",
+         [](Document& d) { return d.DeletePage(4); },
+         {"error: suite: there is no page 4, the document has 4"},
+         {}},
+        {"move beyond",
+         [](Document& d) { return d.MovePage(0, 4); },
+         {"error: suite: there is no page 4, the document has 4"},
+         {}},
     };
 }
 
@@ -165,8 +227,9 @@ TYPED_TEST_P(DocumentEdit, KeepsTheLastPage)
 {
     const auto document = TypeParam::Make({{}, {}}, {});
     EXPECT_TRUE(document->DeletePage(1).Succeeded());
-    EXPECT_EQ(Events(document->DeletePage(0)),
-              std::vector<std::string>{"error: suite: the only page of a document cannot be deleted"});
+    EXPECT_EQ(
+        Events(document->DeletePage(0)),
+        std::vector<std::string>{"error: suite: the only page of a document cannot be deleted"});
     EXPECT_EQ(document->PageCount(), 1u);
 }
 
@@ -181,7 +244,8 @@ TYPED_TEST_P(DocumentEdit, AddsWithinThePageAndWithoutDates)
     ASSERT_EQ(page.size(), 61u);
     for (std::uint32_t position = 1; position < 61; ++position) {
         _PDRect rect{};
-        ASSERT_EQ(FunctionTable().AnnotGetRect(document->AnnotationAt(2, position).Get(), &rect), kResultOk);
+        ASSERT_EQ(FunctionTable().AnnotGetRect(document->AnnotationAt(2, position).Get(), &rect),
+                  kResultOk);
         EXPECT_TRUE(0 <= rect.left && rect.left < rect.right && rect.right <= 300);
         EXPECT_TRUE(0 <= rect.bottom && rect.bottom < rect.top && rect.top <= 200);
         EXPECT_EQ(page[position].rfind("Highlight|x|||||", 0), 0u) << page[position];
@@ -199,9 +263,11 @@ TYPED_TEST_P(DocumentEdit, AnswersForPermissions)
         {{.annotations = {Entry("Text", u"free"), Entry("Text", u"locked", kFlagLocked),
                           Entry("Text", u"read-only", kFlagReadOnly), nullptr}}},
         {});
-    const std::string refusals[] = {"", "the annotation is locked", "the annotation is read-only", ""};
+    const std::string refusals[] = {"", "the annotation is locked", "the annotation is read-only",
+                                    ""};
     for (std::uint32_t position = 0; position < 4; ++position) {
-        EXPECT_EQ(Document::DeletionRefusal(document->AnnotationAt(0, position).Get()), refusals[position]);
+        EXPECT_EQ(Document::DeletionRefusal(document->AnnotationAt(0, position).Get()),
+                  refusals[position]);
     }
     EXPECT_FALSE(document->ReadOnly());
     EXPECT_TRUE(document->AnnotationDeletionPermitted());
@@ -276,7 +342,8 @@ TYPED_TEST_P(DocumentEdit, IsTakenBackAndDoneAgain)
             EXPECT_TRUE(document->Modified());
         }
         const std::uint64_t revision = document->Revision();
-        EXPECT_EQ(Events(document->Redo()), std::vector<std::string>{}) << "nothing is left to redo";
+        EXPECT_EQ(Events(document->Redo()), std::vector<std::string>{})
+            << "nothing is left to redo";
         EXPECT_EQ(document->Revision(), revision);
     }
 }
@@ -284,18 +351,30 @@ TYPED_TEST_P(DocumentEdit, IsTakenBackAndDoneAgain)
 // One step of a random script; the same state of `random` gives the same step.
 inline EditResult RandomEdit(Document& document, std::mt19937& random)
 {
-    const auto below = [&](std::uint32_t bound) { return static_cast<std::uint32_t>(random() % bound); };
+    const auto below = [&](std::uint32_t bound) {
+        return static_cast<std::uint32_t>(random() % bound);
+    };
     const std::uint32_t page = below(document.PageCount());
     const std::uint32_t position = below(6);
     const std::u16string contents(1 + below(5), static_cast<char16_t>(u'а' + below(30)));
     constexpr const char* kSubtypes[] = {"Text", "Square", "FreeText", "Popup", "Line"};
     switch (below(12)) {
-    case 0: return document.InsertPage(below(document.PageCount() + 1));
-    case 1: return document.DeletePage(page);
-    case 2: return document.MovePage(page, below(document.PageCount()));
-    case 3: case 4: case 5: return document.RemoveAnnotation(page, position);
-    case 6: case 7: case 8: return document.ChangeContents(page, position, contents);
-    default: return document.AddAnnotation(page, kSubtypes[below(5)], contents);
+    case 0:
+        return document.InsertPage(below(document.PageCount() + 1));
+    case 1:
+        return document.DeletePage(page);
+    case 2:
+        return document.MovePage(page, below(document.PageCount()));
+    case 3:
+    case 4:
+    case 5:
+        return document.RemoveAnnotation(page, position);
+    case 6:
+    case 7:
+    case 8:
+        return document.ChangeContents(page, position, contents);
+    default:
+        return document.AddAnnotation(page, kSubtypes[below(5)], contents);
     }
 }
 

@@ -68,15 +68,27 @@ std::vector<Query> Queries()
                      [] { return !sunk; }};
     };
     return {
-        {TableEntry::kAnnotIsEqual, [&](_PDAnnotRec* record) { return table.AnnotIsEqual(record, record, &flag); }, [] { return !flag; }},
-        {TableEntry::kAnnotIsListed, [&](_PDAnnotRec* record) { return table.AnnotIsListed(record, &flag); }, [] { return !flag; }},
-        {TableEntry::kAnnotGetSubtype, [&](_PDAnnotRec* record) { return table.AnnotGetSubtype(record, &atom); }, [] { return atom == kAtomNone; }},
+        {TableEntry::kAnnotIsEqual,
+         [&](_PDAnnotRec* record) { return table.AnnotIsEqual(record, record, &flag); },
+         [] { return !flag; }},
+        {TableEntry::kAnnotIsListed,
+         [&](_PDAnnotRec* record) { return table.AnnotIsListed(record, &flag); },
+         [] { return !flag; }},
+        {TableEntry::kAnnotGetSubtype,
+         [&](_PDAnnotRec* record) { return table.AnnotGetSubtype(record, &atom); },
+         [] { return atom == kAtomNone; }},
         text(TableEntry::kAnnotGetContents, &PDFunctionTable::AnnotGetContents),
         text(TableEntry::kAnnotGetTitle, &PDFunctionTable::AnnotGetTitle),
         text(TableEntry::kAnnotGetSubject, &PDFunctionTable::AnnotGetSubject),
-        {TableEntry::kAnnotGetCreationDate, [&](_PDAnnotRec* record) { return table.AnnotGetCreationDate(record, &date); }, [] { return date.year == 0; }},
-        {TableEntry::kAnnotGetModificationDate, [&](_PDAnnotRec* record) { return table.AnnotGetModificationDate(record, &date); }, [] { return date.year == 0; }},
-        {TableEntry::kAnnotGetRect, [&](_PDAnnotRec* record) { return table.AnnotGetRect(record, &rect); }, [] { return rect.right == 0.0; }},
+        {TableEntry::kAnnotGetCreationDate,
+         [&](_PDAnnotRec* record) { return table.AnnotGetCreationDate(record, &date); },
+         [] { return date.year == 0; }},
+        {TableEntry::kAnnotGetModificationDate,
+         [&](_PDAnnotRec* record) { return table.AnnotGetModificationDate(record, &date); },
+         [] { return date.year == 0; }},
+        {TableEntry::kAnnotGetRect,
+         [&](_PDAnnotRec* record) { return table.AnnotGetRect(record, &rect); },
+         [] { return rect.right == 0.0; }},
     };
 }
 
@@ -114,7 +126,8 @@ TEST_F(FunctionTableTest, RefusesNullsAndClearsItsValues)
 
 TEST_F(FunctionTableTest, HandsOutTextsWhole)
 {
-    const std::u16string texts[] = {u"", std::u16string(u"a\0b", 3), u"half \xD83D of a pair", u"\xDC00", std::u16string(1'000'000, u'x')};
+    const std::u16string texts[] = {u"", std::u16string(u"a\0b", 3), u"half \xD83D of a pair",
+                                    u"\xDC00", std::u16string(1'000'000, u'x')};
     for (const std::u16string& text : texts) {
         const auto document = OnePage({Note(text)});
         EXPECT_EQ(TextOf(&PDFunctionTable::AnnotGetContents, document->AnnotationAt(0, 0)), text);
@@ -150,11 +163,37 @@ TEST_F(FunctionTableTest, ListsMarkupAnnotationsThatTheScreenShows)
         std::uint32_t flags;
         bool listed;
     } rows[] = {
-        {"Text", 0, true}, {"FreeText", 0, true}, {"Line", 0, true}, {"Square", 0, true}, {"Circle", 0, true}, {"Polygon", 0, true}, {"PolyLine", 0, true}, {"Highlight", 0, true}, {"Underline", 0, true},
-        {"Squiggly", 0, true}, {"StrikeOut", 0, true}, {"Stamp", 0, true}, {"Caret", 0, true}, {"Ink", 0, true}, {"FileAttachment", 0, true}, {"Sound", 0, true}, {"Redact", 0, true},
-        {"Link", 0, false}, {"Popup", 0, false}, {"Widget", 0, false}, {"TrapNet", 0, false}, {"Screen", 0, false}, {"RichMedia", 0, false}, {"Watermark", 0, false}, {"line", 0, false}, {"Highlights", 0, false}, {"", 0, false},
-        {"Text", kFlagHidden, false}, {"Text", kFlagNoView | kFlagPrint, false},
-        {"Text", kFlagInvisible, true}, {"Text", kFlagPrint | kFlagReadOnly | kFlagLocked, true},
+        {"Text", 0, true},
+        {"FreeText", 0, true},
+        {"Line", 0, true},
+        {"Square", 0, true},
+        {"Circle", 0, true},
+        {"Polygon", 0, true},
+        {"PolyLine", 0, true},
+        {"Highlight", 0, true},
+        {"Underline", 0, true},
+        {"Squiggly", 0, true},
+        {"StrikeOut", 0, true},
+        {"Stamp", 0, true},
+        {"Caret", 0, true},
+        {"Ink", 0, true},
+        {"FileAttachment", 0, true},
+        {"Sound", 0, true},
+        {"Redact", 0, true},
+        {"Link", 0, false},
+        {"Popup", 0, false},
+        {"Widget", 0, false},
+        {"TrapNet", 0, false},
+        {"Screen", 0, false},
+        {"RichMedia", 0, false},
+        {"Watermark", 0, false},
+        {"line", 0, false},
+        {"Highlights", 0, false},
+        {"", 0, false},
+        {"Text", kFlagHidden, false},
+        {"Text", kFlagNoView | kFlagPrint, false},
+        {"Text", kFlagInvisible, true},
+        {"Text", kFlagPrint | kFlagReadOnly | kFlagLocked, true},
     };
     for (const auto& row : rows) {
         AnnotationProperties properties;
@@ -177,7 +216,8 @@ TEST_F(FunctionTableTest, RecordsOutliveRemovalAndDocument)
     const AnnotationRef removed = document->AnnotationAt(0, 0);
     ASSERT_TRUE(document->RemoveAnnotation(0, 0).Succeeded());
     document.reset();
-    EXPECT_EQ(DocumentsTest::Describe(removed), "Text|removed||||" "|1.0 2.0 3.0 4.0");
+    EXPECT_EQ(DocumentsTest::Describe(removed), "Text|removed||||"
+                                                "|1.0 2.0 3.0 4.0");
     EXPECT_EQ(DocumentsTest::ListPage(page).size(), 2u);
 }
 
@@ -204,8 +244,11 @@ TEST_F(FunctionTableTest, FaultsStrikePagesAndSingleAnnotations)
     const AnnotationRef second = document->AnnotationAt(0, 1);
     const PageRef page = document->AcquirePage(0);
     {
-        const FaultInjection fault{{.entry = TableEntry::kPageGetAnnot, .times = Fault::kEveryTime, .annotation = second}};
-        const FaultInjection title{{.entry = TableEntry::kAnnotGetTitle, .times = Fault::kEveryTime, .annotation = second}};
+        const FaultInjection fault{
+            {.entry = TableEntry::kPageGetAnnot, .times = Fault::kEveryTime, .annotation = second}};
+        const FaultInjection title{{.entry = TableEntry::kAnnotGetTitle,
+                                    .times = Fault::kEveryTime,
+                                    .annotation = second}};
         for (int round = 0; round < 3; ++round) {
             _PDAnnotRec* record = nullptr;
             EXPECT_EQ(table_.PageGetAnnot(page.Get(), 0, &record), kResultOk);

@@ -17,10 +17,7 @@ std::string Spelled(std::u16string_view text)
 {
     std::string spelled;
     for (const char c : Documents::ToUtf8(text)) {
-        spelled += c == '\r'   ? "\\r"
-                   : c == '\n' ? "\\n"
-                   : c == '\t' ? "\\t"
-                               : std::string(1, c);
+        spelled += c == '\r' ? "\\r" : c == '\n' ? "\\n" : c == '\t' ? "\\t" : std::string(1, c);
     }
     return spelled;
 }
@@ -106,12 +103,14 @@ std::string Describe(const Documents::AnnotationRef& annotation)
     EXPECT_EQ(table.AnnotGetModificationDate(annotation.Get(), &modified), kResultOk);
     std::string line(listed ? 0 : 1, '-');
     line += SubtypeOf(annotation.Get());
-    for (const TextEntry entry : {&PDFunctionTable::AnnotGetContents, &PDFunctionTable::AnnotGetTitle,
-                                  &PDFunctionTable::AnnotGetSubject}) {
+    for (const TextEntry entry :
+         {&PDFunctionTable::AnnotGetContents, &PDFunctionTable::AnnotGetTitle,
+          &PDFunctionTable::AnnotGetSubject}) {
         line += '|';
         line += Spelled(TextOf(entry, annotation));
     }
-    for (const std::string& field : {DateText(created), DateText(modified), RectText(annotation.Get())}) {
+    for (const std::string& field :
+         {DateText(created), DateText(modified), RectText(annotation.Get())}) {
         line += '|';
         line += field;
     }

@@ -10,7 +10,8 @@ namespace DocumentsTest {
 
 // One line for each entry of each page's array: "subtype|contents|title|subject|created|modified|
 // rectangle", with "-" in front when the entry is not listed; "nothing" where there is no
-// annotation. Dates are "y-m-d h:m:s +z", empty for year 0. Texts are UTF-8, line breaks spelled out.
+// annotation. Dates are "y-m-d h:m:s +z", empty for year 0. Texts are UTF-8, line breaks spelled
+// out.
 using Listing = std::vector<std::vector<std::string>>;
 
 std::vector<std::string> ListPage(Documents::PageRef page);

@@ -14,7 +14,8 @@ namespace {
 
 int RunTool(const std::string& arguments)
 {
-    const int status = std::system((std::string{MAKE_DOCUMENT} + " " + arguments + " 2>/dev/null").c_str());
+    const int status =
+        std::system((std::string{MAKE_DOCUMENT} + " " + arguments + " 2>/dev/null").c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -23,14 +24,18 @@ TEST(MakeDocument, WritesThePopulationOfTheMemoryDocument)
     const TemporaryFolder folder;
     const auto memory = Documents::MakePopulationDocument({200, 9}, 5);
     for (const char* extra : {"", "--appearances "}) {
-        ASSERT_EQ(RunTool(extra + std::string{"--comments 200 --pages 9 --seed 5 "} + (folder / "a.pdf").string()), 0);
+        ASSERT_EQ(RunTool(extra + std::string{"--comments 200 --pages 9 --seed 5 "} +
+                          (folder / "a.pdf").string()),
+                  0);
         const auto file = Documents::QpdfDocument::Open(folder / "a.pdf").document;
         ASSERT_TRUE(file);
         EXPECT_EQ(List(*file), List(*memory));
         EXPECT_EQ(file->Warnings(), std::vector<std::string>{});
     }
     const std::string bytes = ReadBytes(folder / "a.pdf");
-    ASSERT_EQ(RunTool("--appearances --comments 200 --pages 9 --seed 5 " + (folder / "a.pdf").string()), 0);
+    ASSERT_EQ(
+        RunTool("--appearances --comments 200 --pages 9 --seed 5 " + (folder / "a.pdf").string()),
+        0);
     EXPECT_EQ(ReadBytes(folder / "a.pdf"), bytes);
 }
 
@@ -46,15 +51,21 @@ TEST(MakeDocument, SampleHasEverySubtypeListedAndNot)
             subtypes.insert(line.substr(0, line.find('|')));
         }
     }
-    EXPECT_EQ(subtypes, (std::set<std::string>{
-                            "-Link", "-Popup", "-Text", "-TrapNet", "Caret", "Circle", "FileAttachment", "FreeText", "Highlight", "Ink", "Line", "PolyLine",
-                            "Polygon", "Redact", "Sound", "Square", "Squiggly", "Stamp", "StrikeOut", "Text", "Underline"}));
+    EXPECT_EQ(subtypes,
+              (std::set<std::string>{"-Link",    "-Popup",         "-Text",    "-TrapNet",  "Caret",
+                                     "Circle",   "FileAttachment", "FreeText", "Highlight", "Ink",
+                                     "Line",     "PolyLine",       "Polygon",  "Redact",    "Sound",
+                                     "Square",   "Squiggly",       "Stamp",    "StrikeOut", "Text",
+                                     "Underline"}));
     EXPECT_EQ(file->Warnings(), std::vector<std::string>{});
 }
 
 TEST(MakeDocument, SaysWhatIsWrong)
 {
-    for (const char* arguments : {"", "--sample", "--comments 5 a.pdf", "--comments x --pages 1 a.pdf", "--comments 5 --pages 0 a.pdf", "--sample --comments 5 --pages 1 a.pdf", "--sample a.pdf b.pdf", "--comments"}) {
+    for (const char* arguments :
+         {"", "--sample", "--comments 5 a.pdf", "--comments x --pages 1 a.pdf",
+          "--comments 5 --pages 0 a.pdf", "--sample --comments 5 --pages 1 a.pdf",
+          "--sample a.pdf b.pdf", "--comments"}) {
         EXPECT_EQ(RunTool(arguments), 2) << arguments;
     }
     EXPECT_EQ(RunTool("--sample /no/such/folder/a.pdf"), 1);

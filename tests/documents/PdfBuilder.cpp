@@ -32,8 +32,8 @@ std::string MakePdf(const std::vector<Documents::MemoryPage>& pages,
             if (const auto found = made.find(entry.get()); found != made.end()) {
                 return found->second;
             }
-            QPDFObjectHandle annotation = file.makeIndirectObject(
-                Documents::MakeAnnotationDictionary(entry->properties));
+            QPDFObjectHandle annotation =
+                file.makeIndirectObject(Documents::MakeAnnotationDictionary(entry->properties));
             made.emplace(entry.get(), annotation);
             if (entry->popup != nullptr) {
                 QPDFObjectHandle popup = make(entry->popup);
@@ -86,7 +86,8 @@ std::string OnePagePdf(const std::string& pageEntries, const std::vector<std::st
     std::vector<std::string> all{
         "<< /Type /Catalog /Pages 2 0 R >>",
         "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
-        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << >> " + pageEntries + " >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << >> " + pageEntries +
+            " >>",
     };
     all.insert(all.end(), objects.begin(), objects.end());
     return RawPdf(all);

@@ -24,7 +24,8 @@ std::string RawPdf(const std::vector<std::string>& objects, const std::string& t
 
 // A file of one page whose dictionary has `pageEntries` ("/Annots [4 0 R]"); further objects are
 // numbered from 4.
-std::string OnePagePdf(const std::string& pageEntries, const std::vector<std::string>& objects = {});
+std::string OnePagePdf(const std::string& pageEntries,
+                       const std::vector<std::string>& objects = {});
 
 std::string ReadBytes(const std::filesystem::path& path);
 void WriteBytes(const std::filesystem::path& path, const std::string& bytes);

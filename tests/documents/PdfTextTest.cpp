@@ -21,7 +21,8 @@ TEST(TextString, IsDecodedByItsMark)
         {"empty", "", u""},
         {"ASCII", "plain (text)", u"plain (text)"},
         {"Latin range of PDFDocEncoding", "tap\xE9 \xE0", u"tapé à"},
-        {"low PDFDocEncoding", "\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F", u"\u02D8\u02C7\u02C6\u02D9\u02DD\u02DB\u02DA\u02DC"},
+        {"low PDFDocEncoding", "\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F",
+         u"\u02D8\u02C7\u02C6\u02D9\u02DD\u02DB\u02DA\u02DC"},
         {"high PDFDocEncoding", "\x80\x84\x8D\x8E\x92\x93\x9E\xA0", u"•—“”™ﬁž€"},
         {"bytes that stand for nothing", "\x7F\x9F\xAD", u"\uFFFD\uFFFD\uFFFD"},
         {"UTF-16 big-endian", "\xFE\xFF\x65\x87\x00\x61"s, u"文a"},
@@ -30,19 +31,36 @@ TEST(TextString, IsDecodedByItsMark)
         {"UTF-16 mark alone", "\xFE\xFF", u""},
         {"half a mark is no mark", "\xFE", u"þ"},
         {"surrogate pair", "\xFE\xFF\xD8\x3D\xDC\xDD"s, u"\U0001F4DD"},
-        {"unpaired surrogates stay", "\xFE\xFF\x00\x61\xD8\x3D\x00\x62\xDC\xDD\x00\x63"s, u"a\xD83D\x62\xDCDD\x63"},
+        {"unpaired surrogates stay", "\xFE\xFF\x00\x61\xD8\x3D\x00\x62\xDC\xDD\x00\x63"s,
+         u"a\xD83D\x62\xDCDD\x63"},
         {"high surrogate at the end", "\xFE\xFF\x00\x61\xD8\x3D"s, u"a\xD83D"},
         {"UTF-8 with mark", "\xEF\xBB\xBF\xE0\xB9\x84\xC3\xA9\xF0\x9F\x93\x9D", u"ไé\U0001F4DD"},
         {"UTF-8 without mark is PDFDocEncoding", "\xC3\xA9", u"Ã©"},
-        {"UTF-8: overlong, surrogate, cut short", "\xEF\xBB\xBF\xC0\xAF|\xED\xA0\x80|\xE0\xB9", u"\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD"},
+        {"UTF-8: overlong, surrogate, cut short", "\xEF\xBB\xBF\xC0\xAF|\xED\xA0\x80|\xE0\xB9",
+         u"\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD"},
         {"UTF-8: beyond Unicode", "\xEF\xBB\xBF\xF4\x90\x80\x80x", u"\uFFFD\uFFFD\uFFFD\uFFFDx"},
         {"line breaks and tabs stay", "a\rb\nc\r\nd\te", u"a\rb\nc\r\nd\te"},
         {"NULs and controls go", "a\0b\x01\x0B\x0C\x17z"s, u"abz"},
-        {"NULs and controls go from UTF-16", "\xFE\xFF\x00\x61\x00\x00\x00\x85\x00\x7F\x00\x07\x00\x62"s, u"ab"},
+        {"NULs and controls go from UTF-16",
+         "\xFE\xFF\x00\x61\x00\x00\x00\x85\x00\x7F\x00\x07\x00\x62"s, u"ab"},
         {"language escape", "\xFE\xFF\x00\x1B\x00\x65\x00\x6E\x00\x1B\x00\x61"s, u"a"},
-        {"language escape in UTF-8", "\xEF\xBB\xBF" "a\x1B" "en-US\x1B" "b\x1B" "zh\x1B" "c", u"abc"},
-        {"lone escape takes nothing along", "\xEF\xBB\xBF" "a\x1B" "en b", u"aen b"},
-        {"escapes around a sentence", "\xEF\xBB\xBF\x1B" "not a language\x1B!", u"not a language!"},
+        {"language escape in UTF-8",
+         "\xEF\xBB\xBF"
+         "a\x1B"
+         "en-US\x1B"
+         "b\x1B"
+         "zh\x1B"
+         "c",
+         u"abc"},
+        {"lone escape takes nothing along",
+         "\xEF\xBB\xBF"
+         "a\x1B"
+         "en b",
+         u"aen b"},
+        {"escapes around a sentence",
+         "\xEF\xBB\xBF\x1B"
+         "not a language\x1B!",
+         u"not a language!"},
     };
     for (const TextRow& row : rows) {
         EXPECT_EQ(DecodeTextString(row.bytes), row.text) << row.name;
@@ -51,7 +69,13 @@ TEST(TextString, IsDecodedByItsMark)
 
 TEST(TextString, EncodedTextIsDecodedToItself)
 {
-    const std::u16string texts[] = {u"", u"plain\r\ntext", u"Größe", u"þÿ starts like a mark", u"文字 \U0001F4DD", u"lone \xD800 and \xDC00 halves", u"ï»¿"};
+    const std::u16string texts[] = {u"",
+                                    u"plain\r\ntext",
+                                    u"Größe",
+                                    u"þÿ starts like a mark",
+                                    u"文字 \U0001F4DD",
+                                    u"lone \xD800 and \xDC00 halves",
+                                    u"ï»¿"};
     for (const std::u16string& text : texts) {
         EXPECT_EQ(DecodeTextString(EncodeTextString(text)), text) << Documents::ToUtf8(text);
     }
@@ -101,7 +125,9 @@ TEST(Date, IsReadAsFarAsItCanBe)
         {"D:01220011195504+00'208'", "122 0 11 19 55 4 0"},
         {"D:00000501", none.substr(0, 1) + " 5 1 0 0 0 0"},
         {"\xFE\xFF\0D\0:\0002\0000\0002\0004\0000\0007"s, "2024 7 1 0 0 0 0"},
-        {"\xEF\xBB\xBF" "D:202407", "2024 7 1 0 0 0 0"},
+        {"\xEF\xBB\xBF"
+         "D:202407",
+         "2024 7 1 0 0 0 0"},
         {"2024-05-01T10:20:30+02:00", "2024 5 1 10 20 30 2"},
         {"2024-05-01T10:20:30.123Z", "2024 5 1 10 20 30 0"},
         {"2024-05-01", "2024 5 1 0 0 0 0"},

@@ -49,7 +49,8 @@ TEST(QpdfEdit, FollowsAMemoryDocumentThroughRandomScripts)
             ASSERT_EQ(List(*file), List(*memory)) << seed << ", " << step;
             if (step % 50 == 49) {
                 ASSERT_EQ(List(*QpdfKind::Reopened(*file)), List(*memory)) << seed << ", " << step;
-                ASSERT_EQ(List(*OpenPdf(memory->WriteBytes().bytes)), List(*memory)) << seed << ", " << step;
+                ASSERT_EQ(List(*OpenPdf(memory->WriteBytes().bytes)), List(*memory))
+                    << seed << ", " << step;
             }
         }
     }
@@ -62,8 +63,8 @@ TEST(QpdfEdit, WorksOnPagesThatNobodyHasRead)
     EXPECT_TRUE(file->MovePage(0, 1).Succeeded());
     EXPECT_TRUE(file->AddAnnotation(1, "Stamp", u"s").Succeeded());
     EXPECT_TRUE(file->RemoveAnnotation(0, 0).Succeeded());
-    const std::vector<std::string> outline{"Circle:shared", "Text:note Popup: nothing Link: Stamp:s",
-                                           "Circle:shared", ""};
+    const std::vector<std::string> outline{
+        "Circle:shared", "Text:note Popup: nothing Link: Stamp:s", "Circle:shared", ""};
     EXPECT_EQ(Outline(*file), outline);
     // Appearances are made by QPDF on saving; numbers of objects that are made afterwards must not
     // meet theirs.
@@ -95,11 +96,12 @@ TEST(QpdfEdit, ConcernsOnePageWhenPagesShareAnArray)
 
 TEST(QpdfEdit, LeavesNothingOfTheFormerContents)
 {
-    const auto file = OpenPdf(OnePagePdf(
-        "/Annots [4 0 R 5 0 R]",
-        {"<< /Subtype /FreeText /Contents (FORMER) /RC (FORMER) /AP << /N 6 0 R >> >>",
-         "<< /Subtype /Text /Contents (FORMER) /RC (FORMER) >>",
-         "<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Length 8 >>\nstream\n(FORMER)\nendstream"}));
+    const auto file = OpenPdf(
+        OnePagePdf("/Annots [4 0 R 5 0 R]",
+                   {"<< /Subtype /FreeText /Contents (FORMER) /RC (FORMER) /AP << /N 6 0 R >> >>",
+                    "<< /Subtype /Text /Contents (FORMER) /RC (FORMER) >>",
+                    "<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Length 8 "
+                    ">>\nstream\n(FORMER)\nendstream"}));
     EXPECT_TRUE(file->ChangeContents(0, 0, u"new").Succeeded());
     EXPECT_TRUE(file->RemoveAnnotation(0, 1).Succeeded());
     const TemporaryFolder folder;
@@ -148,13 +150,16 @@ TEST(QpdfEdit, TakenBackLeavesTheFileAsItWas)
 {
     const std::string bytes = RawPdf({
         "<< /Type /Catalog /Pages 2 0 R >>",
-        "<< /Type /Pages /Kids [3 0 R 4 0 R 5 0 R] /Count 4 /MediaBox [0 0 90 90] /Resources << /X_Kept /A >> >>",
+        "<< /Type /Pages /Kids [3 0 R 4 0 R 5 0 R] /Count 4 /MediaBox [0 0 90 90] /Resources << "
+        "/X_Kept /A >> >>",
         "<< /Type /Page /Parent 2 0 R /Annots 8 0 R /X_Private (page) >>",
         "<< /Type /Page /Parent 2 0 R /Annots 8 0 R /Contents 10 0 R >>",
-        "<< /Type /Pages /Parent 2 0 R /Kids [6 0 R 7 0 R] /Count 2 /Rotate 90 /CropBox [0 0 40 50] >>",
+        "<< /Type /Pages /Parent 2 0 R /Kids [6 0 R 7 0 R] /Count 2 /Rotate 90 /CropBox [0 0 40 "
+        "50] >>",
         "<< /Type /Page /Parent 5 0 R /Annots [9 0 R null 9 0 R] >>",
         "<< /Type /Page /Parent 5 0 R /MediaBox [0 0 7 7] >>",
-        "[9 0 R << /Subtype /FreeText /Contents (direct) /RC (rich) /AP << /N 10 0 R >> /X_Private 1 >>]",
+        "[9 0 R << /Subtype /FreeText /Contents (direct) /RC (rich) /AP << /N 10 0 R >> /X_Private "
+        "1 >>]",
         "<< /Subtype /FreeText /Contents (a) /RC (rich) /AP << /N 10 0 R >> >>",
         "<< /Type /XObject /Subtype /Form /BBox [0 0 1 1] /Length 3 >>\nstream\nq Q\nendstream",
     });
@@ -189,12 +194,15 @@ TEST(QpdfEdit, AddsWhatViewersShowBeforeAnySave)
         const char* subtype;
         const char* painting;  // the operators that make marks
     } rows[] = {
-        {"Highlight", "gs f "}, {"Square", "S "}, {"Circle", "s "}, {"Text", "b S S S S "}, {"Ink", "S "},
+        {"Highlight", "gs f "}, {"Square", "S "}, {"Circle", "s "},
+        {"Text", "b S S S S "}, {"Ink", "S "},
     };
-    const std::shared_ptr<Document> documents[] = {OpenPdf(MakePdf({{}})), MemoryDocument::Make("suite", {{}})};
+    const std::shared_ptr<Document> documents[] = {OpenPdf(MakePdf({{}})),
+                                                   MemoryDocument::Make("suite", {{}})};
     for (const auto& document : documents) {
         for (const auto& row : rows) {
-            ASSERT_TRUE(document->AddAnnotation(0, row.subtype, u"", _PDRect{50, 40, 10, 20}).Succeeded());
+            ASSERT_TRUE(
+                document->AddAnnotation(0, row.subtype, u"", _PDRect{50, 40, 10, 20}).Succeeded());
         }
         const BytesResult written = document->WriteBytes();
         QPDF file;
@@ -207,15 +215,25 @@ TEST(QpdfEdit, AddsWhatViewersShowBeforeAnySave)
             QPDFObjectHandle form = annotation.getKey("/AP").getKey("/N");
             ASSERT_TRUE(form.isFormXObject());
             EXPECT_EQ(form.getDict().getKey("/BBox").unparse(), "[ 0 0 40 20 ]");
-            EXPECT_EQ(form.getDict().getKey("/Resources").getKey("/ExtGState").getKey("/Multiply").getKey("/BM").getName(), "/Multiply");
+            EXPECT_EQ(form.getDict()
+                          .getKey("/Resources")
+                          .getKey("/ExtGState")
+                          .getKey("/Multiply")
+                          .getKey("/BM")
+                          .getName(),
+                      "/Multiply");
             std::istringstream words{Deep(form)};
             std::string painting;
             for (std::string word; words >> word;) {
-                painting += word == "gs" || word == "f" || word == "b" || word == "B" || word == "S" || word == "s" ? word + " " : "";
+                painting += word == "gs" || word == "f" || word == "b" || word == "B" ||
+                                    word == "S" || word == "s"
+                                ? word + " "
+                                : "";
             }
             EXPECT_EQ(painting, rows[item].painting);
         }
-        EXPECT_EQ(array.getArrayItem(0).getKey("/QuadPoints").unparse(), "[ 10 40 50 40 10 20 50 20 ]");
+        EXPECT_EQ(array.getArrayItem(0).getKey("/QuadPoints").unparse(),
+                  "[ 10 40 50 40 10 20 50 20 ]");
     }
 }
 

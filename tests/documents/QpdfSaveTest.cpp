@@ -24,11 +24,13 @@ TEST(QpdfSave, KeepsWhatNobodyUnderstands)
         {
             "<< /Type /Catalog /Pages 2 0 R /X_Private << /Ref 6 0 R >> >>",
             "<< /Type /Pages /Kids [3 0 R] /Count 1 /X_Tree (kept in the tree) >>",
-            "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 9 9] /Annots [4 0 R 5 0 R] /X_Page (kept on the page) >>",
+            "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 9 9] /Annots [4 0 R 5 0 R] /X_Page (kept "
+            "on the page) >>",
             "<< /Subtype /Text /Contents (a) /X_Note [1 2.50 <00FF> /A#20B] /IRT 5 0 R >>",
             "<< /Subtype /X_Unheard /X_Data 7 0 R >>",
             "<< /X_Deep [<< /More (kept deep down) >>] >>",
-            "<< /Length 5 /Filter /X_Codec /DecodeParms << /K 1 >> >>\nstream\n\x01\x02\xFFzz\nendstream",
+            "<< /Length 5 /Filter /X_Codec /DecodeParms << /K 1 >> "
+            ">>\nstream\n\x01\x02\xFFzz\nendstream",
         },
         "/X_Trailer (kept in the trailer) /Info << /X_Info (kept in the info) >>");
     const auto document = OpenPdf(bytes);
@@ -43,26 +45,36 @@ TEST(QpdfSave, KeepsWhatNobodyUnderstands)
     QPDFObjectHandle page = file.getAllPages().at(0);
     QPDFObjectHandle note = page.getKey("/Annots").getArrayItem(0);
     QPDFObjectHandle odd = page.getKey("/Annots").getArrayItem(1);
-    EXPECT_EQ(root.getKey("/X_Private").getKey("/Ref").getKey("/X_Deep").getArrayItem(0).getKey("/More").getStringValue(), "kept deep down");
+    EXPECT_EQ(root.getKey("/X_Private")
+                  .getKey("/Ref")
+                  .getKey("/X_Deep")
+                  .getArrayItem(0)
+                  .getKey("/More")
+                  .getStringValue(),
+              "kept deep down");
     EXPECT_EQ(root.getKey("/Pages").getKey("/X_Tree").getStringValue(), "kept in the tree");
     EXPECT_EQ(page.getKey("/X_Page").getStringValue(), "kept on the page");
     EXPECT_EQ(note.getKey("/X_Note").unparse(), "[ 1 2.50 <00ff> /A#20B ]");
     EXPECT_EQ(note.getKey("/Contents").getStringValue(), "b");
     EXPECT_TRUE(note.getKey("/IRT").isSameObjectAs(odd));
     EXPECT_EQ(file.getTrailer().getKey("/X_Trailer").getStringValue(), "kept in the trailer");
-    EXPECT_EQ(file.getTrailer().getKey("/Info").getKey("/X_Info").getStringValue(), "kept in the info");
+    EXPECT_EQ(file.getTrailer().getKey("/Info").getKey("/X_Info").getStringValue(),
+              "kept in the info");
     QPDFObjectHandle data = odd.getKey("/X_Data");
     EXPECT_EQ(data.getDict().getKey("/Filter").getName(), "/X_Codec");
     const auto raw = data.getRawStreamData();
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(raw->getBuffer()), raw->getSize()), "\x01\x02\xFFzz");
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(raw->getBuffer()), raw->getSize()),
+              "\x01\x02\xFFzz");
 }
 
 TEST(QpdfSave, KeepsTheEncryption)
 {
-    const std::string bytes = MakePdf(
-        {{.annotations = {MakeEntry({.subtype = "Text", .contents = u"secret"})}}}, [](QPDFWriter& writer) {
-            writer.setR6EncryptionParameters("user", "owner", true, true, true, false, true, true, qpdf_r3p_full, true);
-        });
+    const std::string bytes =
+        MakePdf({{.annotations = {MakeEntry({.subtype = "Text", .contents = u"secret"})}}},
+                [](QPDFWriter& writer) {
+                    writer.setR6EncryptionParameters("user", "owner", true, true, true, false, true,
+                                                     true, qpdf_r3p_full, true);
+                });
     const auto document = OpenPdf(bytes, {"user"});
     ASSERT_TRUE(document->ChangeContents(0, 0, u"other secret").Succeeded());
     const TemporaryFolder folder;

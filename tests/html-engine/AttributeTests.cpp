@@ -3,7 +3,8 @@
 namespace HtmlEngine::Test {
 namespace {
 
-TEST(Attribute, WithALeadingPointIsAClass) {
+TEST(Attribute, WithALeadingPointIsAClass)
+{
     const struct {
         std::string_view markup;
         std::string_view html;
@@ -22,7 +23,8 @@ TEST(Attribute, WithALeadingPointIsAClass) {
     }
 }
 
-TEST(Attribute, IsSetReadAndRemoved) {
+TEST(Attribute, IsSetReadAndRemoved)
+{
     TestPage page("<p id=p Lang=EN .a></p>");
     const ElementHandle p = page.Find("p");
     EXPECT_EQ(page->Attribute(p, "LANG"), "EN");
@@ -50,8 +52,8 @@ TEST(Attribute, IsSetReadAndRemoved) {
     for (const auto& step : steps) {
         const std::uint64_t before = page->ChangeCount();
         const std::string html = page.BodyHtml();
-        const Result result =
-            step.value ? page->SetAttribute(p, step.name, *step.value) : page->RemoveAttribute(p, step.name);
+        const Result result = step.value ? page->SetAttribute(p, step.name, *step.value)
+                                         : page->RemoveAttribute(p, step.name);
         EXPECT_EQ(result, Result::Success);
         EXPECT_EQ(page.BodyHtml(), step.html) << step.name;
         EXPECT_EQ(page->ChangeCount() > before, html != step.html) << step.name;
@@ -63,19 +65,26 @@ TEST(Attribute, IsSetReadAndRemoved) {
     }
 }
 
-TEST(Style, KeepsItsPropertiesInOrder) {
-    TestPage page("<p style=\"Color: red; visibility:collapse;broken; background: url('a;b') ; x:\"></p>");
+TEST(Style, KeepsItsPropertiesInOrder)
+{
+    TestPage page(
+        "<p style=\"Color: red; visibility:collapse;broken; background: url('a;b') ; x:\"></p>");
     const ElementHandle p = page.Find("p");
     EXPECT_EQ(page->Style(p, "color"), "red");
     EXPECT_EQ(page->Style(p, "BACKGROUND"), "url('a;b')");
     EXPECT_EQ(page->Style(p, "x"), "");
     EXPECT_EQ(page->SetStyle(p, "visibility", "visible"), Result::Success);
-    EXPECT_EQ(page->Attribute(p, "style"), "color: red; visibility: visible; background: url('a;b');");
+    EXPECT_EQ(page->Attribute(p, "style"),
+              "color: red; visibility: visible; background: url('a;b');");
     const std::uint64_t changes = page->ChangeCount();
     EXPECT_EQ(page->SetStyle(p, "visibility", "visible"), Result::Success);
     EXPECT_EQ(page->ChangeCount(), changes);
-    for (const auto& [property, value] :
-         {std::pair{"", "x"}, {"a b", "x"}, {"a:", "x"}, {"a", "x;y: z"}, {"a", "'x"}, {"a", "(x"}}) {
+    for (const auto& [property, value] : {std::pair{"", "x"},
+                                          {"a b", "x"},
+                                          {"a:", "x"},
+                                          {"a", "x;y: z"},
+                                          {"a", "'x"},
+                                          {"a", "(x"}}) {
         EXPECT_EQ(page->SetStyle(p, property, value), Result::BadName) << property << ' ' << value;
     }
     for (const char* const property : {"color", "visibility", "background", "never"}) {
@@ -84,24 +93,32 @@ TEST(Style, KeepsItsPropertiesInOrder) {
     EXPECT_EQ(page.BodyHtml(), "<p></p>");
 }
 
-TEST(Style, HidesWithEverythingInside) {
+TEST(Style, HidesWithEverythingInside)
+{
     const struct {
         std::string_view style;
         bool hides;
     } rows[] = {
-        {"visibility: collapse", true}, {"VISIBILITY:Hidden !important", true}, {"display: none", true},
-        {"visibility: visible", false}, {"display: block", false},             {"", false},
-        {"visibility: collapse; visibility: visible", false}, {"content: 'display: none'", false},
+        {"visibility: collapse", true},
+        {"VISIBILITY:Hidden !important", true},
+        {"display: none", true},
+        {"visibility: visible", false},
+        {"display: block", false},
+        {"", false},
+        {"visibility: collapse; visibility: visible", false},
+        {"content: 'display: none'", false},
     };
     for (const auto& row : rows) {
-        TestPage page("<div style=\"" + std::string(row.style) + "\"><p style='visibility: visible'><b></b></p></div>");
+        TestPage page("<div style=\"" + std::string(row.style) +
+                      "\"><p style='visibility: visible'><b></b></p></div>");
         EXPECT_EQ(page->IsHidden(page.Find("div")), row.hides) << row.style;
         EXPECT_EQ(page->IsHidden(page.Find("b")), row.hides) << row.style;
         EXPECT_FALSE(page->IsHidden(page.Body()));
     }
 }
 
-TEST(State, DisabledComesFromTheAttributeAndReachesInside) {
+TEST(State, DisabledComesFromTheAttributeAndReachesInside)
+{
     TestPage page("<div disabled><p></p></div><i></i>");
     const ElementHandle div = page.Find("div");
     const ElementHandle p = page.Find("p");
@@ -117,7 +134,8 @@ TEST(State, DisabledComesFromTheAttributeAndReachesInside) {
     EXPECT_EQ(page.Names(":disabled"), "");
 }
 
-TEST(State, BitsFollowTheirRules) {
+TEST(State, BitsFollowTheirRules)
+{
     using namespace ElementState;
     constexpr std::uint32_t kOther = 0x80000001;
     const struct {
@@ -149,7 +167,8 @@ public:
     void OnDetached(ElementHandle) noexcept override {}
 };
 
-TEST(State, CurrentIsTakenFromTheElementUnderTheSameHandler) {
+TEST(State, CurrentIsTakenFromTheElementUnderTheSameHandler)
+{
     TestPage page(
         "<div id=c1><p id=a></p><p id=b></p></div>"
         "<div id=c2><p id=c></p><section><p id=d></p></section></div><p id=e></p><p id=f></p>");
@@ -163,8 +182,8 @@ TEST(State, CurrentIsTakenFromTheElementUnderTheSameHandler) {
         std::string_view element;
         std::string_view current;
     } steps[] = {
-        {"#a", "a"},       {"#b", "b"},           {"#c", "b c"},         {"#d", "b d"},
-        {"#e", "b d e"},   {"#c2", "b c2 d"},     {"#a", "a c2 d"},      {"#a", "a c2 d"},
+        {"#a", "a"},     {"#b", "b"},       {"#c", "b c"},    {"#d", "b d"},
+        {"#e", "b d e"}, {"#c2", "b c2 d"}, {"#a", "a c2 d"}, {"#a", "a c2 d"},
     };
     for (const auto& step : steps) {
         page->SetState(page.Find(step.element), ElementState::kCurrent, 0);

@@ -11,7 +11,8 @@ class LoggingHandler : public AttachedHandler {
 public:
     LoggingHandler(std::string name, std::string& log) : name_(std::move(name)), log_(log) {}
 
-    void OnDetached(ElementHandle element) noexcept override {
+    void OnDetached(ElementHandle element) noexcept override
+    {
         log_ += name_ + " ";
         lastElement = element;
         if (then) {
@@ -29,7 +30,8 @@ private:
 
 class Handlers : public ::testing::Test {
 protected:
-    std::shared_ptr<LoggingHandler> Attach(std::string_view selector, const std::string& name) {
+    std::shared_ptr<LoggingHandler> Attach(std::string_view selector, const std::string& name)
+    {
         auto handler = std::make_shared<LoggingHandler>(name, log);
         EXPECT_EQ(page->AttachHandler(page.Find(selector), handler), Result::Success);
         return handler;
@@ -42,14 +44,17 @@ protected:
     TestPage page{"<div id=a><p id=b></p><p id=c><i id=d></i></p></div><p id=e></p>"};
 };
 
-TEST_F(Handlers, AreToldOnceInDocumentOrderWhateverTakesTheirElementAway) {
+TEST_F(Handlers, AreToldOnceInDocumentOrderWhateverTakesTheirElementAway)
+{
     const struct {
         std::string_view what;
         std::function<void()> end;
     } rows[] = {
         {"deleted", [&] { page->Delete(page.Find("#a")); }},
-        {"replaced", [&] { page->SetHtml(page.Find("#a"), "<p>", InsertPosition::ReplaceElement); }},
-        {"content replaced", [&] { page->SetHtml(page.Body(), "<p>", InsertPosition::ReplaceContent); }},
+        {"replaced",
+         [&] { page->SetHtml(page.Find("#a"), "<p>", InsertPosition::ReplaceElement); }},
+        {"content replaced",
+         [&] { page->SetHtml(page.Body(), "<p>", InsertPosition::ReplaceContent); }},
         {"text set", [&] { page->SetText(page.Body(), "t"); }},
         {"page loaded", [&] { page->LoadPage("<p>"); }},
     };
@@ -59,7 +64,9 @@ TEST_F(Handlers, AreToldOnceInDocumentOrderWhateverTakesTheirElementAway) {
         Attach("#c", "c1");
         Attach("#c", "c2");
         const ElementHandle b = page.Find("#b");
-        Attach("#b", "b")->then = [&] { EXPECT_FALSE(page->IsKnown(b)) << "told before the operation was complete"; };
+        Attach("#b", "b")->then = [&] {
+            EXPECT_FALSE(page->IsKnown(b)) << "told before the operation was complete";
+        };
         Attach("#a", "a");
         row.end();
         EXPECT_EQ(TakeLog(), "a b c1 c2 d ") << row.what;
@@ -68,7 +75,8 @@ TEST_F(Handlers, AreToldOnceInDocumentOrderWhateverTakesTheirElementAway) {
     }
 }
 
-TEST_F(Handlers, AreToldWhenTheDocumentEndsAndFindNothingInIt) {
+TEST_F(Handlers, AreToldWhenTheDocumentEndsAndFindNothingInIt)
+{
     auto document = std::make_unique<Document>();
     const ElementHandle root = document->Root();
     document->Use(root);
@@ -88,7 +96,8 @@ TEST_F(Handlers, AreToldWhenTheDocumentEndsAndFindNothingInIt) {
     EXPECT_EQ(handler.use_count(), 1);
 }
 
-TEST_F(Handlers, MayChangeTheTreeAndAttachOthersWhileBeingTold) {
+TEST_F(Handlers, MayChangeTheTreeAndAttachOthersWhileBeingTold)
+{
     const auto first = Attach("#b", "b");
     Attach("#c", "c");
     Attach("#e", "e");
@@ -105,7 +114,8 @@ TEST_F(Handlers, MayChangeTheTreeAndAttachOthersWhileBeingTold) {
     EXPECT_EQ(TakeLog(), "m ");
 }
 
-TEST_F(Handlers, AreFoundFromAnElementUpToTheRoot) {
+TEST_F(Handlers, AreFoundFromAnElementUpToTheRoot)
+{
     const auto root = std::make_shared<LoggingHandler>("root", log);
     page->AttachHandler(page->Root(), root);
     const auto a = Attach("#a", "a");
@@ -121,7 +131,8 @@ TEST_F(Handlers, AreFoundFromAnElementUpToTheRoot) {
     EXPECT_EQ(path[3].handler, root);
 }
 
-TEST_F(Handlers, AreRefusedTwiceNullAndDetached) {
+TEST_F(Handlers, AreRefusedTwiceNullAndDetached)
+{
     const auto handler = Attach("#b", "b");
     const ElementHandle b = page.Find("#b");
     EXPECT_EQ(page->AttachHandler(b, handler), Result::HandlerRefused);
@@ -129,7 +140,8 @@ TEST_F(Handlers, AreRefusedTwiceNullAndDetached) {
     EXPECT_EQ(page->AttachHandler(page.Find("#e"), nullptr), Result::HandlerRefused);
     EXPECT_EQ(page->DetachHandler(page.Find("#e"), handler.get()), Result::NotHeld);
     EXPECT_EQ(page->DetachHandler(b, nullptr), Result::NotHeld);
-    EXPECT_EQ(page->AttachHandler(page.Find("#e"), handler), Result::Success) << "one handler, two elements";
+    EXPECT_EQ(page->AttachHandler(page.Find("#e"), handler), Result::Success)
+        << "one handler, two elements";
     page->Use(b);
     EXPECT_EQ(page->DetachHandler(b, handler.get()), Result::Success);
     EXPECT_EQ(TakeLog(), "b ");
@@ -140,7 +152,8 @@ TEST_F(Handlers, AreRefusedTwiceNullAndDetached) {
     EXPECT_EQ(handler.use_count(), 2);
 }
 
-TEST_F(Handlers, OfAUsedElementEndWithItsPlaceInThePage) {
+TEST_F(Handlers, OfAUsedElementEndWithItsPlaceInThePage)
+{
     const ElementHandle c = page.Find("#c");
     page->Use(c);
     const auto handler = Attach("#c", "c");

@@ -6,7 +6,8 @@
 namespace HtmlEngine::Test {
 namespace {
 
-std::string Repeat(std::string_view text, int count) {
+std::string Repeat(std::string_view text, int count)
+{
     std::string result;
     for (; count > 0; --count) {
         result += text;
@@ -14,7 +15,8 @@ std::string Repeat(std::string_view text, int count) {
     return result;
 }
 
-TEST(Markup, IsReadBackAsItWasWritten) {
+TEST(Markup, IsReadBackAsItWasWritten)
+{
     const struct {
         std::string markup;
         std::string_view html;
@@ -30,7 +32,8 @@ TEST(Markup, IsReadBackAsItWasWritten) {
         {"<PoPuP ID=A></popup>", "<popup id=\"A\"></popup>"},
         {"a&#13;b\r\nc", "a&#13;b\nc"},
         {"<template><tr><td>x</template>", "<template><tr><td>x</td></tr></template>"},
-        {"<svg viewbox='0'><lineargradient/></svg>", "<svg viewBox=\"0\"><linearGradient></linearGradient></svg>"},
+        {"<svg viewbox='0'><lineargradient/></svg>",
+         "<svg viewBox=\"0\"><linearGradient></linearGradient></svg>"},
         {"<p>a<p>b", "<p>a</p><p>b</p>"},
     };
     for (const auto& row : rows) {
@@ -46,7 +49,8 @@ TEST(Markup, IsReadBackAsItWasWritten) {
     EXPECT_EQ(list->TextContent(list.Find("li[annot-name] p")), "onetwo");
 }
 
-TEST(Markup, MalformedUtf8IsReplaced) {
+TEST(Markup, MalformedUtf8IsReplaced)
+{
     const struct {
         std::string_view bytes;
         std::string_view text;
@@ -59,7 +63,10 @@ TEST(Markup, MalformedUtf8IsReplaced) {
         {"\xED\xA0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
         {"\xF4\x90\x80\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
         {std::string_view("12345678\0x", 10), "12345678\xEF\xBF\xBDx"},
-        {"1234567\xFF" "12345678", "1234567\xEF\xBF\xBD" "12345678"},
+        {"1234567\xFF"
+         "12345678",
+         "1234567\xEF\xBF\xBD"
+         "12345678"},
     };
     for (const auto& row : rows) {
         TestPage page("<p>" + std::string(row.bytes) + "</p><i></i>");
@@ -69,14 +76,18 @@ TEST(Markup, MalformedUtf8IsReplaced) {
     }
 }
 
-TEST(Markup, ContentsOfAHostileItemStayInsideIt) {
+TEST(Markup, ContentsOfAHostileItemStayInsideIt)
+{
     for (const std::string_view contents :
-         {"</p></li></ul></div><h1 id=out>", "<b><i><u>", "<li annot-name='0_0'>", "<table><tr><div></table>x", "<!-- ",
-          "<script>alert(1)</script>", "<p onclick='x'>", "<svg><style><a b=\"</style>", "</body></html><p>", "<frameset>",
-          "<select><option>", "<plaintext>"}) {
+         {"</p></li></ul></div><h1 id=out>", "<b><i><u>", "<li annot-name='0_0'>",
+          "<table><tr><div></table>x", "<!-- ", "<script>alert(1)</script>", "<p onclick='x'>",
+          "<svg><style><a b=\"</style>", "</body></html><p>", "<frameset>", "<select><option>",
+          "<plaintext>"}) {
         TestPage page("<div class=results-container></div>");
         const ElementHandle results = page.Find("div.results-container");
-        page->SetHtml(results, "<ul page-item=0><li annot-name='0_0'><p>" + std::string(contents) + "</p></li></ul>",
+        page->SetHtml(results,
+                      "<ul page-item=0><li annot-name='0_0'><p>" + std::string(contents) +
+                          "</p></li></ul>",
                       InsertPosition::ReplaceContent);
         EXPECT_EQ(page->Parent(results), page.Body()) << contents;
         EXPECT_EQ(page->ChildCount(page.Body()), 1U) << contents;
@@ -84,7 +95,8 @@ TEST(Markup, ContentsOfAHostileItemStayInsideIt) {
     }
 }
 
-TEST(Markup, DeepOrExplodingMarkupIsMastered) {
+TEST(Markup, DeepOrExplodingMarkupIsMastered)
+{
     std::string formatting = "<p>";
     std::string attributes = "<a";
     std::string leftOpen;
@@ -113,7 +125,8 @@ TEST(Markup, DeepOrExplodingMarkupIsMastered) {
     };
     for (const std::string& row : rows) {
         TestPage page("<div id=before></div><div id=place></div><div id=after></div>");
-        ASSERT_EQ(page->SetHtml(page.Find("#place"), row + "end", InsertPosition::ReplaceContent), Result::Success);
+        ASSERT_EQ(page->SetHtml(page.Find("#place"), row + "end", InsertPosition::ReplaceContent),
+                  Result::Success);
         EXPECT_NE(page.BodyHtml().find("id=\"after\""), std::string::npos) << row.substr(0, 40);
         EXPECT_EQ(page.Names(page.Body(), "body > div > x > y"), "") << row.substr(0, 40);
         page->LoadPage(row);
@@ -122,7 +135,8 @@ TEST(Markup, DeepOrExplodingMarkupIsMastered) {
     }
 }
 
-TEST(Markup, WithinTheLimitsLosesNothing) {
+TEST(Markup, WithinTheLimitsLosesNothing)
+{
     // Many elements that are never closed, beside each other and not inside.
     TestPage page(Repeat("<p>x", 3000) + Repeat("<ul><li>a<li>b</ul>", 3000));
     EXPECT_EQ(page.All(page.Body(), "p").size(), 3000U);
@@ -144,7 +158,8 @@ TEST(Markup, WithinTheLimitsLosesNothing) {
     EXPECT_EQ(wide->TextContent(wide.Find("#k")), "t");
 }
 
-TEST(Markup, TreeOfAnyDepthIsHandledWithoutRecursion) {
+TEST(Markup, TreeOfAnyDepthIsHandledWithoutRecursion)
+{
     TestPage page("<div id=top></div>");
     ElementHandle place = page.Find("#top");
     constexpr int kDepth = 100000;
@@ -170,22 +185,28 @@ TEST(Markup, TreeOfAnyDepthIsHandledWithoutRecursion) {
     EXPECT_FALSE(page->IsKnown(place));
 }
 
-TEST(Markup, RandomBytesDoNoHarm) {
+TEST(Markup, RandomBytesDoNoHarm)
+{
     const unsigned seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
     Random random(seed);
-    constexpr std::string_view kPieces[] = {"<", ">", "</", "/>", "<!--", "-->", "=", "\"", "'", "&", ";", " ", "\n", ".c", "id",
-                                            "table", "tr", "td", "ul", "li", "p", "b", "a", "svg", "math", "mi", "style", "script",
-                                            "select", "option", "template", "frameset", "form", "button", "x", "amp", "#0", "\xE2",
-                                            "<table>", "<td>", "</p>", "<b>", "</b>", "<li>", "<svg>", "<title>", "<template>"};
-    TestPage page("<table><tr><td id=cell></td></tr></table><ul><li></li></ul><svg></svg><template id=t></template>");
+    constexpr std::string_view kPieces[] = {
+        "<",    ">",      "</",    "/>",     "<!--",   "-->",     "=",         "\"",
+        "'",    "&",      ";",     " ",      "\n",     ".c",      "id",        "table",
+        "tr",   "td",     "ul",    "li",     "p",      "b",       "a",         "svg",
+        "math", "mi",     "style", "script", "select", "option",  "template",  "frameset",
+        "form", "button", "x",     "amp",    "#0",     "\xE2",    "<table>",   "<td>",
+        "</p>", "<b>",    "</b>",  "<li>",   "<svg>",  "<title>", "<template>"};
+    TestPage page("<table><tr><td id=cell></td></tr></table><ul><li></li></ul><svg></svg><template "
+                  "id=t></template>");
     for (int round = 0; round < 3000; ++round) {
         std::string html;
         for (std::size_t count = Pick(random, 40); count > 0; --count) {
             html += kPieces[Pick(random, std::size(kPieces))];
         }
         const std::vector<ElementHandle> all = page.All(page->Root(), "*");
-        page->SetHtml(all[Pick(random, all.size())], html, static_cast<InsertPosition>(Pick(random, 6)));
+        page->SetHtml(all[Pick(random, all.size())], html,
+                      static_cast<InsertPosition>(Pick(random, 6)));
         if (all.size() > 400 || all.size() < 4) {
             page->LoadPage(html + "<p>");
         }

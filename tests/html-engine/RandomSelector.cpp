@@ -24,7 +24,8 @@ constexpr std::array<State, 3> kStates = {State{"current", ElementState::kCurren
                                           State{"disabled", ElementState::kDisabled}};
 
 /// The parts in one string.
-std::string Joined(std::initializer_list<std::string_view> parts) {
+std::string Joined(std::initializer_list<std::string_view> parts)
+{
     std::string text;
     for (const std::string_view part : parts) {
         text += part;
@@ -33,18 +34,23 @@ std::string Joined(std::initializer_list<std::string_view> parts) {
 }
 
 template <typename Items>
-auto AnyOf(Random& random, const Items& items) {
+auto AnyOf(Random& random, const Items& items)
+{
     return items[Pick(random, items.size())];
 }
 
-bool HasClass(const Document& document, ElementHandle element, std::string_view name) {
-    const std::string classes = Joined({" ", document.Attribute(element, "class").value_or(""), " "});
+bool HasClass(const Document& document, ElementHandle element, std::string_view name)
+{
+    const std::string classes =
+        Joined({" ", document.Attribute(element, "class").value_or(""), " "});
     return classes.find(Joined({" ", name, " "})) != std::string::npos;
 }
 
-std::size_t CountBefore(const Document& document, ElementHandle element) {
+std::size_t CountBefore(const Document& document, ElementHandle element)
+{
     std::size_t count = 0;
-    for (ElementHandle e = document.PreviousSibling(element); e != kNoElement; e = document.PreviousSibling(e)) {
+    for (ElementHandle e = document.PreviousSibling(element); e != kNoElement;
+         e = document.PreviousSibling(e)) {
         ++count;
     }
     return count;
@@ -52,13 +58,16 @@ std::size_t CountBefore(const Document& document, ElementHandle element) {
 
 }  // namespace
 
-RandomSelector::Test RandomSelector::MakeTest(Random& random) {
+RandomSelector::Test RandomSelector::MakeTest(Random& random)
+{
     Test test;
     switch (Pick(random, 10)) {
     case 0:
         test.name = AnyOf(random, kClasses);
         test.text = Joined({".", test.name});
-        test.holds = [](const Document& d, ElementHandle e, const Test& t, ElementHandle) { return HasClass(d, e, t.name); };
+        test.holds = [](const Document& d, ElementHandle e, const Test& t, ElementHandle) {
+            return HasClass(d, e, t.name);
+        };
         break;
     case 1:
     case 2:
@@ -112,14 +121,17 @@ RandomSelector::Test RandomSelector::MakeTest(Random& random) {
         break;
     default:
         test.text = ":root";
-        test.holds = [](const Document&, ElementHandle e, const Test&, ElementHandle root) { return e == root; };
+        test.holds = [](const Document&, ElementHandle e, const Test&, ElementHandle root) {
+            return e == root;
+        };
         break;
     }
     test.negated = Pick(random, 6) == 0;
     return test;
 }
 
-RandomSelector::RandomSelector(Random& random) {
+RandomSelector::RandomSelector(Random& random)
+{
     chains_.resize(Pick(random, 5) == 0 ? 2 : 1);
     for (Chain& chain : chains_) {
         chain.resize(1 + Pick(random, 4));
@@ -142,7 +154,8 @@ RandomSelector::RandomSelector(Random& random) {
     }
 }
 
-std::string RandomSelector::Text() const {
+std::string RandomSelector::Text() const
+{
     std::string text;
     for (const Chain& chain : chains_) {
         text += text.empty() ? "" : ", ";
@@ -161,14 +174,17 @@ std::string RandomSelector::Text() const {
     return text;
 }
 
-bool RandomSelector::Matches(const Document& document, ElementHandle element, ElementHandle root) const {
+bool RandomSelector::Matches(const Document& document, ElementHandle element,
+                             ElementHandle root) const
+{
     return std::any_of(chains_.begin(), chains_.end(), [&](const Chain& chain) {
         return MatchesChain(document, element, root, chain, chain.size() - 1);
     });
 }
 
-bool RandomSelector::MatchesChain(const Document& document, ElementHandle element, ElementHandle root,
-                                  const Chain& chain, std::size_t last) {
+bool RandomSelector::MatchesChain(const Document& document, ElementHandle element,
+                                  ElementHandle root, const Chain& chain, std::size_t last)
+{
     if (element == kNoElement) {
         return false;
     }
@@ -182,7 +198,9 @@ bool RandomSelector::MatchesChain(const Document& document, ElementHandle elemen
     }
     const char combinator = chain[last].combinator;
     const bool upwards = combinator == ' ' || combinator == '>';
-    const auto step = [&](ElementHandle e) { return upwards ? document.Parent(e) : document.PreviousSibling(e); };
+    const auto step = [&](ElementHandle e) {
+        return upwards ? document.Parent(e) : document.PreviousSibling(e);
+    };
     for (ElementHandle other = step(element); other != kNoElement; other = step(other)) {
         if (MatchesChain(document, other, root, chain, last - 1)) {
             return true;
@@ -194,16 +212,20 @@ bool RandomSelector::MatchesChain(const Document& document, ElementHandle elemen
     return false;
 }
 
-std::string RandomMarkup(Random& random, int depth) {
+std::string RandomMarkup(Random& random, int depth)
+{
     std::string html;
-    for (std::size_t count = Pick(random, depth > 3 ? 5 : 3) + (depth > 3 ? 1 : 0); count > 0; --count) {
+    for (std::size_t count = Pick(random, depth > 3 ? 5 : 3) + (depth > 3 ? 1 : 0); count > 0;
+         --count) {
         const std::string tag(AnyOf(random, kTags));
         html += Joined({"<", tag});
         if (Pick(random, 3) == 0) {
-            html += Joined({" .", kClasses[Pick(random, kClasses.size() - (Pick(random, 4) == 0 ? 0 : 1))]});
+            html += Joined(
+                {" .", kClasses[Pick(random, kClasses.size() - (Pick(random, 4) == 0 ? 0 : 1))]});
         }
         if (Pick(random, 3) == 0) {
-            html += Joined({" class='", AnyOf(random, kClasses), " ", AnyOf(random, kClasses), "'"});
+            html +=
+                Joined({" class='", AnyOf(random, kClasses), " ", AnyOf(random, kClasses), "'"});
         }
         if (Pick(random, 2) == 0) {
             html += Joined({" ", AnyOf(random, kAttributes), "=\"", AnyOf(random, kValues), "\""});

@@ -14,7 +14,8 @@ namespace HtmlEngine::Test {
 using Random = std::mt19937;
 
 /// A number in [0, count).
-inline std::size_t Pick(Random& random, std::size_t count) {
+inline std::size_t Pick(Random& random, std::size_t count)
+{
     return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
 }
 
@@ -47,8 +48,8 @@ private:
     using Chain = std::vector<Part>;
 
     static Test MakeTest(Random& random);
-    static bool MatchesChain(const Document& document, ElementHandle element, ElementHandle root, const Chain& chain,
-                             std::size_t last);
+    static bool MatchesChain(const Document& document, ElementHandle element, ElementHandle root,
+                             const Chain& chain, std::size_t last);
 
     std::vector<Chain> chains_;
 };

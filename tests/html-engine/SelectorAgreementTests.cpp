@@ -12,7 +12,8 @@ public:
 
     void Change() { changing_.Change(); }
 
-    void Compare() {
+    void Compare()
+    {
         ElementHandle top = page_->Root();
         const std::vector<ElementHandle>& kept = changing_.Kept();
         if (!kept.empty() && Pick(random_, 4) == 0) {
@@ -26,7 +27,8 @@ public:
                 expected.push_back(element);
             }
         }
-        ASSERT_EQ(page_.All(root, selector.Text()), expected) << selector.Text() << "\n" << page_->OuterHtml(top);
+        ASSERT_EQ(page_.All(root, selector.Text()), expected) << selector.Text() << "\n"
+                                                              << page_->OuterHtml(top);
 
         const ElementHandle element = AnyElement(top);
         bool matches = false;
@@ -42,10 +44,12 @@ public:
     }
 
     /// What is known of each element must be what its links say.
-    void CompareCounts() {
+    void CompareCounts()
+    {
         for (const ElementHandle element : Below(*page_, page_->Root())) {
             std::size_t count = 0;
-            for (ElementHandle child = page_->Child(element, 0); child != kNoElement; child = page_->NextSibling(child)) {
+            for (ElementHandle child = page_->Child(element, 0); child != kNoElement;
+                 child = page_->NextSibling(child)) {
                 ASSERT_EQ(page_->IndexInParent(child), count++);
                 ASSERT_EQ(page_->Parent(child), element);
             }
@@ -54,7 +58,8 @@ public:
     }
 
     /// Parsed markup, written and parsed again, must be the same tree.
-    void CompareReparsed() {
+    void CompareReparsed()
+    {
         const TestPage parsed(RandomMarkup(random_, 4));
         const std::string html = parsed.document.OuterHtml(parsed.document.Root());
         Document again;
@@ -70,7 +75,8 @@ private:
     TestPage& page_ = changing_.page;
 };
 
-TEST(SelectorAgreement, IndexAndWalkFindTheSame) {
+TEST(SelectorAgreement, IndexAndWalkFindTheSame)
+{
     ForEachSeed(12, [](unsigned seed) {
         Agreement agreement(seed);
         for (int step = 0; step < 150; ++step) {

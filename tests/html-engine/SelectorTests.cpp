@@ -5,11 +5,13 @@ namespace {
 
 constexpr std::string_view kBody =
     "<div id=d class='box wide'><p id=p1 lang=en>one</p><p id=p2 lang='' .note>two</p>"
-    "<ul id=u><li id=l1 annot-name='0_0'></li> <li id=l2 annot-name='0_1'><!-- c --></li><li id=l3>t</li></ul>"
+    "<ul id=u><li id=l1 annot-name='0_0'></li> <li id=l2 annot-name='0_1'><!-- c --></li><li "
+    "id=l3>t</li></ul>"
     "<ul id=v><li id=m1 annot-name='1_0'></li></ul></div>"
     "<section id=s><div id=e class=box><p id=p3>three</p></div></section>";
 
-TEST(Selector, FindsInDocumentOrder) {
+TEST(Selector, FindsInDocumentOrder)
+{
     TestPage page(kBody);
     page->SetState(page.Find("#l2"), ElementState::kCurrent | ElementState::kDisabled, 0);
     page->SetState(page.Find("#p1"), ElementState::kExpanded | ElementState::kHover, 0);
@@ -76,7 +78,8 @@ TEST(Selector, FindsInDocumentOrder) {
     }
 }
 
-TEST(Selector, CountsAncestorsOutsideTheQueryRootAndGivesOnlyWhatIsInside) {
+TEST(Selector, CountsAncestorsOutsideTheQueryRootAndGivesOnlyWhatIsInside)
+{
     TestPage page(kBody);
     const ElementHandle list = page.Find("#u");
     EXPECT_EQ(page.Names(list, "div li[annot-name]"), "l1 l2");
@@ -90,15 +93,17 @@ TEST(Selector, CountsAncestorsOutsideTheQueryRootAndGivesOnlyWhatIsInside) {
     EXPECT_EQ(page.Names(page.Find("#d"), ":root > *"), "p1 p2 u v");
 }
 
-TEST(Selector, OfAnAncestorTestTakesThePageRootForRoot) {
+TEST(Selector, OfAnAncestorTestTakesThePageRootForRoot)
+{
     TestPage page(kBody);
     const struct {
         std::string_view from;
         std::string_view selector;
         std::string_view nearest;
     } rows[] = {
-        {"#l2", ":root ul", "u"},       {"#l2", "li", "l2"},       {"#l2", ":root div.box", "d"},
-        {"#l2", ":root", "html"},       {"#p3", "section, div", "e"}, {"#l2", "section", ""},
+        {"#l2", ":root ul", "u"},        {"#l2", "li", "l2"},
+        {"#l2", ":root div.box", "d"},   {"#l2", ":root", "html"},
+        {"#p3", "section, div", "e"},    {"#l2", "section", ""},
         {"#l2", ":root > body", "body"},
     };
     for (const auto& row : rows) {
@@ -111,7 +116,8 @@ TEST(Selector, OfAnAncestorTestTakesThePageRootForRoot) {
     }
 }
 
-TEST(Selector, RefusesWhatIsMalformedAndSaysWhere) {
+TEST(Selector, RefusesWhatIsMalformedAndSaysWhere)
+{
     TestPage page(kBody);
     const struct {
         std::string_view selector;
@@ -151,7 +157,8 @@ TEST(Selector, RefusesWhatIsMalformedAndSaysWhere) {
             ADD_FAILURE();
             return true;
         };
-        EXPECT_EQ(page->SelectFirst(page->Root(), row.selector, match), Result::MalformedSelector) << row.selector;
+        EXPECT_EQ(page->SelectFirst(page->Root(), row.selector, match), Result::MalformedSelector)
+            << row.selector;
         EXPECT_EQ(match, kNoElement);
         EXPECT_EQ(page->SelectAll(page->Root(), row.selector, never), Result::MalformedSelector);
         EXPECT_EQ(page->Matches(page.Body(), row.selector, matches), Result::MalformedSelector);
@@ -166,7 +173,8 @@ TEST(Selector, RefusesWhatIsMalformedAndSaysWhere) {
     EXPECT_NE(Document::DescribeSelectorProblem(tooLong), "");
 }
 
-TEST(Selector, FollowsChangesOfTheList) {
+TEST(Selector, FollowsChangesOfTheList)
+{
     TestPage page("<div class=results-container></div><div class=other></div>");
     const ElementHandle results = page.Find("div.results-container");
     const ElementHandle body = page.Body();
@@ -180,10 +188,10 @@ TEST(Selector, FollowsChangesOfTheList) {
         }
         return names;
     };
-    constexpr std::string_view kFirst =
-        "div.results-container ul[page-item]:first-child li[page-index]:first-child li[annot-name]:first-child";
-    constexpr std::string_view kLast =
-        "div.results-container ul[page-item]:last-child li[page-index]:last-child li[annot-name]:last-child";
+    constexpr std::string_view kFirst = "div.results-container ul[page-item]:first-child "
+                                        "li[page-index]:first-child li[annot-name]:first-child";
+    constexpr std::string_view kLast = "div.results-container ul[page-item]:last-child "
+                                       "li[page-index]:last-child li[annot-name]:last-child";
     constexpr std::string_view kCurrent = "div.results-container li[annot-name]:current";
     const auto find = [&](std::string_view selector) { return page.FindIn(results, selector); };
 
@@ -195,18 +203,31 @@ TEST(Selector, FollowsChangesOfTheList) {
         std::string_view current;
     } steps[] = {
         {"loaded", [] {}, "0_0", "3_2", ""},
-        {"current", [&] { page->SetState(find("[annot-name='1_1']"), ElementState::kCurrent, 0); }, "0_0", "3_2", "1_1"},
+        {"current", [&] { page->SetState(find("[annot-name='1_1']"), ElementState::kCurrent, 0); },
+         "0_0", "3_2", "1_1"},
         {"first item gone", [&] { page->Delete(find("[annot-name='0_0']")); }, "0_1", "3_2", "1_1"},
         {"last page gone", [&] { page->Delete(find("[page-item='3']")); }, "0_1", "2_2", "1_1"},
         {"page before the first",
-         [&] { page->SetHtml(results, PageItemHtml(9, 2), InsertPosition::InsertFirst); }, "9_0", "2_2", "1_1"},
+         [&] { page->SetHtml(results, PageItemHtml(9, 2), InsertPosition::InsertFirst); }, "9_0",
+         "2_2", "1_1"},
         {"page after the last",
-         [&] { page->SetHtml(find("[page-item='2']"), PageItemHtml(7, 2), InsertPosition::InsertAfter); }, "9_0", "7_1", "1_1"},
+         [&] {
+             page->SetHtml(find("[page-item='2']"), PageItemHtml(7, 2),
+                           InsertPosition::InsertAfter);
+         },
+         "9_0", "7_1", "1_1"},
         {"page with the current item replaced",
-         [&] { page->SetHtml(find("[page-item='1']"), PageItemHtml(1, 5), InsertPosition::ReplaceElement); }, "9_0", "7_1", ""},
-        {"item renamed", [&] { page->SetAttribute(find("[annot-name='9_0']"), "annot-name", "x"); }, "x", "7_1", ""},
-        {"no item any more", [&] { page->RemoveAttribute(find("[annot-name='x']"), "annot-name"); }, "", "7_1", ""},
-        {"something behind the last", [&] { page->SetHtml(results, "<p>", InsertPosition::AppendLast); }, "", "", ""},
+         [&] {
+             page->SetHtml(find("[page-item='1']"), PageItemHtml(1, 5),
+                           InsertPosition::ReplaceElement);
+         },
+         "9_0", "7_1", ""},
+        {"item renamed", [&] { page->SetAttribute(find("[annot-name='9_0']"), "annot-name", "x"); },
+         "x", "7_1", ""},
+        {"no item any more", [&] { page->RemoveAttribute(find("[annot-name='x']"), "annot-name"); },
+         "", "7_1", ""},
+        {"something behind the last",
+         [&] { page->SetHtml(results, "<p>", InsertPosition::AppendLast); }, "", "", ""},
         {"and away again", [&] { page->Delete(find("p:last-child")); }, "", "7_1", ""},
         {"all gone", [&] { page->SetText(results, ""); }, "", "", ""},
     };
@@ -219,7 +240,8 @@ TEST(Selector, FollowsChangesOfTheList) {
     EXPECT_EQ(page.All(body, ".other li[annot-name]").size(), 12U);
 }
 
-TEST(Selector, CallbackMayStopAndMayChangeTheTree) {
+TEST(Selector, CallbackMayStopAndMayChangeTheTree)
+{
     TestPage page("<p id=a></p><p id=b></p><p id=c></p>");
     std::string seen;
     page->SelectAll(page->Root(), "p", [&](ElementHandle match) {
@@ -240,7 +262,8 @@ TEST(Selector, CallbackMayStopAndMayChangeTheTree) {
     EXPECT_EQ(page.Names("p"), "a n c n");
 }
 
-TEST(Selector, FindsEachMatchOnceInNestedContainers) {
+TEST(Selector, FindsEachMatchOnceInNestedContainers)
+{
     TestPage page("<div class=box><div class=box id=inner></div></div>");
     page->SetHtml(page.Find("#inner"), ListHtml(1, 40), InsertPosition::ReplaceContent);
     page->SetHtml(page.Find(".box"), ListHtml(1, 40), InsertPosition::AppendLast);
@@ -250,7 +273,8 @@ TEST(Selector, FindsEachMatchOnceInNestedContainers) {
     EXPECT_EQ(page.All(page.Find("#inner"), ".box li[annot-name]").size(), 40U);
 }
 
-TEST(Selector, KnowsTheEdgesOfAListWhileItGrowsAndShrinks) {
+TEST(Selector, KnowsTheEdgesOfAListWhileItGrowsAndShrinks)
+{
     TestPage page("<ul></ul>");
     const ElementHandle list = page.Find("ul");
     for (int round = 0; round < 200; ++round) {
@@ -270,7 +294,8 @@ TEST(Selector, KnowsTheEdgesOfAListWhileItGrowsAndShrinks) {
     }
 }
 
-TEST(Selector, KeepsDocumentOrderUnderInsertionsAtOnePlace) {
+TEST(Selector, KeepsDocumentOrderUnderInsertionsAtOnePlace)
+{
     TestPage page("<ul><li class=x id=first></li><li class=x id=last></li></ul>");
     const ElementHandle last = page.Find("#last");
     constexpr std::size_t kCount = 3000;

@@ -2,18 +2,22 @@
 
 namespace HtmlEngine::Test {
 
-TestPage::TestPage(std::string_view body) {
-    document.LoadPage("<!DOCTYPE html><html><head></head><body>" + std::string(body) + "</body></html>");
+TestPage::TestPage(std::string_view body)
+{
+    document.LoadPage("<!DOCTYPE html><html><head></head><body>" + std::string(body) +
+                      "</body></html>");
 }
 
-ElementHandle TestPage::FindIn(ElementHandle root, std::string_view selector) {
+ElementHandle TestPage::FindIn(ElementHandle root, std::string_view selector)
+{
     ElementHandle match = kNoElement;
     EXPECT_EQ(document.SelectFirst(root, selector, match), Result::Success) << selector;
     EXPECT_NE(match, kNoElement) << selector;
     return match;
 }
 
-std::vector<ElementHandle> TestPage::All(ElementHandle root, std::string_view selector) {
+std::vector<ElementHandle> TestPage::All(ElementHandle root, std::string_view selector)
+{
     std::vector<ElementHandle> matches;
     const auto collect = [&](ElementHandle match) {
         matches.push_back(match);
@@ -26,11 +30,13 @@ std::vector<ElementHandle> TestPage::All(ElementHandle root, std::string_view se
     return matches;
 }
 
-std::string TestPage::NameOf(ElementHandle element) {
+std::string TestPage::NameOf(ElementHandle element)
+{
     return document.Attribute(element, "id").value_or(std::string(document.TagName(element)));
 }
 
-std::string TestPage::Names(ElementHandle root, std::string_view selector) {
+std::string TestPage::Names(ElementHandle root, std::string_view selector)
+{
     std::string names;
     for (const ElementHandle match : All(root, selector)) {
         names += names.empty() ? "" : " ";
@@ -39,30 +45,37 @@ std::string TestPage::Names(ElementHandle root, std::string_view selector) {
     return names;
 }
 
-ElementHandle TestPage::Body() {
+ElementHandle TestPage::Body()
+{
     return document.Child(document.Root(), 1);
 }
 
-std::string ItemHtml(int page, int index) {
+std::string ItemHtml(int page, int index)
+{
     const std::string name = std::to_string(page) + "_" + std::to_string(index);
-    return "<li .highlight annot-name=\"" + name + "\" titleid=\"t" + name + "\">\r\n\t<h3>Highlight</h3>\r\n\t<p>one<br/>two</p>\r\n\t" +
+    return "<li .highlight annot-name=\"" + name + "\" titleid=\"t" + name +
+           "\">\r\n\t<h3>Highlight</h3>\r\n\t<p>one<br/>two</p>\r\n\t" +
            "<popup class=\"annot-details\" id=\"t" + name +
-           "\"><table class=\"props-table\" border=\"0\"><tr><td>Subject:</td><td>Title</td></tr></table>"
+           "\"><table class=\"props-table\" "
+           "border=\"0\"><tr><td>Subject:</td><td>Title</td></tr></table>"
            "<div class=\"separator\"></div><table class=\"props-table\" border=\"0\">"
            "<tr style=\"display:none;\"><td>:</td><td></td></tr></table></popup>\r\n</li>\r\n";
 }
 
-std::string PageItemHtml(int page, int perPage) {
+std::string PageItemHtml(int page, int perPage)
+{
     const std::string number = std::to_string(page);
-    std::string html = " <ul page-item=\"" + number + "\"><li page-index=\"" + number +
-                       "\"><div class=\"icon\" .document localize>Page</div><div><ul class=\"comments\">";
+    std::string html =
+        " <ul page-item=\"" + number + "\"><li page-index=\"" + number +
+        "\"><div class=\"icon\" .document localize>Page</div><div><ul class=\"comments\">";
     for (int index = 0; index < perPage; ++index) {
         html += ItemHtml(page, index);
     }
     return html + "</ul></div></li></ul>";
 }
 
-std::string ListHtml(int pages, int perPage) {
+std::string ListHtml(int pages, int perPage)
+{
     std::string html;
     for (int page = 0; page < pages; ++page) {
         html += PageItemHtml(page, perPage);

@@ -3,14 +3,17 @@
 namespace HtmlEngine::Test {
 namespace {
 
-TEST(Tree, IsAnEmptyPageBeforeAnythingIsLoaded) {
+TEST(Tree, IsAnEmptyPageBeforeAnythingIsLoaded)
+{
     Document document;
     EXPECT_EQ(document.OuterHtml(document.Root()), "<html><head></head><body></body></html>");
     document.LoadPage("\xEF\xBB\xBF<title>t</title><h1>x</h1>");
-    EXPECT_EQ(document.OuterHtml(document.Root()), "<html><head><title>t</title></head><body><h1>x</h1></body></html>");
+    EXPECT_EQ(document.OuterHtml(document.Root()),
+              "<html><head><title>t</title></head><body><h1>x</h1></body></html>");
 }
 
-TEST(Tree, CountsElementsOnly) {
+TEST(Tree, CountsElementsOnly)
+{
     TestPage page(" a <p id=a></p><!-- c --><p id=b></p> t ");
     const ElementHandle body = page.Body();
     const ElementHandle a = page.Find("#a");
@@ -28,7 +31,8 @@ TEST(Tree, CountsElementsOnly) {
     EXPECT_EQ(page->Parent(page->Root()), kNoElement);
 }
 
-TEST(Tree, TakesHtmlInEveryPosition) {
+TEST(Tree, TakesHtmlInEveryPosition)
+{
     const struct {
         InsertPosition position;
         std::string_view html;
@@ -57,7 +61,8 @@ TEST(Tree, TakesHtmlInEveryPosition) {
     }
 }
 
-TEST(Tree, ParsesAFragmentAsItsPlaceWould) {
+TEST(Tree, ParsesAFragmentAsItsPlaceWould)
+{
     const struct {
         std::string_view body;
         std::string_view place;
@@ -65,7 +70,8 @@ TEST(Tree, ParsesAFragmentAsItsPlaceWould) {
         std::string_view html;
         std::string_view result;
     } rows[] = {
-        {"<ul></ul>", "ul", InsertPosition::AppendLast, "<li>a<li>b", "<ul><li>a</li><li>b</li></ul>"},
+        {"<ul></ul>", "ul", InsertPosition::AppendLast, "<li>a<li>b",
+         "<ul><li>a</li><li>b</li></ul>"},
         {"<table></table>", "table", InsertPosition::AppendLast, "<tr><td>a",
          "<table><tbody><tr><td>a</td></tr></tbody></table>"},
         {"<table><tr></tr></table>", "tr", InsertPosition::AppendLast, "<td>a</td>",
@@ -75,8 +81,11 @@ TEST(Tree, ParsesAFragmentAsItsPlaceWould) {
         {"<div></div>", "div", InsertPosition::AppendLast, "<tr><td>a", "<div>a</div>"},
         {"<ul><li></li></ul>", "li", InsertPosition::AppendLast,
          "<popup id=p><table><tr><td>s:</td></tr></table><div></div></popup>",
-         "<ul><li><popup id=\"p\"><table><tbody><tr><td>s:</td></tr></tbody></table><div></div></popup></li></ul>"},
-        {"<popup></popup>", "popup", InsertPosition::ReplaceContent, "<p>a<p>b", "<popup><p>a</p><p>b</p></popup>"},
+         "<ul><li><popup "
+         "id=\"p\"><table><tbody><tr><td>s:</td></tr></tbody></table><div></div></popup></li></"
+         "ul>"},
+        {"<popup></popup>", "popup", InsertPosition::ReplaceContent, "<p>a<p>b",
+         "<popup><p>a</p><p>b</p></popup>"},
         {"<textarea></textarea>", "textarea", InsertPosition::ReplaceContent, "<b>&amp;",
          "<textarea>&lt;b&gt;&amp;</textarea>"},
         {"<style></style>", "style", InsertPosition::ReplaceContent, "a > b { } <i>",
@@ -84,12 +93,14 @@ TEST(Tree, ParsesAFragmentAsItsPlaceWould) {
     };
     for (const auto& row : rows) {
         TestPage page(row.body);
-        EXPECT_EQ(page->SetHtml(page.Find(row.place), row.html, row.position), Result::Success) << row.html;
+        EXPECT_EQ(page->SetHtml(page.Find(row.place), row.html, row.position), Result::Success)
+            << row.html;
         EXPECT_EQ(page.BodyHtml(), row.result);
     }
 }
 
-TEST(Tree, RefusesWhatHasNoPlace) {
+TEST(Tree, RefusesWhatHasNoPlace)
+{
     TestPage page("<br id=b><p id=p></p>");
     const ElementHandle root = page->Root();
     const ElementHandle line = page.Find("#b");
@@ -99,12 +110,14 @@ TEST(Tree, RefusesWhatHasNoPlace) {
     const std::string html = page->OuterHtml(root);
     const std::uint64_t changes = page->ChangeCount();
     for (const InsertPosition position :
-         {InsertPosition::ReplaceElement, InsertPosition::InsertBefore, InsertPosition::InsertAfter}) {
+         {InsertPosition::ReplaceElement, InsertPosition::InsertBefore,
+          InsertPosition::InsertAfter}) {
         EXPECT_EQ(page->SetHtml(root, "<p>", position), Result::NoPlace);
         EXPECT_EQ(page->SetHtml(detached, "<p>", position), Result::NoPlace);
     }
     for (const InsertPosition position :
-         {InsertPosition::ReplaceContent, InsertPosition::InsertFirst, InsertPosition::AppendLast}) {
+         {InsertPosition::ReplaceContent, InsertPosition::InsertFirst,
+          InsertPosition::AppendLast}) {
         EXPECT_EQ(page->SetHtml(line, "x", position), Result::NoContent);
     }
     EXPECT_EQ(page->SetText(line, "x"), Result::NoContent);
@@ -114,7 +127,8 @@ TEST(Tree, RefusesWhatHasNoPlace) {
     EXPECT_EQ(page->ChangeCount(), changes);
 }
 
-TEST(Handle, EndsWithItsElementAndIsNeverGivenOutAgain) {
+TEST(Handle, EndsWithItsElementAndIsNeverGivenOutAgain)
+{
     TestPage page("<p id=a></p>");
     const ElementHandle old = page.Find("#a");
     page->Delete(old);
@@ -146,12 +160,14 @@ TEST(Handle, EndsWithItsElementAndIsNeverGivenOutAgain) {
         EXPECT_EQ(page->Parent(dead), kNoElement);
         EXPECT_EQ(page->Child(dead, 0), kNoElement);
         EXPECT_EQ(page->ChildCount(dead), 0U);
-        EXPECT_EQ(page->OuterHtml(dead) + page->TextContent(dead) + std::string(page->TagName(dead)), "");
+        EXPECT_EQ(
+            page->OuterHtml(dead) + page->TextContent(dead) + std::string(page->TagName(dead)), "");
         EXPECT_TRUE(page->HandlersOf(dead).empty());
     }
 }
 
-TEST(Handle, UsesKeepADetachedElementWithWhatIsInside) {
+TEST(Handle, UsesKeepADetachedElementWithWhatIsInside)
+{
     TestPage page("<div id=a><ul id=b><li id=c>x</li></ul></div>");
     const ElementHandle a = page.Find("#a");
     const ElementHandle b = page.Find("#b");
@@ -187,7 +203,8 @@ TEST(Handle, UsesKeepADetachedElementWithWhatIsInside) {
     EXPECT_FALSE(page->IsKnown(c));
 }
 
-TEST(Handle, OfAUsedElementSurvivesLoadingAnotherPage) {
+TEST(Handle, OfAUsedElementSurvivesLoadingAnotherPage)
+{
     TestPage page("<p id=a></p>");
     const ElementHandle a = page.Find("#a");
     const ElementHandle root = page->Root();
@@ -199,7 +216,8 @@ TEST(Handle, OfAUsedElementSurvivesLoadingAnotherPage) {
     EXPECT_EQ(page.Names("p"), "b");
 }
 
-TEST(Tree, KnowsPositionsAmongManySiblings) {
+TEST(Tree, KnowsPositionsAmongManySiblings)
+{
     TestPage page("<ul></ul>");
     const ElementHandle list = page.Find("ul");
     std::string html;
@@ -209,7 +227,8 @@ TEST(Tree, KnowsPositionsAmongManySiblings) {
     page->SetHtml(list, html, InsertPosition::ReplaceContent);
     const auto agrees = [&] {
         std::size_t index = 0;
-        for (ElementHandle item = page->Child(list, 0); item != kNoElement; item = page->NextSibling(item), ++index) {
+        for (ElementHandle item = page->Child(list, 0); item != kNoElement;
+             item = page->NextSibling(item), ++index) {
             if (page->IndexInParent(item) != index || page->Child(list, index) != item) {
                 return false;
             }
@@ -220,7 +239,8 @@ TEST(Tree, KnowsPositionsAmongManySiblings) {
     page->SetHtml(list, "<li>a</li><li>b</li>", InsertPosition::InsertFirst);
     EXPECT_TRUE(agrees());
     page->Delete(page->Child(list, 500));
-    page->SetHtml(page->Child(list, 1000), "<li></li>t<li></li><li></li>", InsertPosition::ReplaceElement);
+    page->SetHtml(page->Child(list, 1000), "<li></li>t<li></li><li></li>",
+                  InsertPosition::ReplaceElement);
     EXPECT_TRUE(agrees());
     for (int count = 0; count < 300; ++count) {
         page->SetHtml(page->Child(list, 10), "<li>n</li>", InsertPosition::InsertBefore);

@@ -95,8 +95,8 @@ TEST_F(Commands, KeysMoveTheCurrentItemAndNavigateOnlyOnEnter)
             {"enter in a collapsed page", "click #collapse-all", kCollapsed, "Enter",
              "0+:0_0*,0_1 2-:2_0 3-:3_0,3_1 [ECRDB]", Shown("0", "0_0")},
             {"enter again", "PageDown; Enter; click div.icon @1",
-             "0:0_0,0_1 2-:2_0* 3:3_0,3_1 [ECRTB]", "Enter",
-             "0:0_0,0_1 2-:2_0* 3:3_0,3_1 [ECRTB]", Shown("2", "2_0")},  // focused already
+             "0:0_0,0_1 2-:2_0* 3:3_0,3_1 [ECRTB]", "Enter", "0:0_0,0_1 2-:2_0* 3:3_0,3_1 [ECRTB]",
+             Shown("2", "2_0")},  // focused already
             {"delete", "Down", "0+:0_0,0_1* 2:2_0 3:3_0,3_1 [ECRDTB]", "Delete",
              "0:0_0* 2:2_0 3:3_0,3_1 [ECRDB]", Deleted("0", "0_1")},
             {"delete the only item of a page", "PageDown", kInPage2, "Delete",
@@ -119,8 +119,8 @@ TEST_F(Commands, ClicksActOnTheirTargets)
              "0-:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRB]"},
             {"caption of the last page in view", "click div.icon; click div.icon @1",
              "0-:0_0*,0_1 2-:2_0 3:3_0,3_1 [ECRB]", "click div.icon @2", kCollapsed},
-            {"item", "", kLoaded, "click li[annot-name] @4",
-             "0:0_0,0_1 2:2_0 3+:3_0,3_1* [ECRDT]", Shown("3", "3_1")},
+            {"item", "", kLoaded, "click li[annot-name] @4", "0:0_0,0_1 2:2_0 3+:3_0,3_1* [ECRDT]",
+             Shown("3", "3_1")},
             {"what is inside an item", "", kLoaded, "click li[annot-name=\"2_0\"] p",
              "0:0_0,0_1 2+:2_0* 3:3_0,3_1 [ECRDTB]", Shown("2", "2_0")},
             {"item in a collapsed page is not there", "click #collapse-all", kCollapsed,
@@ -250,8 +250,8 @@ TEST_F(Commands, NavigationThatFailsLeavesTheCurrentItem)
             {"enter", "Down", "0+:0_0,0_1* [CRDT]", "Enter", "0+:0_0,0_1* [CRDT]", "",
              "UIHandler::HandleKey 8"},
             // The move buttons are brought up to date after navigating.
-            {"click", "", "0:0_0*,0_1 [ECRDB]", "click li[annot-name] @1", "0:0_0,0_1* [ECRDB]",
-             "", "UIHandler::HandleEvent 8"},
+            {"click", "", "0:0_0*,0_1 [ECRDB]", "click li[annot-name] @1", "0:0_0,0_1* [ECRDB]", "",
+             "UIHandler::HandleEvent 8"},
         },
         pages);
     VxHostUnregisterService("BLService");
@@ -305,15 +305,13 @@ TEST_F(Commands, AViewWithoutADocumentOrGoneIsLeftAlone)
 TEST_F(Commands, TheViewMayBeClosedInTheMiddleOfOne)
 {
     Start();
-    for (const char* action : {"Enter", "click li[annot-name] @2", "click #move-bottom", "Delete",
-                               "click #delete"}) {
+    for (const char* action :
+         {"Enter", "click li[annot-name] @2", "click #move-bottom", "Delete", "click #delete"}) {
         SCOPED_TRACE(action);
         const ViewPtr view = host.OpenView(MakeDocument(FivePages()));
         // Before the panel's own, so that its subscriptions end while their event is fired.
         bool closed = false;
-        const auto close = [&](auto...) {
-            closed = closed || (host.CloseView(view), true);
-        };
+        const auto close = [&](auto...) { closed = closed || (host.CloseView(view), true); };
         const SOEvent::SubscriptionHandle subscriptions[] = {
             BLDocumentView::Subscribe_OnFocusPageChanged(view->View().AsInterface(), close),
             BLDocument::Subscribe_OnAnnotChanged(view->View().Document()->AsInterface(), close)};
@@ -331,9 +329,7 @@ TEST_F(Commands, OnlyTheRightEventsCount)
     const ElementHandle list = Find(view, "div.results-container");
     const ElementHandle item = Find(view, "li[annot-name]", 2);
     const ElementHandle deleteButton = Find(view, "#delete");
-    const auto key = [](std::uint32_t kind) {
-        return UIKeyEvent{nullptr, kind, kKeyEnd, 0, 0};
-    };
+    const auto key = [](std::uint32_t kind) { return UIKeyEvent{nullptr, kind, kKeyEnd, 0, 0}; };
     const auto click = [](std::uint32_t kind) { return UIBehaviourEvent{nullptr, kind, 0}; };
     for (const std::uint32_t kind : {kKeyUp, kKeyCharacter, 3u}) {
         Raise(list, key(kind));

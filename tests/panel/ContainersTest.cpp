@@ -68,8 +68,8 @@ TEST_F(Containers, FollowTheViewsOfTheCollection)
     const ViewPtr late = Open(MakeDocument({{}}));
     EXPECT_THAT(Shown(), ElementsAre(KeyOf(late)));
     EXPECT_EQ(OutlineOf(late), "(There are no items to show) []");
-    EXPECT_TRUE(host.Panel().Page()->Attribute(Find(late, ""),
-                                               "disabled-when-document-locked-for-write"));
+    EXPECT_TRUE(
+        host.Panel().Page()->Attribute(Find(late, ""), "disabled-when-document-locked-for-write"));
 
     const auto created = MakeView(MakeDocument({{}}));
     host.Collection().Add(created);

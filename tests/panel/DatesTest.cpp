@@ -128,9 +128,8 @@ TEST(Dates, AreLocalTimesOrNothing)
     for (const Row& row : rows) {
         const TimeZone zone(row.zone);
         EXPECT_EQ(CommentsContainerHandler::FormatAnnotDate(row.date, row.format), row.expected)
-            << row.date.year << "-" << row.date.month << "-" << row.date.day << " "
-            << row.date.hour << ":" << row.date.minute << " " << row.date.utcOffsetHours << " "
-            << row.zone;
+            << row.date.year << "-" << row.date.month << "-" << row.date.day << " " << row.date.hour
+            << ":" << row.date.minute << " " << row.date.utcOffsetHours << " " << row.zone;
     }
 }
 
@@ -138,16 +137,21 @@ TEST(Dates, AreWrittenAsTheOutputFacetWritesThem)
 {
     namespace pt = boost::posix_time;
     const TimeZone utc(kUtc);
-    const std::wstring formats[] = {kFormat,  L"%d.%m.%Y %H:%M", L"%Y%m%d%H%M%S", L"%S %S",
-                                    L"%H h",  L"\x65E5 %d",      L"text",         L"%m/%d",
-                                    L"%",     L"%Y %",           L"%Q %Y",        L"%-d %Y"};
+    const std::wstring formats[] = {kFormat, L"%d.%m.%Y %H:%M", L"%Y%m%d%H%M%S", L"%S %S",
+                                    L"%H h", L"\x65E5 %d",      L"text",         L"%m/%d",
+                                    L"%",    L"%Y %",           L"%Q %Y",        L"%-d %Y"};
     std::mt19937 random(20240501);
     const auto number = [&](unsigned first, unsigned last) {
         return static_cast<std::uint16_t>(std::uniform_int_distribution(first, last)(random));
     };
     for (int round = 0; round < 5000; ++round) {
-        const _PDDateRec date{number(1970, 2037), number(1, 12), number(1, 28), number(0, 23),
-                              number(0, 59),      number(0, 59), 0};
+        const _PDDateRec date{number(1970, 2037),
+                              number(1, 12),
+                              number(1, 28),
+                              number(0, 23),
+                              number(0, 59),
+                              number(0, 59),
+                              0};
         const std::wstring& format = formats[number(0, std::size(formats) - 1)];
         std::wostringstream stream;
         stream.imbue(std::locale(stream.getloc(), new pt::wtime_facet(format.c_str())));

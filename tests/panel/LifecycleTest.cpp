@@ -60,10 +60,10 @@ protected:
     // Calls that the model posts when it is given the documents; they are run.
     std::size_t CallsPostedBy(UIDocumentPanelModel* model, UIDocumentsCollection* collection)
     {
-        EXPECT_EQ(CallMethodUnchecked<UIDocumentPanelModel::SetDocumentsCollection>(model,
-                                                                                    collection)
-                      .code,
-                  kResultOk);
+        EXPECT_EQ(
+            CallMethodUnchecked<UIDocumentPanelModel::SetDocumentsCollection>(model, collection)
+                .code,
+            kResultOk);
         const std::size_t posted = host.State().loop.WaitingCount();
         host.State().loop.RunWaiting();
         return posted;
@@ -252,8 +252,8 @@ TEST(Module, LeavesTheProcessHoweverOftenItIsLoaded)
         ViewPtr view = host.OpenView(MakeDocument(FivePages()));
         host.HandOverDocuments();
         ASSERT_TRUE(host.RunUntilIdle());
-        const auto list = ReadPanelView(*host.Panel().Page(),
-                                        ContainerKey(view->View().AsInterface()));
+        const auto list =
+            ReadPanelView(*host.Panel().Page(), ContainerKey(view->View().AsInterface()));
         ASSERT_TRUE(list.has_value());
         EXPECT_EQ(Outline(*list), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
         EXPECT_EQ(host.State().failures.Take().size(), 0u);

@@ -114,8 +114,8 @@ TEST_F(Loading, ChangesDuringALoadingAreInTheListWhenItLands)
     for (const bool foreign : {false, true}) {
         SCOPED_TRACE(foreign);
         Hold(true);
-        const ViewPtr view = foreign ? host.OpenView(MakeDocument(FivePages()))
-                                     : StartWith(FivePages());
+        const ViewPtr view =
+            foreign ? host.OpenView(MakeDocument(FivePages())) : StartWith(FivePages());
         host.State().firesOnForeignThread = foreign;
         AwaitHeld(1);
         Documents::Document& document = DocumentOf(view);
@@ -331,8 +331,8 @@ TEST_F(Loading, EveryCallOfThePdfLibraryMayFail)
     std::uint32_t faults = 0;
     for (const Row& row : rows) {
         for (std::uint32_t n = 0;; ++n) {
-            SCOPED_TRACE(testing::Message() << "entry " << static_cast<int>(row.entry) << " call "
-                                            << n);
+            SCOPED_TRACE(testing::Message()
+                         << "entry " << static_cast<int>(row.entry) << " call " << n);
             const FaultInjection fault(Fault{row.entry, kResultUnexpected, n});
             const std::vector<ItemText> items = load();
             std::size_t missing = 0, missingPage = 0, different = 0, i = 0;
@@ -352,9 +352,9 @@ TEST_F(Loading, EveryCallOfThePdfLibraryMayFail)
             }
             ++faults;
             EXPECT_LE(different, row.cost == Cost::kText ? 1u : 0u);
-            const bool wholePage =
-                missing == 2 && (items.empty() || items[0].page != missingPage) &&
-                items.size() == 2 && items[0].page == items[1].page;
+            const bool wholePage = missing == 2 &&
+                                   (items.empty() || items[0].page != missingPage) &&
+                                   items.size() == 2 && items[0].page == items[1].page;
             EXPECT_TRUE(missing == 0 ||
                         (row.cost == Cost::kItemOrPage && (missing == 1 || wholePage)));
         }

@@ -68,9 +68,8 @@ protected:
 TEST_F(Lookup, PositionsAreFoundOrSaidToBeMissing)
 {
     const MemoryEntry twice = Comment("Ink");
-    const auto document = MakeObject({{Comment("Text"), nullptr, Comment("Link"), twice, twice},
-                                      {},
-                                      {Comment("Text"), twice}});
+    const auto document = MakeObject(
+        {{Comment("Text"), nullptr, Comment("Link"), twice, twice}, {}, {Comment("Text"), twice}});
     const auto other = MakeObject({{Comment("Text")}});
     struct Row {
         BLDocument* document;
@@ -120,16 +119,25 @@ TEST_F(Lookup, AnnotationsAreFoundByTheNumberThatATextBeginsWith)
     const Failure noIndex = OutOfRange(L"Annot index out of range", kFunction);
     const Failure noPage = OutOfRange(L"Page index out of range", kFunction);
     const Row rows[] = {
-        {0, L"0", 0, kNone},           {0, L"3", 3, kNone},
-        {0, L"003", 3, kNone},         {0, L"2_7", 2, kNone},
-        {0, L"2x", 2, kNone},          {0, L"1", std::nullopt, kNone},
-        {0, L"", 0, kNone},            {0, L"x", 0, kNone},
-        {0, L"_2", 0, kNone},          {0, L"\x0663", 0, kNone},  // a digit of another script
-        {0, L"4", {}, noIndex},        {0, L"-1", {}, noIndex},
-        {0, L"4294967295", {}, noIndex}, {0, L"4294967296", {}, noIndex},
+        {0, L"0", 0, kNone},
+        {0, L"3", 3, kNone},
+        {0, L"003", 3, kNone},
+        {0, L"2_7", 2, kNone},
+        {0, L"2x", 2, kNone},
+        {0, L"1", std::nullopt, kNone},
+        {0, L"", 0, kNone},
+        {0, L"x", 0, kNone},
+        {0, L"_2", 0, kNone},
+        {0, L"\x0663", 0, kNone},  // a digit of another script
+        {0, L"4", {}, noIndex},
+        {0, L"-1", {}, noIndex},
+        {0, L"4294967295", {}, noIndex},
+        {0, L"4294967296", {}, noIndex},
         {0, L"99999999999999999999999", {}, noIndex},
-        {1, L"0", {}, noIndex},        {1, L"x", {}, noIndex},
-        {2, L"0", {}, noPage},         {kPDNoPage, L"0", {}, noPage},
+        {1, L"0", {}, noIndex},
+        {1, L"x", {}, noIndex},
+        {2, L"0", {}, noPage},
+        {kPDNoPage, L"0", {}, noPage},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.page << " " << ToUtf8(row.text));
@@ -214,7 +222,10 @@ TEST_F(OwnHandler, ResolvesTheCurrentItemByItsPageItemAndTheRestOfItsName)
         {listOf(page3, "annot-name=\"3_6\""), 3, {}, kNone, noIndex},
         {listOf(page3, "annot-name=\"3_-1\""), 3, {}, kNone, noIndex},
         {listOf(page3, "annot-name=\"\""), 3, {}, kNone, kNone},
-        {listOf("page-index=\"007\"", "annot-name=\"7_0\""), 7, {}, kNone,
+        {listOf("page-index=\"007\"", "annot-name=\"7_0\""),
+         7,
+         {},
+         kNone,
          OutOfRange(L"Page index out of range", "FindAnnot")},
         {listOf("page-index=\"x\"", "annot-name=\"0_1\""), 0, 1, kNone, kNone},
         {listOf("page-index=\"\"", "annot-name=\"3_0\""), 0, {}, noPageIndex, noPageIndex},

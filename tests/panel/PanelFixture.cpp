@@ -31,9 +31,9 @@ namespace {
 constexpr const char* kMarker = "UIInplacePlugin::InitHtml() failed, code: 3";
 
 const std::map<std::string, std::uint32_t> kKeys = {
-    {"Enter", kKeyEnter}, {"PageUp", kKeyPageUp}, {"PageDown", kKeyPageDown},
-    {"End", kKeyEnd},     {"Home", kKeyHome},     {"Left", kKeyLeft},
-    {"Up", kKeyUpArrow},  {"Right", kKeyRight},   {"Down", kKeyDownArrow},
+    {"Enter", kKeyEnter},  {"PageUp", kKeyPageUp}, {"PageDown", kKeyPageDown},
+    {"End", kKeyEnd},      {"Home", kKeyHome},     {"Left", kKeyLeft},
+    {"Up", kKeyUpArrow},   {"Right", kKeyRight},   {"Down", kKeyDownArrow},
     {"Delete", kKeyDelete}};
 
 std::string Trimmed(const std::string& text)
@@ -112,8 +112,7 @@ std::string Outline(const PanelView& view)
     return out.str();
 }
 
-PanelTest::PanelTest()
-    : host(HostOptions{}), state(std::shared_ptr<void>(), &host.State())
+PanelTest::PanelTest() : host(HostOptions{}), state(std::shared_ptr<void>(), &host.State())
 {
     ClearThreadLastError();
 }
@@ -158,8 +157,8 @@ void PanelTest::Settle()
 
 void PanelTest::RunUntil(const std::function<bool()>& isDone)
 {
-    ASSERT_TRUE(host.State().loop.RunUntil(
-        isDone, std::chrono::steady_clock::now() + std::chrono::minutes(5)));
+    ASSERT_TRUE(host.State().loop.RunUntil(isDone, std::chrono::steady_clock::now() +
+                                                       std::chrono::minutes(5)));
 }
 
 void PanelTest::AwaitHeld(std::size_t count)
@@ -191,8 +190,8 @@ PanelView PanelTest::Read(const ViewPtr& view) const
 
 std::string PanelTest::ListHtml(const ViewPtr& view) const
 {
-    return WithoutIndents(WithNumberedTooltips(
-        host.Panel().Page()->InnerHtml(Find(view, "div.results-container"))));
+    return WithoutIndents(
+        WithNumberedTooltips(host.Panel().Page()->InnerHtml(Find(view, "div.results-container"))));
 }
 
 std::string PanelTest::FreshListHtml(const ViewPtr& view) const
@@ -212,8 +211,7 @@ void PanelTest::ExpectFresh(const ViewPtr& view) const
     EXPECT_EQ(ListHtml(view), FreshListHtml(view));
 }
 
-ElementHandle PanelTest::Find(const ViewPtr& view, const std::string& selector,
-                              std::size_t n) const
+ElementHandle PanelTest::Find(const ViewPtr& view, const std::string& selector, std::size_t n) const
 {
     const HtmlEngine::Document& page = *host.Panel().Page();
     ElementHandle found = FindContainer(page, KeyOf(view));

@@ -345,11 +345,13 @@ protected:
 std::u16string RandomScript::SomeContents()
 {
     static const std::vector<std::u16string> kParts = {
-        u"", u"text", u"\n", u"\r\n", u"<b>bold</b>", u" & ", u"&lt;", u"\u0416\u65E5",
-        u"\U0001F600", u"PAGE_ITEMS", u"%1%", u"\"", u"'"};
+        u"",     u"text",         u"\n",         u"\r\n",       u"<b>bold</b>", u" & ",
+        u"&lt;", u"\u0416\u65E5", u"\U0001F600", u"PAGE_ITEMS", u"%1%",         u"\"",
+        u"'"};
     static const std::vector<std::u16string> kUnbalanced = {
-        u"<b>", u"</i>", u"<u", u"</li>", u"</ul></div>", u"<li annot-name=\"0_0\">", u"<table>",
-        u"<!--", u"<p id=NoItemsMessage>"};
+        u"<b>",     u"</i>",        u"<u",
+        u"</li>",   u"</ul></div>", u"<li annot-name=\"0_0\">",
+        u"<table>", u"<!--",        u"<p id=NoItemsMessage>"};
     std::u16string contents;
     for (std::uint32_t i = Below(4); i > 0; --i) {
         contents += unbalanced_ && Below(12) == 0 ? OneOf(kUnbalanced) : OneOf(kParts);
@@ -801,7 +803,8 @@ void Bursts::PlayBursts(std::uint32_t seed, std::uint32_t bursts)
         const std::string outline = OutlineOf(view);
         if (!unbalanced_) {
             EXPECT_EQ(std::count(outline.begin(), outline.end(), '*'),
-                      Read(view).pages.empty() ? 0 : 1) << outline;
+                      Read(view).pages.empty() ? 0 : 1)
+                << outline;
         }
         TakeLateErrors();
     }

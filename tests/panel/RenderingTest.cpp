@@ -42,8 +42,9 @@ std::string Page(std::uint32_t index, const std::string& items)
 {
     const std::string number = std::to_string(index);
     return WithoutIndents("<ul page-item=\"" + number + "\"><li page-index=\"" + number +
-           "\"><div class=\"icon document\" localize>Page " + std::to_string(index + 1) +
-           "</div><div><ul class=\"comments\">" + items + "</ul></div></li></ul>");
+                          "\"><div class=\"icon document\" localize>Page " +
+                          std::to_string(index + 1) + "</div><div><ul class=\"comments\">" + items +
+                          "</ul></div></li></ul>");
 }
 
 const std::string kNoItems =
@@ -131,9 +132,9 @@ TEST_F(RenderingTest, EverySubtypeHasItsNameAndIcon)
         {"Caret", ".highlight", "Caret"},
         {"Redact", ".redaction", "Redact"},
         {"FreeText", "", "FreeText"},
-        {"highlight", "", "highlight"},   // names are compared with their case
+        {"highlight", "", "highlight"},    // names are compared with their case
         {"Moebius<b>", "", "Moebius<b>"},  // outside every table
-        {"", "", ""},                     // none
+        {"", "", ""},                      // none
     };
     std::vector<MemoryEntry> entries;
     std::string items;
@@ -173,8 +174,10 @@ TEST_F(RenderingTest, TextsStandInTheirPlacesAsTheyAre)
         {"supplementary characters", u"\U0001F600\U0010FFFD", u"\U00020000", u"é",
          "\xF0\x9F\x98\x80\xF4\x8F\xBF\xBD", "\xF0\xA0\x80\x80", "\xC3\xA9"},
         {"unpaired surrogates", std::u16string{0xD800, u'a', 0xDC00}, std::u16string{0xDFFF},
-         std::u16string{u'b', 0xDBFF}, "\xEF\xBF\xBD" "a\xEF\xBF\xBD", "\xEF\xBF\xBD",
-         "b\xEF\xBF\xBD"},
+         std::u16string{u'b', 0xDBFF},
+         "\xEF\xBF\xBD"
+         "a\xEF\xBF\xBD",
+         "\xEF\xBF\xBD", "b\xEF\xBF\xBD"},
         {"spaces only", u"  ", u" ", u" ", "  ", " ", " "},
     };
     for (const Row& row : rows) {
@@ -221,10 +224,19 @@ TEST_F(RenderingTest, PositionsAreThoseOfTheArray)
          Page(0, ink("0_0", "#1") + ink("0_1", "#2") + ink("0_1", "#3")) +
              Page(1, ink("1_0", "#4"))},
         {"two digits",
-         {{}, {}, {}, {}, {}, {}, {}, {}, {}, {},
+         {{},
           {},
-          {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-           nullptr, Comment("Ink")}},
+          {},
+          {},
+          {},
+          {},
+          {},
+          {},
+          {},
+          {},
+          {},
+          {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+           Comment("Ink")}},
          Page(11, ink("11_10", "#1"))},
     };
     for (const Row& row : rows) {
@@ -270,8 +282,8 @@ TEST_F(RenderingTest, RowsOfDatesAreShownWhenThereIsADate)
 
 TEST_F(RenderingTest, TooltipsAreTiedToTheirItemsAndNeverRepeat)
 {
-    const auto object = Workbench::BLDocumentObject::Make(
-        state, Documents::MakePopulationDocument({300, 7}));
+    const auto object =
+        Workbench::BLDocumentObject::Make(state, Documents::MakePopulationDocument({300, 7}));
     Rendering rendering(object->AsInterface());
     const std::string html = ToUtf8(CommentsContainerHandler::RenderResults(rendering)) +
                              ToUtf8(CommentsContainerHandler::RenderResults(rendering));
@@ -290,8 +302,8 @@ TEST_F(RenderingTest, TooltipsAreTiedToTheirItemsAndNeverRepeat)
 
 TEST_F(RenderingTest, ARenderingThatIsNotWantedAnyMoreEndsEarly)
 {
-    const auto object = Workbench::BLDocumentObject::Make(
-        state, Documents::MakePopulationDocument({300, 10}));
+    const auto object =
+        Workbench::BLDocumentObject::Make(state, Documents::MakePopulationDocument({300, 10}));
     host.State().calls.LogQueries(true);
     Rendering rendering(object->AsInterface());
     std::uint32_t asked = 0;

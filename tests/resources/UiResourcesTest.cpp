@@ -119,7 +119,7 @@ std::string LoadTemplate(const std::string& file)
 // Lower-case paths of the files that lie in the source folder, sorted by byte.
 std::set<std::string> PathsInSourceFolder()
 {
-    const std::set<std::string> carried = { ".htm", ".css", ".png" };
+    const std::set<std::string> carried = {".htm", ".css", ".png"};
     std::set<std::string> paths;
     for (const auto& entry :
          std::filesystem::directory_iterator(UI_DATA_ROOT "/document-panel-comments")) {
@@ -151,8 +151,7 @@ std::vector<std::string> AllMatches(const std::string& text, const std::string& 
 
 const std::vector<std::string> kTemplates = {
     "template-comments-container.htm", "template-page-item.htm", "template-annot-item.htm",
-    "template-simple-annot-item.htm", "template-annot-tooltip.htm"
-};
+    "template-simple-annot-item.htm", "template-annot-tooltip.htm"};
 
 // ---- The style sheet, as far as the tests look into it ----
 
@@ -209,8 +208,8 @@ std::vector<StyleRule> ParseStyleSheet(const std::string& file)
                 ADD_FAILURE() << file << ": the rule of " << head << " has no end.";
                 return rules;
             }
-            rules.push_back({ medium, SplitAndTrim(head, ','),
-                              SplitAndTrim(sheet.substr(at, end - at), ';') });
+            rules.push_back(
+                {medium, SplitAndTrim(head, ','), SplitAndTrim(sheet.substr(at, end - at), ';')});
             at = end + 1;
         }
     }
@@ -225,8 +224,8 @@ std::vector<std::string> DeclarationsOf(const std::vector<StyleRule>& rules,
 {
     std::vector<std::string> found;
     for (const StyleRule& rule : rules) {
-        if (rule.medium == medium
-            && std::count(rule.selectors.begin(), rule.selectors.end(), selector) != 0)
+        if (rule.medium == medium &&
+            std::count(rule.selectors.begin(), rule.selectors.end(), selector) != 0)
             found.insert(found.end(), rule.declarations.begin(), rule.declarations.end());
     }
     return found;
@@ -248,7 +247,7 @@ TEST(UiResources, CarryEveryFileOfTheFolderUnchanged)
     for (const std::string& path : paths) {
         expectedNames.push_back(Upper(path));
         std::ifstream file(UI_DATA_ROOT "/" + path, std::ios::binary);
-        const std::string original{ std::istreambuf_iterator<char>(file), {} };
+        const std::string original{std::istreambuf_iterator<char>(file), {}};
         const std::optional<std::string> carried = Find("UI-DATA", Upper(path));
         ASSERT_TRUE(carried.has_value()) << path;
         EXPECT_TRUE(*carried == original && !original.empty()) << path;
@@ -256,7 +255,7 @@ TEST(UiResources, CarryEveryFileOfTheFolderUnchanged)
 
     // In order, since a reader may search the table by halves.
     EXPECT_EQ(Names("UI-DATA"), expectedNames);
-    EXPECT_EQ(Names("UI-DATA-TOC"), std::vector<std::string>{ "UI-DATA-TOC" });
+    EXPECT_EQ(Names("UI-DATA-TOC"), std::vector<std::string>{"UI-DATA-TOC"});
 }
 
 TEST(UiResources, ListTheirPathsInTheTableOfContents)
@@ -272,20 +271,19 @@ TEST(UiResources, ListTheirPathsInTheTableOfContents)
 TEST(UiTemplates, HoldTheirPlaceholdersInOrderAndNothingThatLooksLikeOne)
 {
     const std::vector<std::pair<std::string, std::vector<std::string>>> rows = {
-        { "template-comments-container.htm",
-          { "DOC_VIEW_ADDR", "LOCALE_TOKEN_REPLY", "BTN_TEXT_REPLY", "LOCALE_TOKEN_DELETE",
-            "BTN_TEXT_DELETE" } },
-        { "template-page-item.htm", { "PAGE_INDEX", "PAGE_INDEX", "PAGE_NAME", "PAGE_ITEMS" } },
-        { "template-annot-item.htm",
-          { "CLASS_NAME", "ANNOT_UNIQUE_NAME", "ANNOT_TOOLTIP_ID", "ANNOT_NAME", "ANNOT_CONTENTS",
-            "ANNOT_TOOLTIP" } },
-        { "template-simple-annot-item.htm",
-          { "CLASS_NAME", "ANNOT_UNIQUE_NAME", "ANNOT_TOOLTIP_ID", "ANNOT_NAME",
-            "ANNOT_TOOLTIP" } },
-        { "template-annot-tooltip.htm",
-          { "ANNOT_TOOLTIP_ID", "ANNOT_SUBJECT", "ANNOT_TITLE", "DATE_CREATED_DISPLAY_ATTRIBUTE",
-            "DATE_CREATED_KEY", "DATE_CREATED_VALUE", "DATE_MODIFIED_DISPLAY_ATTRIBUTE",
-            "DATE_MODIFIED_KEY", "DATE_MODIFIED_VALUE" } },
+        {"template-comments-container.htm",
+         {"DOC_VIEW_ADDR", "LOCALE_TOKEN_REPLY", "BTN_TEXT_REPLY", "LOCALE_TOKEN_DELETE",
+          "BTN_TEXT_DELETE"}},
+        {"template-page-item.htm", {"PAGE_INDEX", "PAGE_INDEX", "PAGE_NAME", "PAGE_ITEMS"}},
+        {"template-annot-item.htm",
+         {"CLASS_NAME", "ANNOT_UNIQUE_NAME", "ANNOT_TOOLTIP_ID", "ANNOT_NAME", "ANNOT_CONTENTS",
+          "ANNOT_TOOLTIP"}},
+        {"template-simple-annot-item.htm",
+         {"CLASS_NAME", "ANNOT_UNIQUE_NAME", "ANNOT_TOOLTIP_ID", "ANNOT_NAME", "ANNOT_TOOLTIP"}},
+        {"template-annot-tooltip.htm",
+         {"ANNOT_TOOLTIP_ID", "ANNOT_SUBJECT", "ANNOT_TITLE", "DATE_CREATED_DISPLAY_ATTRIBUTE",
+          "DATE_CREATED_KEY", "DATE_CREATED_VALUE", "DATE_MODIFIED_DISPLAY_ATTRIBUTE",
+          "DATE_MODIFIED_KEY", "DATE_MODIFIED_VALUE"}},
     };
     for (const auto& [file, placeholders] : rows) {
         // Whole words, glued letters and digits included: what surrounds a placeholder must not
@@ -298,8 +296,9 @@ TEST(UiTemplates, AreWellFormedWithCarriageReturnsAtEveryLineEnd)
 {
     for (const std::string& file : kTemplates) {
         const std::string text = LoadTemplate(file);
-        EXPECT_TRUE(std::regex_replace(text, std::regex("\r\n"), "").find_first_of("\r\n")
-                    == std::string::npos) << file;
+        EXPECT_TRUE(std::regex_replace(text, std::regex("\r\n"), "").find_first_of("\r\n") ==
+                    std::string::npos)
+            << file;
 
         // Every element is closed, in order: an item left open would swallow its neighbours.
         std::vector<std::string> open;
@@ -321,34 +320,33 @@ TEST(UiTemplates, KeepTheFormsThatTheListCodeFillsAndFinds)
     const std::string item = "<li CLASS_NAME annot-name=\"ANNOT_UNIQUE_NAME\" "
                              "titleid=\"ANNOT_TOOLTIP_ID\">";
     const std::vector<std::pair<std::string, std::vector<std::string>>> rows = {
-        { "template-comments-container.htm",
-          { "^<div class=\"panel-content\" doc-view-addr=\"DOC_VIEW_ADDR\" "
-            "disabled-when-document-locked-for-write>",
-            "<div class=\"buttons-container\">\\s*<button id=\"expand-all\"",
-            "id=\"expand-all\"[^]*id=\"collapse-all\"[^]*id=\"reply\"[^]*id=\"delete\"[^]*"
-            "id=\"move-top\"[^]*id=\"move-bottom\"",
-            "id=\"reply\"[^>]* localize __l_o_c_a_l_e__t_o_k_e_n__=\"LOCALE_TOKEN_REPLY\">"
-            "BTN_TEXT_REPLY<",
-            "id=\"delete\"[^>]* localize __l_o_c_a_l_e__t_o_k_e_n__=\"LOCALE_TOKEN_DELETE\">"
-            "BTN_TEXT_DELETE<",
-            "<div class=\"picture\" preloader></div>",
-            "<div class=\"results-container\"></div>\\s*</div>\\s*$" } },
-        { "template-page-item.htm",
-          { "^ <ul page-item=\"PAGE_INDEX\">\\s*<li page-index=\"PAGE_INDEX\">\\s*"
-            "<div class=\"icon document\" localize>PAGE_NAME</div>\\s*<div>\\s*"
-            "<ul class=\"comments\">PAGE_ITEMS</ul>\\s*</div>\\s*</li>\\s*</ul>\\s*$" } },
-        { "template-annot-item.htm",
-          { "^" + item + "\\s*<h3>ANNOT_NAME</h3>\\s*<p>ANNOT_CONTENTS</p>\r\n *ANNOT_TOOLTIP\r\n" } },
-        { "template-simple-annot-item.htm",
-          { "^" + item + "\\s*ANNOT_NAME\r\n *ANNOT_TOOLTIP\r\n" } },
-        { "template-annot-tooltip.htm",
-          { "^<popup class=\"annot-details\" id=\"ANNOT_TOOLTIP_ID\">",
-            "<td>ANNOT_SUBJECT:</td>\\s*<td>ANNOT_TITLE</td>\\s*</tr>\\s*</table>\\s*"
-            "<div class=\"separator\"></div>\\s*<table class=\"props-table\"",
-            "<tr style=\"display:DATE_CREATED_DISPLAY_ATTRIBUTE;\">\\s*<td>DATE_CREATED_KEY:</td>"
-            "\\s*<td>DATE_CREATED_VALUE</td>\\s*</tr>",
-            "<tr style=\"display:DATE_MODIFIED_DISPLAY_ATTRIBUTE;\">\\s*<td>DATE_MODIFIED_KEY:</td>"
-            "\\s*<td>DATE_MODIFIED_VALUE</td>\\s*</tr>" } },
+        {"template-comments-container.htm",
+         {"^<div class=\"panel-content\" doc-view-addr=\"DOC_VIEW_ADDR\" "
+          "disabled-when-document-locked-for-write>",
+          "<div class=\"buttons-container\">\\s*<button id=\"expand-all\"",
+          "id=\"expand-all\"[^]*id=\"collapse-all\"[^]*id=\"reply\"[^]*id=\"delete\"[^]*"
+          "id=\"move-top\"[^]*id=\"move-bottom\"",
+          "id=\"reply\"[^>]* localize __l_o_c_a_l_e__t_o_k_e_n__=\"LOCALE_TOKEN_REPLY\">"
+          "BTN_TEXT_REPLY<",
+          "id=\"delete\"[^>]* localize __l_o_c_a_l_e__t_o_k_e_n__=\"LOCALE_TOKEN_DELETE\">"
+          "BTN_TEXT_DELETE<",
+          "<div class=\"picture\" preloader></div>",
+          "<div class=\"results-container\"></div>\\s*</div>\\s*$"}},
+        {"template-page-item.htm",
+         {"^ <ul page-item=\"PAGE_INDEX\">\\s*<li page-index=\"PAGE_INDEX\">\\s*"
+          "<div class=\"icon document\" localize>PAGE_NAME</div>\\s*<div>\\s*"
+          "<ul class=\"comments\">PAGE_ITEMS</ul>\\s*</div>\\s*</li>\\s*</ul>\\s*$"}},
+        {"template-annot-item.htm",
+         {"^" + item + "\\s*<h3>ANNOT_NAME</h3>\\s*<p>ANNOT_CONTENTS</p>\r\n *ANNOT_TOOLTIP\r\n"}},
+        {"template-simple-annot-item.htm", {"^" + item + "\\s*ANNOT_NAME\r\n *ANNOT_TOOLTIP\r\n"}},
+        {"template-annot-tooltip.htm",
+         {"^<popup class=\"annot-details\" id=\"ANNOT_TOOLTIP_ID\">",
+          "<td>ANNOT_SUBJECT:</td>\\s*<td>ANNOT_TITLE</td>\\s*</tr>\\s*</table>\\s*"
+          "<div class=\"separator\"></div>\\s*<table class=\"props-table\"",
+          "<tr style=\"display:DATE_CREATED_DISPLAY_ATTRIBUTE;\">\\s*<td>DATE_CREATED_KEY:</td>"
+          "\\s*<td>DATE_CREATED_VALUE</td>\\s*</tr>",
+          "<tr style=\"display:DATE_MODIFIED_DISPLAY_ATTRIBUTE;\">\\s*<td>DATE_MODIFIED_KEY:</td>"
+          "\\s*<td>DATE_MODIFIED_VALUE</td>\\s*</tr>"}},
     };
     for (const auto& [file, forms] : rows) {
         const std::string text = LoadTemplate(file);
@@ -373,9 +371,8 @@ TEST(UiStyles, DoubleThePerCentSignInFullLengthsOnly)
             }
         }
     }
-    EXPECT_EQ(doubled, (std::set<std::string>{ "body", ".panel-content", ".results-container",
-                                               "div.icon", "div#file-name",
-                                               ".picture[preloader]" }));
+    EXPECT_EQ(doubled, (std::set<std::string>{"body", ".panel-content", ".results-container",
+                                              "div.icon", "div#file-name", ".picture[preloader]"}));
 }
 
 TEST(UiStyles, HoldTheRulesThatTheListCodeReliesOn)
@@ -388,38 +385,39 @@ TEST(UiStyles, HoldTheRulesThatTheListCodeReliesOn)
     const std::string russian = "@media locale == \"ru\"";
     const std::vector<std::vector<std::string>> rows = {
         // selector, declaration, medium
-        { "li:collapsed > div:nth-child(2)", "display:none", "" },
-        { "ul.comments li:hover", "border:1px solid #4d82b8", "" },
-        { "ul.comments li:current", "border:1px solid #4d82b8", "" },
-        { "ul.comments > li", "behavior:clickable", "" },
-        { "div.icon", "behavior:clickable", "" },
-        { "div.icon", "flow:horizontal", "" },
-        { "div.icon", "background: url(arrow-open.png) 5px 50% no-repeat", "" },
-        { "li:collapsed div.icon", "background: url(arrow-close.png) 5px 50% no-repeat", "" },
-        { "#reply", "visibility: collapse", "" },
-        { ".results-container", "overflow-y: auto", "" },
-        { ".results-container", "vertical-scrollbar: vexo-vertical-scrollbar", "" },
-        { ".button-small", "font-size: 11px", russian },
-        { ".button-small", "padding:0 2px", russian },
-        { "#NoItemsMessage", "font-size: 13px", "" },
-        { "#NoItemsMessage", "font-family: \"Segoe UI\"", "" },
-        { "#NoItemsMessage", "color: #505050", "" },
+        {"li:collapsed > div:nth-child(2)", "display:none", ""},
+        {"ul.comments li:hover", "border:1px solid #4d82b8", ""},
+        {"ul.comments li:current", "border:1px solid #4d82b8", ""},
+        {"ul.comments > li", "behavior:clickable", ""},
+        {"div.icon", "behavior:clickable", ""},
+        {"div.icon", "flow:horizontal", ""},
+        {"div.icon", "background: url(arrow-open.png) 5px 50% no-repeat", ""},
+        {"li:collapsed div.icon", "background: url(arrow-close.png) 5px 50% no-repeat", ""},
+        {"#reply", "visibility: collapse", ""},
+        {".results-container", "overflow-y: auto", ""},
+        {".results-container", "vertical-scrollbar: vexo-vertical-scrollbar", ""},
+        {".button-small", "font-size: 11px", russian},
+        {".button-small", "padding:0 2px", russian},
+        {"#NoItemsMessage", "font-size: 13px", ""},
+        {"#NoItemsMessage", "font-family: \"Segoe UI\"", ""},
+        {"#NoItemsMessage", "color: #505050", ""},
     };
     for (const auto& row : rows) {
         EXPECT_TRUE(Contains(DeclarationsOf(rules, row[0], row[2]), row[1]))
             << row[0] << " { " << row[1] << " }";
     }
-    for (const std::string kind : { "text", "stamp", "pencil", "rectangle", "oval", "highlight",
-                                    "underline", "strikethrough", "redaction" }) {
+    for (const std::string kind : {"text", "stamp", "pencil", "rectangle", "oval", "highlight",
+                                   "underline", "strikethrough", "redaction"}) {
         EXPECT_TRUE(Contains(DeclarationsOf(rules, "li." + kind),
-                             "background: url(" + kind + "-ico.png) 2px 3px no-repeat")) << kind;
+                             "background: url(" + kind + "-ico.png) 2px 3px no-repeat"))
+            << kind;
     }
 
     // Alone in its sheet: the page takes the host's own look of buttons.
     const std::vector<StyleRule> button = ParseStyleSheet("button.css");
     EXPECT_TRUE(Contains(DeclarationsOf(button, ".button"), "width: 94px"));
     EXPECT_TRUE(Contains(DeclarationsOf(button, ".button"), "height: 27px"));
-    for (const std::string state : { ":hover", ":active", ":disabled" })
+    for (const std::string state : {":hover", ":active", ":disabled"})
         EXPECT_FALSE(DeclarationsOf(button, ".button" + state).empty()) << state;
 }
 
@@ -427,8 +425,7 @@ TEST(UiStyles, MentionOnlyFilesThatExistAndEveryImage)
 {
     const std::set<std::string> hostFiles = {
         "../common/styles/scrollbar.css", "../common/styles/button.css",
-        "../common/styles/std-menu.css", "../../common/images/round-preloader.png"
-    };
+        "../common/styles/std-menu.css", "../../common/images/round-preloader.png"};
     std::string sources = LoadText("panel.css") + LoadText("button.css") + LoadText("panel.htm");
     for (const std::string& file : kTemplates)
         sources += LoadTemplate(file);
@@ -475,10 +472,10 @@ TEST(UiImages, AreWholeTransparentPngsOfTheSizesThatTheStylesExpect)
 {
     using Size = std::pair<std::uint32_t, std::uint32_t>;
     const std::map<std::string, Size> unusual = {
-        { "arrow-open.png", { 9, 9 } },          { "arrow-open-hover.png", { 9, 9 } },
-        { "arrow-close.png", { 9, 9 } },         { "arrow-close-hover.png", { 9, 9 } },
-        { "expand-collapse.png", { 46, 23 } },   { "comments-list.png", { 24, 24 } },
-        { "comments-previous.png", { 23, 46 } }, { "comments-next.png", { 23, 46 } },
+        {"arrow-open.png", {9, 9}},          {"arrow-open-hover.png", {9, 9}},
+        {"arrow-close.png", {9, 9}},         {"arrow-close-hover.png", {9, 9}},
+        {"expand-collapse.png", {46, 23}},   {"comments-list.png", {24, 24}},
+        {"comments-previous.png", {23, 46}}, {"comments-next.png", {23, 46}},
     };
     EXPECT_EQ(Images().size(), 18u);
     for (const std::string& file : Images()) {
@@ -495,9 +492,9 @@ TEST(UiImages, AreWholeTransparentPngsOfTheSizesThatTheStylesExpect)
             ASSERT_LE(at + 12 + length, bytes.size());
             chunks.push_back(bytes.substr(at + 4, 4));
             EXPECT_EQ(Crc32(std::string_view(bytes).substr(at + 4, length + 4)),
-                      BigEndian(bytes, at + 8 + length)) << chunks.back();
-            EXPECT_TRUE(Contains({ "IHDR", "bKGD", "IDAT", "IEND" }, chunks.back()))
+                      BigEndian(bytes, at + 8 + length))
                 << chunks.back();
+            EXPECT_TRUE(Contains({"IHDR", "bKGD", "IDAT", "IEND"}, chunks.back())) << chunks.back();
             at += 12 + length;
         }
         EXPECT_EQ(at, bytes.size());

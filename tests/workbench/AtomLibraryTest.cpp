@@ -77,8 +77,8 @@ TEST(AtomLibrary, HashesSequencesApart)
 {
     std::set<std::uint32_t> hashes;
     const std::vector<std::string> sequences = {
-        "", std::string(1, '\0'), std::string(2, '\0'), "a", "b", "ab", "ba", "UIWnd", "UIWne",
-        "UIHandler"};
+        "",      std::string(1, '\0'), std::string(2, '\0'), "a", "b", "ab", "ba", "UIWnd",
+        "UIWne", "UIHandler"};
     for (const std::string& sequence : sequences) {
         const std::uint32_t hash = CalculateSequenceHash(sequence.data(), sequence.size());
         EXPECT_NE(hash, 0u);

@@ -44,14 +44,16 @@ TEST(CommandLine, EndsBadCallsWithOneLineAndItsStatus)
         {{"--json", "--text", "a.pdf"}, Workbench::kExitFailed, "--text"},
         {{"--script", "-", "--json", "a.pdf"}, Workbench::kExitFailed, "--script"},
         {{"--script", "-"}, Workbench::kExitFailed, "no file"},
-        {{"--script", "no-such-script", "--memory", "0:1"}, Workbench::kExitFailed,
+        {{"--script", "no-such-script", "--memory", "0:1"},
+         Workbench::kExitFailed,
          "no-such-script"},
         {{"--json", "--nonsense", "a.pdf"}, Workbench::kExitFailed, "nonsense"},
         {{"--json", "no-such-file.pdf"}, Workbench::kExitNoDocument, "no-such-file.pdf"},
         {{"--text", "--memory", "x"}, Workbench::kExitNoDocument, "\"x\""},
         {{"--text", "--memory", "5:0"}, Workbench::kExitNoDocument, "\"5:0\""},
         {{"--json", "--memory", "5:1", "--locale", "xx"}, Workbench::kExitFailed, "\"xx\""},
-        {{"--json", "--memory", "5:1", "--module", "no-such-module"}, Workbench::kExitFailed,
+        {{"--json", "--memory", "5:1", "--module", "no-such-module"},
+         Workbench::kExitFailed,
          "no-such-module"},
     };
     for (const Row& row : rows) {
@@ -67,8 +69,8 @@ TEST(CommandLine, EndsBadCallsWithOneLineAndItsStatus)
 TEST(CommandLine, ListsDocumentsInTheLanguageAskedFor)
 {
     for (int run = 0; run < 2; ++run) {  // a program may start the panel again
-        const ProgramResult result = RunWith({"--json", "--memory", "7:3", "--memory", "0:1",
-                                          "--memory", "4:4", "--locale", "de"});
+        const ProgramResult result = RunWith(
+            {"--json", "--memory", "7:3", "--memory", "0:1", "--memory", "4:4", "--locale", "de"});
         ASSERT_EQ(result.status, Workbench::kExitDone) << result.errors;
         EXPECT_EQ(result.errors, "");
         const auto views = nlohmann::json::parse(result.output).at("views");

@@ -83,8 +83,7 @@ protected:
     {
         Atom command = kAtomNone;
         VxGetAtomFromString("Annot_Delete", &command);
-        const BLAnnotCommandArguments arguments{document->AsInterface(), page, 0,
-                                                annotation.Get()};
+        const BLAnnotCommandArguments arguments{document->AsInterface(), page, 0, annotation.Get()};
         return CallMethodUnchecked<BLDocument::ExecuteCommand>(document->AsInterface(), command,
                                                                &arguments)
             .code;
@@ -92,13 +91,11 @@ protected:
 
     const HostStatePtr state = std::make_shared<HostState>();
     const std::shared_ptr<Documents::MemoryDocument> content = Documents::MemoryDocument::Make(
-        "three pages",
-        {Page({Annotation("Text"), nullptr, Annotation("Square")}),
-         Page({Annotation("Ink", Documents::kFlagLocked),
-               Annotation("Ink", Documents::kFlagReadOnly), Annotation("Ink")}),
-         Page({})});
-    const BasicServiceObjectPtr<BLDocumentObject> document =
-        BLDocumentObject::Make(state, content);
+        "three pages", {Page({Annotation("Text"), nullptr, Annotation("Square")}),
+                        Page({Annotation("Ink", Documents::kFlagLocked),
+                              Annotation("Ink", Documents::kFlagReadOnly), Annotation("Ink")}),
+                        Page({})});
+    const BasicServiceObjectPtr<BLDocumentObject> document = BLDocumentObject::Make(state, content);
     const BasicServiceObjectPtr<BLDocumentViewObject> view =
         BLDocumentViewObject::Make(state, document);
     std::vector<std::string> events;
@@ -109,8 +106,7 @@ protected:
 TEST_F(DocumentServices, HandOutPagesWithinTheCount)
 {
     std::int32_t count = 0;
-    EXPECT_TRUE(
-        CallMethod<BLDocument::GetPageCount>(document->AsInterface(), &count).Succeeded());
+    EXPECT_TRUE(CallMethod<BLDocument::GetPageCount>(document->AsInterface(), &count).Succeeded());
     EXPECT_EQ(count, 3);
     _PDPageRec* page = nullptr;
     EXPECT_TRUE(
@@ -157,9 +153,9 @@ TEST_F(DocumentServices, DeleteWhatMayBeDeletedAndSayWhyNot)
     EXPECT_FALSE(At(1, 2));
     EXPECT_EQ(Delete(0, At(1, 0)), kResultNotFound) << "on another page";
     EXPECT_EQ(Delete(1, {}), kResultNotFound);
-    EXPECT_EQ(CallMethodUnchecked<BLDocument::ExecuteCommand>(document->AsInterface(), 1u, nullptr)
-                  .code,
-              kResultNotFound);
+    EXPECT_EQ(
+        CallMethodUnchecked<BLDocument::ExecuteCommand>(document->AsInterface(), 1u, nullptr).code,
+        kResultNotFound);
     ClearThreadLastError();
 }
 
@@ -198,7 +194,8 @@ TEST_F(DocumentServices, KeepTheFocusWithItsAnnotation)
         {[this] { return content->DeletePage(0); }, "3_2", {"pages 1: 0"}},
         {[this] { return content->RemoveAnnotation(3, 0); }, "3_1", {"annot 1 on 3"}},
         {[this] { return content->AddAnnotation(3, "Text", u"new"); }, "3_1", {"annot 0 on 3"}},
-        {[this] { return content->RemoveAnnotation(3, 1); }, nullptr,
+        {[this] { return content->RemoveAnnotation(3, 1); },
+         nullptr,
          {"focus none", "annot 1 on 3"}},
     };
     TakeEvents();

@@ -55,9 +55,10 @@ TEST(EncodingLibrary, WritesNothingIntoABufferThatIsTooSmall)
 
 TEST(EncodingLibrary, ReplacesUnpairedSurrogates)
 {
-    const std::vector<std::u16string> texts = {
-        std::u16string(1, char16_t(0xD83D)), std::u16string(1, char16_t(0xDE00)),
-        {u'a', char16_t(0xD83D), u'b'}, {char16_t(0xDE00), char16_t(0xD83D)}};
+    const std::vector<std::u16string> texts = {std::u16string(1, char16_t(0xD83D)),
+                                               std::u16string(1, char16_t(0xDE00)),
+                                               {u'a', char16_t(0xD83D), u'b'},
+                                               {char16_t(0xDE00), char16_t(0xD83D)}};
     const std::vector<std::string> expected = {"?", "?", "a?b", "??"};
     for (std::size_t i = 0; i < texts.size(); ++i) {
         EXPECT_EQ(Narrow(texts[i]), expected[i]) << i;
@@ -76,7 +77,7 @@ TEST(EncodingLibrary, SpeaksUtf8)
         {"\x80", u"\uFFFD"},
         {"a\xC3", u"a\uFFFD"},
         {"\xC3(", u"\uFFFD("},
-        {"\xC0\x80", u"\uFFFD\uFFFD"},          // overlong
+        {"\xC0\x80", u"\uFFFD\uFFFD"},  // overlong
         {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},
         {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},  // a surrogate
         {"\xF0\x9F\x98", u"\uFFFD"},

@@ -165,10 +165,9 @@ TEST(EventSource, NeverCallsAfterUnsubscribingUnderAStormOfFirings)
     }
     for (int i = 0; i < 2'000; ++i) {
         auto target = std::make_unique<int>(0);
-        const std::uint64_t cookie =
-            Subscribe(source, [pointer = target.get()](unsigned) {
-                std::atomic_ref<int>(*pointer).fetch_add(1);
-            });
+        const std::uint64_t cookie = Subscribe(source, [pointer = target.get()](unsigned) {
+            std::atomic_ref<int>(*pointer).fetch_add(1);
+        });
         source.Unsubscribe(cookie);
         target.reset();
     }

@@ -108,7 +108,10 @@ protected:
         EXPECT_NE(found, HtmlEngine::kNoElement) << id;
         return found;
     }
-    std::string Text(const std::string& id) const { return panel->Page()->TextContent(Element(id)); }
+    std::string Text(const std::string& id) const
+    {
+        return panel->Page()->TextContent(Element(id));
+    }
     std::vector<std::string> TakeRecord() { return std::exchange(record, {}); }
 
     // The body's handler wants clicks, the container's clicks and keys, as in the real panel.
@@ -155,9 +158,9 @@ TEST_F(Panel, DetachesEverythingOnceWhenThePageCloses)
     panel->Close();
     panel->Close();
     EXPECT_THAT(record, ::testing::UnorderedElementsAre("outer.Detached", "inner.Detached"));
-    EXPECT_EQ(CallMethodUnchecked<UIHtmlEngine::SetText>(engine->AsInterface(), nullptr, u"", 0u)
-                  .code,
-              kResultNotInitialized);
+    EXPECT_EQ(
+        CallMethodUnchecked<UIHtmlEngine::SetText>(engine->AsInterface(), nullptr, u"", 0u).code,
+        kResultNotInitialized);
 }
 
 TEST_F(Panel, RefusesWhatCannotBeAttached)
@@ -321,8 +324,8 @@ TEST_F(Panel, CollectsMatchesAndTellsMalformedSelectors)
                                                   ":root > button", collect, &context)
                     .Succeeded());
     EXPECT_THAT(texts, ElementsAre("delete", "reply"));
-    EXPECT_THROW(CallMethod<UIWnd::SelectElements>(window->AsInterface(), container, "li[",
-                                                   collect, &context),
+    EXPECT_THROW(CallMethod<UIWnd::SelectElements>(window->AsInterface(), container, "li[", collect,
+                                                   &context),
                  ServiceObjectException);
     EXPECT_EQ(CallMethodUnchecked<UIWnd::SelectElements>(window->AsInterface(), nullptr, "li",
                                                          collect, &context)

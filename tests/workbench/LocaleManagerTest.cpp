@@ -37,11 +37,15 @@ TEST(LocaleManager, ShipsEveryTextOfThePanelInEveryLanguage)
     const auto locale = LocaleManagerObject::Make(WORKBENCH_LOCALES);
     EXPECT_THAT(locale->Languages(), ::testing::ElementsAreArray(kShipped));
     constexpr const char16_t* kKeys[] = {
-        u"Comments", u"Page %1%", u"There are no items to show", u"REPLY", u"DELETE",
-        u"%Y-%m-%d %H:%M:%S", u"Text", u"Link", u"Highlight", u"Underline", u"Squiggly",
-        u"StrikeOut", u"Popup", u"Widget", u"Stamp", u"Ink", u"Line", u"PolyLine", u"Polygon",
-        u"Square", u"Circle", u"TrapNet", u"Caret", u"Redact", u"FreeText", u"FileAttachment",
-        u"Sound"};
+        u"Comments",  u"Page %1%",       u"There are no items to show",
+        u"REPLY",     u"DELETE",         u"%Y-%m-%d %H:%M:%S",
+        u"Text",      u"Link",           u"Highlight",
+        u"Underline", u"Squiggly",       u"StrikeOut",
+        u"Popup",     u"Widget",         u"Stamp",
+        u"Ink",       u"Line",           u"PolyLine",
+        u"Polygon",   u"Square",         u"Circle",
+        u"TrapNet",   u"Caret",          u"Redact",
+        u"FreeText",  u"FileAttachment", u"Sound"};
     for (const char* const language : kShipped) {
         locale->SwitchTo(language);
         for (const char16_t* const key : kKeys) {
@@ -53,8 +57,8 @@ TEST(LocaleManager, ShipsEveryTextOfThePanelInEveryLanguage)
         for (const char16_t* const key : {u"Date created", u"Date modified"}) {
             EXPECT_NE(SectionString(locale, u"Coments annot info", key), nullptr) << language;
         }
-        EXPECT_EQ(locale->IsRightToLeft(), std::string(language) == "ar" ||
-                                               std::string(language) == "he");
+        EXPECT_EQ(locale->IsRightToLeft(),
+                  std::string(language) == "ar" || std::string(language) == "he");
     }
 }
 
@@ -93,7 +97,8 @@ TEST(LocaleManager, RefusesLanguagesThatThereAreNotAndKeepsTheOldOne)
 
     const auto locale = LocaleManagerObject::Make(folder);
     locale->SwitchTo("good");
-    for (const char* const language : {"cut", "number", "empty", "absent", "", "../good", "go od"}) {
+    for (const char* const language :
+         {"cut", "number", "empty", "absent", "", "../good", "go od"}) {
         try {
             locale->SwitchTo(language);
             FAIL() << language;

@@ -67,7 +67,8 @@ TEST(PanelReader, ReadsBothFormsOfAnItem)
         R"(<p>a<br/>b &lt;c&gt;</p> )" +
         std::string(kTooltip) + R"(</li><li annot-name="2_4" titleid="other">
   Link
-  )" + kTooltip + "</li></ul></div></li></ul>";
+  )" + kTooltip +
+        "</li></ul></div></li></ul>";
     const std::string tooltip =
         R"("subject":"Sub:ject:","title":" Title","created":"2024-05-01 10:00:00","modified":null}})";
     EXPECT_EQ(ReadAsJson(results, "li[annot-name=\"2_1\"]", HtmlEngine::ElementState::kCurrent),
@@ -88,8 +89,9 @@ TEST(PanelReader, ReadsMessageStatesAndButtons)
               std::string(kHead) + R"("noItems":"Nothing & nobody",)" + Buttons("delete") +
                   R"("pages":[]})");
     const std::string page = R"(<ul page-item="0"><li page-index="0"></li></ul>)";
-    for (const auto& [state, name] : {std::pair(HtmlEngine::ElementState::kExpanded, "expanded"),
-                                      std::pair(HtmlEngine::ElementState::kCollapsed, "collapsed")}) {
+    for (const auto& [state, name] :
+         {std::pair(HtmlEngine::ElementState::kExpanded, "expanded"),
+          std::pair(HtmlEngine::ElementState::kCollapsed, "collapsed")}) {
         EXPECT_EQ(ReadAsJson(page, "li[page-index]", state),
                   std::string(kHead) + R"("noItems":null,)" + Buttons() +
                       R"("pages":[{"index":0,"caption":"","state":")" + name +

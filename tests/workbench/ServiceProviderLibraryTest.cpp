@@ -13,7 +13,9 @@ namespace {
 struct CountedObject : ServiceObject {
     CountedObject() : ServiceObject{}
     {
-        AddRef = [](ServiceObject* self) { return ++static_cast<CountedObject*>(self)->references; };
+        AddRef = [](ServiceObject* self) {
+            return ++static_cast<CountedObject*>(self)->references;
+        };
         Release = [](ServiceObject* self) {
             auto* const object = static_cast<CountedObject*>(self);
             const std::uint32_t left = --object->references;

@@ -43,10 +43,7 @@ protected:
         return accepted;
     }
 
-    void OnOtherThread(const std::function<void()>& work)
-    {
-        std::thread(work).join();
-    }
+    void OnOtherThread(const std::function<void()>& work) { std::thread(work).join(); }
 
     FailureLog failures;
     UiThreadLoop loop{failures};

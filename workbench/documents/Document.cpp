@@ -53,7 +53,8 @@ std::vector<Change> ChangesOf(const std::vector<AnnotationRef>& annotations,
 }
 
 // The page's array with the entries at the positions that they then have, in ascending order.
-template <class Entries> PageRef PageWith(const PageRef& page, const Entries& entries)
+template <class Entries>
+PageRef PageWith(const PageRef& page, const Entries& entries)
 {
     const std::vector<AnnotationRef>& former = page.Get()->annotations;
     std::vector<AnnotationRef> annotations;
@@ -67,7 +68,8 @@ template <class Entries> PageRef PageWith(const PageRef& page, const Entries& en
 }
 
 // The page's array without the entries at these positions, in ascending order.
-template <class Entries> PageRef PageWithout(const PageRef& page, const Entries& entries)
+template <class Entries>
+PageRef PageWithout(const PageRef& page, const Entries& entries)
 {
     const std::vector<AnnotationRef>& former = page.Get()->annotations;
     std::vector<AnnotationRef> annotations;
@@ -298,7 +300,8 @@ AnnotationRef Document::CheckAnnotation(std::uint32_t page, const PageRef& snaps
 // --- History ---
 
 // `prepare` gives the edit that is to be done, or nothing when it would change nothing.
-template <class Prepare> EditResult Document::RunEdit(Prepare prepare)
+template <class Prepare>
+EditResult Document::RunEdit(Prepare prepare)
 {
     const std::lock_guard lock{editMutex_};
     try {

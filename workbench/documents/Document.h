@@ -35,7 +35,8 @@ struct AnnotationChange {
 
 struct PagesChange {
     PDPageOperation operation;
-    std::vector<std::uint32_t> pages;  // inserted: its index; deleted: its former index; moved: from, to
+    std::vector<std::uint32_t>
+        pages;  // inserted: its index; deleted: its former index; moved: from, to
 };
 
 using Change = std::variant<AnnotationChange, PagesChange>;
@@ -242,7 +243,8 @@ private:
         AnnotationRef annotation;
     };
 
-    template <class Prepare> EditResult RunEdit(Prepare prepare);
+    template <class Prepare>
+    EditResult RunEdit(Prepare prepare);
     EditResult Travel(Steps& from, Steps& to,
                       std::function<std::vector<Change>()> Step::*direction);
     void NoteHistory() noexcept;

@@ -27,9 +27,9 @@ inline constexpr std::size_t kTableEntryCount = 12;
 struct Fault {
     TableEntry entry;
     ResultCode code = kResultUnexpected;
-    std::uint32_t skip = 0;        // matching calls that still succeed: n - 1 to fail the n-th
-    std::uint32_t times = 1;       // matching calls that then fail; kEveryTime for all
-    AnnotationRef annotation{};    // when set, only calls for this annotation match
+    std::uint32_t skip = 0;      // matching calls that still succeed: n - 1 to fail the n-th
+    std::uint32_t times = 1;     // matching calls that then fail; kEveryTime for all
+    AnnotationRef annotation{};  // when set, only calls for this annotation match
 
     static constexpr std::uint32_t kEveryTime = 0xFFFFFFFFu;
 };

@@ -7,14 +7,16 @@ namespace {
 
 // A count that has reached 0 belongs to the releasing thread alone, which sees all that other
 // threads did before they released.
-template <class Record> void AddReference(Record* record)
+template <class Record>
+void AddReference(Record* record)
 {
     if (record != nullptr) {
         record->references.fetch_add(1, std::memory_order_relaxed);
     }
 }
 
-template <class Record> void ReleaseReference(Record* record)
+template <class Record>
+void ReleaseReference(Record* record)
 {
     if (record != nullptr && record->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
         std::unique_ptr<Record>{record}.reset();
@@ -122,14 +124,14 @@ ResultCode AnnotGetDate(_PDAnnotRec* annotation, _PDDateRec* date)
 
 ResultCode AnnotGetRect(_PDAnnotRec* annotation, _PDRect* rect)
 {
-    return Query<TableEntry::kAnnotGetRect>(
-        annotation, rect, [](const PropertyBlock& block, _PDRect& value) {
-            if (!block.properties.rect) {
-                return kResultNotFound;
-            }
-            value = *block.properties.rect;
-            return kResultOk;
-        });
+    return Query<TableEntry::kAnnotGetRect>(annotation, rect,
+                                            [](const PropertyBlock& block, _PDRect& value) {
+                                                if (!block.properties.rect) {
+                                                    return kResultNotFound;
+                                                }
+                                                value = *block.properties.rect;
+                                                return kResultOk;
+                                            });
 }
 
 template <TableEntry kEntry, std::u16string AnnotationProperties::*kText>

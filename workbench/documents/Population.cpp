@@ -7,25 +7,26 @@ namespace Documents {
 
 namespace {
 
-constexpr std::array<const char*, 16> kSubtypes{
-    "Highlight", "Text",    "Underline", "StrikeOut", "Highlight", "Square", "Circle", "Ink",
-    "FreeText",  "Squiggly", "Line",     "Caret",     "Polygon",   "Stamp",  "Text",   "Highlight"};
+constexpr std::array<const char*, 16> kSubtypes{"Highlight", "Text",     "Underline", "StrikeOut",
+                                                "Highlight", "Square",   "Circle",    "Ink",
+                                                "FreeText",  "Squiggly", "Line",      "Caret",
+                                                "Polygon",   "Stamp",    "Text",      "Highlight"};
 
 constexpr std::array<std::u16string_view, 40> kWords{
-    u"check",    u"this",     u"paragraph", u"again",   u"before",  u"the",       u"deadline",
-    u"please",   u"figure",   u"table",     u"source?", u"agreed",  u"rewrite",   u"see",
-    u"page",     u"12",       u"(twice)",   u"\"so\"",  u"50%",     u"überprüfen", u"Größe",
-    u"façade",   u"naïve",    u"żółw",      u"проверь", u"ещё",     u"раз",       u"страницу",
-    u"ελληνικά", u"κείμενο",  u"注释",      u"请检查",  u"この段落", u"確認",      u"한국어",
-    u"مراجعة",   u"النص",     u"הערה",      u"ไทย",     u"\U0001F4DD",
+    u"check",    u"this",    u"paragraph", u"again",   u"before",     u"the",        u"deadline",
+    u"please",   u"figure",  u"table",     u"source?", u"agreed",     u"rewrite",    u"see",
+    u"page",     u"12",      u"(twice)",   u"\"so\"",  u"50%",        u"überprüfen", u"Größe",
+    u"façade",   u"naïve",   u"żółw",      u"проверь", u"ещё",        u"раз",        u"страницу",
+    u"ελληνικά", u"κείμενο", u"注释",      u"请检查",  u"この段落",   u"確認",       u"한국어",
+    u"مراجعة",   u"النص",    u"הערה",      u"ไทย",     u"\U0001F4DD",
 };
 
 constexpr std::array<std::u16string_view, 8> kPeople{
     u"A. Reviewer", u"Jörg Müller", u"Анна Иванова", u"李雷",
     u"山田 花子",   u"محمد علي",    u"Zoë O'Neill",  u"דנה לוי"};
 
-constexpr std::array<std::u16string_view, 6> kSubjects{
-    u"Wording", u"Figures", u"Rückfrage", u"Вопрос", u"校对", u"Layout & print"};
+constexpr std::array<std::u16string_view, 6> kSubjects{u"Wording", u"Figures", u"Rückfrage",
+                                                       u"Вопрос",  u"校对",    u"Layout & print"};
 
 // A small generator of equal sequences on every system; the standard distributions are not.
 class Random {
@@ -44,7 +45,8 @@ public:
         return static_cast<std::uint32_t>((mixed ^ mixed >> 31) % bound);
     }
 
-    template <class Table> const auto& Pick(const Table& table)
+    template <class Table>
+    const auto& Pick(const Table& table)
     {
         return table[Below(table.size())];
     }

@@ -20,7 +20,8 @@ inline constexpr PopulationSize kPopulationOnePage{10'000, 1};
 
 // Calls `take(page, properties)` for each comment, pages in ascending order, comments spread evenly
 // over them. Equal arguments give equal comments on every system.
-template <class Take> void GeneratePopulation(PopulationSize size, std::uint32_t seed, Take take);
+template <class Take>
+void GeneratePopulation(PopulationSize size, std::uint32_t seed, Take take);
 
 // One comment of the population: the `index`-th of the sequence that `seed` begins.
 AnnotationProperties MakePopulationComment(std::uint32_t index, std::uint32_t seed);
@@ -35,7 +36,8 @@ constexpr std::uint32_t PopulationPage(PopulationSize size, std::uint32_t index)
 std::shared_ptr<MemoryDocument> MakePopulationDocument(PopulationSize size, std::uint32_t seed = 1,
                                                        const MemoryOptions& options = {});
 
-template <class Take> void GeneratePopulation(PopulationSize size, std::uint32_t seed, Take take)
+template <class Take>
+void GeneratePopulation(PopulationSize size, std::uint32_t seed, Take take)
 {
     for (std::uint32_t index = 0; index < size.comments; ++index) {
         take(PopulationPage(size, index), MakePopulationComment(index, seed));

@@ -13,9 +13,9 @@ std::atomic<std::int64_t> livePages{0};
 std::atomic<std::int64_t> liveAnnotations{0};
 
 constexpr std::array<std::string_view, 17> kMarkupSubtypes{
-    "Caret",     "Circle",  "FileAttachment", "FreeText", "Highlight", "Ink",
-    "Line",      "PolyLine", "Polygon",       "Redact",   "Sound",     "Square",
-    "Squiggly",  "Stamp",   "StrikeOut",      "Text",     "Underline",
+    "Caret",    "Circle",   "FileAttachment", "FreeText", "Highlight", "Ink",
+    "Line",     "PolyLine", "Polygon",        "Redact",   "Sound",     "Square",
+    "Squiggly", "Stamp",    "StrikeOut",      "Text",     "Underline",
 };
 static_assert(std::is_sorted(kMarkupSubtypes.begin(), kMarkupSubtypes.end()));
 
@@ -108,8 +108,7 @@ PageRef MakePageRecord(std::vector<AnnotationRef> annotations)
 
 void LinkPopup(_PDAnnotRec& annotation, const AnnotationRef& popup)
 {
-    if (annotation.popup || !popup ||
-        annotation.properties.Load()->properties.subtype == "Popup" ||
+    if (annotation.popup || !popup || annotation.properties.Load()->properties.subtype == "Popup" ||
         popup.Get()->properties.Load()->properties.subtype != "Popup") {
         return;
     }

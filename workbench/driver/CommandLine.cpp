@@ -51,7 +51,8 @@ void Declare(CLI::App& app, ProgramOptions& options)
     app.add_option("--password", options.session.password, "Password of encrypted files");
     app.add_option("--locale", options.session.host.language,
                    "Language of the panel: en, de, ru, ar, he");
-    app.add_option("--port", options.port, "Port of the page in the browser; a free one if not given")
+    app.add_option("--port", options.port,
+                   "Port of the page in the browser; a free one if not given")
         ->excludes(json);
     app.add_option("--module", options.module, "Library of the panel, in place of the one built");
     app.add_option("--locales", options.locales, "Folder of the languages' files");
@@ -118,7 +119,8 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
                std::ostream& output, std::ostream& errors, const Browse& browse)
 {
     ProgramOptions options;
-    CLI::App app("Shows the comments panel of PDF files, in the browser unless told otherwise.", "workbench");
+    CLI::App app("Shows the comments panel of PDF files, in the browser unless told otherwise.",
+                 "workbench");
     Declare(app, options);
     try {
         app.parse(argumentCount, arguments);

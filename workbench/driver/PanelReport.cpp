@@ -35,8 +35,8 @@ Json ToJson(const PanelTooltip& tooltip)
 
 Json ToJson(const PanelItem& item)
 {
-    return {{"annotName", item.annotName}, {"classes", item.classes},
-            {"current", item.current},     {"title", item.title},
+    return {{"annotName", item.annotName},       {"classes", item.classes},
+            {"current", item.current},           {"title", item.title},
             {"contents", OrNull(item.contents)}, {"tooltip", ToJson(item.tooltip)}};
 }
 
@@ -132,8 +132,8 @@ std::string ToText(const PanelView& view, const std::string& file)
         text += "  " + *view.noItems + "\n";
     }
     for (const PanelPage& page : view.pages) {
-        text += "  " + page.caption + (page.state == PanelPageState::kCollapsed ? "  (closed)" : "") +
-                "\n";
+        text += "  " + page.caption +
+                (page.state == PanelPageState::kCollapsed ? "  (closed)" : "") + "\n";
         for (const PanelItem& item : page.items) {
             text += ToText(item);
         }

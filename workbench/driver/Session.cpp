@@ -150,8 +150,8 @@ void Session::Close(std::size_t number)
 PanelView Session::ReadView(std::size_t number) const
 {
     const OpenedView& opened = views_.at(number);
-    auto view = ReadPanelView(*host_.Panel().Page(),
-                              ContainerKey(opened.view->View().AsInterface()));
+    auto view =
+        ReadPanelView(*host_.Panel().Page(), ContainerKey(opened.view->View().AsInterface()));
     if (!view) {
         throw std::runtime_error(opened.name + ": the panel has no container for its view");
     }
@@ -187,8 +187,7 @@ nlohmann::ordered_json Session::CheckConsistency()
         return {{"consistent", false}, {"view", nullptr}, {"panel", containers}, {"fresh", keys}};
     }
     for (const std::size_t number : OpenViews()) {
-        if (const auto difference =
-                CompareWithFreshList(host_, View(number), options_.waitLimit)) {
+        if (const auto difference = CompareWithFreshList(host_, View(number), options_.waitLimit)) {
             return {{"consistent", false},
                     {"view", number},
                     {"file", NameOf(number)},
@@ -204,8 +203,8 @@ std::vector<std::string> Session::TakeWarnings()
     std::vector<std::string> lines;
     for (OpenedView& opened : views_) {
         const std::vector<std::string> warnings = opened.content->Warnings();
-        const auto taken = static_cast<std::ptrdiff_t>(
-            std::exchange(opened.warningsTaken, warnings.size()));
+        const auto taken =
+            static_cast<std::ptrdiff_t>(std::exchange(opened.warningsTaken, warnings.size()));
         lines.insert(lines.end(), warnings.begin() + taken, warnings.end());
     }
     return lines;

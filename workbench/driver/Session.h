@@ -23,8 +23,8 @@ public:
 
 struct SessionOptions {
     HostOptions host;
-    bool listAll = false;    // list every annotation, whatever its subtype and flags
-    std::string password;    // for files that need one
+    bool listAll = false;  // list every annotation, whatever its subtype and flags
+    std::string password;  // for files that need one
     std::chrono::seconds waitLimit = std::chrono::seconds(300);
 };
 
@@ -93,8 +93,8 @@ public:
     // {"consistent": true} when the panel has one container for each open view, and every list is
     // what a rendering of its document gives, lists that are still being rendered left out; else
     // the first difference: "consistent", "view" and "file", and a piece of each list, "panel" and
-    // "fresh". These are the keys of containers where those are wrong, and "view" is null. Leaves everything as it was. Throws
-    // std::runtime_error.
+    // "fresh". These are the keys of containers where those are wrong, and "view" is null. Leaves
+    // everything as it was. Throws std::runtime_error.
     nlohmann::ordered_json CheckConsistency();
 
     // What was amiss with the files since the last call, one line each, naming the file.

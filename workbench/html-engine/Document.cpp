@@ -11,11 +11,13 @@ namespace HtmlEngine {
 
 using namespace Internal;
 
-Document::Document() : parts_(std::make_unique<Parts>()) {
+Document::Document() : parts_(std::make_unique<Parts>())
+{
     LoadPage({});
 }
 
-Document::~Document() {
+Document::~Document()
+{
     std::vector<HandlerOnPath> ended;
     parts_->isClosing = true;
     parts_->tree.SetObserver(nullptr);
@@ -24,7 +26,8 @@ Document::~Document() {
     Parts::Tell(ended);
 }
 
-void Document::LoadPage(std::string_view html) {
+void Document::LoadPage(std::string_view html)
+{
     if (parts_->isClosing) {
         return;
     }
@@ -41,17 +44,20 @@ void Document::LoadPage(std::string_view html) {
     Parts::Tell(ended);
 }
 
-ElementHandle Document::Root() const {
+ElementHandle Document::Root() const
+{
     return parts_->isClosing ? kNoElement : parts_->HandleOf(parts_->tree.Root());
 }
 
-std::uint64_t Document::ChangeCount() const {
+std::uint64_t Document::ChangeCount() const
+{
     return parts_->changeCount;
 }
 
 // ---- Life of elements ----
 
-Result Document::Use(ElementHandle element) {
+Result Document::Use(ElementHandle element)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -60,7 +66,8 @@ Result Document::Use(ElementHandle element) {
     return Result::Success;
 }
 
-Result Document::Unuse(ElementHandle element) {
+Result Document::Unuse(ElementHandle element)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -75,61 +82,74 @@ Result Document::Unuse(ElementHandle element) {
     return Result::Success;
 }
 
-bool Document::IsKnown(ElementHandle element) const {
+bool Document::IsKnown(ElementHandle element) const
+{
     return parts_->Resolve(element) != kNoNode;
 }
 
-bool Document::IsAttached(ElementHandle element) const {
+bool Document::IsAttached(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id != kNoNode && parts_->At(id).Is(NodeFlag::kAttached);
 }
 
 // ---- Structure ----
 
-ElementHandle Document::Parent(ElementHandle element) const {
+ElementHandle Document::Parent(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? kNoElement : parts_->HandleOf(parts_->At(id).parent);
 }
 
-std::size_t Document::ChildCount(ElementHandle element) const {
+std::size_t Document::ChildCount(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? 0 : parts_->At(id).element.elementCount;
 }
 
-ElementHandle Document::Child(ElementHandle element, std::size_t index) const {
+ElementHandle Document::Child(ElementHandle element, std::size_t index) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? kNoElement : parts_->HandleOf(parts_->tree.Positions().Child(id, index));
 }
 
-std::size_t Document::IndexInParent(ElementHandle element) const {
+std::size_t Document::IndexInParent(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? 0 : parts_->tree.Positions().IndexOf(id);
 }
 
-ElementHandle Document::NextSibling(ElementHandle element) const {
+ElementHandle Document::NextSibling(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
-    return id == kNoNode ? kNoElement : parts_->HandleOf(NextElementSibling(parts_->tree.Nodes(), id));
+    return id == kNoNode ? kNoElement
+                         : parts_->HandleOf(NextElementSibling(parts_->tree.Nodes(), id));
 }
 
-ElementHandle Document::PreviousSibling(ElementHandle element) const {
+ElementHandle Document::PreviousSibling(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
-    return id == kNoNode ? kNoElement : parts_->HandleOf(PreviousElementSibling(parts_->tree.Nodes(), id));
+    return id == kNoNode ? kNoElement
+                         : parts_->HandleOf(PreviousElementSibling(parts_->tree.Nodes(), id));
 }
 
-std::string_view Document::TagName(ElementHandle element) const {
+std::string_view Document::TagName(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? std::string_view() : parts_->tree.Atoms().Text(parts_->At(id).name);
 }
 
 // ---- Content ----
 
-Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPosition position) {
+Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPosition position)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
     }
     Tree& tree = parts_->tree;
-    const bool isInner = position == InsertPosition::ReplaceContent || position == InsertPosition::InsertFirst ||
+    const bool isInner = position == InsertPosition::ReplaceContent ||
+                         position == InsertPosition::InsertFirst ||
                          position == InsertPosition::AppendLast;
     const NodeId parent = isInner ? id : parts_->At(id).parent;
     if (parent == kNoNode) {
@@ -147,7 +167,8 @@ Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPos
         changed = !tree.ContentOf(id).IsEmpty();
         parts_->Remove(tree.ContentOf(id), ended);
     }
-    const bool isFirst = position == InsertPosition::ReplaceContent || position == InsertPosition::InsertFirst;
+    const bool isFirst =
+        position == InsertPosition::ReplaceContent || position == InsertPosition::InsertFirst;
     const NodeId previous = isFirst                                    ? kNoNode
                             : position == InsertPosition::AppendLast   ? owner.element.lastChild
                             : position == InsertPosition::InsertBefore ? parts_->At(id).previous
@@ -163,7 +184,8 @@ Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPos
     return Result::Success;
 }
 
-Result Document::SetText(ElementHandle element, std::string_view text) {
+Result Document::SetText(ElementHandle element, std::string_view text)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -188,7 +210,8 @@ Result Document::SetText(ElementHandle element, std::string_view text) {
     return Result::Success;
 }
 
-Result Document::Delete(ElementHandle element) {
+Result Document::Delete(ElementHandle element)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -203,7 +226,8 @@ Result Document::Delete(ElementHandle element) {
     return Result::Success;
 }
 
-std::string Document::TextContent(ElementHandle element) const {
+std::string Document::TextContent(ElementHandle element) const
+{
     std::string text;
     if (const NodeId id = parts_->Resolve(element); id != kNoNode) {
         const auto append = [&](NodeId node) {
@@ -216,27 +240,32 @@ std::string Document::TextContent(ElementHandle element) const {
     return text;
 }
 
-std::string Document::InnerHtml(ElementHandle element) const {
+std::string Document::InnerHtml(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? std::string() : Serializer(parts_->tree).Inner(id);
 }
 
-std::string Document::OuterHtml(ElementHandle element) const {
+std::string Document::OuterHtml(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? std::string() : Serializer(parts_->tree).Outer(id);
 }
 
 // ---- Following the tree ----
 
-void Document::SetObserver(TreeObserver* observer) {
+void Document::SetObserver(TreeObserver* observer)
+{
     parts_->tree.SetObserver(observer);
 }
 
-NodeHandle Document::NodeOf(ElementHandle element) const {
+NodeHandle Document::NodeOf(ElementHandle element) const
+{
     return IsKnown(element) ? NodeHandle{element} : kNoNodeHandle;
 }
 
-ElementHandle Document::ElementOf(NodeHandle node) const {
+ElementHandle Document::ElementOf(NodeHandle node) const
+{
     return IsKnown(node) ? ElementHandle{node} : kNoElement;
 }
 

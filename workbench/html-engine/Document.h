@@ -11,8 +11,8 @@
 //
 // No operation recurses over the depth of the tree or trusts the markup: any bytes may be loaded.
 // Markup that no parser handles in bearable time is cut down first: nesting beyond 512 levels (more
-// in short markup) is flattened, of one tag 512 attributes count, `frameset` is left out. What still
-// gets out of hand is read without formatting elements, and in the end as plain text.
+// in short markup) is flattened, of one tag 512 attributes count, `frameset` is left out. What
+// still gets out of hand is read without formatting elements, and in the end as plain text.
 
 #include <cstddef>
 #include <cstdint>
@@ -185,7 +185,8 @@ public:
     /// Every match below `root` (which itself is none) in document order. The matches are found
     /// before the first call, so `callback` may change the document; a match that has ended by then
     /// is left out.
-    Result SelectAll(ElementHandle root, std::string_view selector, const MatchCallback& callback) const;
+    Result SelectAll(ElementHandle root, std::string_view selector,
+                     const MatchCallback& callback) const;
 
     /// The first match below `root`, kNoElement in `match` when there is none or on failure.
     Result SelectFirst(ElementHandle root, std::string_view selector, ElementHandle& match) const;

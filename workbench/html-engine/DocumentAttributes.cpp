@@ -16,21 +16,25 @@ using namespace Internal;
 namespace {
 
 /// Whether the parser would read the name back from a tag.
-bool IsAttributeName(std::string_view name) {
+bool IsAttributeName(std::string_view name)
+{
     return !name.empty() && std::none_of(name.begin(), name.end(), [](char c) {
-        return static_cast<unsigned char>(c) <= ' ' || c == '\x7F' || c == '"' || c == '\'' || c == '<' || c == '>' ||
-               c == '/' || c == '=';
+        return static_cast<unsigned char>(c) <= ' ' || c == '\x7F' || c == '"' || c == '\'' ||
+               c == '<' || c == '>' || c == '/' || c == '=';
     });
 }
 
 /// Whether an attribute of this name names classes: a point, and something else behind it.
-bool NamesClasses(std::string_view name) {
-    return name.size() > 1 && name.front() == '.' && name.find_first_not_of('.') != std::string_view::npos;
+bool NamesClasses(std::string_view name)
+{
+    return name.size() > 1 && name.front() == '.' &&
+           name.find_first_not_of('.') != std::string_view::npos;
 }
 
 /// Calls `function` with each class in `.one.two`.
 template <typename Function>
-void ForEachPointedClass(std::string_view name, Function&& function) {
+void ForEachPointedClass(std::string_view name, Function&& function)
+{
     std::string words(name);
     std::replace(words.begin(), words.end(), '.', ' ');
     ForEachWord(words, function);
@@ -40,13 +44,16 @@ void ForEachPointedClass(std::string_view name, Function&& function) {
 class AttributeEditor {
 public:
     AttributeEditor(Document::Parts& parts, NodeId element)
-        : parts_(parts), element_(element), entries_(parts.CopyAttributes(element)) {}
+        : parts_(parts), element_(element), entries_(parts.CopyAttributes(element))
+    {
+    }
 
     AttributeEditor(const AttributeEditor&) = delete;
     AttributeEditor& operator=(const AttributeEditor&) = delete;
     ~AttributeEditor() { Release(entries_); }
 
-    void Set(std::string_view name, std::string_view value) {
+    void Set(std::string_view name, std::string_view value)
+    {
         AtomTable& atoms = parts_.tree.Atoms();
         const Atom nameAtom = atoms.Acquire(name);
         const Atom valueAtom = atoms.Acquire(value);
@@ -61,15 +68,19 @@ public:
         entries_.push_back({nameAtom, valueAtom});
     }
 
-    void Remove(Atom name) {
+    void Remove(Atom name)
+    {
         RemoveIf([&](const AttributeEntry& entry) { return entry.name == name; });
     }
 
-    void AddClass(std::string_view word) {
-        const AttributeEntry added{Acquired(parts_.tree.Names().classAttribute), parts_.tree.Atoms().Acquire(word)};
-        const auto behindClasses = std::find_if(entries_.begin(), entries_.end(), [&](const AttributeEntry& entry) {
-            return entry.name != added.name || entry.value == added.value;
-        });
+    void AddClass(std::string_view word)
+    {
+        const AttributeEntry added{Acquired(parts_.tree.Names().classAttribute),
+                                   parts_.tree.Atoms().Acquire(word)};
+        const auto behindClasses =
+            std::find_if(entries_.begin(), entries_.end(), [&](const AttributeEntry& entry) {
+                return entry.name != added.name || entry.value == added.value;
+            });
         if (behindClasses != entries_.end() && behindClasses->name == added.name) {
             Release({added});
             return;
@@ -77,14 +88,18 @@ public:
         entries_.insert(behindClasses, added);
     }
 
-    void RemoveClass(std::string_view word) {
+    void RemoveClass(std::string_view word)
+    {
         const Atom value = parts_.tree.Atoms().Find(word);
         const Atom name = parts_.tree.Names().classAttribute;
-        RemoveIf([&](const AttributeEntry& entry) { return entry.name == name && entry.value == value; });
+        RemoveIf([&](const AttributeEntry& entry) {
+            return entry.name == name && entry.value == value;
+        });
     }
 
     /// Puts the copy in place; false when it says the same as before.
-    bool Commit() {
+    bool Commit()
+    {
         const auto old = parts_.At(element_).element.attributes.Entries();
         const auto same = [](const AttributeEntry& a, const AttributeEntry& b) {
             return a.name == b.name && a.value == b.value;
@@ -98,12 +113,14 @@ public:
     }
 
 private:
-    Atom Acquired(Atom atom) {
+    Atom Acquired(Atom atom)
+    {
         parts_.tree.Atoms().AddReference(atom);
         return atom;
     }
 
-    void Release(const std::vector<AttributeEntry>& entries) {
+    void Release(const std::vector<AttributeEntry>& entries)
+    {
         for (const AttributeEntry& entry : entries) {
             parts_.tree.Atoms().Release(entry.name);
             parts_.tree.Atoms().Release(entry.value);
@@ -111,9 +128,11 @@ private:
     }
 
     template <typename Predicate>
-    void RemoveIf(Predicate&& predicate) {
-        const auto removed = std::stable_partition(entries_.begin(), entries_.end(),
-                                                   [&](const AttributeEntry& entry) { return !predicate(entry); });
+    void RemoveIf(Predicate&& predicate)
+    {
+        const auto removed =
+            std::stable_partition(entries_.begin(), entries_.end(),
+                                  [&](const AttributeEntry& entry) { return !predicate(entry); });
         Release({removed, entries_.end()});
         entries_.erase(removed, entries_.end());
     }
@@ -125,7 +144,8 @@ private:
 
 }  // namespace
 
-std::vector<AttributeEntry> Document::Parts::CopyAttributes(NodeId element) {
+std::vector<AttributeEntry> Document::Parts::CopyAttributes(NodeId element)
+{
     const auto entries = At(element).element.attributes.Entries();
     for (const AttributeEntry& entry : entries) {
         tree.Atoms().AddReference(entry.name);
@@ -134,7 +154,8 @@ std::vector<AttributeEntry> Document::Parts::CopyAttributes(NodeId element) {
     return {entries.begin(), entries.end()};
 }
 
-std::optional<std::string> Document::Attribute(ElementHandle element, std::string_view name) const {
+std::optional<std::string> Document::Attribute(ElementHandle element, std::string_view name) const
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return std::nullopt;
@@ -163,7 +184,8 @@ std::optional<std::string> Document::Attribute(ElementHandle element, std::strin
     return value;
 }
 
-std::vector<std::pair<std::string, std::string>> Document::Attributes(ElementHandle element) const {
+std::vector<std::pair<std::string, std::string>> Document::Attributes(ElementHandle element) const
+{
     std::vector<std::pair<std::string, std::string>> attributes;
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
@@ -183,7 +205,8 @@ std::vector<std::pair<std::string, std::string>> Document::Attributes(ElementHan
     return attributes;
 }
 
-Result Document::SetAttribute(ElementHandle element, std::string_view name, std::string_view value) {
+Result Document::SetAttribute(ElementHandle element, std::string_view name, std::string_view value)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -215,7 +238,8 @@ Result Document::SetAttribute(ElementHandle element, std::string_view name, std:
     return Result::Success;
 }
 
-Result Document::RemoveAttribute(ElementHandle element, std::string_view name) {
+Result Document::RemoveAttribute(ElementHandle element, std::string_view name)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -236,12 +260,14 @@ Result Document::RemoveAttribute(ElementHandle element, std::string_view name) {
     return Result::Success;
 }
 
-std::string Document::Style(ElementHandle element, std::string_view property) const {
+std::string Document::Style(ElementHandle element, std::string_view property) const
+{
     const std::optional<std::string> text = Attribute(element, "style");
     return text.has_value() ? std::string(InlineStyle(*text).Get(property)) : std::string();
 }
 
-Result Document::SetStyle(ElementHandle element, std::string_view property, std::string_view value) {
+Result Document::SetStyle(ElementHandle element, std::string_view property, std::string_view value)
+{
     if (!IsKnown(element)) {
         return Result::UnknownElement;
     }
@@ -261,12 +287,14 @@ Result Document::SetStyle(ElementHandle element, std::string_view property, std:
 
 // ---- States ----
 
-std::uint32_t Document::State(ElementHandle element) const {
+std::uint32_t Document::State(ElementHandle element) const
+{
     const NodeId id = parts_->Resolve(element);
     return id == kNoNode ? 0 : parts_->At(id).element.states;
 }
 
-Result Document::SetState(ElementHandle element, std::uint32_t setBits, std::uint32_t clearBits) {
+Result Document::SetState(ElementHandle element, std::uint32_t setBits, std::uint32_t clearBits)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -288,8 +316,10 @@ Result Document::SetState(ElementHandle element, std::uint32_t setBits, std::uin
     return Result::Success;
 }
 
-void Document::Parts::TakeCurrentFor(NodeId element) {
-    constexpr IndexKey kKey = MakeIndexKey(IndexKind::State, std::countr_zero(ElementState::kCurrent));
+void Document::Parts::TakeCurrentFor(NodeId element)
+{
+    constexpr IndexKey kKey =
+        MakeIndexKey(IndexKind::State, std::countr_zero(ElementState::kCurrent));
     const IndexEntry* const entry = tree.Index().Find(kKey);
     if (!At(element).Is(NodeFlag::kAttached) || entry == nullptr) {
         return;
@@ -316,7 +346,8 @@ void Document::Parts::TakeCurrentFor(NodeId element) {
     }
 }
 
-bool Document::IsHidden(ElementHandle element) const {
+bool Document::IsHidden(ElementHandle element) const
+{
     const Atom styleAttribute = parts_->tree.Names().styleAttribute;
     for (NodeId id = parts_->Resolve(element); id != kNoNode; id = parts_->At(id).parent) {
         const Atom style = parts_->At(id).element.attributes.Find(styleAttribute);
@@ -327,7 +358,8 @@ bool Document::IsHidden(ElementHandle element) const {
     return false;
 }
 
-bool Document::IsDisabled(ElementHandle element) const {
+bool Document::IsDisabled(ElementHandle element) const
+{
     for (NodeId id = parts_->Resolve(element); id != kNoNode; id = parts_->At(id).parent) {
         if ((parts_->At(id).element.states & ElementState::kDisabled) != 0) {
             return true;

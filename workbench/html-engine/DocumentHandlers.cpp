@@ -10,7 +10,8 @@ namespace HtmlEngine {
 
 using namespace Internal;
 
-void Document::Parts::Remove(NodeRun run, std::vector<HandlerOnPath>& ended) {
+void Document::Parts::Remove(NodeRun run, std::vector<HandlerOnPath>& ended)
+{
     std::vector<LeftElement> left;
     tree.Remove(run, left);
     for (const LeftElement& element : left) {
@@ -21,20 +22,23 @@ void Document::Parts::Remove(NodeRun run, std::vector<HandlerOnPath>& ended) {
     }
 }
 
-void Document::Parts::Tell(const std::vector<HandlerOnPath>& ended) {
+void Document::Parts::Tell(const std::vector<HandlerOnPath>& ended)
+{
     for (const HandlerOnPath& attachment : ended) {
         attachment.handler->OnDetached(attachment.element);
     }
 }
 
-NodeId Document::Parts::HandlerElementAbove(NodeId id) const {
+NodeId Document::Parts::HandlerElementAbove(NodeId id) const
+{
     do {
         id = tree.Nodes()[id].parent;
     } while (id != kNoNode && !tree.Nodes()[id].Is(NodeFlag::kHasHandlers));
     return id;
 }
 
-Result Document::AttachHandler(ElementHandle element, std::shared_ptr<AttachedHandler> handler) {
+Result Document::AttachHandler(ElementHandle element, std::shared_ptr<AttachedHandler> handler)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -54,7 +58,8 @@ Result Document::AttachHandler(ElementHandle element, std::shared_ptr<AttachedHa
     return Result::Success;
 }
 
-Result Document::DetachHandler(ElementHandle element, const AttachedHandler* handler) {
+Result Document::DetachHandler(ElementHandle element, const AttachedHandler* handler)
+{
     const NodeId id = parts_->Resolve(element);
     if (id == kNoNode) {
         return Result::UnknownElement;
@@ -64,7 +69,8 @@ Result Document::DetachHandler(ElementHandle element, const AttachedHandler* han
         return Result::NotHeld;
     }
     std::vector<std::shared_ptr<AttachedHandler>>& here = found->second;
-    const auto place = std::find_if(here.begin(), here.end(), [&](const auto& held) { return held.get() == handler; });
+    const auto place = std::find_if(here.begin(), here.end(),
+                                    [&](const auto& held) { return held.get() == handler; });
     if (place == here.end()) {
         return Result::NotHeld;
     }
@@ -78,7 +84,8 @@ Result Document::DetachHandler(ElementHandle element, const AttachedHandler* han
     return Result::Success;
 }
 
-std::vector<HandlerOnPath> Document::HandlersOf(ElementHandle element) const {
+std::vector<HandlerOnPath> Document::HandlersOf(ElementHandle element) const
+{
     std::vector<HandlerOnPath> path;
     for (NodeId id = parts_->Resolve(element); id != kNoNode; id = parts_->At(id).parent) {
         if (parts_->At(id).Is(NodeFlag::kHasHandlers)) {

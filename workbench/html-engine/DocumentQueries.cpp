@@ -13,19 +13,24 @@ using namespace Internal;
 namespace {
 
 /// Success with `selector` filled, or what forbids the query.
-Result Prepare(const Tree& tree, NodeId element, std::string_view text, Selector& selector) {
+Result Prepare(const Tree& tree, NodeId element, std::string_view text, Selector& selector)
+{
     if (element == kNoNode) {
         return Result::UnknownElement;
     }
-    return SelectorParser(text, tree.Atoms()).Parse(selector) ? Result::Success : Result::MalformedSelector;
+    return SelectorParser(text, tree.Atoms()).Parse(selector) ? Result::Success
+                                                              : Result::MalformedSelector;
 }
 
 }  // namespace
 
-Result Document::SelectAll(ElementHandle root, std::string_view selector, const MatchCallback& callback) const {
+Result Document::SelectAll(ElementHandle root, std::string_view selector,
+                           const MatchCallback& callback) const
+{
     const NodeId id = parts_->Resolve(root);
     Selector parsed;
-    if (const Result result = Prepare(parts_->tree, id, selector, parsed); result != Result::Success) {
+    if (const Result result = Prepare(parts_->tree, id, selector, parsed);
+        result != Result::Success) {
         return result;
     }
     std::vector<ElementHandle> matches;
@@ -40,7 +45,9 @@ Result Document::SelectAll(ElementHandle root, std::string_view selector, const 
     return Result::Success;
 }
 
-Result Document::SelectFirst(ElementHandle root, std::string_view selector, ElementHandle& match) const {
+Result Document::SelectFirst(ElementHandle root, std::string_view selector,
+                             ElementHandle& match) const
+{
     match = kNoElement;
     const NodeId id = parts_->Resolve(root);
     Selector parsed;
@@ -51,7 +58,9 @@ Result Document::SelectFirst(ElementHandle root, std::string_view selector, Elem
     return result;
 }
 
-Result Document::Closest(ElementHandle element, std::string_view selector, ElementHandle& match) const {
+Result Document::Closest(ElementHandle element, std::string_view selector,
+                         ElementHandle& match) const
+{
     match = kNoElement;
     NodeId id = parts_->Resolve(element);
     Selector parsed;
@@ -66,7 +75,8 @@ Result Document::Closest(ElementHandle element, std::string_view selector, Eleme
     return result;
 }
 
-Result Document::Matches(ElementHandle element, std::string_view selector, bool& matches) const {
+Result Document::Matches(ElementHandle element, std::string_view selector, bool& matches) const
+{
     matches = false;
     const NodeId id = parts_->Resolve(element);
     Selector parsed;
@@ -77,7 +87,8 @@ Result Document::Matches(ElementHandle element, std::string_view selector, bool&
     return result;
 }
 
-std::string Document::DescribeSelectorProblem(std::string_view selector) {
+std::string Document::DescribeSelectorProblem(std::string_view selector)
+{
     const AtomTable noNames;
     Selector parsed;
     SelectorParser parser(selector, noNames);

@@ -1,8 +1,8 @@
 #pragma once
 
 // The small vocabulary of the HTML engine: handles of elements and nodes, result codes, insert
-// positions and element state bits. Included by everything that speaks to a Document. Plain values, usable on
-// any thread; what they refer to lives on the UI thread.
+// positions and element state bits. Included by everything that speaks to a Document. Plain values,
+// usable on any thread; what they refer to lives on the UI thread.
 
 #include <cstdint>
 

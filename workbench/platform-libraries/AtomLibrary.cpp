@@ -61,10 +61,9 @@ public:
             return nullptr;
         }
         const Segment* segment = segments_[index / kSegmentSize].load(std::memory_order_acquire);
-        const Entry* entry =
-            segment == nullptr
-                ? nullptr
-                : (*segment)[index % kSegmentSize].load(std::memory_order_acquire);
+        const Entry* entry = segment == nullptr
+                                 ? nullptr
+                                 : (*segment)[index % kSegmentSize].load(std::memory_order_acquire);
         return entry == nullptr ? nullptr : entry->name.c_str();
     }
 
@@ -165,8 +164,8 @@ public:
         }
         // An array of bytes is aligned for whatever a module keeps in its slot, and one of no
         // bytes has an address too.
-        slots_.push_back({std::string(name), dataId, *size, destroy,
-                          std::make_unique<std::byte[]>(*size)});
+        slots_.push_back(
+            {std::string(name), dataId, *size, destroy, std::make_unique<std::byte[]>(*size)});
         *data = slots_.back().bytes.get();
         return kResultOk;
     }
@@ -261,8 +260,8 @@ LIBRARY_EXPORT ResultCode VxGetStringFromAtom(Atom atom, const char** name)
 }
 
 LIBRARY_EXPORT ResultCode CreateSingletonStaticData(const char* name, std::uint32_t dataId,
-                                                    std::size_t size,
-                                                    void (*destroy)(void* data), void** data)
+                                                    std::size_t size, void (*destroy)(void* data),
+                                                    void** data)
 {
     if (data == nullptr) {
         return kResultNullArgument;

@@ -24,8 +24,7 @@ Atom DeleteCommandAtom()
 
 }  // namespace
 
-BLDocumentObject::BLDocumentObject(HostStatePtr state,
-                                   std::shared_ptr<Documents::Document> content)
+BLDocumentObject::BLDocumentObject(HostStatePtr state, std::shared_ptr<Documents::Document> content)
     : state_(std::move(state)), content_(std::move(content))
 {
     Offer<BLDocument::GetPageCount, &BLDocumentObject::GetPageCount>();
@@ -74,8 +73,8 @@ ResultCode BLDocumentObject::ExecuteCommand(Atom command, const void* arguments)
 void BLDocumentObject::DeleteAnnotation(const BLAnnotCommandArguments& arguments)
 {
     const auto position = PositionOnPage(*content_, arguments.pageIndex, arguments.annotation);
-    const std::string place = std::to_string(arguments.pageIndex) + "_" +
-                              (position ? std::to_string(*position) : "?");
+    const std::string place =
+        std::to_string(arguments.pageIndex) + "_" + (position ? std::to_string(*position) : "?");
     state_->calls.Request("BLDocument.ExecuteCommand", kDeleteCommand, arguments.pageIndex, place);
     const auto refuse = [&](const std::string& reason) {
         FailCall(kResultCommandRefused,
@@ -99,8 +98,7 @@ void BLDocumentObject::DeleteAnnotation(const BLAnnotCommandArguments& arguments
         !reason.empty()) {
         refuse(reason);
     }
-    const std::string error =
-        Publish(content_->RemoveAnnotation(arguments.pageIndex, *position));
+    const std::string error = Publish(content_->RemoveAnnotation(arguments.pageIndex, *position));
     if (!error.empty()) {
         FailCall(kResultUnexpected, error);
     }

@@ -50,9 +50,8 @@ std::uint32_t IndexAfter(const Documents::PagesChange& change, std::uint32_t pag
 CallLog::Json PlaceForLog(const BLDocumentObject* document, std::uint32_t page,
                           const _PDAnnotRec* annotation)
 {
-    const auto place = document == nullptr
-                           ? std::nullopt
-                           : PlaceName(document->Content(), page, annotation);
+    const auto place =
+        document == nullptr ? std::nullopt : PlaceName(document->Content(), page, annotation);
     return place ? CallLog::Json(*place) : CallLog::Json(nullptr);
 }
 
@@ -240,8 +239,7 @@ ResultCode BLDocumentViewObject::IsPermitted(std::uint32_t subject, std::uint32_
     const bool isDeletion = subject == kPermissionSubjectAnnotation &&
                             operation == kPermissionOperationDelete &&
                             scope == kPermissionScopeUser;
-    *permitted =
-        isDeletion && document_ && document_->Content().AnnotationDeletionPermitted();
+    *permitted = isDeletion && document_ && document_->Content().AnnotationDeletionPermitted();
     return kResultOk;
 }
 

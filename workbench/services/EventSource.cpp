@@ -104,9 +104,8 @@ bool EventSourceBase::Unsubscribe(std::uint64_t cookie)
     {
         std::unique_lock lock(mutex_);
         auto changed = std::make_shared<Subscribers>(*subscribers_);
-        const auto found = std::find_if(changed->begin(), changed->end(), [cookie](const auto& s) {
-            return s->cookie == cookie;
-        });
+        const auto found = std::find_if(changed->begin(), changed->end(),
+                                        [cookie](const auto& s) { return s->cookie == cookie; });
         if (found == changed->end()) {
             return false;
         }

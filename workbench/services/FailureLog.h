@@ -13,7 +13,7 @@
 namespace Workbench {
 
 struct Failure {
-    std::string where;    // "UIHandler::HandleKey"
+    std::string where;  // "UIHandler::HandleKey"
     ResultCode code = kResultUnexpected;
     std::string message;  // UTF-8
 };

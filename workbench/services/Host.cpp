@@ -143,8 +143,8 @@ Host::ViewPtr Host::OpenView(std::shared_ptr<Documents::Document> content)
 {
     content->ForceReadOnly(forcedReadOnly_);
     content->ForceAnnotationDeletionPermitted(forcedDeletionPermitted_);
-    const auto view = BLDocumentViewObject::Make(
-        state_, BLDocumentObject::Make(state_, std::move(content)));
+    const auto view =
+        BLDocumentViewObject::Make(state_, BLDocumentObject::Make(state_, std::move(content)));
     view->Connect();
     const ViewPtr opened = UIDocumentViewObject::Make(view);
     collection_->Add(opened);

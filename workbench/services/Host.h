@@ -110,7 +110,8 @@ public:
     UIDocumentsCollectionObject& Collection() const noexcept { return *collection_.Get(); }
     const std::vector<ViewPtr>& Views() const noexcept { return collection_->Views(); }
 
-    // What the module handed out; null before StartPanel. For tests that talk to the panel directly.
+    // What the module handed out; null before StartPanel. For tests that talk to the panel
+    // directly.
     UIInplacePlugin* Plugin() const noexcept { return plugin_.Get(); }
     UIHandler* PanelHandler() const noexcept { return handler_.Get(); }
     UIDocumentPanelModel* PanelModel() const noexcept { return model_.Get(); }

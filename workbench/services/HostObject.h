@@ -22,7 +22,10 @@ namespace Workbench {
 namespace Details {
 
 template <class E>
-inline constexpr bool kIsEvent = requires { E::kUnsubscribeSlot; };
+inline constexpr bool kIsEvent = requires
+{
+    E::kUnsubscribeSlot;
+};
 
 template <class E, bool IsEvent = kIsEvent<E>>
 struct SourceTuple {
@@ -105,10 +108,9 @@ private:
                 } else {
                     code = (FromInterface(self)->*Member)(arguments...);
                 }
-                return IsExpectedResult(code)
-                           ? code
-                           : ReportMethodResult(code, I::kName, M::kName, M::kName, I::kHeader,
-                                                M::kLine);
+                return IsExpectedResult(code) ? code
+                                              : ReportMethodResult(code, I::kName, M::kName,
+                                                                   M::kName, I::kHeader, M::kLine);
             } catch (...) {
                 return Details::RecordCurrentException(I::kName, M::kName, I::kHeader, M::kLine);
             }

@@ -18,8 +18,7 @@ constexpr const char* kTranslated = "[localize]";
 constexpr const char* kTokenAttribute = "__l_o_c_a_l_e__t_o_k_e_n__";
 
 // What a click acts on: buttons, and what the style sheet makes clickable.
-constexpr const char* kClickable =
-    "button, .button, .button-small, div.icon, ul.comments > li";
+constexpr const char* kClickable = "button, .button, .button-small, div.icon, ul.comments > li";
 
 // What the panel's style sheet hides: always, with the page item above it collapsed, and unless the
 // element's own style says that it is visible.
@@ -58,9 +57,7 @@ private:
 }  // namespace
 
 HtmlPanel::HtmlPanel(HostStatePtr state, BasicServiceObjectPtr<LocaleManagerObject> locale)
-    : state_(std::move(state)),
-      locale_(std::move(locale)),
-      document_(std::make_unique<Document>())
+    : state_(std::move(state)), locale_(std::move(locale)), document_(std::make_unique<Document>())
 {
 }
 
@@ -196,7 +193,7 @@ ElementHandle HtmlPanel::ClickTarget(ElementHandle element) const
 {
     const ElementHandle target = ClosestMatch(*document_, element, kClickable);
     return target == kNoElement || document_->IsDisabled(target) || !IsShown(element) ? kNoElement
-                                                                                    : target;
+                                                                                      : target;
 }
 
 void HtmlPanel::ScrollIntoView(ElementHandle element) const

@@ -76,8 +76,9 @@ ResultCode UIDocumentsCollectionObject::GetActiveView(UIDocumentView** view) con
     return kResultOk;
 }
 
-ResultCode UIDocumentsCollectionObject::EnumerateViews(
-    UIDocumentsCollection::ViewCollector collector, void* context) const
+ResultCode
+UIDocumentsCollectionObject::EnumerateViews(UIDocumentsCollection::ViewCollector collector,
+                                            void* context) const
 {
     if (collector == nullptr) {
         return kResultNullArgument;

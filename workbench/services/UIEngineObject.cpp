@@ -96,7 +96,8 @@ ResultCode UIEngineObject::Register(UIResourceRegistration* registration) const
     Platform::ModuleInstance module = nullptr;
     CallMethodUnchecked<UIResourceRegistration::GetModuleInstance>(registration, &module);
     if (!ResourceStore::Instance().Register(module)) {
-        FailCall(kResultNotFound, "the module that registers has no table of contents of resources");
+        FailCall(kResultNotFound,
+                 "the module that registers has no table of contents of resources");
     }
     return kResultOk;
 }

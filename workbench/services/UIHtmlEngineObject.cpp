@@ -42,7 +42,8 @@ void CheckEngineResult(HtmlEngine::Result result, const char* selector)
     case HtmlEngine::Result::UnknownElement:
         FailCall(kResultNotFound, "the handle is no element, or no longer one");
     case HtmlEngine::Result::NoPlace:
-        FailCall(kResultUnexpected, "the element has no place in a tree that this could be done at");
+        FailCall(kResultUnexpected,
+                 "the element has no place in a tree that this could be done at");
     case HtmlEngine::Result::NoContent:
         FailCall(kResultUnexpected, "the element cannot have content");
     case HtmlEngine::Result::BadName:
@@ -130,8 +131,7 @@ ResultCode UIHtmlEngineObject::GetIndex(HtmlElementHandle element, std::uint32_t
         return kResultNullArgument;
     }
     *index = 0;
-    *index =
-        static_cast<std::uint32_t>(PageWith(element).IndexInParent(ElementOf(element)));
+    *index = static_cast<std::uint32_t>(PageWith(element).IndexInParent(ElementOf(element)));
     return kResultOk;
 }
 
@@ -175,8 +175,8 @@ ResultCode UIHtmlEngineObject::SetText(HtmlElementHandle element, const char16_t
     if (text == nullptr && length != 0) {
         return kResultNullArgument;
     }
-    CheckEngineResult(Page().SetText(ElementOf(element),
-                                     UnicodeText::ToUtf8(std::u16string_view(text, length))));
+    CheckEngineResult(
+        Page().SetText(ElementOf(element), UnicodeText::ToUtf8(std::u16string_view(text, length))));
     return kResultOk;
 }
 

@@ -1,5 +1,5 @@
-// The signals by which a user, a closed terminal or the system ends the workbench: SIGINT, SIGHUP and
-// SIGTERM.
+// The signals by which a user, a closed terminal or the system ends the workbench: SIGINT, SIGHUP
+// and SIGTERM.
 #pragma once
 
 #include <functional>

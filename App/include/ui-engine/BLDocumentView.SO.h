@@ -55,8 +55,7 @@ struct BLDocumentView : ServiceObject {
     SO_METHOD(BLDocumentView, GetInteractionFlags, 2, std::uint32_t* flags);
     SO_METHOD(BLDocumentView, GoTo, 3, const BLGoToRequest* request);
     // Gives the annotation the input focus; borrowed.
-    SO_METHOD(BLDocumentView, FocusAnnotation, 4, std::uint32_t pageIndex,
-              _PDAnnotRec* annotation);
+    SO_METHOD(BLDocumentView, FocusAnnotation, 4, std::uint32_t pageIndex, _PDAnnotRec* annotation);
     // The codes are kPermission...
     SO_METHOD(BLDocumentView, IsPermitted, 5, std::uint32_t subject, std::uint32_t operation,
               std::uint32_t scope, bool* permitted);

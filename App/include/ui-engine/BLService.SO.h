@@ -15,7 +15,7 @@ struct BLHighlightArguments {
     BLDocument* document;
     const BLGoToRequest* target;
     _PDAnnotRec* annotation;
-    double pageScale;           // of the page, as the view reports it
+    double pageScale;            // of the page, as the view reports it
     std::uint32_t pageRotation;  // degrees, as the view reports it
     std::uint32_t reserved;      // 0
 };

@@ -28,10 +28,8 @@ struct UIDocumentsCollection : ServiceObject {
     SO_EVENT(UIDocumentsCollection, OnSbSViewDeactivated, 30, UIDocumentViewSbS* view);
     SO_EVENT(UIDocumentsCollection, OnSbSViewDestroyed, 33, UIDocumentViewSbS* view);
 
-    using Catalogue =
-        SODetails::MethodCatalogue<GetActiveView, EnumerateViews, GetActiveSbSView,
-                                   OnDocumentViewCreated, OnDocumentViewActivated,
-                                   OnDocumentViewDeactivated, OnDocumentViewDestroyed,
-                                   OnSbSViewCreated, OnSbSViewActivated, OnSbSViewDeactivated,
-                                   OnSbSViewDestroyed>;
+    using Catalogue = SODetails::MethodCatalogue<
+        GetActiveView, EnumerateViews, GetActiveSbSView, OnDocumentViewCreated,
+        OnDocumentViewActivated, OnDocumentViewDeactivated, OnDocumentViewDestroyed,
+        OnSbSViewCreated, OnSbSViewActivated, OnSbSViewDeactivated, OnSbSViewDestroyed>;
 };

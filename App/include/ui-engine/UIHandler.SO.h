@@ -47,12 +47,10 @@ struct UIHandler : ServiceObject {
     // Name of the handler's class, 8-bit, borrowed until the handler dies.
     SO_METHOD(UIHandler, GetHandlerName, 21, const char** name);
 
-    using Catalogue =
-        SODetails::MethodCatalogue<GetElementAttachedTo, GetSubscribedEvents, HandleMouse,
-                                   HandleKey, HandleFocus, HandleTimer, HandleSize, HandleScroll,
-                                   HandleDraw, HandleMethodCall, HandleScriptCall, HandleEvent,
-                                   HandleDataArrived, HandleGesture, HandleExchange, Attached,
-                                   Detached, OnDocumentComplete, OnInplacePluginsInitialized,
-                                   OnInitComplete, OnLocaleChanged, GetHandlerName>;
+    using Catalogue = SODetails::MethodCatalogue<
+        GetElementAttachedTo, GetSubscribedEvents, HandleMouse, HandleKey, HandleFocus, HandleTimer,
+        HandleSize, HandleScroll, HandleDraw, HandleMethodCall, HandleScriptCall, HandleEvent,
+        HandleDataArrived, HandleGesture, HandleExchange, Attached, Detached, OnDocumentComplete,
+        OnInplacePluginsInitialized, OnInitComplete, OnLocaleChanged, GetHandlerName>;
 };
 static_assert(UIHandler::Catalogue::kMethodCount == 22);

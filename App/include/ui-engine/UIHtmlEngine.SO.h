@@ -68,10 +68,8 @@ struct UIHtmlEngine : ServiceObject {
     // Removes the element from the tree.
     SO_METHOD(UIHtmlEngine, DeleteElement, 18, HtmlElementHandle element);
 
-    using Catalogue =
-        SODetails::MethodCatalogue<UseElement, UnuseElement, GetParent, GetIndex, GetChildCount,
-                                   GetNthChild, SetHtml, SetText, SetStyleAttribute, GetState,
-                                   SetState, SelectFirst, SelectEnclosing, TestSelector,
-                                   GetAttribute, UpdateElement, ScrollIntoView, AttachHandler,
-                                   DeleteElement>;
+    using Catalogue = SODetails::MethodCatalogue<
+        UseElement, UnuseElement, GetParent, GetIndex, GetChildCount, GetNthChild, SetHtml, SetText,
+        SetStyleAttribute, GetState, SetState, SelectFirst, SelectEnclosing, TestSelector,
+        GetAttribute, UpdateElement, ScrollIntoView, AttachHandler, DeleteElement>;
 };

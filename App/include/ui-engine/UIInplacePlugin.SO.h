@@ -45,9 +45,8 @@ struct UIInplacePlugin : ServiceObject {
     // Releases handler and model. May be called twice.
     SO_METHOD(UIInplacePlugin, Cleanup, 9);
 
-    using Catalogue =
-        SODetails::MethodCatalogue<Handshake, RegisterResources, InitBegin, InitHtml,
-                                   InitSubscription, InitHandler, InitComplete, CreateControl,
-                                   GetUIModel, Cleanup>;
+    using Catalogue = SODetails::MethodCatalogue<Handshake, RegisterResources, InitBegin, InitHtml,
+                                                 InitSubscription, InitHandler, InitComplete,
+                                                 CreateControl, GetUIModel, Cleanup>;
 };
 static_assert(UIInplacePlugin::Catalogue::kMethodCount == 10);

@@ -51,7 +51,7 @@ struct PostedCall {
     std::function<void()> call;
 };
 inline constexpr std::uint32_t kPostedCallTag = 0x4E494E49;  // the bytes "ININ"
-static_assert(alignof(std::function<void()>) == 8);  // the call stands at offset 8
+static_assert(alignof(std::function<void()>) == 8);          // the call stands at offset 8
 static_assert(sizeof(PostedCall) == 40);
 
 // What the host is given to run a record: runs and frees it. A null record, and one with another

@@ -68,8 +68,8 @@ const ElementSet& ElementSet::Collapse() const
 const ElementSet& ElementSet::SetVisibility(const char16_t* value) const
 {
     return ForEach([value](const UIElement& element) {
-        CallMethodUnchecked<Engine::SetStyleAttribute>(element.engine, element.handle,
-                                                       "visibility", value);
+        CallMethodUnchecked<Engine::SetStyleAttribute>(element.engine, element.handle, "visibility",
+                                                       value);
     });
 }
 

@@ -24,8 +24,8 @@ void ReleaseHeldService(void* data)
 
 void EnsureSlot()
 {
-    static_cast<void>(SODetails::CreateSingletonSlot(kSlotName, kSlotDataId, sizeof(void*),
-                                                     &ReleaseHeldService));
+    static_cast<void>(
+        SODetails::CreateSingletonSlot(kSlotName, kSlotDataId, sizeof(void*), &ReleaseHeldService));
 }
 
 // The service, borrowed: the slot holds it for the life of the process.

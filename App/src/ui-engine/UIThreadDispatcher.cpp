@@ -48,12 +48,11 @@ bool UIThreadDispatcher::PostTo(UIThread* thread, std::function<void()> call)
     if (!call || thread == nullptr) {
         return false;
     }
-    auto record = std::make_unique<SODetails::PostedCall>(
-        SODetails::PostedCall{SODetails::kPostedCallTag, sizeof(SODetails::PostedCall),
-                              std::move(call)});
+    auto record = std::make_unique<SODetails::PostedCall>(SODetails::PostedCall{
+        SODetails::kPostedCallTag, sizeof(SODetails::PostedCall), std::move(call)});
     // The record is the host's from an accepted call on; another outcome leaves it here.
-    const CallResult result = CallMethodUnchecked<UIThread::PostCall>(
-        thread, &SODetails::RunPostedCall, record.get());
+    const CallResult result =
+        CallMethodUnchecked<UIThread::PostCall>(thread, &SODetails::RunPostedCall, record.get());
     if (result.Succeeded()) {
         static_cast<void>(record.release());
         return true;

@@ -39,10 +39,9 @@ bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name, Service
         *object = found.Detach();
         return true;
     }
-    ReportFailure(kResultNotFound,
-                  (boost::wformat(L"Fail to query %1% service object from UIWnd!") %
-                   FromAscii(name))
-                      .str(),
-                  __LINE__);
+    ReportFailure(
+        kResultNotFound,
+        (boost::wformat(L"Fail to query %1% service object from UIWnd!") % FromAscii(name)).str(),
+        __LINE__);
     return false;
 }

@@ -1,5 +1,6 @@
 // The module-wide list behind CallMethodByName: method thunks by the hash of their names. Entries
-// are made on the UI thread when the first object of a class is made, and never removed. [ui-thread]
+// are made on the UI thread when the first object of a class is made, and never removed.
+// [ui-thread]
 #pragma once
 
 #include "service-common/ServiceObject.h"

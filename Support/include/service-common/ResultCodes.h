@@ -8,16 +8,16 @@
 using ResultCode = std::uint32_t;
 
 inline constexpr ResultCode kResultOk = 0;
-inline constexpr ResultCode kResultDeclined = 1;          // success, nothing was done
-inline constexpr ResultCode kResultNullPointer = 2;       // the object itself is null
-inline constexpr ResultCode kResultNotInitialized = 2;    // the same number, as an exception code
-inline constexpr ResultCode kResultNullArgument = 3;      // a required argument is null
-inline constexpr ResultCode kResultWrongInterface = 4;    // interface id is 0 or another one
-inline constexpr ResultCode kResultDamagedTable = 5;      // implausible size or no end-of-table tag
-inline constexpr ResultCode kResultUnexpected = 6;        // an exception without a code of its own
+inline constexpr ResultCode kResultDeclined = 1;        // success, nothing was done
+inline constexpr ResultCode kResultNullPointer = 2;     // the object itself is null
+inline constexpr ResultCode kResultNotInitialized = 2;  // the same number, as an exception code
+inline constexpr ResultCode kResultNullArgument = 3;    // a required argument is null
+inline constexpr ResultCode kResultWrongInterface = 4;  // interface id is 0 or another one
+inline constexpr ResultCode kResultDamagedTable = 5;    // implausible size or no end-of-table tag
+inline constexpr ResultCode kResultUnexpected = 6;      // an exception without a code of its own
 inline constexpr ResultCode kResultNotFound = 8;
 inline constexpr ResultCode kResultOutOfRange = 9;
-inline constexpr ResultCode kResultNotReported = 10;      // a failure that nobody is told of
+inline constexpr ResultCode kResultNotReported = 10;  // a failure that nobody is told of
 
 inline constexpr ResultCode kResultServiceNotInModule = 0x10005;
 inline constexpr ResultCode kResultFactoryFailed = 0x10006;

@@ -31,8 +31,9 @@ template <class... Entries>
 struct MethodCatalogue {
     static constexpr unsigned kMethodCount = [] {
         unsigned count = 0;
-        ((count = Entries::kSlot + Entries::kSlotCount > count ? Entries::kSlot + Entries::kSlotCount
-                                                               : count),
+        ((count = Entries::kSlot + Entries::kSlotCount > count
+                      ? Entries::kSlot + Entries::kSlotCount
+                      : count),
          ...);
         return count;
     }();
@@ -84,8 +85,8 @@ inline bool TableHoldsSlot(const ServiceObject* object, unsigned slot) noexcept
 
 // Outcome of a call that the check rule let pass.
 struct CallResult {
-    bool called = false;            // false: no object, beyond the table, or a null entry
-    ResultCode code = kResultOk;    // as the method returned it
+    bool called = false;          // false: no object, beyond the table, or a null entry
+    ResultCode code = kResultOk;  // as the method returned it
 
     bool Succeeded() const noexcept { return called && code == kResultOk; }
 };
@@ -101,8 +102,8 @@ CallResult CallMethodUnchecked(typename M::Interface* object, Args&&... argument
     if (object == nullptr || !SODetails::TableHoldsSlot(object, M::kSlot)) {
         return {};
     }
-    const auto method = reinterpret_cast<typename M::Function>(
-        SODetails::RawMethodEntry(object, M::kSlot));
+    const auto method =
+        reinterpret_cast<typename M::Function>(SODetails::RawMethodEntry(object, M::kSlot));
     if (method == nullptr) {
         return {};
     }

@@ -163,8 +163,7 @@ private:
 
     ReferenceCounted Counted() noexcept
     {
-        return {this->AsInterface(), referenceCount_, weakReference_,
-                [](ServiceObject* header) {
+        return {this->AsInterface(), referenceCount_, weakReference_, [](ServiceObject* header) {
                     std::default_delete<ServiceObjectCppTheConcrete>()(Self(header));
                 }};
     }

@@ -52,8 +52,9 @@ public:
     {
     }
     template <class U>
-        requires std::is_convertible_v<U*, T*>
-    BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other) noexcept  // NOLINT
+    requires std::is_convertible_v<U*, T*>
+    BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other)
+    noexcept  // NOLINT
         : BasicServiceObjectPtr(Retain(other.Get()))
     {
     }

@@ -24,7 +24,8 @@ namespace SP {
 void _CheckServiceProviderApiResult(ResultCode code, std::uint32_t systemErrorCode);
 
 namespace Details {
-BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name, std::atomic<Atom>& cachedAtom);
+BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
+                                                        std::atomic<Atom>& cachedAtom);
 }
 
 // The service object of interface `I` that the provider lists under the interface's own name. The

@@ -12,8 +12,8 @@
 // Function table of a record, at its start. A holder that was handed the record calls
 // `ReleaseHolder` once.
 struct WeakReferenceFunctions {
-    std::uint32_t (*AddHolder)(WeakReferenceRecord* record);      // entry 0: the new count
-    std::uint32_t (*ReleaseHolder)(WeakReferenceRecord* record);  // entry 1: frees at 0
+    std::uint32_t (*AddHolder)(WeakReferenceRecord* record);       // entry 0: the new count
+    std::uint32_t (*ReleaseHolder)(WeakReferenceRecord* record);   // entry 1: frees at 0
     std::uint32_t (*GetHolderCount)(WeakReferenceRecord* record);  // entry 2
     bool (*IsAlive)(WeakReferenceRecord* record);                  // entry 3
     // Entry 4: the object with one reference added for the caller, or null when it died.

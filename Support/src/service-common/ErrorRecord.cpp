@@ -98,8 +98,8 @@ ResultCode ReportMethodResult(ResultCode code, const char* interfaceName, const 
     if (IsExpectedResult(code) || interfaceName == nullptr || methodName == nullptr) {
         return code;
     }
-    const auto message = boost::wformat(L"%s::%s() failed, code: %d") %
-                         FromAscii(interfaceName) % FromAscii(methodName) % code;
+    const auto message = boost::wformat(L"%s::%s() failed, code: %d") % FromAscii(interfaceName) %
+                         FromAscii(methodName) % code;
     SetThreadLastError({code, message.str(), function == nullptr ? "" : function,
                         file == nullptr ? "" : file, line});
     return code;

@@ -26,8 +26,8 @@ void CheckServiceCall(ServiceObject* object, ResultCode code)
     if (object->GetLastErrorInfo(object, &info, errorObject.Receive()) != kResultOk) {
         return;
     }
-    throw ServiceObjectException(
-        {static_cast<ResultCode>(info.code), FromUtf16(info.message), TextOrEmpty(info.function),
-         TextOrEmpty(info.file), static_cast<std::uint32_t>(info.line)},
-        std::move(errorObject));
+    throw ServiceObjectException({static_cast<ResultCode>(info.code), FromUtf16(info.message),
+                                  TextOrEmpty(info.function), TextOrEmpty(info.file),
+                                  static_cast<std::uint32_t>(info.line)},
+                                 std::move(errorObject));
 }

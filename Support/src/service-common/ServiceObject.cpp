@@ -20,8 +20,8 @@ ResultCode CheckServiceObject(const ServiceObject* object, const char* interface
     if (object->methodTableSize >= kImplausibleMethodTableSize) {
         return kResultDamagedTable;
     }
-    const auto* tag = reinterpret_cast<const char*>(object) + kMethodTableOffset +
-                      object->methodTableSize;
+    const auto* tag =
+        reinterpret_cast<const char*>(object) + kMethodTableOffset + object->methodTableSize;
     return std::memcmp(tag, kEndOfTableTag, sizeof kEndOfTableTag) == 0 ? kResultOk
                                                                         : kResultDamagedTable;
 }

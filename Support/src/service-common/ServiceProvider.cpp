@@ -23,8 +23,8 @@ constexpr ProviderMessage kProviderMessages[] = {
     {kResultFactoryFailed, L"service object factory function failed.\n", nullptr},
     {kResultNoPublicObjects, L"there are no public service objects in corresponding module.\n",
      nullptr},
-    {kResultServiceUnknown,
-     L"corresponding service is not supported by the service provider.\n", nullptr},
+    {kResultServiceUnknown, L"corresponding service is not supported by the service provider.\n",
+     nullptr},
     {kResultModuleNotFound,
      L"the service provider cannot find corresponding module to create service object.\n",
      L"the service provider cannot find corresponding module to create service object.\n\n"
@@ -88,17 +88,16 @@ BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
     try {
         BasicServiceObjectPtr<ServiceObject> object;
         std::uint32_t systemErrorCode = 0;
-        const ResultCode code = ServiceProviderGetServiceObject(
-            atom, object.Receive(), &systemErrorCode);
+        const ResultCode code =
+            ServiceProviderGetServiceObject(atom, object.Receive(), &systemErrorCode);
         _CheckServiceProviderApiResult(code, systemErrorCode);
         return object;
     } catch (const ServiceObjectException& failure) {
-        throw ServiceObjectException(
-            {failure.Code(),
-             (boost::wformat(L"Fail to query %1% service object: %2%") % FromAscii(name) %
-              failure.Message())
-                 .str(),
-             "SP::QueryServiceObject", kSourceFile, __LINE__});
+        throw ServiceObjectException({failure.Code(),
+                                      (boost::wformat(L"Fail to query %1% service object: %2%") %
+                                       FromAscii(name) % failure.Message())
+                                          .str(),
+                                      "SP::QueryServiceObject", kSourceFile, __LINE__});
     }
 }
 

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::size_t kFirstBucketCount = 256;
 
-std::size_t HashOf(std::string_view text) {
+std::size_t HashOf(std::string_view text)
+{
     return std::hash<std::string_view>{}(text);
 }
 
@@ -17,9 +18,11 @@ std::size_t HashOf(std::string_view text) {
 
 AtomTable::AtomTable() : entries_(1), buckets_(kFirstBucketCount, kNoAtom) {}
 
-Atom AtomTable::Acquire(std::string_view text) {
+Atom AtomTable::Acquire(std::string_view text)
+{
     const std::size_t hash = HashOf(text);
-    for (Atom atom = buckets_[hash & (buckets_.size() - 1)]; atom != kNoAtom; atom = entries_[atom].next) {
+    for (Atom atom = buckets_[hash & (buckets_.size() - 1)]; atom != kNoAtom;
+         atom = entries_[atom].next) {
         Entry& entry = entries_[atom];
         if (entry.hash == hash && entry.text == text) {
             ++entry.references;
@@ -49,7 +52,8 @@ Atom AtomTable::Acquire(std::string_view text) {
     return atom;
 }
 
-void AtomTable::Release(Atom atom) {
+void AtomTable::Release(Atom atom)
+{
     Entry& entry = entries_[atom];
     if (--entry.references != 0) {
         return;
@@ -65,9 +69,11 @@ void AtomTable::Release(Atom atom) {
     --size_;
 }
 
-Atom AtomTable::Find(std::string_view text) const {
+Atom AtomTable::Find(std::string_view text) const
+{
     const std::size_t hash = HashOf(text);
-    for (Atom atom = buckets_[hash & (buckets_.size() - 1)]; atom != kNoAtom; atom = entries_[atom].next) {
+    for (Atom atom = buckets_[hash & (buckets_.size() - 1)]; atom != kNoAtom;
+         atom = entries_[atom].next) {
         if (entries_[atom].hash == hash && entries_[atom].text == text) {
             return atom;
         }
@@ -75,7 +81,8 @@ Atom AtomTable::Find(std::string_view text) const {
     return kNoAtom;
 }
 
-void AtomTable::Grow() {
+void AtomTable::Grow()
+{
     std::vector<Atom> buckets(buckets_.size() * 2, kNoAtom);
     for (Atom head : buckets_) {
         while (head != kNoAtom) {

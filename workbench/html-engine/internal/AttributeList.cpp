@@ -5,7 +5,8 @@
 
 namespace HtmlEngine::Internal {
 
-void AttributeList::Assign(std::span<const AttributeEntry> entries) {
+void AttributeList::Assign(std::span<const AttributeEntry> entries)
+{
     std::allocator<AttributeEntry> allocator;
     AttributeEntry* block = nullptr;
     if (!entries.empty()) {

@@ -27,13 +27,15 @@ public:
     AttributeList& operator=(const AttributeList&) = delete;
     ~AttributeList() { Assign({}); }
 
-    std::span<const AttributeEntry> Entries() const {
+    std::span<const AttributeEntry> Entries() const
+    {
         return block_ == nullptr ? std::span<const AttributeEntry>()
                                  : std::span<const AttributeEntry>(block_ + 1, block_->name);
     }
 
     /// The value of the first entry with this name, or kNoAtom.
-    Atom Find(Atom name) const {
+    Atom Find(Atom name) const
+    {
         for (const AttributeEntry& entry : Entries()) {
             if (entry.name == name) {
                 return entry.value;
@@ -42,7 +44,8 @@ public:
         return kNoAtom;
     }
 
-    bool Has(Atom name, Atom value) const {
+    bool Has(Atom name, Atom value) const
+    {
         for (const AttributeEntry& entry : Entries()) {
             if (entry.name == name && entry.value == value) {
                 return true;
@@ -58,7 +61,8 @@ public:
     void Assign(std::span<const AttributeEntry> entries);
 
     /// Takes part in another list; this one must be empty.
-    void Share(const AttributeList& other) {
+    void Share(const AttributeList& other)
+    {
         block_ = other.block_;
         if (block_ != nullptr) {
             ++block_->value;

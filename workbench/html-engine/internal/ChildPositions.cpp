@@ -16,7 +16,8 @@ constexpr std::size_t kHintReach = 32;
 
 }  // namespace
 
-NodeId ChildPositions::Child(NodeId parent, std::size_t index) {
+NodeId ChildPositions::Child(NodeId parent, std::size_t index)
+{
     const std::size_t count = nodes_[parent].element.elementCount;
     if (index >= count) {
         return kNoNode;
@@ -31,7 +32,8 @@ NodeId ChildPositions::Child(NodeId parent, std::size_t index) {
     return child;
 }
 
-std::size_t ChildPositions::IndexOf(NodeId element) {
+std::size_t ChildPositions::IndexOf(NodeId element)
+{
     const NodeId parent = nodes_[element].parent;
     if (parent == kNoNode) {
         return 0;
@@ -40,13 +42,15 @@ std::size_t ChildPositions::IndexOf(NodeId element) {
         return Locate(ListOf(parent), element);
     }
     std::size_t index = 0;
-    for (NodeId id = PreviousElementSibling(nodes_, element); id != kNoNode; id = PreviousElementSibling(nodes_, id)) {
+    for (NodeId id = PreviousElementSibling(nodes_, element); id != kNoNode;
+         id = PreviousElementSibling(nodes_, id)) {
         ++index;
     }
     return index;
 }
 
-void ChildPositions::Inserted(NodeId parent, NodeId first, std::size_t count) {
+void ChildPositions::Inserted(NodeId parent, NodeId first, std::size_t count)
+{
     const auto found = lists_.find(parent);
     if (found == lists_.end()) {
         return;
@@ -63,7 +67,8 @@ void ChildPositions::Inserted(NodeId parent, NodeId first, std::size_t count) {
     list.insert(list.begin() + static_cast<std::ptrdiff_t>(index), added.begin(), added.end());
 }
 
-void ChildPositions::Removing(NodeId parent, NodeId first, std::size_t count) {
+void ChildPositions::Removing(NodeId parent, NodeId first, std::size_t count)
+{
     const auto found = lists_.find(parent);
     if (found == lists_.end()) {
         return;
@@ -73,18 +78,21 @@ void ChildPositions::Removing(NodeId parent, NodeId first, std::size_t count) {
     list.erase(from, from + static_cast<std::ptrdiff_t>(count));
 }
 
-void ChildPositions::Forget(NodeId parent) {
+void ChildPositions::Forget(NodeId parent)
+{
     if (!lists_.empty()) {
         lists_.erase(parent);
     }
 }
 
-ChildPositions::List& ChildPositions::ListOf(NodeId parent) {
+ChildPositions::List& ChildPositions::ListOf(NodeId parent)
+{
     const auto [found, isNew] = lists_.try_emplace(parent);
     List& list = found->second;
     if (isNew) {
         list.reserve(nodes_[parent].element.elementCount);
-        for (NodeId id = FirstElementChild(nodes_, parent); id != kNoNode; id = NextElementSibling(nodes_, id)) {
+        for (NodeId id = FirstElementChild(nodes_, parent); id != kNoNode;
+             id = NextElementSibling(nodes_, id)) {
             nodes_[id].element.positionHint = static_cast<std::uint32_t>(list.size());
             list.push_back(id);
         }
@@ -92,7 +100,8 @@ ChildPositions::List& ChildPositions::ListOf(NodeId parent) {
     return list;
 }
 
-std::size_t ChildPositions::Locate(List& list, NodeId element) {
+std::size_t ChildPositions::Locate(List& list, NodeId element)
+{
     std::uint32_t& hint = nodes_[element].element.positionHint;
     const std::size_t from = hint > kHintReach ? hint - kHintReach : 0;
     const std::size_t to = std::min<std::size_t>(list.size(), std::size_t{hint} + kHintReach);

@@ -1,7 +1,7 @@
 #pragma once
 
-// Positions of elements among their siblings. Parents with few children are counted through; for the
-// others a list of the children is kept once it was asked for, and follows the changes.
+// Positions of elements among their siblings. Parents with few children are counted through; for
+// the others a list of the children is kept once it was asked for, and follows the changes.
 
 #include <cstddef>
 #include <unordered_map>

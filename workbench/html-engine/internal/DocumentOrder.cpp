@@ -18,12 +18,14 @@ constexpr OrderLabel kRoomWanted = OrderLabel{1} << 16;
 
 }  // namespace
 
-OrderLabel DocumentOrder::EndOf(NodeId id) const {
+OrderLabel DocumentOrder::EndOf(NodeId id) const
+{
     const NodeId after = ElementAfterSubtree(nodes_, id);
     return after == kNoNode ? kEndLabel : Of(after);
 }
 
-DocumentOrder::Room DocumentOrder::RoomFor(std::span<const NodeId> run) const {
+DocumentOrder::Room DocumentOrder::RoomFor(std::span<const NodeId> run) const
+{
     const NodeId before = PreviousElement(nodes_, run.front());
     const NodeId after = NextElement(nodes_, run.back());
     const OrderLabel low = before == kNoNode ? 0 : Of(before);
@@ -38,18 +40,21 @@ DocumentOrder::Room DocumentOrder::RoomFor(std::span<const NodeId> run) const {
     return Between(low, high, run.size());
 }
 
-DocumentOrder::Room DocumentOrder::Between(OrderLabel low, OrderLabel high, std::size_t count) {
+DocumentOrder::Room DocumentOrder::Between(OrderLabel low, OrderLabel high, std::size_t count)
+{
     // high - low - 1 >= count, so the stride is at least 1 and the last label stays below high.
     return {low, std::max<OrderLabel>((high - low) / (count + 1), 1)};
 }
 
-void DocumentOrder::Spread(NodeStore& nodes, std::span<const NodeId> run, Room room) {
+void DocumentOrder::Spread(NodeStore& nodes, std::span<const NodeId> run, Room room)
+{
     for (const NodeId id : run) {
         nodes[id].element.label = room.low += room.stride;
     }
 }
 
-void DocumentOrder::MakeRoom(std::span<const NodeId> run) {
+void DocumentOrder::MakeRoom(std::span<const NodeId> run)
+{
     NodeId before = PreviousElement(nodes_, run.front());
     NodeId after = NextElement(nodes_, run.back());
     std::vector<NodeId> left;

@@ -50,7 +50,8 @@ private:
 };
 
 template <typename Function>
-void DocumentOrder::Label(std::span<const NodeId> run, Function&& labelled) {
+void DocumentOrder::Label(std::span<const NodeId> run, Function&& labelled)
+{
     if (run.empty()) {
         return;
     }

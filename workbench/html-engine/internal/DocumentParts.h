@@ -24,18 +24,20 @@ public:
 
     Internal::Node& At(NodeId id) { return tree.Nodes()[id]; }
 
-    NodeId Resolve(ElementHandle handle) const {
+    NodeId Resolve(ElementHandle handle) const
+    {
         return isClosing ? Internal::kNoNode : tree.Nodes().Resolve(handle);
     }
 
-    NodeId ResolveNode(NodeHandle handle) const {
+    NodeId ResolveNode(NodeHandle handle) const
+    {
         return isClosing ? Internal::kNoNode : tree.Nodes().ResolveNode(handle);
     }
 
     ElementHandle HandleOf(NodeId id) const { return tree.Nodes().HandleOf(id); }
 
-    /// Takes a run out of the tree; the handlers that this detaches are added to `ended`, to be told
-    /// with Tell once the operation is complete.
+    /// Takes a run out of the tree; the handlers that this detaches are added to `ended`, to be
+    /// told with Tell once the operation is complete.
     void Remove(Internal::NodeRun run, std::vector<HandlerOnPath>& ended);
 
     static void Tell(const std::vector<HandlerOnPath>& ended);

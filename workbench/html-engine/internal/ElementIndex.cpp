@@ -7,16 +7,20 @@
 namespace HtmlEngine::Internal {
 
 template <typename Function>
-void ElementIndex::ForEachStateKey(std::uint32_t bits, Function&& function) {
+void ElementIndex::ForEachStateKey(std::uint32_t bits, Function&& function)
+{
     for (; bits != 0; bits &= bits - 1) {
         function(MakeIndexKey(IndexKind::State, static_cast<Atom>(std::countr_zero(bits))));
     }
 }
 
 template <typename Function>
-void ElementIndex::ForEachEdgeKey(NodeId element, bool first, Function&& function) const {
-    const IndexKind attribute = first ? IndexKind::FirstChildWithAttribute : IndexKind::LastChildWithAttribute;
-    const IndexKind classKind = first ? IndexKind::FirstChildWithClass : IndexKind::LastChildWithClass;
+void ElementIndex::ForEachEdgeKey(NodeId element, bool first, Function&& function) const
+{
+    const IndexKind attribute =
+        first ? IndexKind::FirstChildWithAttribute : IndexKind::LastChildWithAttribute;
+    const IndexKind classKind =
+        first ? IndexKind::FirstChildWithClass : IndexKind::LastChildWithClass;
     for (const AttributeEntry& entry : nodes_[element].element.attributes.Entries()) {
         if (entry.name == classAtom_) {
             function(MakeIndexKey(classKind, entry.value));
@@ -27,7 +31,8 @@ void ElementIndex::ForEachEdgeKey(NodeId element, bool first, Function&& functio
 }
 
 template <typename Function>
-void ElementIndex::ForEachKey(NodeId element, Function&& function) const {
+void ElementIndex::ForEachKey(NodeId element, Function&& function) const
+{
     const Node& node = nodes_[element];
     function(MakeIndexKey(IndexKind::TagName, node.name));
     bool hasClass = false;
@@ -52,7 +57,8 @@ void ElementIndex::ForEachKey(NodeId element, Function&& function) const {
     }
 }
 
-void ElementIndex::Insert(IndexEntry& entry, NodeId element) {
+void ElementIndex::Insert(IndexEntry& entry, NodeId element)
+{
     if (entry.many == nullptr) {
         if (entry.only == kNoNode) {
             entry.only = element;
@@ -65,7 +71,8 @@ void ElementIndex::Insert(IndexEntry& entry, NodeId element) {
     entry.many->Insert(element, order_);
 }
 
-void ElementIndex::Erase(IndexKey key, NodeId element) {
+void ElementIndex::Erase(IndexKey key, NodeId element)
+{
     IndexEntry* const entry = entries_.Find(key);
     if (entry == nullptr) {
         return;
@@ -80,7 +87,8 @@ void ElementIndex::Erase(IndexKey key, NodeId element) {
     }
 }
 
-void ElementIndex::Add(NodeId element, RecentEntries& recent) {
+void ElementIndex::Add(NodeId element, RecentEntries& recent)
+{
     ForEachKey(element, [&](IndexKey key) {
         IndexEntry*& entry = recent.At(key);
         if (entry == nullptr) {
@@ -90,15 +98,18 @@ void ElementIndex::Add(NodeId element, RecentEntries& recent) {
     });
 }
 
-void ElementIndex::Add(NodeId element) {
+void ElementIndex::Add(NodeId element)
+{
     ForEachKey(element, [&](IndexKey key) { Insert(entries_.At(key), element); });
 }
 
-void ElementIndex::Remove(NodeId element) {
+void ElementIndex::Remove(NodeId element)
+{
     ForEachKey(element, [&](IndexKey key) { Erase(key, element); });
 }
 
-void ElementIndex::RemoveRange(std::span<const NodeId> elements, OrderLabel low, OrderLabel high) {
+void ElementIndex::RemoveRange(std::span<const NodeId> elements, OrderLabel low, OrderLabel high)
+{
     ++removal_;
     RecentKeys<bool> recent;
     for (const NodeId element : elements) {
@@ -112,7 +123,8 @@ void ElementIndex::RemoveRange(std::span<const NodeId> elements, OrderLabel low,
     }
 }
 
-void ElementIndex::EraseRange(IndexKey key, OrderLabel low, OrderLabel high) {
+void ElementIndex::EraseRange(IndexKey key, OrderLabel low, OrderLabel high)
+{
     IndexEntry* const entry = entries_.Find(key);
     if (entry == nullptr || entry->removal == removal_) {
         return;
@@ -128,19 +140,23 @@ void ElementIndex::EraseRange(IndexKey key, OrderLabel low, OrderLabel high) {
     }
 }
 
-void ElementIndex::AddState(NodeId element, std::uint32_t bits) {
+void ElementIndex::AddState(NodeId element, std::uint32_t bits)
+{
     ForEachStateKey(bits, [&](IndexKey key) { Insert(entries_.At(key), element); });
 }
 
-void ElementIndex::RemoveState(NodeId element, std::uint32_t bits) {
+void ElementIndex::RemoveState(NodeId element, std::uint32_t bits)
+{
     ForEachStateKey(bits, [&](IndexKey key) { Erase(key, element); });
 }
 
-void ElementIndex::AddEdge(NodeId element, bool first) {
+void ElementIndex::AddEdge(NodeId element, bool first)
+{
     ForEachEdgeKey(element, first, [&](IndexKey key) { Insert(entries_.At(key), element); });
 }
 
-void ElementIndex::RemoveEdge(NodeId element, bool first) {
+void ElementIndex::RemoveEdge(NodeId element, bool first)
+{
     ForEachEdgeKey(element, first, [&](IndexKey key) { Erase(key, element); });
 }
 

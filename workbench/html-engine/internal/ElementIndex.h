@@ -19,7 +19,9 @@ public:
     /// `classAtom` and `styleAtom` name the attributes with those meanings. Values of `style` are
     /// not indexed.
     ElementIndex(NodeStore& nodes, const DocumentOrder& order, Atom classAtom, Atom styleAtom)
-        : nodes_(nodes), order_(order), classAtom_(classAtom), styleAtom_(styleAtom) {}
+        : nodes_(nodes), order_(order), classAtom_(classAtom), styleAtom_(styleAtom)
+    {
+    }
 
     /// The elements of a key, or null when there are none.
     const IndexEntry* Find(IndexKey key) const { return entries_.Find(key); }
@@ -29,7 +31,8 @@ public:
     class RecentKeys {
     public:
         /// What the caller put there for this key, or an empty value.
-        Value& At(IndexKey key) {
+        Value& At(IndexKey key)
+        {
             Place& place = places_[(key * 0x9E3779B97F4A7C15ULL) >> (64 - kBits)];
             if (place.key != key) {
                 place = {key, Value()};

@@ -16,7 +16,8 @@ GumboArena::GumboArena(Limits limits) : limits_(limits) {}
 
 GumboArena::~GumboArena() = default;
 
-void* GumboArena::Allocate(void* arena, std::size_t size) {
+void* GumboArena::Allocate(void* arena, std::size_t size)
+{
     auto& self = *static_cast<GumboArena*>(arena);
     // The parser takes any result for memory, and no exception may pass through it.
     void* block = nullptr;
@@ -31,15 +32,18 @@ void* GumboArena::Allocate(void* arena, std::size_t size) {
     return block;
 }
 
-bool GumboArena::CheckTime() {
+bool GumboArena::CheckTime()
+{
     if (++calls_ % kCallsPerClockReading == 0) {
         ranOutOfTime_ = std::chrono::steady_clock::now() - start_ > limits_.time;
     }
     return !ranOutOfTime_;
 }
 
-void* GumboArena::Take(std::size_t size) {
-    const std::size_t sizeClass = std::max<std::size_t>((size + kGranularity - 1) / kGranularity, 1);
+void* GumboArena::Take(std::size_t size)
+{
+    const std::size_t sizeClass =
+        std::max<std::size_t>((size + kGranularity - 1) / kGranularity, 1);
     if (!CheckTime()) {
         return nullptr;
     }
@@ -54,7 +58,8 @@ void* GumboArena::Take(std::size_t size) {
         return nullptr;
     }
     if (sizeClass >= kSizeClasses) {
-        std::byte* const place = chunks_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(whole)).get();
+        std::byte* const place =
+            chunks_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(whole)).get();
         return ::new (static_cast<void*>(place)) Header{sizeClass} + 1;
     }
     if (freeSize_ < whole) {
@@ -67,7 +72,8 @@ void* GumboArena::Take(std::size_t size) {
     return ::new (static_cast<void*>(place)) Header{sizeClass} + 1;
 }
 
-void GumboArena::Deallocate(void* arena, void* block) {
+void GumboArena::Deallocate(void* arena, void* block)
+{
     if (block == nullptr) {
         return;
     }

@@ -33,7 +33,8 @@ enum class IndexKind : std::uint8_t {
 
 using IndexKey = std::uint64_t;
 
-constexpr IndexKey MakeIndexKey(IndexKind kind, Atom first, Atom second = kNoAtom) {
+constexpr IndexKey MakeIndexKey(IndexKind kind, Atom first, Atom second = kNoAtom)
+{
     return (static_cast<IndexKey>(kind) << 60) | (IndexKey{first} << 30) | second;
 }
 
@@ -44,14 +45,18 @@ struct IndexEntry {
     std::uint32_t removal = 0;
     std::unique_ptr<OrderedNodeList> many;
 
-    std::size_t Size() const { return many != nullptr ? many->Size() : std::size_t{only != kNoNode}; }
+    std::size_t Size() const
+    {
+        return many != nullptr ? many->Size() : std::size_t{only != kNoNode};
+    }
 };
 
 class IndexEntries {
 public:
     /// Null when there is none.
     const IndexEntry* Find(IndexKey key) const;
-    IndexEntry* Find(IndexKey key) {
+    IndexEntry* Find(IndexKey key)
+    {
         return const_cast<IndexEntry*>(static_cast<const IndexEntries&>(*this).Find(key));
     }
 
@@ -79,7 +84,8 @@ private:
     };
 
     struct KeyHash {
-        std::size_t operator()(IndexKey key) const {
+        std::size_t operator()(IndexKey key) const
+        {
             key ^= key >> 31;
             key *= 0x9E3779B97F4A7C15ULL;
             return static_cast<std::size_t>(key ^ (key >> 29));

@@ -9,8 +9,10 @@ namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Length of the declaration that `text` begins with: up to a semicolon outside quotes and brackets.
-std::size_t DeclarationLength(std::string_view text) {
+/// Length of the declaration that `text` begins with: up to a semicolon outside quotes and
+/// brackets.
+std::size_t DeclarationLength(std::string_view text)
+{
     char quote = 0;
     int depth = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -32,20 +34,24 @@ std::size_t DeclarationLength(std::string_view text) {
     return text.size();
 }
 
-bool IsPropertyName(std::string_view name) {
-    return !name.empty() && !IsAsciiDigit(name.front()) && std::all_of(name.begin(), name.end(), [](char c) {
-        return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '-' || c == '_' || !IsAscii(c);
-    });
+bool IsPropertyName(std::string_view name)
+{
+    return !name.empty() && !IsAsciiDigit(name.front()) &&
+           std::all_of(name.begin(), name.end(), [](char c) {
+               return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '-' || c == '_' || !IsAscii(c);
+           });
 }
 
 /// The keyword of a value: what stands before "!important", without white space.
-std::string_view KeywordOf(std::string_view value) {
+std::string_view KeywordOf(std::string_view value)
+{
     return TrimAscii(value.substr(0, value.find('!')));
 }
 
 }  // namespace
 
-InlineStyle::InlineStyle(std::string_view text) {
+InlineStyle::InlineStyle(std::string_view text)
+{
     while (!text.empty()) {
         const std::size_t length = DeclarationLength(text);
         const std::string_view declaration = text.substr(0, length);
@@ -62,14 +68,17 @@ InlineStyle::InlineStyle(std::string_view text) {
     }
 }
 
-const InlineStyle::Declaration* InlineStyle::Find(std::string_view property) const {
-    const auto found = std::find_if(declarations_.begin(), declarations_.end(), [&](const Declaration& declaration) {
-        return EqualsIgnoringCase(declaration.property, property);
-    });
+const InlineStyle::Declaration* InlineStyle::Find(std::string_view property) const
+{
+    const auto found = std::find_if(declarations_.begin(), declarations_.end(),
+                                    [&](const Declaration& declaration) {
+                                        return EqualsIgnoringCase(declaration.property, property);
+                                    });
     return found == declarations_.end() ? nullptr : &*found;
 }
 
-void InlineStyle::Store(std::string_view property, std::string_view value) {
+void InlineStyle::Store(std::string_view property, std::string_view value)
+{
     if (const Declaration* const declaration = Find(property)) {
         declarations_[static_cast<std::size_t>(declaration - declarations_.data())].value = value;
     } else {
@@ -77,12 +86,14 @@ void InlineStyle::Store(std::string_view property, std::string_view value) {
     }
 }
 
-std::string_view InlineStyle::Get(std::string_view property) const {
+std::string_view InlineStyle::Get(std::string_view property) const
+{
     const Declaration* const declaration = Find(property);
     return declaration == nullptr ? std::string_view() : std::string_view(declaration->value);
 }
 
-bool InlineStyle::Set(std::string_view property, std::string_view value) {
+bool InlineStyle::Set(std::string_view property, std::string_view value)
+{
     property = TrimAscii(property);
     value = TrimAscii(value);
     if (!IsPropertyName(property)) {
@@ -103,7 +114,8 @@ bool InlineStyle::Set(std::string_view property, std::string_view value) {
     return true;
 }
 
-std::string InlineStyle::ToText() const {
+std::string InlineStyle::ToText() const
+{
     std::string text;
     for (const Declaration& declaration : declarations_) {
         text += text.empty() ? "" : " ";
@@ -112,7 +124,8 @@ std::string InlineStyle::ToText() const {
     return text;
 }
 
-bool InlineStyle::Hides() const {
+bool InlineStyle::Hides() const
+{
     const std::string_view visibility = KeywordOf(Get("visibility"));
     return EqualsIgnoringCase(visibility, "collapse") || EqualsIgnoringCase(visibility, "hidden") ||
            EqualsIgnoringCase(KeywordOf(Get("display")), "none");

@@ -4,8 +4,9 @@ namespace HtmlEngine::Internal {
 
 namespace {
 
-constexpr const char* kVoid[] = {"area",  "base", "basefont", "bgsound", "br",   "col",   "embed",  "frame", "hr",
-                                 "img",   "input", "keygen",  "link",    "meta", "param", "source", "track", "wbr"};
+constexpr const char* kVoid[] = {"area",  "base",  "basefont", "bgsound", "br",    "col",
+                                 "embed", "frame", "hr",       "img",     "input", "keygen",
+                                 "link",  "meta",  "param",    "source",  "track", "wbr"};
 constexpr const char* kRawText[] = {"script", "xmp", "iframe", "noembed", "noframes", "plaintext"};
 constexpr const char* kPreformatted[] = {"pre", "textarea", "listing"};
 
@@ -19,7 +20,8 @@ KnownNames::KnownNames(AtomTable& atoms)
       disabledAttribute(atoms.Acquire("disabled")),
       html(atoms.Acquire("html")),
       head(atoms.Acquire("head")),
-      body(atoms.Acquire("body")) {
+      body(atoms.Acquire("body"))
+{
     const auto acquireAll = [&](const auto& names, Atom& first, Atom& last) {
         for (const char* name : names) {
             last = atoms.Acquire(name);

@@ -22,13 +22,17 @@ public:
     bool IsVoid(Atom name) const { return name >= firstVoid_ && name <= lastVoid_; }
 
     /// Elements whose text is written without character references.
-    bool IsRawText(Atom name) const {
+    bool IsRawText(Atom name) const
+    {
         // "style" is an attribute's name too and so has its atom outside the range.
         return (name >= firstRawText_ && name <= lastRawText_) || name == styleAttribute;
     }
 
     /// Elements in which the parser drops a line break that comes first.
-    bool DropsFirstLineBreak(Atom name) const { return name >= firstPreformatted_ && name <= lastPreformatted_; }
+    bool DropsFirstLineBreak(Atom name) const
+    {
+        return name >= firstPreformatted_ && name <= lastPreformatted_;
+    }
 
 private:
     Atom firstVoid_ = kNoAtom;

@@ -131,25 +131,30 @@ constexpr auto kTraits = std::to_array<NameTraits>({
 });
 
 static_assert(std::is_sorted(kTraits.begin(), kTraits.end(),
-                             [](const NameTraits& a, const NameTraits& b) { return a.name < b.name; }));
+                             [](const NameTraits& a, const NameTraits& b) {
+                                 return a.name < b.name;
+                             }));
 
 constexpr std::size_t kLongestName = 10;
 
-unsigned TraitsOf(std::string_view name) {
+unsigned TraitsOf(std::string_view name)
+{
     if (name.size() > kLongestName) {
         return 0;
     }
     std::array<char, kLongestName> buffer{};
     std::transform(name.begin(), name.end(), buffer.begin(), ToAsciiLower);
     const std::string_view lower(buffer.data(), name.size());
-    const auto found = std::lower_bound(kTraits.begin(), kTraits.end(), lower,
-                                        [](const NameTraits& entry, std::string_view key) { return entry.name < key; });
+    const auto found = std::lower_bound(
+        kTraits.begin(), kTraits.end(), lower,
+        [](const NameTraits& entry, std::string_view key) { return entry.name < key; });
     return found != kTraits.end() && found->name == lower ? found->traits : 0;
 }
 
 }  // namespace
 
-std::string_view MarkupGuard::Limit(std::string_view html) {
+std::string_view MarkupGuard::Limit(std::string_view html)
+{
     html_ = html;
     if (html.size() <= kHarmlessLength && !dropFormatting_) {
         return html;
@@ -167,7 +172,8 @@ std::string_view MarkupGuard::Limit(std::string_view html) {
         } else if (nameAt < html.size() && IsAsciiLetter(html[nameAt])) {
             const Tag tag = ReadTag(nameAt);
             end = tag.end;
-            if ((tag.traits & kFrameset) != 0 || (dropFormatting_ && (tag.traits & kFormatting) != 0)) {
+            if ((tag.traits & kFrameset) != 0 ||
+                (dropFormatting_ && (tag.traits & kFormatting) != 0)) {
                 LeaveOut(at, end);
             } else if (isEndTag) {
                 CloseElement(tag);
@@ -186,13 +192,15 @@ std::string_view MarkupGuard::Limit(std::string_view html) {
     return kept_;
 }
 
-void MarkupGuard::LeaveOut(std::size_t from, std::size_t to) {
+void MarkupGuard::LeaveOut(std::size_t from, std::size_t to)
+{
     leftOut_ = true;
     kept_.append(html_.substr(copied_, from - copied_));
     copied_ = to;
 }
 
-std::size_t MarkupGuard::SkipComment(std::size_t at) const {
+std::size_t MarkupGuard::SkipComment(std::size_t at) const
+{
     // "<!-->" and "<!--->" are whole comments.
     if (html_.substr(at, 1) == ">" || html_.substr(at, 2) == "->") {
         return at + 1;
@@ -205,7 +213,8 @@ std::size_t MarkupGuard::SkipComment(std::size_t at) const {
     return html_.size();
 }
 
-MarkupGuard::Tag MarkupGuard::ReadTag(std::size_t nameAt) const {
+MarkupGuard::Tag MarkupGuard::ReadTag(std::size_t nameAt) const
+{
     Tag tag;
     std::size_t at = nameAt;
     const auto endsName = [&](std::size_t place) {
@@ -256,11 +265,13 @@ MarkupGuard::Tag MarkupGuard::ReadTag(std::size_t nameAt) const {
     return tag;
 }
 
-bool MarkupGuard::OpenElementIsRefused(const Tag& tag) {
+bool MarkupGuard::OpenElementIsRefused(const Tag& tag)
+{
     if ((tag.traits & kVoid) != 0 || (tag.closesItself && foreignDepth_ > 0)) {
         return false;
     }
-    if ((tag.traits & kEndedByNext) != 0 && !open_.empty() && EqualsIgnoringCase(open_.back().name, tag.name)) {
+    if ((tag.traits & kEndedByNext) != 0 && !open_.empty() &&
+        EqualsIgnoringCase(open_.back().name, tag.name)) {
         open_.pop_back();
     }
     if (open_.size() >= depthLimit_) {
@@ -271,8 +282,11 @@ bool MarkupGuard::OpenElementIsRefused(const Tag& tag) {
     return false;
 }
 
-void MarkupGuard::CloseElement(const Tag& tag) {
-    const unsigned barrier = (tag.traits & kScope) != 0 ? 0 : (tag.traits & kBlock) != 0 ? kScope : kBlock;
+void MarkupGuard::CloseElement(const Tag& tag)
+{
+    const unsigned barrier = (tag.traits & kScope) != 0   ? 0
+                             : (tag.traits & kBlock) != 0 ? kScope
+                                                          : kBlock;
     std::size_t at = open_.size();
     while (at > 0 && !EqualsIgnoringCase(open_[at - 1].name, tag.name)) {
         if ((open_[at - 1].traits & barrier) != 0 && (tag.traits & kFormatting) == 0) {
@@ -285,8 +299,8 @@ void MarkupGuard::CloseElement(const Tag& tag) {
     }
     const auto from = open_.begin() + static_cast<std::ptrdiff_t>(at) - 1;
     const auto to = (tag.traits & kFormatting) != 0 ? from + 1 : open_.end();
-    foreignDepth_ -= static_cast<std::size_t>(
-        std::count_if(from, to, [](const OpenElement& element) { return (element.traits & kForeignRoot) != 0; }));
+    foreignDepth_ -= static_cast<std::size_t>(std::count_if(
+        from, to, [](const OpenElement& element) { return (element.traits & kForeignRoot) != 0; }));
     open_.erase(from, to);
 }
 

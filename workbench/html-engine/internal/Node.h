@@ -64,7 +64,8 @@ struct Node {
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
 
-    void Begin(NodeKind newKind) {
+    void Begin(NodeKind newKind)
+    {
         kind = newKind;
         flags = 0;
         parent = previous = next = kNoNode;
@@ -76,7 +77,8 @@ struct Node {
         }
     }
 
-    void End() {
+    void End()
+    {
         if (kind == NodeKind::Element) {
             element.~ElementPart();
         } else if (kind != NodeKind::None) {

@@ -5,7 +5,8 @@
 
 namespace HtmlEngine::Internal {
 
-NodeId NodeStore::Create(NodeKind kind) {
+NodeId NodeStore::Create(NodeKind kind)
+{
     NodeId id = firstFree_;
     if (id != kNoNode) {
         firstFree_ = (*this)[id].next;
@@ -23,7 +24,8 @@ NodeId NodeStore::Create(NodeKind kind) {
     return id;
 }
 
-void NodeStore::Destroy(NodeId id) {
+void NodeStore::Destroy(NodeId id)
+{
     Node& node = (*this)[id];
     node.End();
     --live_;
@@ -35,7 +37,8 @@ void NodeStore::Destroy(NodeId id) {
     firstFree_ = id;
 }
 
-NodeId NodeStore::Resolve(ElementHandle handle) const {
+NodeId NodeStore::Resolve(ElementHandle handle) const
+{
     const NodeId id = ResolveNode(handle);
     return id != kNoNode && (*this)[id].IsElement() ? id : kNoNode;
 }

@@ -24,7 +24,8 @@ public:
     /// Ends a node; what it referred to must have been dealt with.
     void Destroy(NodeId id);
 
-    ElementHandle HandleOf(NodeId id) const {
+    ElementHandle HandleOf(NodeId id) const
+    {
         return id == kNoNode ? kNoElement : (ElementHandle{(*this)[id].generation} << 32) | id;
     }
 
@@ -32,7 +33,8 @@ public:
     NodeId Resolve(ElementHandle handle) const;
 
     /// The living node of any kind that a handle names, or kNoNode.
-    NodeId ResolveNode(NodeHandle handle) const {
+    NodeId ResolveNode(NodeHandle handle) const
+    {
         const auto id = static_cast<NodeId>(handle & 0xFFFFFFFFU);
         if (id == kNoNode || id >= unused_) {
             return kNoNode;

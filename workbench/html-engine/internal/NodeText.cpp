@@ -6,7 +6,8 @@
 
 namespace HtmlEngine::Internal {
 
-void NodeText::Assign(std::string_view text) {
+void NodeText::Assign(std::string_view text)
+{
     if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
         throw std::length_error("HtmlEngine: a text node is limited to 4 GiB");
     }

@@ -17,7 +17,8 @@ public:
     NodeText& operator=(const NodeText&) = delete;
     ~NodeText() { Release(); }
 
-    std::string_view View() const {
+    std::string_view View() const
+    {
         return {length_ <= kInlineSize ? characters_.here : characters_.elsewhere, length_};
     }
 
@@ -27,7 +28,8 @@ public:
 private:
     static constexpr std::size_t kInlineSize = 32;
 
-    void Release() {
+    void Release()
+    {
         if (length_ > kInlineSize) {
             std::allocator<char>().deallocate(characters_.elsewhere, length_);
         }

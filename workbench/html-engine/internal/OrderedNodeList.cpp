@@ -11,19 +11,24 @@ using Distance = std::ptrdiff_t;
 
 }  // namespace
 
-OrderedNodeList::Cursor OrderedNodeList::LowerBound(OrderLabel label, const DocumentOrder& order) const {
-    const auto block = std::partition_point(blocks_.begin(), blocks_.end(),
-                                            [&](const Block& b) { return order.Of(b.back()) < label; });
+OrderedNodeList::Cursor OrderedNodeList::LowerBound(OrderLabel label,
+                                                    const DocumentOrder& order) const
+{
+    const auto block = std::partition_point(
+        blocks_.begin(), blocks_.end(), [&](const Block& b) { return order.Of(b.back()) < label; });
     if (block == blocks_.end()) {
         return {blocks_.size(), 0};
     }
-    const auto place =
-        std::partition_point(block->begin(), block->end(), [&](NodeId id) { return order.Of(id) < label; });
-    return {static_cast<std::size_t>(block - blocks_.begin()), static_cast<std::size_t>(place - block->begin())};
+    const auto place = std::partition_point(block->begin(), block->end(),
+                                            [&](NodeId id) { return order.Of(id) < label; });
+    return {static_cast<std::size_t>(block - blocks_.begin()),
+            static_cast<std::size_t>(place - block->begin())};
 }
 
-bool OrderedNodeList::FollowsLastInsertion(OrderLabel label, const DocumentOrder& order) const {
-    if (lastInsertion_.block >= blocks_.size() || lastInsertion_.position >= blocks_[lastInsertion_.block].size() ||
+bool OrderedNodeList::FollowsLastInsertion(OrderLabel label, const DocumentOrder& order) const
+{
+    if (lastInsertion_.block >= blocks_.size() ||
+        lastInsertion_.position >= blocks_[lastInsertion_.block].size() ||
         order.Of(At(lastInsertion_)) >= label) {
         return false;
     }
@@ -31,7 +36,8 @@ bool OrderedNodeList::FollowsLastInsertion(OrderLabel label, const DocumentOrder
     return next == kNoNode || order.Of(next) > label;
 }
 
-void OrderedNodeList::Insert(NodeId id, const DocumentOrder& order) {
+void OrderedNodeList::Insert(NodeId id, const DocumentOrder& order)
+{
     const OrderLabel label = order.Of(id);
     Cursor cursor;
     if (FollowsLastInsertion(label, order)) {
@@ -45,7 +51,8 @@ void OrderedNodeList::Insert(NodeId id, const DocumentOrder& order) {
     InsertAt(cursor, id);
 }
 
-void OrderedNodeList::InsertAt(Cursor cursor, NodeId id) {
+void OrderedNodeList::InsertAt(Cursor cursor, NodeId id)
+{
     if (blocks_.empty()) {
         blocks_.emplace_back();
         cursor = {0, 0};
@@ -54,7 +61,8 @@ void OrderedNodeList::InsertAt(Cursor cursor, NodeId id) {
         const bool atVeryEnd = cursor.block + 1 == blocks_.size() && cursor.position == kBlockLimit;
         // Appending fills blocks to the brim; elsewhere a full block is halved.
         const std::size_t keep = atVeryEnd ? kBlockLimit : kBlockLimit / 2;
-        Block rest(blocks_[cursor.block].begin() + static_cast<Distance>(keep), blocks_[cursor.block].end());
+        Block rest(blocks_[cursor.block].begin() + static_cast<Distance>(keep),
+                   blocks_[cursor.block].end());
         blocks_[cursor.block].resize(keep);
         blocks_.insert(blocks_.begin() + static_cast<Distance>(cursor.block) + 1, std::move(rest));
         if (atVeryEnd || cursor.position > keep) {
@@ -67,7 +75,8 @@ void OrderedNodeList::InsertAt(Cursor cursor, NodeId id) {
     lastInsertion_ = cursor;
 }
 
-void OrderedNodeList::Erase(NodeId id, const DocumentOrder& order) {
+void OrderedNodeList::Erase(NodeId id, const DocumentOrder& order)
+{
     const Cursor cursor = LowerBound(order.Of(id), order);
     if (At(cursor) != id) {
         return;
@@ -80,12 +89,14 @@ void OrderedNodeList::Erase(NodeId id, const DocumentOrder& order) {
     --size_;
 }
 
-void OrderedNodeList::EraseRange(OrderLabel low, OrderLabel high, const DocumentOrder& order) {
+void OrderedNodeList::EraseRange(OrderLabel low, OrderLabel high, const DocumentOrder& order)
+{
     const Cursor first = LowerBound(low, order);
     const Cursor end = LowerBound(high, order);
     const auto eraseIn = [&](std::size_t index, std::size_t from, std::size_t to) {
         Block& block = blocks_[index];
-        block.erase(block.begin() + static_cast<Distance>(from), block.begin() + static_cast<Distance>(to));
+        block.erase(block.begin() + static_cast<Distance>(from),
+                    block.begin() + static_cast<Distance>(to));
         size_ -= to - from;
     };
     if (first.block == blocks_.size()) {
@@ -103,7 +114,9 @@ void OrderedNodeList::EraseRange(OrderLabel low, OrderLabel high, const Document
         }
     }
     const auto from = blocks_.begin() + static_cast<Distance>(first.block);
-    const auto to = end.block < blocks_.size() ? blocks_.begin() + static_cast<Distance>(end.block) + 1 : blocks_.end();
+    const auto to = end.block < blocks_.size()
+                        ? blocks_.begin() + static_cast<Distance>(end.block) + 1
+                        : blocks_.end();
     blocks_.erase(std::remove_if(from, to, [](const Block& block) { return block.empty(); }), to);
 }
 

@@ -32,13 +32,16 @@ public:
     Cursor LowerBound(OrderLabel label, const DocumentOrder& order) const;
 
     /// The element at a place, kNoNode at the end.
-    NodeId At(Cursor cursor) const {
+    NodeId At(Cursor cursor) const
+    {
         return cursor.block < blocks_.size() ? blocks_[cursor.block][cursor.position] : kNoNode;
     }
 
-    Cursor Next(Cursor cursor) const {
-        return cursor.position + 1 < blocks_[cursor.block].size() ? Cursor{cursor.block, cursor.position + 1}
-                                                                  : Cursor{cursor.block + 1, 0};
+    Cursor Next(Cursor cursor) const
+    {
+        return cursor.position + 1 < blocks_[cursor.block].size()
+                   ? Cursor{cursor.block, cursor.position + 1}
+                   : Cursor{cursor.block + 1, 0};
     }
 
 private:

@@ -22,12 +22,14 @@ constexpr std::size_t kArenaBytesPerByte = 40;
 constexpr std::chrono::milliseconds kParseTime{2000};
 constexpr std::size_t kBytesPerMillisecond = 250;
 
-GumboArena::Limits LimitsFor(std::string_view html) {
+GumboArena::Limits LimitsFor(std::string_view html)
+{
     return {kArenaBytes + kArenaBytesPerByte * html.size(),
             kParseTime + std::chrono::milliseconds(html.size() / kBytesPerMillisecond)};
 }
 
-std::string ElementName(const GumboElement& element) {
+std::string ElementName(const GumboElement& element)
+{
     GumboStringPiece original = element.original_tag;
     if (original.length > 0) {
         gumbo_tag_from_original_text(&original);
@@ -43,7 +45,8 @@ std::string ElementName(const GumboElement& element) {
     return original.length > 0 ? AsciiLower({original.data, original.length}) : "unknown";
 }
 
-std::uint8_t FlagsOf(GumboNamespaceEnum name) {
+std::uint8_t FlagsOf(GumboNamespaceEnum name)
+{
     switch (name) {
     case GUMBO_NAMESPACE_SVG:
         return NodeFlag::kForeign;
@@ -54,7 +57,8 @@ std::uint8_t FlagsOf(GumboNamespaceEnum name) {
     }
 }
 
-std::string AttributeName(const GumboAttribute& attribute) {
+std::string AttributeName(const GumboAttribute& attribute)
+{
     const std::string name = attribute.name;
     switch (attribute.attr_namespace) {
     case GUMBO_ATTR_NAMESPACE_XLINK:
@@ -73,7 +77,8 @@ class NodeBuilder {
 public:
     explicit NodeBuilder(Tree& tree) : tree_(tree), collector_(tree) {}
 
-    void Build(const GumboNode& top, NodeRun& run) {
+    void Build(const GumboNode& top, NodeRun& run)
+    {
         Add(top, kNoNode, run);
         while (!open_.empty()) {
             Level& level = open_.back();
@@ -95,7 +100,8 @@ private:
         unsigned int nextChild;
     };
 
-    void Add(const GumboNode& source, NodeId parent, NodeRun& run) {
+    void Add(const GumboNode& source, NodeId parent, NodeRun& run)
+    {
         switch (source.type) {
         case GUMBO_NODE_ELEMENT:
         case GUMBO_NODE_TEMPLATE: {
@@ -108,13 +114,15 @@ private:
             break;
         }
         case GUMBO_NODE_COMMENT:
-            tree_.Append(parent, run, tree_.CreateCharacters(NodeKind::Comment, source.v.text.text));
+            tree_.Append(parent, run,
+                         tree_.CreateCharacters(NodeKind::Comment, source.v.text.text));
             break;
         case GUMBO_NODE_TEXT:
         case GUMBO_NODE_CDATA:
         case GUMBO_NODE_WHITESPACE:
             if (*source.v.text.text != '\0') {
-                tree_.Append(parent, run, tree_.CreateCharacters(NodeKind::Text, source.v.text.text));
+                tree_.Append(parent, run,
+                             tree_.CreateCharacters(NodeKind::Text, source.v.text.text));
             }
             break;
         case GUMBO_NODE_DOCUMENT:
@@ -122,7 +130,8 @@ private:
         }
     }
 
-    void ReadAttributes(const GumboVector& attributes, NodeId element) {
+    void ReadAttributes(const GumboVector& attributes, NodeId element)
+    {
         for (unsigned int index = 0; index < attributes.length; ++index) {
             const auto& attribute = *static_cast<const GumboAttribute*>(attributes.data[index]);
             collector_.Add(AttributeName(attribute),
@@ -144,13 +153,15 @@ private:
 }  // namespace
 
 ParsedMarkup::ParsedMarkup(std::string_view html, bool isFragment, std::string_view context)
-    : isFragment_(isFragment), source_(RepairUtf8(html, repaired_)) {
+    : isFragment_(isFragment), source_(RepairUtf8(html, repaired_))
+{
     GumboOptions options = kGumboDefaultOptions;
     options.allocator = &GumboArena::Allocate;
     options.deallocator = &GumboArena::Deallocate;
     options.max_errors = 0;
     if (isFragment) {
-        options.fragment_context = gumbo_tagn_enum(context.data(), static_cast<unsigned int>(context.size()));
+        options.fragment_context =
+            gumbo_tagn_enum(context.data(), static_cast<unsigned int>(context.size()));
     }
     for (const bool dropFormatting : {false, true}) {
         guard_ = std::make_unique<MarkupGuard>(dropFormatting);
@@ -160,7 +171,8 @@ ParsedMarkup::ParsedMarkup(std::string_view html, bool isFragment, std::string_v
     }
 }
 
-bool ParsedMarkup::Run(std::string_view html, const GumboOptions& options) {
+bool ParsedMarkup::Run(std::string_view html, const GumboOptions& options)
+{
     arena_ = std::make_unique<GumboArena>(LimitsFor(html));
     GumboOptions withArena = options;
     withArena.userdata = arena_.get();
@@ -168,11 +180,13 @@ bool ParsedMarkup::Run(std::string_view html, const GumboOptions& options) {
         output_ = nullptr;
         return false;
     }
-    output_ = gumbo_parse_with_options(&withArena, html.data() == nullptr ? "" : html.data(), html.size());
+    output_ = gumbo_parse_with_options(&withArena, html.data() == nullptr ? "" : html.data(),
+                                       html.size());
     return true;
 }
 
-NodeRun ParsedMarkup::Build(Tree& tree) const {
+NodeRun ParsedMarkup::Build(Tree& tree) const
+{
     if (output_ == nullptr) {
         return BuildPlainText(tree);
     }
@@ -189,7 +203,8 @@ NodeRun ParsedMarkup::Build(Tree& tree) const {
     return run;
 }
 
-NodeRun ParsedMarkup::BuildPlainText(Tree& tree) const {
+NodeRun ParsedMarkup::BuildPlainText(Tree& tree) const
+{
     const NodeId text = tree.CreateCharacters(NodeKind::Text, source_);
     if (isFragment_) {
         return {text, text};

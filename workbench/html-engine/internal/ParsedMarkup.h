@@ -4,8 +4,8 @@
 // building are two steps because the content that is replaced goes in between: its places are used
 // again.
 //
-// Any bytes are accepted. What the parser cannot do within its limits (see GumboArena) is tried once
-// more without formatting elements, and then taken as plain text.
+// Any bytes are accepted. What the parser cannot do within its limits (see GumboArena) is tried
+// once more without formatting elements, and then taken as plain text.
 
 #include <memory>
 #include <string>
@@ -27,7 +27,10 @@ public:
     explicit ParsedMarkup(std::string_view html) : ParsedMarkup(html, false, {}) {}
 
     /// What stands inside an element of the name `context`.
-    ParsedMarkup(std::string_view html, std::string_view context) : ParsedMarkup(html, true, context) {}
+    ParsedMarkup(std::string_view html, std::string_view context)
+        : ParsedMarkup(html, true, context)
+    {
+    }
 
     ParsedMarkup(const ParsedMarkup&) = delete;
     ParsedMarkup& operator=(const ParsedMarkup&) = delete;

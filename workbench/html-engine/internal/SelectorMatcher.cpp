@@ -7,14 +7,17 @@
 
 namespace HtmlEngine::Internal {
 
-bool SelectorMatcher::Matches(NodeId element, const Selector& selector) const {
-    return std::any_of(selector.alternatives.begin(), selector.alternatives.end(), [&](const ComplexSelector& complex) {
-        return MatchesUpTo(element, complex, complex.size() - 1);
-    });
+bool SelectorMatcher::Matches(NodeId element, const Selector& selector) const
+{
+    return std::any_of(selector.alternatives.begin(), selector.alternatives.end(),
+                       [&](const ComplexSelector& complex) {
+                           return MatchesUpTo(element, complex, complex.size() - 1);
+                       });
 }
 
 SelectorMatcher::Outcome SelectorMatcher::Match(NodeId element, const ComplexSelector& complex,
-                                                std::size_t last) const {
+                                                std::size_t last) const
+{
     const Compound& compound = complex[last];
     if (!MatchesAll(element, compound.conditions)) {
         return Outcome::FailsHere;
@@ -51,21 +54,26 @@ SelectorMatcher::Outcome SelectorMatcher::Match(NodeId element, const ComplexSel
     return Outcome::FailsHere;
 }
 
-bool SelectorMatcher::MatchesAll(NodeId element, const std::vector<Condition>& conditions) const {
-    return std::all_of(conditions.begin(), conditions.end(),
-                       [&](const Condition& condition) { return MatchesCondition(element, condition); });
+bool SelectorMatcher::MatchesAll(NodeId element, const std::vector<Condition>& conditions) const
+{
+    return std::all_of(conditions.begin(), conditions.end(), [&](const Condition& condition) {
+        return MatchesCondition(element, condition);
+    });
 }
 
-bool SelectorMatcher::MatchesCondition(NodeId element, const Condition& condition) const {
+bool SelectorMatcher::MatchesCondition(NodeId element, const Condition& condition) const
+{
     const Node& node = nodes_[element];
     const AttributeList& attributes = node.element.attributes;
     switch (condition.kind) {
     case ConditionKind::TagName:
         return node.name == condition.first;
     case ConditionKind::Class:
-        return condition.first != kNoAtom && attributes.Has(tree_.Names().classAttribute, condition.first);
+        return condition.first != kNoAtom &&
+               attributes.Has(tree_.Names().classAttribute, condition.first);
     case ConditionKind::Id:
-        return condition.first != kNoAtom && attributes.Has(tree_.Names().idAttribute, condition.first);
+        return condition.first != kNoAtom &&
+               attributes.Has(tree_.Names().idAttribute, condition.first);
     case ConditionKind::Attribute:
         return condition.first != kNoAtom && attributes.Find(condition.first) != kNoAtom;
     case ConditionKind::AttributeValue:
@@ -79,7 +87,8 @@ bool SelectorMatcher::MatchesCondition(NodeId element, const Condition& conditio
     case ConditionKind::LastChild:
         return NextElementSibling(nodes_, element) == kNoNode;
     case ConditionKind::OnlyChild:
-        return PreviousElementSibling(nodes_, element) == kNoNode && NextElementSibling(nodes_, element) == kNoNode;
+        return PreviousElementSibling(nodes_, element) == kNoNode &&
+               NextElementSibling(nodes_, element) == kNoNode;
     case ConditionKind::NthChild:
         return condition.number > 0 && tree_.Positions().IndexOf(element) == condition.number - 1;
     case ConditionKind::Empty:
@@ -92,7 +101,8 @@ bool SelectorMatcher::MatchesCondition(NodeId element, const Condition& conditio
     return false;
 }
 
-bool SelectorMatcher::MatchesAttributeValue(NodeId element, const Condition& condition) const {
+bool SelectorMatcher::MatchesAttributeValue(NodeId element, const Condition& condition) const
+{
     const AttributeList& attributes = nodes_[element].element.attributes;
     const Atom classAttribute = tree_.Names().classAttribute;
     if (condition.first != classAttribute) {
@@ -109,8 +119,10 @@ bool SelectorMatcher::MatchesAttributeValue(NodeId element, const Condition& con
     return !classes.empty() && classes == condition.text;
 }
 
-bool SelectorMatcher::IsEmpty(NodeId element) const {
-    for (NodeId child = nodes_[element].element.firstChild; child != kNoNode; child = nodes_[child].next) {
+bool SelectorMatcher::IsEmpty(NodeId element) const
+{
+    for (NodeId child = nodes_[element].element.firstChild; child != kNoNode;
+         child = nodes_[child].next) {
         if (nodes_[child].kind != NodeKind::Comment) {
             return false;
         }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Decides whether one element matches a selector, from right to left, by the rules alone and without
-// the index. Works in detached trees too.
+// Decides whether one element matches a selector, from right to left, by the rules alone and
+// without the index. Works in detached trees too.
 
 #include <html-engine/internal/Selector.h>
 #include <html-engine/internal/Tree.h>
@@ -11,13 +11,16 @@ namespace HtmlEngine::Internal {
 class SelectorMatcher {
 public:
     /// `root` is what `:root` means; kNoNode when nothing is.
-    SelectorMatcher(const Tree& tree, NodeId root) : tree_(tree), nodes_(tree.Nodes()), root_(root) {}
+    SelectorMatcher(const Tree& tree, NodeId root) : tree_(tree), nodes_(tree.Nodes()), root_(root)
+    {
+    }
 
     bool Matches(NodeId element, const Selector& selector) const;
 
-    /// Whether the element matches the compounds 0 to `last` of a complex selector, itself being the
-    /// one that `last` describes.
-    bool MatchesUpTo(NodeId element, const ComplexSelector& complex, std::size_t last) const {
+    /// Whether the element matches the compounds 0 to `last` of a complex selector, itself being
+    /// the one that `last` describes.
+    bool MatchesUpTo(NodeId element, const ComplexSelector& complex, std::size_t last) const
+    {
         return Match(element, complex, last) == Outcome::Match;
     }
 

@@ -38,11 +38,13 @@ constexpr std::array kPseudoClasses = {
     PseudoClass{"not", ConditionKind::Not, 0},
 };
 
-bool IsNameCharacter(char c) {
+bool IsNameCharacter(char c)
+{
     return IsAsciiLetter(c) || IsAsciiDigit(c) || c == '-' || c == '_' || !IsAscii(c);
 }
 
-int HexValue(char c) {
+int HexValue(char c)
+{
     if (IsAsciiDigit(c)) {
         return c - '0';
     }
@@ -52,14 +54,16 @@ int HexValue(char c) {
 
 }  // namespace
 
-bool SelectorParser::Fail(std::string_view reason) {
+bool SelectorParser::Fail(std::string_view reason)
+{
     if (problem_.empty()) {
         problem_ = std::string(reason) + " at character " + std::to_string(at_ + 1);
     }
     return false;
 }
 
-bool SelectorParser::Accept(char c) {
+bool SelectorParser::Accept(char c)
+{
     if (AtEnd() || text_[at_] != c) {
         return false;
     }
@@ -67,7 +71,8 @@ bool SelectorParser::Accept(char c) {
     return true;
 }
 
-bool SelectorParser::SkipSpace() {
+bool SelectorParser::SkipSpace()
+{
     const std::size_t from = at_;
     while (!AtEnd() && IsAsciiSpace(text_[at_])) {
         ++at_;
@@ -75,7 +80,8 @@ bool SelectorParser::SkipSpace() {
     return at_ > from;
 }
 
-bool SelectorParser::Parse(Selector& selector) {
+bool SelectorParser::Parse(Selector& selector)
+{
     selector.alternatives.clear();
     do {
         SkipSpace();
@@ -87,7 +93,8 @@ bool SelectorParser::Parse(Selector& selector) {
     return AtEnd() ? true : Fail("unexpected character");
 }
 
-bool SelectorParser::ParseComplex(ComplexSelector& complex) {
+bool SelectorParser::ParseComplex(ComplexSelector& complex)
+{
     Combinator combinator = Combinator::Descendant;
     bool more = true;
     while (more) {
@@ -103,7 +110,8 @@ bool SelectorParser::ParseComplex(ComplexSelector& complex) {
     return true;
 }
 
-bool SelectorParser::ParseCombinator(Combinator& combinator, bool& found) {
+bool SelectorParser::ParseCombinator(Combinator& combinator, bool& found)
+{
     const bool space = SkipSpace();
     combinator = Combinator::Descendant;
     found = true;
@@ -121,7 +129,8 @@ bool SelectorParser::ParseCombinator(Combinator& combinator, bool& found) {
     return true;
 }
 
-bool SelectorParser::ParseCompound(std::vector<Condition>& conditions, bool insideNot) {
+bool SelectorParser::ParseCompound(std::vector<Condition>& conditions, bool insideNot)
+{
     const std::size_t from = at_;
     std::string name;
     if (!Accept('*') && (IsNameCharacter(Peek()) || Peek() == '\\') && !AtEnd()) {
@@ -157,7 +166,8 @@ bool SelectorParser::ParseCompound(std::vector<Condition>& conditions, bool insi
     return at_ > from ? true : Fail(AtEnd() ? "selector expected" : "unexpected character");
 }
 
-bool SelectorParser::ParseAttribute(std::vector<Condition>& conditions) {
+bool SelectorParser::ParseAttribute(std::vector<Condition>& conditions)
+{
     std::string name;
     SkipSpace();
     if (!ParseIdentifier(name, false)) {
@@ -181,7 +191,8 @@ bool SelectorParser::ParseAttribute(std::vector<Condition>& conditions) {
     return true;
 }
 
-bool SelectorParser::ParseAttributeValue(std::string& value) {
+bool SelectorParser::ParseAttributeValue(std::string& value)
+{
     const char quote = Peek();
     if (quote != '"' && quote != '\'') {
         // Numbers stand without quotes too.
@@ -200,7 +211,8 @@ bool SelectorParser::ParseAttributeValue(std::string& value) {
     return Accept(quote) ? true : Fail("unclosed string");
 }
 
-bool SelectorParser::ParsePseudoClass(std::vector<Condition>& conditions, bool insideNot) {
+bool SelectorParser::ParsePseudoClass(std::vector<Condition>& conditions, bool insideNot)
+{
     std::string name;
     if (!ParseIdentifier(name, false)) {
         return false;
@@ -216,7 +228,8 @@ bool SelectorParser::ParsePseudoClass(std::vector<Condition>& conditions, bool i
     return Fail("unknown pseudo-class");
 }
 
-bool SelectorParser::ParseArgument(Condition& condition, bool insideNot) {
+bool SelectorParser::ParseArgument(Condition& condition, bool insideNot)
+{
     if (condition.kind != ConditionKind::NthChild && condition.kind != ConditionKind::Not) {
         return Peek() == '(' ? Fail("no argument expected") : true;
     }
@@ -243,7 +256,8 @@ bool SelectorParser::ParseArgument(Condition& condition, bool insideNot) {
     return Accept(')') ? true : Fail("')' expected");
 }
 
-bool SelectorParser::ParseIdentifier(std::string& identifier, bool mayBeginWithDigit) {
+bool SelectorParser::ParseIdentifier(std::string& identifier, bool mayBeginWithDigit)
+{
     identifier.clear();
     if (!mayBeginWithDigit && IsAsciiDigit(Peek())) {
         return Fail("name expected");
@@ -262,7 +276,8 @@ bool SelectorParser::ParseIdentifier(std::string& identifier, bool mayBeginWithD
     return identifier.empty() ? Fail("name expected") : true;
 }
 
-bool SelectorParser::ParseEscape(std::string& out) {
+bool SelectorParser::ParseEscape(std::string& out)
+{
     if (AtEnd() || Peek() == '\n') {
         return Fail("character expected after '\\'");
     }

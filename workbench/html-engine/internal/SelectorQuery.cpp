@@ -12,14 +12,16 @@ namespace {
 /// A compound becomes a step of its own when it is this many times rarer than the step after it.
 constexpr std::size_t kWorthAStep = 8;
 
-bool HasCondition(const Compound& compound, ConditionKind kind) {
+bool HasCondition(const Compound& compound, ConditionKind kind)
+{
     return std::any_of(compound.conditions.begin(), compound.conditions.end(),
                        [&](const Condition& condition) { return condition.kind == kind; });
 }
 
 }  // namespace
 
-NodeId SelectorQuery::First() const {
+NodeId SelectorQuery::First() const
+{
     NodeId first = kNoNode;
     const auto keepFirst = [&](NodeId element) {
         if (first == kNoNode || tree_.Order().Of(element) < tree_.Order().Of(first)) {
@@ -40,7 +42,8 @@ NodeId SelectorQuery::First() const {
     return first;
 }
 
-std::vector<NodeId> SelectorQuery::All() const {
+std::vector<NodeId> SelectorQuery::All() const
+{
     std::vector<NodeId> matches;
     const auto collect = [&](NodeId element) {
         matches.push_back(element);
@@ -54,14 +57,16 @@ std::vector<NodeId> SelectorQuery::All() const {
         Search(complex, collect);
     }
     if (selector_.alternatives.size() > 1) {
-        std::sort(matches.begin(), matches.end(),
-                  [&](NodeId left, NodeId right) { return tree_.Order().Of(left) < tree_.Order().Of(right); });
+        std::sort(matches.begin(), matches.end(), [&](NodeId left, NodeId right) {
+            return tree_.Order().Of(left) < tree_.Order().Of(right);
+        });
         matches.erase(std::unique(matches.begin(), matches.end()), matches.end());
     }
     return matches;
 }
 
-bool SelectorQuery::Walk(const Found& found) const {
+bool SelectorQuery::Walk(const Found& found) const
+{
     for (NodeId id = root_; (id = NextElementWithin(nodes_, id, root_)) != kNoNode;) {
         if (matcher_.Matches(id, selector_) && !found(id)) {
             return false;
@@ -70,12 +75,14 @@ bool SelectorQuery::Walk(const Found& found) const {
     return true;
 }
 
-bool SelectorQuery::Search(const ComplexSelector& complex, const Found& found) const {
+bool SelectorQuery::Search(const ComplexSelector& complex, const Found& found) const
+{
     Steps steps;
     return !FindSteps(complex, steps) || Enter(complex, steps, 0, root_, found);
 }
 
-bool SelectorQuery::FindSteps(const ComplexSelector& complex, Steps& steps) const {
+bool SelectorQuery::FindSteps(const ComplexSelector& complex, Steps& steps) const
+{
     std::size_t costOfNext = 0;
     bool mayStep = true;
     for (std::size_t at = complex.size(); at-- > 0;) {
@@ -86,7 +93,8 @@ bool SelectorQuery::FindSteps(const ComplexSelector& complex, Steps& steps) cons
             return false;
         }
         const bool isLast = at + 1 == complex.size();
-        // Behind a sibling combinator the next step would lie beside this one's element, not inside.
+        // Behind a sibling combinator the next step would lie beside this one's element, not
+        // inside.
         mayStep = mayStep && (isLast || complex[at + 1].combinator == Combinator::Descendant ||
                               complex[at + 1].combinator == Combinator::Child);
         if (isLast || (mayStep && cost < costOfNext / kWorthAStep)) {
@@ -98,7 +106,8 @@ bool SelectorQuery::FindSteps(const ComplexSelector& complex, Steps& steps) cons
     return true;
 }
 
-std::size_t SelectorQuery::CheapestKey(const Compound& compound, Step& step) const {
+std::size_t SelectorQuery::CheapestKey(const Compound& compound, Step& step) const
+{
     std::size_t cost = tree_.AttachedCount();
     for (const Condition& condition : compound.conditions) {
         if (condition.kind == ConditionKind::Root) {
@@ -121,26 +130,29 @@ std::size_t SelectorQuery::CheapestKey(const Compound& compound, Step& step) con
     return cost;
 }
 
-bool SelectorQuery::IndexKeyOf(const Compound& compound, const Condition& condition, IndexKey& key) const {
+bool SelectorQuery::IndexKeyOf(const Compound& compound, const Condition& condition,
+                               IndexKey& key) const
+{
     const KnownNames& names = tree_.Names();
-    const bool first =
-        HasCondition(compound, ConditionKind::FirstChild) || HasCondition(compound, ConditionKind::OnlyChild);
+    const bool first = HasCondition(compound, ConditionKind::FirstChild) ||
+                       HasCondition(compound, ConditionKind::OnlyChild);
     const bool last = HasCondition(compound, ConditionKind::LastChild);
     switch (condition.kind) {
     case ConditionKind::TagName:
         key = MakeIndexKey(IndexKind::TagName, condition.first);
         return true;
     case ConditionKind::Class:
-        key = first  ? MakeIndexKey(IndexKind::FirstChildWithClass, condition.first)
-              : last ? MakeIndexKey(IndexKind::LastChildWithClass, condition.first)
-                     : MakeIndexKey(IndexKind::AttributeValue, names.classAttribute, condition.first);
+        key = first ? MakeIndexKey(IndexKind::FirstChildWithClass, condition.first)
+              : last
+                  ? MakeIndexKey(IndexKind::LastChildWithClass, condition.first)
+                  : MakeIndexKey(IndexKind::AttributeValue, names.classAttribute, condition.first);
         return true;
     case ConditionKind::Id:
         key = MakeIndexKey(IndexKind::AttributeValue, names.idAttribute, condition.first);
         return true;
     case ConditionKind::Attribute: {
         const bool edgeKnown = condition.first != names.classAttribute;
-        key = edgeKnown && first  ? MakeIndexKey(IndexKind::FirstChildWithAttribute, condition.first)
+        key = edgeKnown && first ? MakeIndexKey(IndexKind::FirstChildWithAttribute, condition.first)
               : edgeKnown && last ? MakeIndexKey(IndexKind::LastChildWithAttribute, condition.first)
                                   : MakeIndexKey(IndexKind::Attribute, condition.first);
         return true;
@@ -158,7 +170,8 @@ bool SelectorQuery::IndexKeyOf(const Compound& compound, const Condition& condit
     }
 }
 
-bool SelectorQuery::RootSatisfies(const ComplexSelector& complex, const Step& step) const {
+bool SelectorQuery::RootSatisfies(const ComplexSelector& complex, const Step& step) const
+{
     for (NodeId id = root_; id != kNoNode; id = nodes_[id].parent) {
         if (matcher_.MatchesUpTo(id, complex, step.compound)) {
             return true;
@@ -168,7 +181,8 @@ bool SelectorQuery::RootSatisfies(const ComplexSelector& complex, const Step& st
 }
 
 template <typename Candidate>
-bool SelectorQuery::ForEachCandidate(const Step& step, NodeId scope, Candidate&& candidate) const {
+bool SelectorQuery::ForEachCandidate(const Step& step, NodeId scope, Candidate&& candidate) const
+{
     const DocumentOrder& order = tree_.Order();
     const OrderLabel low = order.Of(scope) + 1;
     const OrderLabel high = order.EndOf(scope);
@@ -183,7 +197,8 @@ bool SelectorQuery::ForEachCandidate(const Step& step, NodeId scope, Candidate&&
             if (!candidate(id, skipInside)) {
                 return false;
             }
-            id = NextElementWithin(nodes_, skipInside ? LastElementInSubtree(nodes_, id) : id, scope);
+            id = NextElementWithin(nodes_, skipInside ? LastElementInSubtree(nodes_, id) : id,
+                                   scope);
         }
         return true;
     }
@@ -208,12 +223,13 @@ bool SelectorQuery::ForEachCandidate(const Step& step, NodeId scope, Candidate&&
     return true;
 }
 
-bool SelectorQuery::Enter(const ComplexSelector& complex, const Steps& steps, std::size_t step, NodeId scope,
-                          const Found& found) const {
+bool SelectorQuery::Enter(const ComplexSelector& complex, const Steps& steps, std::size_t step,
+                          NodeId scope, const Found& found) const
+{
     const Step& here = steps[step];
     const bool isLast = step + 1 == steps.size();
-    // Ancestors of the root, and the root, count on the left of a combinator: then all of the root's
-    // content is inside a match of this step.
+    // Ancestors of the root, and the root, count on the left of a combinator: then all of the
+    // root's content is inside a match of this step.
     if (!isLast && scope == root_ && RootSatisfies(complex, here)) {
         return Enter(complex, steps, step + 1, root_, found);
     }
@@ -227,12 +243,14 @@ bool SelectorQuery::Enter(const ComplexSelector& complex, const Steps& steps, st
         skipInside = true;
         return Enter(complex, steps, step + 1, id, found);
     };
-    const bool childrenOfRoot = step > 0 && steps[step - 1].isRoot && here.compound == steps[step - 1].compound + 1 &&
+    const bool childrenOfRoot = step > 0 && steps[step - 1].isRoot &&
+                                here.compound == steps[step - 1].compound + 1 &&
                                 complex[here.compound].combinator == Combinator::Child;
     if (!childrenOfRoot) {
         return ForEachCandidate(here, scope, tryCandidate);
     }
-    for (NodeId id = FirstElementChild(nodes_, root_); id != kNoNode; id = NextElementSibling(nodes_, id)) {
+    for (NodeId id = FirstElementChild(nodes_, root_); id != kNoNode;
+         id = NextElementSibling(nodes_, id)) {
         bool skipInside = false;
         if (!tryCandidate(id, skipInside)) {
             return false;

@@ -5,10 +5,10 @@
 //
 // For each complex selector a few of its compounds are chosen as steps, from left to right, each
 // much rarer than the next, and the last compound always the last step. The first step's candidates
-// inside the root are tried in document order; inside each that matches, the next step's, and so on.
-// Every candidate is checked by the rules against all compounds up to its own, so the steps only
-// decide where to look. Matches inside an earlier match of the same step are not entered again: its
-// part of the tree has been searched. So the results come in document order, each once.
+// inside the root are tried in document order; inside each that matches, the next step's, and so
+// on. Every candidate is checked by the rules against all compounds up to its own, so the steps
+// only decide where to look. Matches inside an earlier match of the same step are not entered
+// again: its part of the tree has been searched. So the results come in document order, each once.
 
 #include <functional>
 #include <vector>
@@ -22,7 +22,9 @@ namespace HtmlEngine::Internal {
 class SelectorQuery {
 public:
     SelectorQuery(const Tree& tree, NodeId root, const Selector& selector)
-        : tree_(tree), nodes_(tree.Nodes()), root_(root), selector_(selector), matcher_(tree, root) {}
+        : tree_(tree), nodes_(tree.Nodes()), root_(root), selector_(selector), matcher_(tree, root)
+    {
+    }
 
     /// The first match in document order, or kNoNode.
     NodeId First() const;

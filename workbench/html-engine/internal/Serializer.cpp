@@ -7,19 +7,23 @@
 
 namespace HtmlEngine::Internal {
 
-std::string Serializer::Inner(NodeId element) {
-    for (NodeId child = nodes_[element].element.firstChild; child != kNoNode; child = nodes_[child].next) {
+std::string Serializer::Inner(NodeId element)
+{
+    for (NodeId child = nodes_[element].element.firstChild; child != kNoNode;
+         child = nodes_[child].next) {
         Write(child);
     }
     return std::exchange(out_, {});
 }
 
-std::string Serializer::Outer(NodeId element) {
+std::string Serializer::Outer(NodeId element)
+{
     Write(element);
     return std::exchange(out_, {});
 }
 
-void Serializer::Write(NodeId top) {
+void Serializer::Write(NodeId top)
+{
     VisitSubtree(
         nodes_, top,
         [&](NodeId id) {
@@ -32,11 +36,13 @@ void Serializer::Write(NodeId top) {
         [&](NodeId id) { WriteEndTag(id); });
 }
 
-bool Serializer::IsVoid(NodeId element) const {
+bool Serializer::IsVoid(NodeId element) const
+{
     return !nodes_[element].Is(NodeFlag::kForeign) && tree_.Names().IsVoid(nodes_[element].name);
 }
 
-void Serializer::WriteStartTag(NodeId element) {
+void Serializer::WriteStartTag(NodeId element)
+{
     const Node& node = nodes_[element];
     const AtomTable& atoms = tree_.Atoms();
     const Atom classAttribute = tree_.Names().classAttribute;
@@ -61,13 +67,15 @@ void Serializer::WriteStartTag(NodeId element) {
     out_ += inClasses ? "\">" : ">";
 
     const NodeId first = node.element.firstChild;
-    if (first != kNoNode && nodes_[first].IsText() && tree_.Names().DropsFirstLineBreak(node.name) &&
+    if (first != kNoNode && nodes_[first].IsText() &&
+        tree_.Names().DropsFirstLineBreak(node.name) &&
         nodes_[first].text.View().starts_with('\n')) {
         out_ += '\n';
     }
 }
 
-void Serializer::WriteEndTag(NodeId element) {
+void Serializer::WriteEndTag(NodeId element)
+{
     if (!IsVoid(element)) {
         out_ += "</";
         out_ += tree_.Atoms().Text(nodes_[element].name);
@@ -75,7 +83,8 @@ void Serializer::WriteEndTag(NodeId element) {
     }
 }
 
-void Serializer::WriteCharacters(NodeId id) {
+void Serializer::WriteCharacters(NodeId id)
+{
     const Node& node = nodes_[id];
     if (node.kind == NodeKind::Comment) {
         out_ += "<!--";
@@ -89,7 +98,8 @@ void Serializer::WriteCharacters(NodeId id) {
     }
 }
 
-void Serializer::WriteEscaped(std::string_view text, bool inAttribute) {
+void Serializer::WriteEscaped(std::string_view text, bool inAttribute)
+{
     std::size_t copied = 0;
     const auto replace = [&](std::size_t at, std::size_t length, std::string_view by) {
         out_ += text.substr(copied, at - copied);

@@ -10,7 +10,8 @@ namespace {
 
 /// Calls `function` for each sibling of a run, which may unlink it.
 template <typename Function>
-void ForEachSibling(const NodeStore& nodes, NodeRun run, Function&& function) {
+void ForEachSibling(const NodeStore& nodes, NodeRun run, Function&& function)
+{
     for (NodeId id = run.first; id != kNoNode;) {
         const NodeId next = id == run.last ? kNoNode : nodes[id].next;
         function(id);
@@ -20,14 +21,16 @@ void ForEachSibling(const NodeStore& nodes, NodeRun run, Function&& function) {
 
 }  // namespace
 
-NodeId Tree::CreateElement(std::string_view lowerCaseName, std::uint8_t flags) {
+NodeId Tree::CreateElement(std::string_view lowerCaseName, std::uint8_t flags)
+{
     const NodeId id = nodes_.Create(NodeKind::Element);
     nodes_[id].name = atoms_.Acquire(lowerCaseName);
     nodes_[id].flags = flags;
     return id;
 }
 
-NodeId Tree::CreateElementLike(NodeId element) {
+NodeId Tree::CreateElementLike(NodeId element)
+{
     const NodeId id = nodes_.Create(NodeKind::Element);
     const Node& model = nodes_[element];
     Node& node = nodes_[id];
@@ -38,13 +41,15 @@ NodeId Tree::CreateElementLike(NodeId element) {
     return id;
 }
 
-NodeId Tree::CreateCharacters(NodeKind kind, std::string_view text) {
+NodeId Tree::CreateCharacters(NodeKind kind, std::string_view text)
+{
     const NodeId id = nodes_.Create(kind);
     nodes_[id].text.Assign(text);
     return id;
 }
 
-void Tree::Append(NodeId parent, NodeRun& run, NodeId node) {
+void Tree::Append(NodeId parent, NodeRun& run, NodeId node)
+{
     if (!run.IsEmpty() && nodes_[run.last].IsText() && nodes_[node].IsText()) {
         JoinText(run.last, node, run.last);
         DestroyNode(node);
@@ -66,13 +71,15 @@ void Tree::Append(NodeId parent, NodeRun& run, NodeId node) {
     }
 }
 
-void Tree::JoinText(NodeId first, NodeId second, NodeId into) {
+void Tree::JoinText(NodeId first, NodeId second, NodeId into)
+{
     std::string joined(nodes_[first].text.View());
     joined += nodes_[second].text.View();
     nodes_[into].text.Assign(joined);
 }
 
-void Tree::DestroyNode(NodeId id) {
+void Tree::DestroyNode(NodeId id)
+{
     Node& node = nodes_[id];
     if (node.IsElement()) {
         SetAttributes(id, {});
@@ -84,7 +91,8 @@ void Tree::DestroyNode(NodeId id) {
     nodes_.Destroy(id);
 }
 
-void Tree::Dispose(NodeRun run) {
+void Tree::Dispose(NodeRun run)
+{
     std::vector<NodeId> ending;
     std::vector<NodeId> staying;
     std::size_t depth = 0;
@@ -112,7 +120,8 @@ void Tree::Dispose(NodeRun run) {
     }
 }
 
-void Tree::SetRoot(NodeId root) {
+void Tree::SetRoot(NodeId root)
+{
     root_ = root;
     Attach(ElementsOf({root, root}));
     if (observer_ != nullptr) {
@@ -120,13 +129,15 @@ void Tree::SetRoot(NodeId root) {
     }
 }
 
-std::size_t Tree::CountElements(NodeRun run) const {
+std::size_t Tree::CountElements(NodeRun run) const
+{
     std::size_t count = 0;
     ForEachSibling(nodes_, run, [&](NodeId id) { count += nodes_[id].IsElement() ? 1U : 0U; });
     return count;
 }
 
-void Tree::Link(NodeId parent, NodeId previous, NodeRun run, std::span<const NodeId> elements) {
+void Tree::Link(NodeId parent, NodeId previous, NodeRun run, std::span<const NodeId> elements)
+{
     if (run.IsEmpty()) {
         return;
     }
@@ -169,7 +180,8 @@ void Tree::Link(NodeId parent, NodeId previous, NodeRun run, std::span<const Nod
     }
 }
 
-NodeRun Tree::JoinNeighbours(NodeId previous, NodeRun run, NodeId next) {
+NodeRun Tree::JoinNeighbours(NodeId previous, NodeRun run, NodeId next)
+{
     if (previous != kNoNode && nodes_[previous].IsText() && nodes_[run.first].IsText()) {
         const NodeId joined = run.first;
         JoinText(previous, joined, previous);
@@ -195,13 +207,15 @@ NodeRun Tree::JoinNeighbours(NodeId previous, NodeRun run, NodeId next) {
     return run;
 }
 
-void Tree::ReportTextChanged(NodeId text) {
+void Tree::ReportTextChanged(NodeId text)
+{
     if (observer_ != nullptr && nodes_[nodes_[text].parent].Is(NodeFlag::kAttached)) {
         observer_->OnTextChanged(nodes_.HandleOf(text));
     }
 }
 
-void Tree::ReportRemoved(NodeId parent, NodeRun run) {
+void Tree::ReportRemoved(NodeId parent, NodeRun run)
+{
     if (observer_ == nullptr || parent == kNoNode || !nodes_[parent].Is(NodeFlag::kAttached)) {
         return;
     }
@@ -210,7 +224,8 @@ void Tree::ReportRemoved(NodeId parent, NodeRun run) {
                          nodes_.HandleOf(run.last));
 }
 
-std::vector<NodeId> Tree::ElementsOf(NodeRun run) const {
+std::vector<NodeId> Tree::ElementsOf(NodeRun run) const
+{
     std::vector<NodeId> elements;
     ForEachSibling(nodes_, run, [&](NodeId top) {
         if (nodes_[top].IsElement()) {
@@ -222,7 +237,8 @@ std::vector<NodeId> Tree::ElementsOf(NodeRun run) const {
     return elements;
 }
 
-void Tree::Attach(std::span<const NodeId> elements) {
+void Tree::Attach(std::span<const NodeId> elements)
+{
     attachedCount_ += elements.size();
     ElementIndex::RecentEntries recent;
     order_.Label(elements, [&](NodeId id) {
@@ -231,7 +247,8 @@ void Tree::Attach(std::span<const NodeId> elements) {
     });
 }
 
-void Tree::Detach(NodeRun run, std::vector<LeftElement>& left) {
+void Tree::Detach(NodeRun run, std::vector<LeftElement>& left)
+{
     const std::vector<NodeId> elements = ElementsOf(run);
     if (elements.empty()) {
         return;
@@ -240,7 +257,8 @@ void Tree::Detach(NodeRun run, std::vector<LeftElement>& left) {
         index_.Clear();
         root_ = kNoNode;
     } else {
-        index_.RemoveRange(elements, order_.Of(elements.front()), order_.EndOf(ElementBackFrom(nodes_, run.last)));
+        index_.RemoveRange(elements, order_.Of(elements.front()),
+                           order_.EndOf(ElementBackFrom(nodes_, run.last)));
     }
     attachedCount_ -= elements.size();
     for (const NodeId id : elements) {
@@ -252,7 +270,8 @@ void Tree::Detach(NodeRun run, std::vector<LeftElement>& left) {
     }
 }
 
-void Tree::Unlink(NodeRun run) {
+void Tree::Unlink(NodeRun run)
+{
     const NodeId parent = nodes_[run.first].parent;
     const NodeId previous = nodes_[run.first].previous;
     const NodeId next = nodes_[run.last].next;
@@ -266,7 +285,8 @@ void Tree::Unlink(NodeRun run) {
     nodes_[run.last].next = kNoNode;
 }
 
-void Tree::Remove(NodeRun run, std::vector<LeftElement>& left) {
+void Tree::Remove(NodeRun run, std::vector<LeftElement>& left)
+{
     if (run.IsEmpty()) {
         return;
     }
@@ -274,7 +294,8 @@ void Tree::Remove(NodeRun run, std::vector<LeftElement>& left) {
     const NodeId previous = nodes_[run.first].previous;
     const NodeId next = nodes_[run.last].next;
     const std::size_t elementCount = CountElements(run);
-    const bool wasAttached = parent == kNoNode ? run.first == root_ : nodes_[parent].Is(NodeFlag::kAttached);
+    const bool wasAttached =
+        parent == kNoNode ? run.first == root_ : nodes_[parent].Is(NodeFlag::kAttached);
 
     if (parent != kNoNode && elementCount > 0) {
         if (elementCount == nodes_[parent].element.elementCount) {
@@ -299,7 +320,8 @@ void Tree::Remove(NodeRun run, std::vector<LeftElement>& left) {
     }
     ReportRemoved(parent, run);
     Dispose(run);
-    if (previous != kNoNode && next != kNoNode && nodes_[previous].IsText() && nodes_[next].IsText()) {
+    if (previous != kNoNode && next != kNoNode && nodes_[previous].IsText() &&
+        nodes_[next].IsText()) {
         JoinText(previous, next, previous);
         ReportTextChanged(previous);
         Unlink({next, next});
@@ -308,7 +330,8 @@ void Tree::Remove(NodeRun run, std::vector<LeftElement>& left) {
     }
 }
 
-void Tree::SetAttributes(NodeId element, std::span<const AttributeEntry> entries) {
+void Tree::SetAttributes(NodeId element, std::span<const AttributeEntry> entries)
+{
     AttributeList& list = nodes_[element].element.attributes;
     const bool attached = nodes_[element].Is(NodeFlag::kAttached);
     if (attached) {
@@ -329,7 +352,8 @@ void Tree::SetAttributes(NodeId element, std::span<const AttributeEntry> entries
     }
 }
 
-void Tree::SetStates(NodeId element, std::uint32_t states) {
+void Tree::SetStates(NodeId element, std::uint32_t states)
+{
     Node& node = nodes_[element];
     const std::uint32_t added = states & ~node.element.states;
     const std::uint32_t removed = node.element.states & ~states;

@@ -88,7 +88,8 @@ public:
     void Remove(NodeRun run, std::vector<LeftElement>& left);
 
     /// Everything inside an element, as a run.
-    NodeRun ContentOf(NodeId element) const {
+    NodeRun ContentOf(NodeId element) const
+    {
         return {nodes_[element].element.firstChild, nodes_[element].element.lastChild};
     }
 

@@ -10,7 +10,8 @@ constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 /// Length of the well-formed character at the front, or 0; `bad` is then how many bytes one
 /// replacement stands for.
-std::size_t CharacterLength(std::string_view text, std::size_t& bad) {
+std::size_t CharacterLength(std::string_view text, std::size_t& bad)
+{
     const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     const unsigned char lead = byte(0);
     bad = 1;
@@ -34,15 +35,16 @@ std::size_t CharacterLength(std::string_view text, std::size_t& bad) {
 }
 
 /// Length of the part at the front that is plain ASCII without NUL, in steps of eight bytes.
-std::size_t PlainLength(std::string_view text) {
+std::size_t PlainLength(std::string_view text)
+{
     constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
     constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
     std::size_t at = 0;
     for (; at + 8 <= text.size(); at += 8) {
         std::uint64_t word = 0;
         std::memcpy(&word, text.data() + at, sizeof word);
-        // Subtracting one from each byte borrows into the high bit only of bytes that were 0 when no
-        // byte has its high bit set.
+        // Subtracting one from each byte borrows into the high bit only of bytes that were 0 when
+        // no byte has its high bit set.
         if (((word | (word - kOnes)) & kHighBits) != 0) {
             break;
         }
@@ -52,13 +54,17 @@ std::size_t PlainLength(std::string_view text) {
 
 }  // namespace
 
-std::size_t CharacterLength(std::string_view text) {
+std::size_t CharacterLength(std::string_view text)
+{
     std::size_t bad = 0;
     return CharacterLength(text, bad);
 }
 
-void AppendUtf8(std::uint32_t codePoint, std::string& out) {
-    const auto put = [&](std::uint32_t value) { out += static_cast<char>(static_cast<unsigned char>(value)); };
+void AppendUtf8(std::uint32_t codePoint, std::string& out)
+{
+    const auto put = [&](std::uint32_t value) {
+        out += static_cast<char>(static_cast<unsigned char>(value));
+    };
     if (codePoint == 0 || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
         out += kReplacement;
     } else if (codePoint < 0x80) {
@@ -78,7 +84,8 @@ void AppendUtf8(std::uint32_t codePoint, std::string& out) {
     }
 }
 
-std::string_view RepairUtf8(std::string_view text, std::string& storage) {
+std::string_view RepairUtf8(std::string_view text, std::string& storage)
+{
     std::size_t copied = 0;
     bool repaired = false;
     for (std::size_t at = 0; at < text.size();) {

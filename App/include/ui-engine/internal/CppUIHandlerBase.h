@@ -35,13 +35,13 @@ public:
 protected:
     CppUIHandlerBase()
     {
-        this->template FillTable<
-            GetElementAttachedToImpl, GetSubscribedEventsImpl, HandleMouseImpl, HandleKeyImpl,
-            HandleFocusImpl, HandleTimerImpl, HandleSizeImpl, HandleScrollImpl, HandleDrawImpl,
-            HandleMethodCallImpl, HandleScriptCallImpl, HandleEventImpl, HandleDataArrivedImpl,
-            HandleGestureImpl, HandleExchangeImpl, AttachedImpl, DetachedImpl,
-            OnDocumentCompleteImpl, OnInplacePluginsInitializedImpl, OnInitCompleteImpl,
-            OnLocaleChangedImpl, GetHandlerNameImpl>();
+        this->template FillTable<GetElementAttachedToImpl, GetSubscribedEventsImpl, HandleMouseImpl,
+                                 HandleKeyImpl, HandleFocusImpl, HandleTimerImpl, HandleSizeImpl,
+                                 HandleScrollImpl, HandleDrawImpl, HandleMethodCallImpl,
+                                 HandleScriptCallImpl, HandleEventImpl, HandleDataArrivedImpl,
+                                 HandleGestureImpl, HandleExchangeImpl, AttachedImpl, DetachedImpl,
+                                 OnDocumentCompleteImpl, OnInplacePluginsInitializedImpl,
+                                 OnInitCompleteImpl, OnLocaleChangedImpl, GetHandlerNameImpl>();
     }
     ~CppUIHandlerBase() = default;
 

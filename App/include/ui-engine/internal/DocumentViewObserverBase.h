@@ -87,8 +87,8 @@ protected:
         Derived* self = Self();
         view_.Clear();
         observed_ = WeakServiceObjectPtr<BLDocumentView>(view);
-        view_.Append(
-            View::Subscribe_OnZoomChanged(view, boost::bind(&Derived::OnZoomChanged, self, _1, _2)));
+        view_.Append(View::Subscribe_OnZoomChanged(
+            view, boost::bind(&Derived::OnZoomChanged, self, _1, _2)));
         view_.Append(View::Subscribe_OnFocusPageChanged(
             view, boost::bind(&Derived::OnFocusPageChanged, self, _1)));
         view_.Append(View::Subscribe_OnVisibleRangeChanged(

@@ -53,8 +53,8 @@ struct ContainExceptions {
 template <class T, class M>
 std::string ThunkName()
 {
-    return std::string("SOImpl::Cpp") + M::Interface::kName + "Base<" + TypeName<T>() + ">::" +
-           M::kName + "Impl::staticF";
+    return std::string("SOImpl::Cpp") + M::Interface::kName + "Base<" + TypeName<T>() +
+           ">::" + M::kName + "Impl::staticF";
 }
 
 // One slot: `Impl` provides `static ResultCode Unpack(T& object, arguments...)`, which checks the
@@ -69,9 +69,14 @@ struct MethodThunk<Impl, T, Traits, M, Exceptions, ResultCode (*)(I*, Args...)> 
 
     static ResultCode staticF(I* self, Args... arguments)
     {
-        static_assert(requires(T& object, Args... values) {
-            { Impl::Unpack(object, values...) } -> std::same_as<ResultCode>;
-        }, "the class does not offer this method with the interface's arguments and a result code");
+        static_assert(
+            requires(T & object, Args... values) {
+                {
+                    Impl::Unpack(object, values...)
+                    } -> std::same_as<ResultCode>;
+            },
+            "the class does not offer this method with the interface's arguments and a result "
+            "code");
         T& object = *T::FromInterface(self);
         const ResultCode code =
             Exceptions::Run([&]() -> ResultCode { return Impl::Unpack(object, arguments...); });
