@@ -1,5 +1,6 @@
 #include "driver/Script.h"
 #include "driver/CommandLine.h"
+#include "driver/ListMarkup.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -287,6 +288,15 @@ TEST(Script, CheckFindsAListThatItsDocumentHasLeft)
     page.Delete(Workbench::FindVisibleContainer(page));
     EXPECT_EQ(check().at("view"), nullptr);
     session.Finish();
+}
+
+TEST(ListMarkup, KeepsTheBlanksOfContentsAndLeavesOutThoseOfTemplates)
+{
+    EXPECT_EQ(Workbench::WithoutIndents(
+                  " <ul page-item=\"0\">\r\n  <li>\r\n<p><b>a</b> <i>b</i> </p>\r\n</li></ul> "
+                  "<ul page-item=\"1\"></ul>\r\n"),
+              "<ul page-item=\"0\"><li><p><b>a</b> <i>b</i> </p></li></ul>"
+              "<ul page-item=\"1\"></ul>");
 }
 
 }  // namespace

@@ -26,6 +26,18 @@ std::size_t CharacterStart(std::string_view text, std::size_t at)
     return std::min(at, text.size());
 }
 
+// Whether the blanks up to `end` stand between tags, outside of contents: those hold no line break,
+// as each has become an element.
+bool IsIndent(std::string_view html, std::size_t begin, std::size_t end)
+{
+    constexpr std::string_view kPageItem = "<ul page-item";
+    if ((begin != 0 && html[begin - 1] != '>') || (end != html.size() && html[end] != '<')) {
+        return false;
+    }
+    return html.substr(begin, end - begin).find_first_of("\r\n") != html.npos ||
+           end == html.size() || html.substr(end, kPageItem.size()) == kPageItem;
+}
+
 }  // namespace
 
 std::string WithNumberedTooltips(const std::string& html)
@@ -55,7 +67,7 @@ std::string WithoutIndents(const std::string& html)
     text.reserve(html.size());
     for (std::size_t at = 0; at < html.size();) {
         const std::size_t next = std::min(html.find_first_not_of(kBlanks, at), html.size());
-        if ((at != 0 && html[at - 1] != '>') || (next != html.size() && html[next] != '<')) {
+        if (!IsIndent(html, at, next)) {
             text.append(html, at, next - at);
         }
         at = std::min(html.find_first_of(kBlanks, next), html.size());
