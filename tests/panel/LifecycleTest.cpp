@@ -69,6 +69,25 @@ protected:
         return posted;
     }
 
+    // The plug-in's own members, behind its ten methods, by their offsets.
+    enum Offset {
+        kHostContext = 152,
+        kWindow = 160,
+        kHandler = 168,
+        kModel = 176,
+        kEndOfObject = 200
+    };
+    const char* MemberAt(Offset offset) const
+    {
+        return reinterpret_cast<const char*>(plugin.Get()) + offset;
+    }
+    const void* Member(Offset offset) const
+    {
+        const void* pointer = nullptr;
+        std::memcpy(&pointer, MemberAt(offset), sizeof pointer);
+        return pointer;
+    }
+
     std::unique_ptr<ModuleLibrary> library;
     BasicServiceObjectPtr<UIInplacePlugin> plugin;
 };
@@ -102,6 +121,14 @@ TEST_F(Lifecycle, EveryStepAnswersAsTheInterfaceSays)
     EXPECT_EQ(Call<UIInplacePlugin::InitHandler>(&noHandler), 3u);
     EXPECT_EQ(Call<UIInplacePlugin::GetUIModel>(&noModel), 3u);
     EXPECT_EQ(TakeError(plugin.Get()), "UIInplacePlugin::GetUIModel() failed, code: 3");
+
+    ErrorInfo info{};
+    Call<UIInplacePlugin::InitHtml>(&noFirst);
+    ASSERT_EQ(plugin->GetLastErrorInfo(plugin.Get(), &info, nullptr), kResultOk);
+    EXPECT_STREQ(info.function,
+                 "SOImpl::CppUIInplacePluginBase<class CommentsPanelInplacePlugin,struct "
+                 "SODetails::ServiceObjectTraits>::InitHtmlImpl::staticF");
+    TakeError(plugin.Get());
 }
 
 TEST_F(Lifecycle, ResourcesAreThereOnceTheyAreRegistered)
@@ -167,12 +194,15 @@ TEST_F(Lifecycle, AnInvalidWindowIsIgnoredWithoutAFailure)
         {"another interface", broken([](Table& table) { ++table.header.interfaceId; })},
         {"no interface", broken([](Table& table) { table.header.interfaceId = 0; })},
         {"no end of table", broken([](Table& table) { table.endOfTable[0] = 'X'; })},
-        {"implausible table", broken([](Table& table) { table.header.methodTableSize = 7; })},
+        {"table that ends elsewhere",
+         broken([](Table& table) { table.header.methodTableSize = 7; })},
     };
     for (Row& row : rows) {
         SCOPED_TRACE(row.name);
         const UIInitBeginArguments begin{&row.table.header, host.Window()};
         EXPECT_EQ(Call<UIInplacePlugin::InitBegin>(&begin), 0u);
+        EXPECT_EQ(Member(kHostContext), host.Window());
+        EXPECT_EQ(Member(kWindow), &row == rows ? &row.table.header : nullptr);
         EXPECT_EQ(Call<UIInplacePlugin::Cleanup>(), 0u);
     }
     const UIInitBeginArguments noWindow{nullptr, host.Window()};
@@ -181,14 +211,21 @@ TEST_F(Lifecycle, AnInvalidWindowIsIgnoredWithoutAFailure)
 
 TEST_F(Lifecycle, HandlerAndModelAreOnePairUntilCleanup)
 {
+    EXPECT_EQ(Member(kHandler), nullptr);
     const auto model = GetUIModel();  // before InitHandler: makes both
+    EXPECT_NE(Member(kHandler), nullptr);
     const auto handler = InitHandler();
+    EXPECT_EQ(Member(kHandler), handler.Get());
+    EXPECT_EQ(Member(kModel), model.Get());
+    EXPECT_EQ(std::memcmp(MemberAt(kEndOfObject), "EOSO", 4), 0);
     EXPECT_EQ(GetUIModel(), model);
     EXPECT_EQ(InitHandler(), handler);
     EXPECT_EQ(handler->GetRefCount(handler.Get()), 2u) << "the plug-in's and this";
     EXPECT_EQ(model->GetRefCount(model.Get()), 2u);
 
     Call<UIInplacePlugin::Cleanup>();
+    EXPECT_EQ(Member(kHandler), nullptr);
+    EXPECT_EQ(Member(kModel), nullptr);
     EXPECT_EQ(handler->GetRefCount(handler.Get()), 1u);
     EXPECT_EQ(model->GetRefCount(model.Get()), 1u);
     const auto nextHandler = InitHandler();

@@ -214,8 +214,7 @@ TEST_F(Loading, ARenderingThatFailsLeavesNoPreloaderAndTheNextOneWorks)
     {
         Atom atom = kAtomNone;
         VxGetAtomFromString("UIEngine", &atom);
-        std::uint32_t systemError = 0;
-        ServiceProviderGetServiceObject(atom, engine.Receive(), &systemError);
+        ServiceProviderGetServiceObject(atom, engine.Receive());
     }
     struct Row {
         const char* name;

@@ -88,6 +88,7 @@ Pages FivePages()
 std::string Outline(const PanelView& view)
 {
     std::ostringstream out;
+    out.imbue(std::locale::classic());
     out << (view.loading ? "loading " : "");
     if (view.noItems) {
         out << "(" << *view.noItems << ") ";

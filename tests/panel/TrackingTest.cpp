@@ -2,6 +2,7 @@
 #include "PanelFixture.h"
 
 #include <atomic>
+#include <locale>
 #include <thread>
 #include <vector>
 
@@ -461,6 +462,37 @@ TEST_F(Tracking, EditsOfSeveralThreadsAtOnceAreAllInTheListInTheEnd)
     EXPECT_EQ(Read(view).pages.size(), 8u);
     EXPECT_EQ(CountMatches("li[annot-name]:current"), 1u);
     TakeLateErrors();
+}
+
+// A host may speak its user's language in C++ streams too.
+TEST_F(Tracking, NumbersAreThoseOfNoLocale)
+{
+    struct Grouping : std::numpunct<char> {
+        std::string do_grouping() const override { return "\3"; }
+    };
+    struct WideGrouping : std::numpunct<wchar_t> {
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const std::locale former = std::locale::global(
+        std::locale(std::locale(std::locale(), new Grouping), new WideGrouping));
+    constexpr std::uint32_t kPage = 1000;
+    Pages pages(kPage + 1);
+    Documents::AnnotationProperties note;
+    note.subtype = "Text";
+    pages[kPage] = {Documents::MakeEntry(note)};
+    const ViewPtr view = StartWith(pages);
+    EXPECT_EQ(Outline(Read(view)), "1000:1000_0* [ECRD]");
+    EXPECT_EQ(Read(view).pages.at(0).caption, "Page 1001");
+
+    auto* const document = view->View().Document();
+    document->Publish(document->Content().AddAnnotation(kPage, "Ink", u""));
+    Settle();
+    EXPECT_EQ(Outline(Read(view)), "1000:1000_0*,1000_1 [ECRDB]");
+    document->Publish(document->Content().RemoveAnnotation(kPage, 0));
+    document->Publish(document->Content().RemoveAnnotation(kPage, 0));
+    Settle();
+    EXPECT_TRUE(Read(view).noItems.has_value());
+    std::locale::global(former);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include "platform-libraries/AtomLibraryHost.h"
 #include "platform-libraries/ServiceProviderHost.h"
-#include "platform/Threads.h"
+#include "platform/SystemErrors.h"
 #include "service-common/ServiceProvider.h"
 #include "service-common/SingletonStaticData.h"
 

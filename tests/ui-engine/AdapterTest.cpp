@@ -7,6 +7,7 @@
 #include "ui-engine/internal/CppUIHandlerBase.h"
 #include "ui-engine/internal/CppUIInplacePluginBase.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -20,6 +21,9 @@ using Fakes::Fake;
 using Fakes::ThrownBy;
 using SODetails::ServiceObjectCppTheConcrete;
 using SODetails::ServiceObjectTraits;
+using ::testing::AllOf;
+using ::testing::EndsWith;
+using ::testing::StartsWith;
 
 const HtmlElementHandle kElement = reinterpret_cast<HtmlElementHandle>(0x1000);
 using Body = std::function<ResultCode()>;
@@ -83,8 +87,10 @@ protected:
         EXPECT_EQ(record->code, code);
         EXPECT_EQ(record->message, FromAscii(name + "() failed, code: " + std::to_string(code)));
         const std::size_t colons = name.find("::");
-        EXPECT_NE(record->function.find(name.substr(colons + 2) + "Impl::staticF"),
-                  std::string::npos);
+        EXPECT_THAT(record->function,
+                    AllOf(StartsWith("SOImpl::Cpp" + name.substr(0, colons) + "Base<class "),
+                          EndsWith(",struct SODetails::ServiceObjectTraits>::" +
+                                   name.substr(colons + 2) + "Impl::staticF")));
         EXPECT_NE(record->file.find(name.substr(0, colons) + ".SO.h"), std::string::npos);
         EXPECT_GT(record->line, 0u);
     }

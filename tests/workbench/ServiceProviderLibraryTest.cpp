@@ -1,4 +1,5 @@
 #include "platform-libraries/ServiceProviderHost.h"
+#include "platform/SystemErrors.h"
 #include "service-common/ServiceProvider.h"
 
 #include <gtest/gtest.h>
@@ -43,8 +44,11 @@ protected:
     ResultCode Ask(const char* name)
     {
         given = reinterpret_cast<ServiceObject*>(this);
-        systemError = 77;
-        return ServiceProviderGetServiceObject(AtomOf(name), &given, &systemError);
+        const Atom atom = AtomOf(name);
+        Platform::SetSystemError(0);
+        const ResultCode code = ServiceProviderGetServiceObject(atom, &given);
+        systemError = Platform::SystemError();
+        return code;
     }
 
     ServiceObject* given = nullptr;
@@ -60,16 +64,14 @@ TEST_F(Provider, HandsOutOwnedReferencesAndClearsOutValues)
     EXPECT_EQ(given, &object);
     EXPECT_EQ(systemError, 0u);
     EXPECT_EQ(object.references, 2u);
-    EXPECT_EQ(ServiceProviderGetServiceObject(AtomOf("Service"), &given, nullptr), kResultOk);
+    EXPECT_EQ(ServiceProviderGetServiceObject(AtomOf("Service"), &given), kResultOk);
     EXPECT_EQ(object.references, 3u);
 
     EXPECT_EQ(Ask("Unknown"), kResultServiceUnknown);
     EXPECT_EQ(given, nullptr);
     EXPECT_EQ(systemError, 0u);
-    EXPECT_EQ(ServiceProviderGetServiceObject(kAtomNone, &given, &systemError),
-              kResultNullArgument);
-    EXPECT_EQ(ServiceProviderGetServiceObject(AtomOf("Service"), nullptr, nullptr),
-              kResultNullArgument);
+    EXPECT_EQ(ServiceProviderGetServiceObject(kAtomNone, &given), kResultNullArgument);
+    EXPECT_EQ(ServiceProviderGetServiceObject(AtomOf("Service"), nullptr), kResultNullArgument);
 
     EXPECT_EQ(VxHostUnregisterService("Service"), kResultOk);
     EXPECT_EQ(VxHostUnregisterService("Service"), kResultNotFound);
@@ -100,8 +102,7 @@ TEST_F(Provider, ReleasesObjectsWithoutHoldingItsLock)
     CountedObject object;
     object.onRelease = [] {
         ServiceObject* other = nullptr;
-        EXPECT_EQ(ServiceProviderGetServiceObject(AtomOf("Self"), &other, nullptr),
-                  kResultServiceUnknown);
+        EXPECT_EQ(ServiceProviderGetServiceObject(AtomOf("Self"), &other), kResultServiceUnknown);
     };
     VxHostRegisterService("Self", &object);
     VxHostUnregisterService("Self");
@@ -119,8 +120,7 @@ TEST_F(Provider, KeepsCountsRightWhileServicesComeAndGo)
         askers.emplace_back([&ends] {
             while (!ends) {
                 ServiceObject* found = nullptr;
-                if (ServiceProviderGetServiceObject(AtomOf("Service"), &found, nullptr) ==
-                    kResultOk) {
+                if (ServiceProviderGetServiceObject(AtomOf("Service"), &found) == kResultOk) {
                     found->Release(found);
                 }
             }

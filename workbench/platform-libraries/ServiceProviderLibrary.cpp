@@ -1,5 +1,6 @@
 #include "platform-libraries/LibraryExport.h"
 #include "platform-libraries/ServiceProviderHost.h"
+#include "platform/SystemErrors.h"
 #include "service-common/ServiceProvider.h"
 
 #include <exception>
@@ -45,17 +46,16 @@ public:
         }
     }
 
-    ResultCode HandOut(ServiceObject** object, std::uint32_t* systemErrorCode) const
+    ResultCode HandOut(ServiceObject** object) const
     {
-        if (systemErrorCode != nullptr) {
-            *systemErrorCode = systemErrorCode_;
-        }
         if (object_ != nullptr) {
             object_->AddRef(object_);
             *object = object_;
         }
         return code_;
     }
+
+    std::uint32_t SystemError() const noexcept { return systemErrorCode_; }
 
 private:
     ServiceObject* object_ = nullptr;
@@ -91,12 +91,22 @@ public:
         }
     }
 
-    ResultCode HandOut(Atom name, ServiceObject** object, std::uint32_t* systemErrorCode)
+    ResultCode HandOut(Atom name, ServiceObject** object)
     {
-        const std::shared_lock lock(mutex_);
-        const auto found = listings_.find(name);
-        return found == listings_.end() ? kResultServiceUnknown
-                                        : found->second.HandOut(object, systemErrorCode);
+        std::uint32_t systemError = 0;
+        ResultCode code = kResultServiceUnknown;
+        {
+            const std::shared_lock lock(mutex_);
+            const auto found = listings_.find(name);
+            if (found != listings_.end()) {
+                code = found->second.HandOut(object);
+                systemError = found->second.SystemError();
+            }
+        }
+        if (systemError != 0) {
+            Platform::SetSystemError(systemError);
+        }
+        return code;
     }
 
 private:
@@ -130,18 +140,13 @@ ResultCode WithAtomOf(const char* name, Work work)
 
 extern "C" {
 
-LIBRARY_EXPORT ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object,
-                                                          std::uint32_t* systemErrorCode)
+LIBRARY_EXPORT ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object)
 {
-    if (systemErrorCode != nullptr) {
-        *systemErrorCode = 0;
-    }
     if (object == nullptr) {
         return kResultNullArgument;
     }
     *object = nullptr;
-    return name == kAtomNone ? kResultNullArgument
-                             : TheProvider().HandOut(name, object, systemErrorCode);
+    return name == kAtomNone ? kResultNullArgument : TheProvider().HandOut(name, object);
 }
 
 LIBRARY_EXPORT ResultCode VxHostRegisterService(const char* name, ServiceObject* object)

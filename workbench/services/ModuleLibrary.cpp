@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #if defined(_WIN32)
-#include "platform/Threads.h"
+#include "platform/SystemErrors.h"
 #include "service-common/WideText.h"
 
 #include <windows.h>

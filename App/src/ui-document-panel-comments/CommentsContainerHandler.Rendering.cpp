@@ -47,7 +47,7 @@ template <class... Args>
 std::wstring FormatTranslated(const std::wstring& text, const Args&... arguments)
 {
     try {
-        boost::wformat format(text);
+        boost::wformat format(text, std::locale::classic());
         format.exceptions(boost::io::no_error_bits);
         (format % ... % arguments);
         return format.str();
@@ -174,18 +174,19 @@ void WriteTime(const boost::posix_time::ptime& time, const std::wstring& format,
 enum PageRule : std::size_t { kPageIndex, kPageName, kPageItems };
 constexpr const wchar_t* kPagePlaceholders[] = {L"PAGE_INDEX", L"PAGE_NAME", L"PAGE_ITEMS"};
 
-// The name of the tooltip's id begins with that of the tooltip, and so comes before it.
+// The name of the tooltip's id begins with that of the tooltip, and so comes before it. Items
+// without contents have no place for them.
 enum ItemRule : std::size_t {
     kClassName,
     kAnnotName,
     kUniqueName,
+    kContents,
     kItemTooltipId,
-    kItemTooltip,
-    kContents,  // not for items without
+    kItemTooltip
 };
 constexpr const wchar_t* kItemPlaceholders[] = {L"CLASS_NAME",        L"ANNOT_NAME",
-                                                L"ANNOT_UNIQUE_NAME", L"ANNOT_TOOLTIP_ID",
-                                                L"ANNOT_TOOLTIP",     L"ANNOT_CONTENTS"};
+                                                L"ANNOT_UNIQUE_NAME", L"ANNOT_CONTENTS",
+                                                L"ANNOT_TOOLTIP_ID",  L"ANNOT_TOOLTIP"};
 
 enum TooltipRule : std::size_t { kTooltipId, kTitle, kSubject, kCreatedRow, kModifiedRow = 6 };
 // Within the rules of a date's row.
@@ -310,10 +311,9 @@ std::uint32_t FirstPositionOfLast(const std::vector<PDFL::Annotation>& annotatio
 struct CommentsContainerHandler::Rendering::Templates {
     Templates()
     {
-        const std::span itemPlaceholders(kItemPlaceholders);
         AddRules(page, kPagePlaceholders);
-        AddRules(item, itemPlaceholders);
-        AddRules(simpleItem, itemPlaceholders.first(kContents));
+        AddRules(item, kItemPlaceholders);
+        AddRules(simpleItem, kItemPlaceholders);
         AddRules(tooltip, kTooltipPlaceholders);
     }
 
@@ -460,17 +460,14 @@ void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering, const std::
     rendering.balanced = rendering.balanced && kind.balanced && IsBalancedMarkup(contents) &&
                          IsBalancedMarkup(title) && IsBalancedMarkup(subject);
 
-    const bool simple = contents.empty();
     TemplatesPreprocessor& preprocessor =
-        simple ? rendering.templates->simpleItem : rendering.templates->item;
+        contents.empty() ? rendering.templates->simpleItem : rendering.templates->item;
     preprocessor.ChangeRule(kClassName, TemplateAction::kReplace, kind.className);
     preprocessor.ChangeRule(kAnnotName, TemplateAction::kReplace, kind.displayName);
     preprocessor.ChangeRule(kUniqueName, TemplateAction::kReplace, uniqueName);
+    preprocessor.ChangeRule(kContents, TemplateAction::kReplace, contents);
     preprocessor.ChangeRule(kItemTooltipId, TemplateAction::kReplace, tooltipId);
     preprocessor.ChangeRule(kItemTooltip, TemplateAction::kReplace, tooltip);
-    if (!simple) {
-        preprocessor.ChangeRule(kContents, TemplateAction::kReplace, contents);
-    }
     preprocessor.AppendTo(target);
 }
 

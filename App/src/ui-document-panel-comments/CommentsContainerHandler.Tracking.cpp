@@ -10,11 +10,11 @@
 #include "ui-engine/internal/EventTask.h"
 
 #include <boost/bind/bind.hpp>
-#include <boost/format.hpp>
 
 #include <atomic>
 #include <exception>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -42,7 +42,7 @@ std::string InPlace(std::wstring_view html)
 
 std::string PageItemSelector(std::uint32_t pageIndex)
 {
-    return (boost::format("div.results-container ul[page-item=\"%1%\"]") % pageIndex).str();
+    return "div.results-container ul[page-item=\"" + std::to_string(pageIndex) + "\"]";
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "CommentsPanelHandler.h"
 
 #include "ui-engine/internal/CppUIDocumentPanelModelBase.h"
+#include "ui-engine/internal/EventTask.h"
 
 class CommentsPanelModel
     : public SOImpl::CppUIDocumentPanelModelBase<CommentsPanelModel,
@@ -16,11 +17,14 @@ public:
     {
     }
 
+    // Posts; where the host takes no posted calls, the failure is the thread's last error.
     ResultCode SetDocumentsCollection(UIDocumentsCollection* collection)
     {
-        if (const auto handler = handler_.Lock()) {
-            handler->SetDocumentsCollection(collection);
-        }
+        SODetails::RunEventTask("CommentsPanelModel::SetDocumentsCollection", [&] {
+            if (const auto handler = handler_.Lock()) {
+                handler->SetDocumentsCollection(collection);
+            }
+        });
         return kResultOk;
     }
 

@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
-#include <string>
 
 namespace Platform {
 
@@ -16,9 +15,6 @@ void ProcessorPause() noexcept;
 
 // Gives up the time slice (0) or sleeps at least that long.
 void SleepMilliseconds(std::uint32_t milliseconds) noexcept;
-
-// The platform's message text for one of its error codes, without a line break at the end.
-std::wstring SystemErrorText(std::uint32_t code);
 
 // An event that stays signalled until one waiter takes it.
 class AutoResetEvent {

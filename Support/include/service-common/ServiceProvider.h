@@ -10,10 +10,9 @@
 extern "C" {
 
 // The process-wide service object of that name. `*object` is cleared first and receives an owned
-// reference; `*systemErrorCode` (may be null) receives the platform's error code of a failure
-// that has one, else 0. Fails with 3 and with the codes 0x10005 to 0x1000A.
-ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object,
-                                           std::uint32_t* systemErrorCode);
+// reference. Fails with 3 and with the codes 0x10005 to 0x1000A; a failure of the platform behind
+// it is then the calling thread's system error (Platform::SystemError).
+ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object);
 
 }  // extern "C"
 

@@ -5,8 +5,6 @@
 
 #include <chrono>
 #include <cwchar>
-#include <string>
-#include <system_error>
 #include <thread>
 
 #if defined(__x86_64__)
@@ -35,12 +33,6 @@ void SleepMilliseconds(std::uint32_t milliseconds) noexcept
     } else {
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     }
-}
-
-std::wstring SystemErrorText(std::uint32_t code)
-{
-    const std::string text = std::generic_category().message(static_cast<int>(code));
-    return std::wstring(text.begin(), text.end());
 }
 
 }  // namespace Platform

@@ -4,6 +4,7 @@
 
 #include <boost/format.hpp>
 
+#include <locale>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -21,17 +22,18 @@ struct ThreadErrors {
 // What each thread left behind, freed with the module. Thread-local storage holds a plain pointer
 // only: an object with a destructor there would keep the library loaded for as long as the thread
 // lives.
+thread_local ThreadErrors* t_errors = nullptr;
+
 class ThreadErrorsStore {
 public:
     ThreadErrors& ForThisThread()
     {
-        static thread_local ThreadErrors* mine = nullptr;
-        if (mine == nullptr) {
+        if (t_errors == nullptr) {
             const std::lock_guard lock(mutex_);
             all_.push_back(std::make_unique<ThreadErrors>());
-            mine = all_.back().get();
+            t_errors = all_.back().get();
         }
-        return *mine;
+        return *t_errors;
     }
 
 private:
@@ -60,13 +62,14 @@ void SetThreadLastError(ErrorRecord record)
 
 const ErrorRecord* ThreadLastError() noexcept
 {
-    const ThreadErrors& errors = Errors();
-    return errors.present ? &errors.record : nullptr;
+    return t_errors != nullptr && t_errors->present ? &t_errors->record : nullptr;
 }
 
 void ClearThreadLastError() noexcept
 {
-    Errors().present = false;
+    if (t_errors != nullptr) {
+        t_errors->present = false;
+    }
 }
 
 void SetThreadErrorListener(std::function<void(const ErrorRecord&)> listener)
@@ -83,12 +86,12 @@ ResultCode ReadThreadLastError(ErrorInfo* info, ServiceObject** errorObject) noe
     if (errorObject != nullptr) {
         *errorObject = nullptr;
     }
-    const ThreadErrors& errors = Errors();
-    if (!errors.present) {
+    if (t_errors == nullptr || !t_errors->present) {
         return kResultNotFound;
     }
-    *info = {errors.record.code, errors.message.c_str(), errors.record.function.c_str(),
-             errors.record.file.c_str(), errors.record.line};
+    const ErrorRecord& record = t_errors->record;
+    *info = {record.code, t_errors->message.c_str(), record.function.c_str(), record.file.c_str(),
+             record.line};
     return kResultOk;
 }
 
@@ -98,8 +101,8 @@ ResultCode ReportMethodResult(ResultCode code, const char* interfaceName, const 
     if (IsExpectedResult(code) || interfaceName == nullptr || methodName == nullptr) {
         return code;
     }
-    const auto message = boost::wformat(L"%s::%s() failed, code: %d") % FromAscii(interfaceName) %
-                         FromAscii(methodName) % code;
+    const auto message = boost::wformat(L"%s::%s() failed, code: %d", std::locale::classic()) %
+                         FromAscii(interfaceName) % FromAscii(methodName) % code;
     SetThreadLastError({code, message.str(), function == nullptr ? "" : function,
                         file == nullptr ? "" : file, line});
     return code;

@@ -1,11 +1,13 @@
 #include "service-common/ServiceProvider.h"
 
-#include "platform/Threads.h"
+#include "platform/SystemErrors.h"
 #include "service-common/ServiceObjectException.h"
 #include "service-common/SingletonStaticData.h"
 #include "service-common/WideText.h"
 
 #include <boost/format.hpp>
+
+#include <locale>
 
 namespace {
 
@@ -46,18 +48,20 @@ std::wstring MessageFor(ResultCode code, std::uint32_t systemErrorCode)
         if (systemErrorCode == 0 || message.textWithSystemError == nullptr) {
             return message.text;
         }
-        return (boost::wformat(message.textWithSystemError) % systemErrorCode %
-                Platform::SystemErrorText(systemErrorCode))
+        return (boost::wformat(message.textWithSystemError, std::locale::classic()) %
+                systemErrorCode % Platform::SystemErrorText(systemErrorCode))
             .str();
     }
     if (systemErrorCode == 0) {
         return (boost::wformat(L"\"ServiceProviderGetServiceObject()\" call failed with code "
-                               L"%1%.\n") %
+                               L"%1%.\n",
+                               std::locale::classic()) %
                 code)
             .str();
     }
     return (boost::wformat(L"\"ServiceProviderGetServiceObject()\" call failed with code %1%.\n\n"
-                           L"System error code: [%2%]\nDescription: %3%\n") %
+                           L"System error code: [%2%]\nDescription: %3%\n",
+                           std::locale::classic()) %
             code % systemErrorCode % Platform::SystemErrorText(systemErrorCode))
         .str();
 }
@@ -87,10 +91,9 @@ BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
     }
     try {
         BasicServiceObjectPtr<ServiceObject> object;
-        std::uint32_t systemErrorCode = 0;
-        const ResultCode code =
-            ServiceProviderGetServiceObject(atom, object.Receive(), &systemErrorCode);
-        _CheckServiceProviderApiResult(code, systemErrorCode);
+        Platform::SetSystemError(0);  // what a former call left says nothing of this one
+        const ResultCode code = ServiceProviderGetServiceObject(atom, object.Receive());
+        _CheckServiceProviderApiResult(code, Platform::SystemError());
         return object;
     } catch (const ServiceObjectException& failure) {
         throw ServiceObjectException({failure.Code(),

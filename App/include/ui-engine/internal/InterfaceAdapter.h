@@ -31,6 +31,11 @@ struct PassExceptions {
     {
         return body();
     }
+    template <class Reporting>
+    static ResultCode Report(ResultCode, Reporting&& reporting)
+    {
+        return reporting();
+    }
 };
 
 // No exception leaves the thunk: ServiceObjectException becomes its code, any other becomes
@@ -47,15 +52,23 @@ struct ContainExceptions {
             return kResultUnexpected;
         }
     }
+    // A record for which there is no memory is not made.
+    template <class Reporting>
+    static ResultCode Report(ResultCode code, Reporting&& reporting) noexcept
+    {
+        try {
+            return reporting();
+        } catch (...) {
+            return code;
+        }
+    }
 };
 
-// Full name of a thunk as error records tell it.
-template <class T, class M>
-std::string ThunkName()
-{
-    return std::string("SOImpl::Cpp") + M::Interface::kName + "Base<" + TypeName<T>() +
-           ">::" + M::kName + "Impl::staticF";
-}
+// Full name of a thunk as error records tell it, with every compiler alike:
+// "SOImpl::CppUIHandlerBase<class Name,struct
+// SODetails::ServiceObjectTraits>::AttachedImpl::staticF". `typeName` is the class's as run-time
+// type information has it.
+std::string ThunkName(const char* interfaceName, const char* typeName, const char* methodName);
 
 // One slot: `Impl` provides `static ResultCode Unpack(T& object, arguments...)`, which checks the
 // pointers that the host must give, calls the member function and stores its outputs.
@@ -83,8 +96,11 @@ struct MethodThunk<Impl, T, Traits, M, Exceptions, ResultCode (*)(I*, Args...)> 
         if (IsExpectedResult(code)) {
             return code;
         }
-        return Traits::Report(code, I::kName, M::kName, ThunkName<T, M>().c_str(), I::kHeader,
-                              M::kLine);
+        return Exceptions::Report(code, [code] {
+            return Traits::Report(code, I::kName, M::kName,
+                                  ThunkName(I::kName, TypeName<T>(), M::kName).c_str(), I::kHeader,
+                                  M::kLine);
+        });
     }
 
     static ResultCode CallWithArguments(ServiceObject* self, ArgumentReader& reader)
