@@ -60,9 +60,11 @@ public:
         }
     }
 
-    // Empties the handle and gives the address that a call stores an owned record at.
-    Record** Receive() noexcept
+    // Empties the handle and gives the address that a call stores an owned record at. Fails as
+    // Library does: no record is taken that could not be given back.
+    Record** Receive()
     {
+        Library();
         Reset();
         return &record_;
     }

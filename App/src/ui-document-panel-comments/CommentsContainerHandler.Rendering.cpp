@@ -332,6 +332,7 @@ CommentsContainerHandler::Rendering::Rendering(BLDocument* listed)
       newTooltipId(TooltipIds()),
       templates(std::make_unique<Templates>())
 {
+    PDFL::Library();  // without it there is no list, rather than one of no items
 }
 
 CommentsContainerHandler::Rendering::~Rendering() = default;
