@@ -5,6 +5,7 @@
 #include "Exports.h"
 #include "SubtypeTable.h"
 
+#include "pdf-library/PDModelService.SO.h"
 #include "service-common/ServiceObjectRegistry.h"
 #include "service-common/ServiceProvider.h"
 #include "ui-engine/UIEngine.SO.h"
@@ -29,7 +30,9 @@ BasicServiceObjectPtr<I> HandOut(const BasicServiceObjectPtr<T>& object)
 
 CommentsPanelInplacePlugin::CommentsPanelInplacePlugin()
 {
-    FindSubtype(kAtomNone);  // builds the table before any container exists
+    // Before any container exists, and before a worker asks for them.
+    FindSubtype(kAtomNone);
+    SP::ServiceAtom<PDModelService>();
 }
 
 CommentsPanelInplacePlugin::~CommentsPanelInplacePlugin() = default;

@@ -2,7 +2,6 @@
 
 #include "service-common/ErrorRecord.h"
 #include "service-common/ServiceObjectException.h"
-#include "service-common/SingletonStaticData.h"
 #include "service-common/WideText.h"
 
 #include <boost/format.hpp>
@@ -20,12 +19,14 @@ void ReportFailure(ResultCode code, std::wstring message, std::uint32_t line)
 
 }  // namespace
 
-bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name, ServiceObject** object)
+bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name,
+                                        std::atomic<Atom>& cachedAtom, ServiceObject** object)
 {
     *object = nullptr;
     BasicServiceObjectPtr<ServiceObject> found;
     try {
-        CallMethod<UIWnd::QueryServiceObject>(window, AtomService::Resolve(name), found.Receive());
+        CallMethod<UIWnd::QueryServiceObject>(window, SP::Details::ResolveOnce(name, cachedAtom),
+                                              found.Receive());
     } catch (const ServiceObjectException& failure) {
         ReportFailure(failure.Code(),
                       (boost::wformat(L"Fail to query %1% service object from UIWnd! %2%") %

@@ -23,8 +23,28 @@ namespace SP {
 void _CheckServiceProviderApiResult(ResultCode code, std::uint32_t systemErrorCode);
 
 namespace Details {
+
+// The atom of an interface's name, resolved once per process.
+template <class I>
+std::atomic<Atom>& CachedAtom() noexcept
+{
+    static std::atomic<Atom> atom = kAtomUnresolved;
+    return atom;
+}
+
+// The name's atom; asked of the atom library when `cachedAtom` does not hold it yet.
+Atom ResolveOnce(const char* name, std::atomic<Atom>& cachedAtom);
+
 BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
                                                         std::atomic<Atom>& cachedAtom);
+
+}  // namespace Details
+
+// The atom of the interface's own name.
+template <class I>
+Atom ServiceAtom()
+{
+    return Details::ResolveOnce(I::kName, Details::CachedAtom<I>());
 }
 
 // The service object of interface `I` that the provider lists under the interface's own name. The
@@ -33,9 +53,8 @@ BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
 template <class I>
 BasicServiceObjectPtr<I> QueryServiceObject()
 {
-    static std::atomic<Atom> atom = kAtomUnresolved;
     return BasicServiceObjectPtr<I>::Adopt(
-        static_cast<I*>(Details::QueryServiceObject(I::kName, atom).Detach()));
+        static_cast<I*>(Details::QueryServiceObject(I::kName, Details::CachedAtom<I>()).Detach()));
 }
 
 }  // namespace SP

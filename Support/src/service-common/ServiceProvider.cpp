@@ -81,14 +81,20 @@ void _CheckServiceProviderApiResult(ResultCode code, std::uint32_t systemErrorCo
 
 namespace Details {
 
-BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
-                                                        std::atomic<Atom>& cachedAtom)
+Atom ResolveOnce(const char* name, std::atomic<Atom>& cachedAtom)
 {
     Atom atom = cachedAtom.load(std::memory_order_relaxed);
     if (atom == kAtomUnresolved) {
         atom = AtomService::Resolve(name);
         cachedAtom.store(atom == kAtomNone ? kAtomUnresolved : atom, std::memory_order_relaxed);
     }
+    return atom;
+}
+
+BasicServiceObjectPtr<ServiceObject> QueryServiceObject(const char* name,
+                                                        std::atomic<Atom>& cachedAtom)
+{
+    const Atom atom = ResolveOnce(name, cachedAtom);
     try {
         BasicServiceObjectPtr<ServiceObject> object;
         Platform::SetSystemError(0);  // what a former call left says nothing of this one

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "service-common/ServiceObjectPtr.h"
+#include "service-common/ServiceProvider.h"
 #include "ui-engine/UIWnd.SO.h"
 
 class UIWndServiceObjectRequester {
@@ -12,11 +13,12 @@ public:
     static bool QueryServiceObjectFromUIWnd(UIWnd* window, BasicServiceObjectPtr<I>& object)
     {
         ServiceObject* found = nullptr;
-        const bool succeeded = Query(window, I::kName, &found);
+        const bool succeeded = Query(window, I::kName, SP::Details::CachedAtom<I>(), &found);
         object = BasicServiceObjectPtr<I>::Adopt(static_cast<I*>(found));
         return succeeded;
     }
 
 private:
-    static bool Query(UIWnd* window, const char* name, ServiceObject** object);
+    static bool Query(UIWnd* window, const char* name, std::atomic<Atom>& cachedAtom,
+                      ServiceObject** object);
 };
