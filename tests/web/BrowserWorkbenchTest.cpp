@@ -21,6 +21,7 @@ namespace {
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using Workbench::BrowserWorkbench;
 
 std::string ReadFile(const std::filesystem::path& path)
@@ -205,7 +206,7 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
     } rows[] = {
         {"nonsense", {}, "nonsense", ""},
         {"save", {}, "document", ""},
-        {"save", {{"document", 9}}, "no document 9", ""},
+        {"save", {{"document", 9}}, "no document 9", "gone"},
         {"save", {{"document", "1"}}, "document", ""},
         {"open", {}, "path", ""},
         {"open", {{"path", ""}}, "path", "path"},
@@ -213,8 +214,8 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
         {"open", {{"path", Path("")}}, "", ""},
         {"open", {{"path", Path("damaged.pdf")}}, "damaged.pdf", "damaged"},
         {"close", {{"document", 1}, {"unsaved", "x"}}, "unsaved", ""},
-        {"activate", {{"document", 3}}, "no document 3", ""},
-        {"add", {{"document", 1}, {"page", 99}, {"subtype", "Text"}}, "page 99", ""},
+        {"activate", {{"document", 3}}, "no document 3", "gone"},
+        {"add", {{"document", 1}, {"page", 99}, {"subtype", "Text"}}, "page 99", "gone"},
         {"add", {{"document", 1}, {"page", 0}, {"subtype", ""}}, "subtype", ""},
         {"add",
          {{"document", 1}, {"page", 0}, {"subtype", "Text"}, {"rect", {1, 2, 3}}},
@@ -224,19 +225,19 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
          {{"document", 1}, {"page", 0}, {"subtype", "Text"}, {"rect", {5, 2, 3, 4}}},
          "rect",
          ""},
-        {"edit", {{"document", 1}, {"page", 0}, {"index", 999}, {"contents", "x"}}, "999", ""},
+        {"edit", {{"document", 1}, {"page", 0}, {"index", 999}, {"contents", "x"}}, "999", "gone"},
         {"edit", {{"document", 1}, {"page", 0}, {"index", 0}}, "contents", ""},
-        {"remove", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", ""},
-        {"insert-page", {{"document", 1}, {"at", 99}}, "99", ""},
-        {"delete-page", {{"document", 1}, {"page", 99}}, "99", ""},
-        {"move-page", {{"document", 1}, {"from", 0}, {"to", 99}}, "99", ""},
+        {"remove", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", "gone"},
+        {"insert-page", {{"document", 1}, {"at", 99}}, "99", "gone"},
+        {"delete-page", {{"document", 1}, {"page", 99}}, "99", "gone"},
+        {"move-page", {{"document", 1}, {"from", 0}, {"to", 99}}, "99", "gone"},
         {"save-as", {{"document", 1}, {"path", Path("b.pdf")}}, "another document", ""},
         {"save-as", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", ""},
         {"save-copy", {{"document", 1}, {"path", Path("a.pdf")}}, "is open", ""},
         {"save-copy", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", ""},
         {"locale", {{"locale", "xx"}}, "xx", ""},
-        {"focus", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", ""},
-        {"annotations", {{"document", 1}, {"page", 99}}, "99", ""},
+        {"focus", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", "gone"},
+        {"annotations", {{"document", 1}, {"page", 99}}, "99", "gone"},
         {"add", {{"document", 2}, {"page", 0}, {"subtype", "Text"}}, "read-only", "read-only"},
         {"edit",
          {{"document", 2}, {"page", 0}, {"index", 0}, {"contents", "x"}},
@@ -261,7 +262,37 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
     EXPECT_EQ(page->documents, before);
 }
 
-TEST_F(Browsing, RefusesChangesOfLockedComments)
+// What a page has read may have been changed by another one since.
+TEST_F(Browsing, DoesNothingAtAPlaceOfAnotherRevision)
+{
+    Start({"a.pdf"});
+    Do("insert-page", {{"document", 1}, {"at", 1}});
+    const struct {
+        const char* name;
+        Json arguments;
+    } rows[] = {
+        {"edit", {{"page", 0}, {"index", 0}, {"contents", "new"}}},
+        {"remove", {{"page", 0}, {"index", 0}}},
+        {"focus", {{"page", 0}, {"index", 0}}},
+        {"insert-page", {{"at", 0}}},
+        {"delete-page", {{"page", 1}}},
+        {"move-page", {{"from", 1}, {"to", 0}}},
+    };
+    for (const auto& row : rows) {
+        Json arguments = row.arguments;
+        const Json focused = page->Document(1).at("focused");
+        const std::uint64_t revision = page->Document(1).at("revision");
+        arguments["document"] = 1;
+        arguments["revision"] = revision - 1;
+        EXPECT_EQ(page->Command(row.name, arguments).value("reason", ""), "changed") << row.name;
+        EXPECT_EQ(page->Document(1).at("revision"), revision) << row.name;
+        EXPECT_EQ(page->Document(1).at("focused"), focused) << row.name;
+        arguments["revision"] = revision;
+        Do(row.name, arguments);
+    }
+}
+
+TEST_F(Browsing, RefusesChangesOfLockedCommentsAndTheLastPage)
 {
     Start({"a.pdf"});
     Json locked;
@@ -277,6 +308,22 @@ TEST_F(Browsing, RefusesChangesOfLockedComments)
     EXPECT_EQ(page->Command("remove", locked).value("reason", ""), "locked");
     locked["contents"] = "x";
     EXPECT_EQ(page->Command("edit", locked).value("reason", ""), "locked");
+
+    const std::string name = std::to_string(locked.at("page").get<int>()) + "_" +
+                             std::to_string(locked.at("index").get<int>());
+    page->Send({{"type", "click"}, {"element", Item(name)}});
+    page->Send({{"type", "key"}, {"key", "Delete"}});
+    page->Fence();
+    EXPECT_EQ(page->others.back().value("reason", ""), "locked") << page->others.back();
+    EXPECT_THAT(page->others.back().value("text", ""),
+                AllOf(HasSubstr("a.pdf"), Not(HasSubstr("UIHandler"))));
+    EXPECT_EQ(page->Document(1).at("modified"), false);
+
+    const Json first = {{"document", 1}, {"page", 0}};
+    while (page->Document(1).at("pages") > 1) {
+        Do("delete-page", first);
+    }
+    EXPECT_EQ(page->Command("delete-page", first).value("reason", ""), "last-page");
 }
 
 TEST_F(Browsing, EditsAndTakesBack)

@@ -14,7 +14,14 @@ namespace {
 // An edit that cannot be done; its text goes to the caller after the document's name.
 class EditRefused : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    EditRefused(EditFailure failure, const std::string& text)
+        : std::runtime_error{text}, failure_{failure}
+    {
+    }
+    EditFailure Failure() const noexcept { return failure_; }
+
+private:
+    EditFailure failure_;
 };
 
 std::string InOneLine(std::string text)
@@ -280,8 +287,9 @@ std::vector<std::string> Document::Warnings() const
 void Document::CheckPage(std::uint32_t page) const
 {
     if (page >= PageCount()) {
-        throw EditRefused("there is no page " + std::to_string(page) + ", the document has " +
-                          std::to_string(PageCount()));
+        throw EditRefused(EditFailure::kGone, "there is no page " + std::to_string(page) +
+                                                  ", the document has " +
+                                                  std::to_string(PageCount()));
     }
 }
 
@@ -290,9 +298,10 @@ AnnotationRef Document::CheckAnnotation(std::uint32_t page, const PageRef& snaps
 {
     const auto& annotations = snapshot.Get()->annotations;
     if (position >= annotations.size() || !annotations[position]) {
-        throw EditRefused("there is no annotation " + std::to_string(position) + " on page " +
-                          std::to_string(page) + ", whose array has " +
-                          std::to_string(annotations.size()) + " entries");
+        throw EditRefused(EditFailure::kGone, "there is no annotation " + std::to_string(position) +
+                                                  " on page " + std::to_string(page) +
+                                                  ", whose array has " +
+                                                  std::to_string(annotations.size()) + " entries");
     }
     return annotations[position];
 }
@@ -317,8 +326,10 @@ EditResult Document::RunEdit(Prepare prepare)
         undone_.clear();
         NoteHistory();
         return result;
+    } catch (const EditRefused& refused) {
+        return {InOneLine(name_ + ": " + refused.what()), {}, refused.Failure()};
     } catch (const std::exception& error) {
-        return {InOneLine(name_ + ": " + error.what()), {}};
+        return {InOneLine(name_ + ": " + error.what()), {}, EditFailure::kOther};
     }
 }
 
@@ -335,7 +346,7 @@ EditResult Document::Travel(Steps& from, Steps& to,
         NoteHistory();
         return result;
     } catch (const std::exception& error) {
-        return {InOneLine(name_ + ": " + error.what()), {}};
+        return {InOneLine(name_ + ": " + error.what()), {}, EditFailure::kOther};
     }
 }
 
@@ -461,7 +472,8 @@ EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
     return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         if (subtype.empty()) {
-            throw EditRefused("an annotation without a subtype cannot be added");
+            throw EditRefused(EditFailure::kOther,
+                              "an annotation without a subtype cannot be added");
         }
         const auto count =
             static_cast<std::uint32_t>(PageUnderEditLock(page).Get()->annotations.size());
@@ -529,8 +541,9 @@ EditResult Document::InsertPage(std::uint32_t at)
 {
     return RunEdit([&]() -> std::optional<Step> {
         if (at > PageCount()) {
-            throw EditRefused("a page cannot be inserted at " + std::to_string(at) +
-                              ", the document has " + std::to_string(PageCount()));
+            throw EditRefused(EditFailure::kGone, "a page cannot be inserted at " +
+                                                      std::to_string(at) + ", the document has " +
+                                                      std::to_string(PageCount()));
         }
         const _PDRect box =
             PageCount() == 0 ? _PDRect{0, 0, 612, 792} : PageBoxUnderEditLock(at == 0 ? 0 : at - 1);
@@ -544,7 +557,8 @@ EditResult Document::DeletePage(std::uint32_t page)
     return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         if (PageCount() == 1) {
-            throw EditRefused("the only page of a document cannot be deleted");
+            throw EditRefused(EditFailure::kLastPage,
+                              "the only page of a document cannot be deleted");
         }
         return PageStep(EditKind::kDeletePage, page, {}, PreparePageDeleted(page));
     });

@@ -41,11 +41,20 @@ struct PagesChange {
 
 using Change = std::variant<AnnotationChange, PagesChange>;
 
+// What kind of thing stands in an edit's way.
+enum class EditFailure : std::uint8_t {
+    kNone,
+    kGone,      // no such page or annotation
+    kLastPage,  // the only page of a document cannot be deleted
+    kOther,
+};
+
 // Outcome of an edit: either an error of one line that names the thing (and nothing has changed),
 // or the events to fire, in order. An edit that changes nothing has neither.
 struct EditResult {
     std::string error;
     std::vector<Change> changes;
+    EditFailure failure = EditFailure::kNone;  // kNone exactly when there is no error
 
     bool Succeeded() const noexcept { return error.empty(); }
 };

@@ -1,6 +1,7 @@
 #include "web/Desk.h"
 
 #include "driver/PanelReader.h"
+#include "services/BLDocumentObject.h"
 #include "ui-engine/HtmlElementTypes.h"
 #include "web/JsonText.h"
 
@@ -118,7 +119,11 @@ void Desk::SendPanelChanges()
 void Desk::Update()
 {
     for (const Failure& failure : host_.State().failures.Take()) {
-        Notify(Describe(failure));
+        if (failure.code == kResultCommandRefused) {
+            NotifyOfRefusedDeletion();
+        } else {
+            Notify(Describe(failure));
+        }
     }
     host_.State().calls.Take();
     GiveBytesWhenQuiet();
@@ -139,9 +144,13 @@ void Desk::Update()
     }
 }
 
-void Desk::Notify(const std::string& text)
+void Desk::Notify(const std::string& text, const std::string& reason)
 {
-    Broadcast({{"type", "notice"}, {"text", text}});
+    Json notice = {{"type", "notice"}, {"text", text}};
+    if (!reason.empty()) {
+        notice["reason"] = reason;
+    }
+    Broadcast(notice);
 }
 
 void Desk::SayGoodbye()
@@ -165,6 +174,11 @@ void Desk::Reply(const PageCommand& command, const std::string& error, Json more
         reply.update(more);
     }
     Send(command.socket, reply);
+}
+
+void Desk::Refuse(const PageCommand& command, const std::string& error, const std::string& reason)
+{
+    Reply(command, error, {{"reason", reason}});
 }
 
 void Desk::Connect(SocketNumber page)

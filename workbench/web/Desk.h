@@ -69,8 +69,8 @@ public:
     // thread.
     void Update();
 
-    // One line for the users.
-    void Notify(const std::string& text);
+    // One line for the users; the reason in one word for the pages, or empty.
+    void Notify(const std::string& text, const std::string& reason = {});
     // Tells the pages that the workbench ends.
     void SayGoodbye();
 
@@ -99,6 +99,10 @@ private:
     std::string DescribeDocuments() const;
     Json DescribeLocales() const;
     void Reply(const PageCommand& command, const std::string& error = {}, Json more = {});
+    // A reply with an error. The reason in one word for the page, empty where there is no word.
+    void Refuse(const PageCommand& command, const std::string& error,
+                const std::string& reason = {});
+    void NotifyOfRefusedDeletion();
     void BroadcastProgress(const std::string& name, const char* state);
 
     // --- Messages of pages ---
@@ -111,6 +115,7 @@ private:
     void Run(const PageCommand& command);
     void Execute(const CommandEntry& entry, const PageCommand& command);
     static const CommandEntry* FindEntry(const PageCommand& command);
+    void CheckRevision(const PageCommand& command) const;
     void RunWaiting(OpenDocument& document);
 
     void Open(const PageCommand& command);

@@ -28,6 +28,18 @@ private:
     std::string reason_;
 };
 
+const char* ReasonOf(Documents::EditFailure failure)
+{
+    switch (failure) {
+    case Documents::EditFailure::kGone:
+        return "gone";
+    case Documents::EditFailure::kLastPage:
+        return "last-page";
+    default:
+        return "";
+    }
+}
+
 // A path as a user writes it: relative to where the workbench was started, or to the home folder.
 fs::path PathFrom(const std::string& text)
 {
@@ -47,7 +59,8 @@ fs::path PathFrom(const std::string& text)
 struct Desk::CommandEntry {
     const char* name;
     void (Desk::*run)(const PageCommand&);
-    bool waitsForFileJobs;  // so that the UI thread does not
+    bool waitsForFileJobs;     // so that the UI thread does not
+    bool namesPlaces = false;  // pages and comments, which may be others by the time it is run
 };
 
 const Desk::CommandEntry Desk::kCommands[] = {
@@ -55,11 +68,11 @@ const Desk::CommandEntry Desk::kCommands[] = {
     {"close", &Desk::Close, true},
     {"activate", &Desk::Activate, false},
     {"add", &Desk::AddAnnotation, true},
-    {"edit", &Desk::EditAnnotation, true},
-    {"remove", &Desk::RemoveAnnotation, true},
-    {"insert-page", &Desk::InsertPage, true},
-    {"delete-page", &Desk::DeletePage, true},
-    {"move-page", &Desk::MovePage, true},
+    {"edit", &Desk::EditAnnotation, true, true},
+    {"remove", &Desk::RemoveAnnotation, true, true},
+    {"insert-page", &Desk::InsertPage, true, true},
+    {"delete-page", &Desk::DeletePage, true, true},
+    {"move-page", &Desk::MovePage, true, true},
     {"undo", &Desk::Undo, true},
     {"redo", &Desk::Redo, true},
     {"save", &Desk::Save, true},
@@ -67,7 +80,7 @@ const Desk::CommandEntry Desk::kCommands[] = {
     {"save-copy", &Desk::SaveCopy, true},
     {"read-only", &Desk::SetReadOnly, true},
     {"locale", &Desk::SetLocale, false},
-    {"focus", &Desk::Focus, false},
+    {"focus", &Desk::Focus, false, true},
     {"annotations", &Desk::SendAnnotations, false},
 };
 
@@ -92,20 +105,34 @@ void Desk::Run(const PageCommand& command)
         } else {
             Execute(*entry, command);
         }
+    } catch (const CommandRefused& refused) {
+        Refuse(command, refused.what(), refused.Reason());
     } catch (const std::exception& error) {
-        Reply(command, error.what());
+        Refuse(command, error.what());
     }
 }
 
 void Desk::Execute(const CommandEntry& entry, const PageCommand& command)
 {
     try {
+        if (entry.namesPlaces) {
+            CheckRevision(command);
+        }
         (this->*entry.run)(command);
     } catch (const CommandRefused& refused) {
-        Reply(command, refused.what(),
-              refused.Reason().empty() ? Json() : Json{{"reason", refused.Reason()}});
+        Refuse(command, refused.what(), refused.Reason());
     } catch (const std::exception& error) {
-        Reply(command, error.what());
+        Refuse(command, error.what());
+    }
+}
+
+// What a command names by numbers is something else once the document has another revision.
+void Desk::CheckRevision(const PageCommand& command) const
+{
+    const OpenDocument& document = DocumentOf(command);
+    const auto revision = command.message->OptionalNumber("revision");
+    if (revision && *revision != document.content->Revision()) {
+        throw CommandRefused(document.name + " has been changed meanwhile", "changed");
     }
 }
 
@@ -129,7 +156,7 @@ OpenDocument& Desk::DocumentOf(const PageCommand& command) const
     const std::uint32_t number = command.message->SmallNumber("document");
     OpenDocument* const document = Find(number);
     if (document == nullptr) {
-        throw CommandRefused("there is no document " + std::to_string(number));
+        throw CommandRefused("there is no document " + std::to_string(number), "gone");
     }
     return *document;
 }
@@ -143,11 +170,29 @@ OpenDocument& Desk::EditableDocumentOf(const PageCommand& command) const
     return document;
 }
 
+// The panel's delete command was refused: it says so by a code alone.
+void Desk::NotifyOfRefusedDeletion()
+{
+    const OpenDocument* const document = ActiveDocument();
+    if (document == nullptr) {
+        return;
+    }
+    const bool readOnly = document->content->ReadOnly();
+    const bool permitted = document->content->AnnotationDeletionPermitted();
+    Notify(document->name + (readOnly    ? " is read-only"
+                             : permitted ? ": the comment is locked and cannot be deleted"
+                                         : " does not permit changes of its comments"),
+           readOnly    ? "read-only"
+           : permitted ? "locked"
+                       : "not-permitted");
+}
+
 void Desk::Publish(OpenDocument& document, Documents::EditResult edit)
 {
+    const char* const reason = ReasonOf(edit.failure);
     const std::string error = document.view->View().Document()->Publish(std::move(edit));
     if (!error.empty()) {
-        throw CommandRefused(error);
+        throw CommandRefused(error, reason);
     }
 }
 
@@ -269,8 +314,7 @@ void Desk::Open(const PageCommand& command)
         [command, path, name](Desk& desk, ReadResult read) {
             desk.BroadcastProgress(name, read.content == nullptr ? "failed" : "done");
             if (read.content == nullptr) {
-                desk.Reply(command, read.error,
-                           read.reason.empty() ? Json() : Json{{"reason", read.reason}});
+                desk.Refuse(command, read.error, read.reason);
                 return;
             }
             // Somebody else may have asked for the same file meanwhile.
@@ -413,7 +457,8 @@ void Desk::Focus(const PageCommand& command)
     Documents::AnnotationRef annotation = document.content->AnnotationAt(page, index);
     if (!annotation) {
         throw CommandRefused("there is no annotation " + std::to_string(index) + " on page " +
-                             std::to_string(page));
+                                 std::to_string(page),
+                             "gone");
     }
     document.view->View().SetFocus(page, std::move(annotation));
     Reply(command);
@@ -428,7 +473,7 @@ void Desk::SendAnnotations(const PageCommand& command)
     const OpenDocument& document = DocumentOf(command);
     const std::uint32_t page = command.message->SmallNumber("page");
     if (page >= document.content->PageCount()) {
-        throw CommandRefused(document.name + " has no page " + std::to_string(page));
+        throw CommandRefused(document.name + " has no page " + std::to_string(page), "gone");
     }
     OnWorker<Result>(
         [content = document.content, number = document.number, page] {

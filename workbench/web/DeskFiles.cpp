@@ -90,7 +90,7 @@ void Desk::CloseDocument(OpenDocument& document)
     closed->view.Reset();
     for (const auto& waiting : closed->waiting) {
         if (const auto* const command = std::get_if<PageCommand>(&waiting)) {
-            Reply(*command, closed->name + " was closed");
+            Refuse(*command, closed->name + " was closed", "gone");
         }
     }
     // A big document takes long to be released.
