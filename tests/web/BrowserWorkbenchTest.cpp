@@ -232,9 +232,11 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
         {"delete-page", {{"document", 1}, {"page", 99}}, "99", "gone"},
         {"move-page", {{"document", 1}, {"from", 0}, {"to", 99}}, "99", "gone"},
         {"save-as", {{"document", 1}, {"path", Path("b.pdf")}}, "another document", ""},
-        {"save-as", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", ""},
+        {"save-as", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", "write"},
+        {"save-as", {{"document", 1}, {"path", Path("damaged.pdf")}}, "damaged.pdf", "exists"},
         {"save-copy", {{"document", 1}, {"path", Path("a.pdf")}}, "is open", ""},
-        {"save-copy", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", ""},
+        {"save-copy", {{"document", 1}, {"path", Path("damaged.pdf")}}, "damaged.pdf", "exists"},
+        {"save-copy", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", "write"},
         {"locale", {{"locale", "xx"}}, "xx", ""},
         {"focus", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", "gone"},
         {"annotations", {{"document", 1}, {"page", 99}}, "99", "gone"},
@@ -428,6 +430,51 @@ TEST_F(Browsing, OpensSavesAndClosesFiles)
     EXPECT_EQ(page->documents.at("active"), nullptr);
     workbench->Settle(*page);
     ExpectSameTree(*page);
+}
+
+TEST_F(Browsing, ReplacesOnlyFilesThatItKnows)
+{
+    Start({"a.pdf"});
+    const Json document = {{"document", 1}};
+    const auto with = [&](Json more) {
+        more.update(document);
+        return more;
+    };
+    const Json overwrite = {{"overwrite", true}};
+    Do("insert-page", with({{"at", 0}}));
+    folder.AddFile("a.pdf", "another program's");
+    EXPECT_EQ(page->Command("save", document).value("reason", ""), "changed-on-disk");
+    EXPECT_EQ(page->Command("save-as", with({{"path", Path("a.pdf")}})).value("reason", ""),
+              "changed-on-disk");
+    EXPECT_EQ(page->Command("close", with({{"unsaved", "save"}})).value("reason", ""),
+              "changed-on-disk");
+    EXPECT_EQ(ReadFile(Path("a.pdf")), "another program's");
+    Do("save", with(overwrite));
+    EXPECT_EQ(page->Document(1).at("modified"), false);
+    Do("save", document);
+    // Of the same size, at another time.
+    std::filesystem::last_write_time(Path("a.pdf"), {});
+    EXPECT_EQ(page->Command("save", document).value("reason", ""), "changed-on-disk");
+    std::filesystem::remove(Path("a.pdf"));
+    Do("save", document);
+    EXPECT_GT(CountIn(ReadFile(Path("a.pdf")), 1), 0u);
+
+    folder.AddFile("b.pdf", "a stranger's");
+    EXPECT_EQ(page->Command("save-copy", with({{"path", Path("b.pdf")}})).value("reason", ""),
+              "exists");
+    EXPECT_EQ(page->Command("save-as", with({{"path", Path("b.pdf")}})).value("reason", ""),
+              "exists");
+    EXPECT_EQ(ReadFile(Path("b.pdf")), "a stranger's");
+    EXPECT_EQ(page->Document(1).at("name"), "a.pdf");
+    Do("save-copy", with({{"path", Path("b.pdf")}, {"overwrite", true}}));
+    Do("save-as", with({{"path", Path("b.pdf")}, {"overwrite", true}}));
+    Do("save", document);
+    Do("close", with({{"unsaved", "save"}}));
+
+    Do("open", {{"path", Path("a.pdf")}});
+    Do("insert-page", {{"document", 2}, {"at", 0}});
+    folder.AddFile("a.pdf", "another program's");
+    EXPECT_EQ(page->Command("save", {{"document", 2}}).value("reason", ""), "changed-on-disk");
 }
 
 // What may edit waits while a file is being written, and everything keeps its order behind it.

@@ -35,11 +35,14 @@ void BrowserWorkbench::OpenDocuments()
         std::string name;
         std::optional<fs::path> path;
         std::shared_ptr<Documents::Document> content;
+        std::optional<FileStamp> stamp{};
     };
     std::vector<Opened> documents;
     for (const std::string& file : options_.request.files) {
         const fs::path path = fs::absolute(file).lexically_normal();
-        documents.push_back({path.filename().string(), path, session_.ReadFile(file).content});
+        const std::optional<FileStamp> stamp = StampOf(path);
+        documents.push_back(
+            {path.filename().string(), path, session_.ReadFile(file).content, stamp});
     }
     for (const std::string& description : options_.request.memoryDocuments) {
         NamedDocument document = session_.MakeMemoryDocument(description);
@@ -60,7 +63,8 @@ void BrowserWorkbench::OpenDocuments()
                                    server_->Send(page, std::move(text));
                                });
     for (Opened& document : documents) {
-        desk_->Add(std::move(document.name), std::move(document.path), std::move(document.content));
+        desk_->Add(std::move(document.name), std::move(document.path), std::move(document.content),
+                   document.stamp);
     }
     pages_.Serve(desk_, *server_);
     server_->Start();

@@ -181,6 +181,15 @@ void Desk::Refuse(const PageCommand& command, const std::string& error, const st
     Reply(command, error, {{"reason", reason}});
 }
 
+void Desk::Answer(const PageCommand& command, const WriteOutcome& outcome)
+{
+    if (outcome.error.empty()) {
+        Reply(command);
+    } else {
+        Refuse(command, outcome.error, outcome.reason);
+    }
+}
+
 void Desk::Connect(SocketNumber page)
 {
     Update();
@@ -309,12 +318,14 @@ OpenDocument* Desk::Find(DocumentNumber number) const
 }
 
 DocumentNumber Desk::Add(std::string name, std::optional<std::filesystem::path> path,
-                         std::shared_ptr<Documents::Document> content)
+                         std::shared_ptr<Documents::Document> content,
+                         std::optional<FileStamp> stamp)
 {
     auto document = std::make_unique<OpenDocument>();
     document->number = ++lastNumber_;
     document->name = std::move(name);
     document->path = std::move(path);
+    document->stamp = stamp;
     document->content = content;
     document->view = host_.OpenView(std::move(content));
     documents_.push_back(std::move(document));

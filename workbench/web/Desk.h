@@ -42,9 +42,11 @@ public:
 
     // --- Documents ---
 
-    // Opens a view of a document, which becomes the active one.
+    // Opens a view of a document, which becomes the active one. `stamp` is that of its file before
+    // it was read.
     DocumentNumber Add(std::string name, std::optional<std::filesystem::path> path,
-                       std::shared_ptr<Documents::Document> content);
+                       std::shared_ptr<Documents::Document> content,
+                       std::optional<FileStamp> stamp = std::nullopt);
 
     const std::vector<std::unique_ptr<OpenDocument>>& OpenDocuments() const noexcept
     {
@@ -86,6 +88,7 @@ private:
         std::string error;
         std::string reason;  // "password", "damaged" or empty
         std::shared_ptr<Documents::Document> content;
+        std::optional<FileStamp> stamp{};  // of the file before it was read
     };
     struct CommandEntry;
     static const CommandEntry kCommands[];
@@ -102,6 +105,7 @@ private:
     // A reply with an error. The reason in one word for the page, empty where there is no word.
     void Refuse(const PageCommand& command, const std::string& error,
                 const std::string& reason = {});
+    void Answer(const PageCommand& command, const WriteOutcome& outcome);
     void NotifyOfRefusedDeletion();
     void BroadcastProgress(const std::string& name, const char* state);
 
@@ -152,9 +156,10 @@ private:
     void CloseDocument(OpenDocument& document);
     void ReopenView(OpenDocument& document, bool readOnly);
 
-    // Saves on another thread; `then` is called with the error, empty when it is saved.
-    using Saved = std::function<void(Desk&, const std::string& error)>;
-    void SaveTo(OpenDocument& document, const std::filesystem::path& path, Saved then);
+    // Saves on another thread, unless that would replace what must not be.
+    using Saved = std::function<void(Desk&, const WriteOutcome& outcome)>;
+    void SaveTo(OpenDocument& document, const std::filesystem::path& path, bool overwrite,
+                Saved then);
     void EndFileJob(DocumentNumber number);
 
     void GiveBytesWhenQuiet();

@@ -40,6 +40,11 @@ const char* ReasonOf(Documents::EditFailure failure)
     }
 }
 
+bool MayOverwrite(const PageCommand& command)
+{
+    return command.message->OptionalFlag("overwrite").value_or(false);
+}
+
 // A path as a user writes it: relative to where the workbench was started, or to the home folder.
 fs::path PathFrom(const std::string& text)
 {
@@ -320,7 +325,8 @@ void Desk::Open(const PageCommand& command)
             // Somebody else may have asked for the same file meanwhile.
             OpenDocument* const open = desk.FindOpenFile(path);
             const DocumentNumber number =
-                open != nullptr ? open->number : desk.Add(name, path, std::move(read.content));
+                open != nullptr ? open->number
+                                : desk.Add(name, path, std::move(read.content), read.stamp);
             desk.Reply(command, {}, {{"document", number}});
         });
 }
@@ -343,13 +349,13 @@ void Desk::Close(const PageCommand& command)
     if (!document.path) {
         throw CommandRefused(document.name + " has no place yet where it could be saved", "path");
     }
-    SaveTo(document, *document.path,
-           [command, number = document.number](Desk& desk, const std::string& error) {
+    SaveTo(document, *document.path, MayOverwrite(command),
+           [command, number = document.number](Desk& desk, const WriteOutcome& outcome) {
                if (OpenDocument* const saved = desk.Find(number);
-                   error.empty() && saved != nullptr) {
+                   outcome.error.empty() && saved != nullptr) {
                    desk.CloseDocument(*saved);
                }
-               desk.Reply(command, error);
+               desk.Answer(command, outcome);
            });
 }
 
@@ -359,8 +365,8 @@ void Desk::Save(const PageCommand& command)
     if (!document.path) {
         throw CommandRefused(document.name + " has no place yet where it could be saved", "path");
     }
-    SaveTo(document, *document.path,
-           [command](Desk& desk, const std::string& error) { desk.Reply(command, error); });
+    SaveTo(document, *document.path, MayOverwrite(command),
+           [command](Desk& desk, const WriteOutcome& outcome) { desk.Answer(command, outcome); });
 }
 
 void Desk::SaveAs(const PageCommand& command)
@@ -371,14 +377,14 @@ void Desk::SaveAs(const PageCommand& command)
         other != nullptr && other != &document) {
         throw CommandRefused(path.string() + " is open as another document");
     }
-    SaveTo(document, path,
-           [command, path, number = document.number](Desk& desk, const std::string& error) {
+    SaveTo(document, path, MayOverwrite(command),
+           [command, path, number = document.number](Desk& desk, const WriteOutcome& outcome) {
                if (OpenDocument* const saved = desk.Find(number);
-                   error.empty() && saved != nullptr) {
+                   outcome.error.empty() && saved != nullptr) {
                    saved->path = path;
                    saved->name = path.filename().string();
                }
-               desk.Reply(command, error);
+               desk.Answer(command, outcome);
            });
 }
 
@@ -389,15 +395,19 @@ void Desk::SaveCopy(const PageCommand& command)
     if (FindOpenFile(path) != nullptr) {
         throw CommandRefused(path.string() + " is open, a copy needs a place of its own");
     }
+    const Replaceable replaceable =
+        MayOverwrite(command) ? Replaceable::kAnything : Replaceable::kNothing;
     ++document.fileJobs;
     document.saving = true;
-    OnWorker<Documents::SaveResult>(
-        [content = document.content, path] { return WriteCopy(*content, path); },
-        [command, number = document.number](Desk& desk, const Documents::SaveResult& result) {
+    OnWorker<WriteOutcome>(
+        [content = document.content, path, replaceable] {
+            return WriteGuarded(path, replaceable, {}, [&] { return WriteCopy(*content, path); });
+        },
+        [command, number = document.number](Desk& desk, const WriteOutcome& outcome) {
             if (OpenDocument* const copied = desk.Find(number)) {
                 copied->saving = false;
             }
-            desk.Reply(command, result.error);
+            desk.Answer(command, outcome);
             desk.EndFileJob(number);
         });
 }

@@ -65,7 +65,8 @@ Desk::ReadResult Desk::ResultOf(Documents::OpenResult&& opened)
             needsPassword ? "password"
             : isDamaged   ? "damaged"
                           : "",
-            std::move(opened.document)};
+            std::move(opened.document),
+            {}};
 }
 
 OpenDocument* Desk::FindOpenFile(const fs::path& path) const
@@ -97,18 +98,24 @@ void Desk::CloseDocument(OpenDocument& document)
     workers_.Post([content = std::move(closed->content)] {});
 }
 
-void Desk::SaveTo(OpenDocument& document, const fs::path& path, Saved then)
+void Desk::SaveTo(OpenDocument& document, const fs::path& path, bool overwrite, Saved then)
 {
+    const Replaceable replaceable = overwrite                         ? Replaceable::kAnything
+                                    : FindOpenFile(path) == &document ? Replaceable::kOwnFile
+                                                                      : Replaceable::kNothing;
     ++document.fileJobs;
     document.saving = true;
-    OnWorker<Documents::SaveResult>(
-        [content = document.content, path] { return content->Save(path); },
+    OnWorker<WriteOutcome>(
+        [content = document.content, path, replaceable, known = document.stamp] {
+            return WriteGuarded(path, replaceable, known, [&] { return content->Save(path); });
+        },
         [number = document.number, then = std::move(then)](Desk& desk,
-                                                           const Documents::SaveResult& result) {
+                                                           const WriteOutcome& outcome) {
             if (OpenDocument* const saved = desk.Find(number)) {
                 saved->saving = false;
+                saved->stamp = outcome.error.empty() ? outcome.stamp : saved->stamp;
             }
-            then(desk, result.error);
+            then(desk, outcome);
             desk.EndFileJob(number);
         });
 }
@@ -203,7 +210,10 @@ void Desk::TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::B
 
 Desk::ReadResult Desk::ReadFile(const fs::path& path, const std::string& password, bool listAll)
 {
-    return ResultOf(Documents::QpdfDocument::Open(path, {password, listAll}));
+    const std::optional<FileStamp> stamp = StampOf(path);
+    ReadResult read = ResultOf(Documents::QpdfDocument::Open(path, {password, listAll}));
+    read.stamp = stamp;
+    return read;
 }
 
 void Desk::OpenUpload(const std::string& name, const std::string& password, std::string bytes,

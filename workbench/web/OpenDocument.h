@@ -3,6 +3,7 @@
 
 #include "documents/Document.h"
 #include "services/Host.h"
+#include "web/FileCopies.h"
 #include "web/HttpServer.h"
 #include "web/PageMessage.h"
 
@@ -42,6 +43,7 @@ struct OpenDocument {
     DocumentNumber number = 0;
     std::string name;
     std::optional<std::filesystem::path> path;  // absolute; nothing: it came from a browser
+    std::optional<FileStamp> stamp;  // of the file there when it was read or written last
     std::shared_ptr<Documents::Document> content;
     Host::ViewPtr view;
     std::uint64_t shownBefore = 0;  // go-to requests to views of it that are closed

@@ -58,8 +58,20 @@ std::uint32_t PageMessage::SmallNumber(const char* name) const
 
 bool PageMessage::Flag(const char* name) const
 {
+    const std::optional<bool> flag = OptionalFlag(name);
+    if (!flag) {
+        Fail(name, "true or false");
+    }
+    return *flag;
+}
+
+std::optional<bool> PageMessage::OptionalFlag(const char* name) const
+{
     const nlohmann::json* const value = Find(name);
-    if (value == nullptr || !value->is_boolean()) {
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    if (!value->is_boolean()) {
         Fail(name, "true or false");
     }
     return value->get<bool>();

@@ -30,6 +30,7 @@ public:
     std::uint64_t Number(const char* name) const;       // a whole number, 0 to 2^53
     std::uint32_t SmallNumber(const char* name) const;  // up to 2^32 - 1
     bool Flag(const char* name) const;
+    std::optional<bool> OptionalFlag(const char* name) const;
     std::optional<std::string> OptionalText(const char* name) const;
     std::optional<std::uint64_t> OptionalNumber(const char* name) const;
     std::optional<_PDRect> OptionalRect(const char* name) const;  // [l,b,r,t], in order
