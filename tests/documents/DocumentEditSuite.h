@@ -101,6 +101,19 @@ inline std::vector<EditRow> EditRows()
          [](Document& d) { return d.AddAnnotation(3, "Ink", u"ы\r"); },
          {"added 3 Ink"},
          {o[0], o[1], o[2], "Ink:ы\\r"}},
+        {"add with author and time",
+         [](Document& d) {
+             return d.AddAnnotation(3, "Ink", u"a", std::nullopt,
+                                    Authorship{u"Zoë", {2025, 6, 7, 8, 9, 10, -3}});
+         },
+         {"added 3 Ink"},
+         {o[0], o[1], o[2], "Ink:a"}},
+        {"change at a time",
+         [](Document& d) {
+             return d.ChangeContents(2, 0, u"new", _PDDateRec{2025, 6, 7, 8, 9, 10, 0});
+         },
+         {"changed 1 Circle", "changed 2 Circle"},
+         {o[0], "Square:twice Circle:new Square:twice", "Circle:new", ""}},
         {"add after others",
          [](Document& d) { return d.AddAnnotation(0, "Odd Subtype", u""); },
          {"added 0 Odd Subtype"},
@@ -255,6 +268,33 @@ TYPED_TEST_P(DocumentEdit, AddsWithinThePageAndWithoutDates)
     }
     ASSERT_TRUE(document->AddAnnotation(2, "Square", u"", _PDRect{1, 2, 3, 4}).Succeeded());
     EXPECT_EQ(ListPage(document->AcquirePage(2)).back(), "Square||||||1.0 2.0 3.0 4.0");
+}
+
+TYPED_TEST_P(DocumentEdit, NotesWhoAndWhenWhereItIsSaid)
+{
+    const auto document = TypeParam::Make(SuitePages(), {});
+    const _PDRect rect{1, 2, 3, 4};
+    const _PDDateRec noon{2025, 6, 7, 12, 0, 0, 2};
+    const _PDDateRec evening{2025, 6, 7, 18, 0, 0, -1};
+    const std::vector<std::string> states{
+        "Ink|a|Zoë||2025-6-7 12:0:0 +2|2025-6-7 12:0:0 +2|1.0 2.0 3.0 4.0",
+        "Ink|b|Zoë||2025-6-7 12:0:0 +2|2025-6-7 18:0:0 -1|1.0 2.0 3.0 4.0",
+        "Ink|c|Zoë||2025-6-7 12:0:0 +2|2025-6-7 18:0:0 -1|1.0 2.0 3.0 4.0"};
+    const auto last = [](Document& shown) { return ListPage(shown.AcquirePage(3)).back(); };
+    ASSERT_TRUE(
+        document->AddAnnotation(3, "Ink", u"a", rect, Authorship{u"Zoë", noon}).Succeeded());
+    EXPECT_EQ(last(*document), states[0]);
+    ASSERT_TRUE(document->ChangeContents(3, 0, u"b", evening).Succeeded());
+    EXPECT_EQ(last(*document), states[1]);
+    ASSERT_TRUE(document->ChangeContents(3, 0, u"c").Succeeded());
+    EXPECT_EQ(last(*document), states[2]);
+    ASSERT_TRUE(document->Undo().Succeeded());
+    ASSERT_TRUE(document->Undo().Succeeded());
+    EXPECT_EQ(last(*document), states[0]);
+    EXPECT_EQ(last(*TypeParam::Reopened(*document)), states[0]);
+    ASSERT_TRUE(document->Redo().Succeeded());
+    EXPECT_EQ(last(*document), states[1]);
+    EXPECT_EQ(last(*TypeParam::Reopened(*document)), states[1]);
 }
 
 TYPED_TEST_P(DocumentEdit, AnswersForPermissions)
@@ -461,8 +501,8 @@ TYPED_TEST_P(DocumentEdit, MayBeReadWhileItIsEdited)
 }
 
 REGISTER_TYPED_TEST_SUITE_P(DocumentEdit, ChangesListingAndTellsWhatToFire, KeepsTheLastPage,
-                            AddsWithinThePageAndWithoutDates, AnswersForPermissions,
-                            IsTakenBackAndDoneAgain, LeadsBackToEveryStateOfARandomScript,
-                            MayBeReadWhileItIsEdited);
+                            AddsWithinThePageAndWithoutDates, NotesWhoAndWhenWhereItIsSaid,
+                            AnswersForPermissions, IsTakenBackAndDoneAgain,
+                            LeadsBackToEveryStateOfARandomScript, MayBeReadWhileItIsEdited);
 
 }  // namespace DocumentsTest

@@ -86,6 +86,15 @@ TEST(QpdfSave, KeepsTheEncryption)
     EXPECT_EQ(List(*reopened), List(*document));
     EXPECT_FALSE(reopened->AnnotationDeletionPermitted());
     ASSERT_TRUE(QpdfDocument::Open(folder / "a.pdf", {"owner"}).document);
+
+    EXPECT_EQ(QpdfDocument::OpenBytes(document->WriteBytes().bytes, "kept").failure,
+              OpenFailure::kPassword);
+    const auto plain = OpenPdf(document->WriteBytes(Encryption::kDropped).bytes);
+    EXPECT_EQ(List(*plain), List(*document));
+    EXPECT_TRUE(document->Encrypted());
+    EXPECT_FALSE(plain->Encrypted());
+    ASSERT_EQ(document->Save(folder / "b.pdf").error, "");
+    EXPECT_EQ(QpdfDocument::Open(folder / "b.pdf").failure, OpenFailure::kPassword);
 }
 
 TEST(QpdfSave, ReplacesItsTargetInPlace)

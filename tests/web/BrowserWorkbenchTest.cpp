@@ -1,15 +1,22 @@
 // Pages at work: what they are shown, what they may do, and what becomes of it.
 #include "RunningWorkbench.h"
 #include "documents/QpdfDocument.h"
+#include "web/Author.h"
 #include "web/FileCopies.h"
 #include "web/StopSignals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFWriter.hh>
+
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <fstream>
 #include <future>
 #include <iterator>
@@ -28,6 +35,20 @@ std::string ReadFile(const std::filesystem::path& path)
 {
     std::ifstream stream(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// The same file, with the password "owner" for those who may do everything, else "user".
+std::string Encrypted(const std::string& bytes)
+{
+    QPDF file;
+    file.processMemoryFile("plain", bytes.data(), bytes.size());
+    QPDFWriter writer(file);
+    writer.setOutputMemory();
+    writer.setR6EncryptionParameters("user", "owner", true, true, true, true, true, true,
+                                     qpdf_r3p_full, true);
+    writer.write();
+    const auto buffer = writer.getBufferSharedPointer();
+    return {reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()};
 }
 
 // Number of annotations on a page of a file.
@@ -330,6 +351,7 @@ TEST_F(Browsing, RefusesChangesOfLockedCommentsAndTheLastPage)
 
 TEST_F(Browsing, EditsAndTakesBack)
 {
+    ::setenv("LOGNAME", "Zoë", 1);
     Start({"a.pdf"});
     const std::uint64_t pages = page->Document(1).at("pages");
     const std::string original = page->tree.Text();
@@ -351,6 +373,14 @@ TEST_F(Browsing, EditsAndTakesBack)
     EXPECT_EQ(annotation.at("contents"), "Ж <b>bold</b>");
     EXPECT_EQ(annotation.at("rect"), Json({100, 100, 200, 120}));
     EXPECT_EQ(annotation.at("listed"), true);
+    EXPECT_EQ(annotation.at("title"), "Zoë");
+    const std::string content = Get(workbench->Address(), "/documents/1/content").body;
+    const auto file = Documents::QpdfDocument::OpenBytes(content, "content").document;
+    ASSERT_TRUE(file);
+    _PDDateRec created{};
+    Documents::FunctionTable().AnnotGetCreationDate(
+        file->AnnotationAt(1, static_cast<std::uint32_t>(index)).Get(), &created);
+    EXPECT_GE(created.year, 2024);
 
     Json edit = place;
     edit["contents"] = "changed";
@@ -475,6 +505,85 @@ TEST_F(Browsing, ReplacesOnlyFilesThatItKnows)
     Do("insert-page", {{"document", 2}, {"at", 0}});
     folder.AddFile("a.pdf", "another program's");
     EXPECT_EQ(page->Command("save", {{"document", 2}}).value("reason", ""), "changed-on-disk");
+}
+
+TEST_F(Browsing, ShowsEncryptedFilesWithoutTheirEncryption)
+{
+    Start({"a.pdf"});
+    folder.AddFile("e.pdf", Encrypted(ReadFile(Path("a.pdf"))));
+    EXPECT_EQ(page->Command("open", {{"path", Path("e.pdf")}}).value("reason", ""), "password");
+    Do("open", {{"path", Path("e.pdf")}, {"password", "owner"}});
+    const auto isEncrypted = [](const std::string& bytes) {
+        return Documents::QpdfDocument::OpenBytes(bytes, "bytes").failure ==
+               Documents::OpenFailure::kPassword;
+    };
+    for (const bool edited : {false, true}) {
+        const std::size_t count = CountIn(ReadFile(Path("a.pdf")), 1) + (edited ? 1 : 0);
+        EXPECT_EQ(CountIn(Get(workbench->Address(), "/documents/2/content").body, 1), count);
+        EXPECT_TRUE(isEncrypted(Get(workbench->Address(), "/documents/2/download").body));
+        Do("add", {{"document", 2}, {"page", 1}, {"subtype", "Text"}});
+    }
+    Do("save", {{"document", 2}});
+    EXPECT_TRUE(isEncrypted(ReadFile(Path("e.pdf"))));
+}
+
+TEST_F(Browsing, TellsOfDamageWithoutTheFolder)
+{
+    Start({"a.pdf"});
+    const std::string sample = ReadFile(Path("a.pdf"));
+    folder.AddFile("cut.pdf", sample.substr(0, sample.rfind("startxref")));
+    Do("open", {{"path", Path("cut.pdf")}});
+    const Json warnings = page->Document(2).at("warnings");
+    ASSERT_FALSE(warnings.empty());
+    for (const Json& warning : warnings) {
+        EXPECT_THAT(warning.get<std::string>(), Not(HasSubstr("cut.pdf")));
+    }
+}
+
+TEST(ShortWarnings, AreFewAndShortAndWithoutTheName)
+{
+    const struct {
+        const char* line;
+        const char* shortened;
+    } rows[] = {
+        {"/home/u/a.pdf (offset 9): bad", "(offset 9): bad"},
+        {"/home/u/a.pdf: bad", "bad"},
+        {"a.pdf: an annotation cannot be read: a.pdf: bad",
+         "an annotation cannot be read: a.pdf: bad"},
+        {"/home/a.pdf/a.pdf.d/a.pdf: bad", "bad"},
+        {"ya.pdf: bad", "ya.pdf: bad"},
+        {"a.pdf", "a.pdf"},
+        {"", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_THAT(Workbench::ShortWarnings({row.line}, "a.pdf"), ElementsAre(row.shortened));
+    }
+    const std::vector<std::string> many(25, std::string(5000, 'x'));
+    const auto lines = Workbench::ShortWarnings(many, "a.pdf");
+    ASSERT_EQ(lines.size(), 21u);
+    EXPECT_LT(lines.front().size(), 300u);
+    EXPECT_EQ(lines.back(), "and 5 more");
+}
+
+TEST(Author, KnowsTheTimeInItsZone)
+{
+    const struct {
+        const char* zone;
+        _PDDateRec date;
+    } rows[] = {
+        {"UTC0", {2025, 1, 31, 23, 30, 5, 0}},
+        {"XXX-2", {2025, 2, 1, 1, 30, 5, 2}},
+        {"XXX5", {2025, 1, 31, 18, 30, 5, -5}},
+        {"XXX-5:30", {2025, 1, 31, 23, 30, 5, 0}},
+    };
+    for (const auto& row : rows) {
+        ::setenv("TZ", row.zone, 1);
+        ::tzset();
+        const _PDDateRec date = Workbench::DateOf(1738366205);
+        EXPECT_EQ(std::memcmp(&date, &row.date, sizeof date), 0) << row.zone;
+    }
+    ::unsetenv("TZ");
+    ::tzset();
 }
 
 // What may edit waits while a file is being written, and everything keeps its order behind it.

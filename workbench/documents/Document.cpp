@@ -398,6 +398,7 @@ Document::Step Document::EntriesStep(EditKind kind, std::uint32_t page, std::vec
 
 std::vector<Change> Document::StoreContents(const AnnotationRef& annotation,
                                             const std::u16string& contents,
+                                            const _PDDateRec& modified,
                                             const std::function<void()>& write)
 {
     std::vector<Change> changes;
@@ -407,6 +408,7 @@ std::vector<Change> Document::StoreContents(const AnnotationRef& annotation,
     const PropertyBlockRef former = annotation.Get()->properties.Load();
     AnnotationProperties properties = former->properties;
     properties.contents = contents;
+    properties.modified = modified;
     PropertyBlockRef changed = MakePropertyBlock(std::move(properties), former->listAll);
     write();
     annotation.Get()->properties.Store(std::move(changed));
@@ -467,7 +469,8 @@ void Document::RotatePages(std::uint32_t from, std::uint32_t to) noexcept
 // --- Edits ---
 
 EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
-                                   std::u16string contents, std::optional<_PDRect> rect)
+                                   std::u16string contents, std::optional<_PDRect> rect,
+                                   const std::optional<Authorship>& authorship)
 {
     return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
@@ -481,6 +484,11 @@ EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
         properties.subtype = subtype;
         properties.contents = std::move(contents);
         properties.flags = kFlagPrint;
+        if (authorship) {
+            properties.title = authorship->author;
+            properties.created = authorship->time;
+            properties.modified = authorship->time;
+        }
         properties.rect = rect ? *rect : PlaceOfItsOwn(PageBoxUnderEditLock(page), count);
         const AnnotationRef added = MakeAnnotationRecord(properties, listAll_);
         added.Get()->homePage = pages_[page].number;
@@ -490,24 +498,27 @@ EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
 }
 
 EditResult Document::ChangeContents(std::uint32_t page, std::uint32_t position,
-                                    std::u16string contents)
+                                    std::u16string contents, std::optional<_PDDateRec> time)
 {
     return RunEdit([&]() -> std::optional<Step> {
         CheckPage(page);
         const AnnotationRef annotation = CheckAnnotation(page, PageUnderEditLock(page), position);
-        std::u16string former = annotation.Get()->properties.Load()->properties.contents;
-        if (former == contents) {
+        const PropertyBlockRef block = annotation.Get()->properties.Load();
+        const AnnotationProperties& former = block->properties;
+        if (former.contents == contents) {
             return std::nullopt;
         }
-        PreparedEdit prepared = PrepareContents(page, position, contents);
+        PreparedEdit prepared = PrepareContents(page, position, contents, time);
+        const auto store = [this, annotation](std::u16string text, const _PDDateRec& modified,
+                                              std::function<void()> write) {
+            return [this, annotation, text = std::move(text), modified, write = std::move(write)] {
+                return StoreContents(annotation, text, modified, write);
+            };
+        };
         return Step{
             EditKind::kEdit,
-            [this, annotation, contents = std::move(contents), write = std::move(prepared.apply)] {
-                return StoreContents(annotation, contents, write);
-            },
-            [this, annotation, contents = std::move(former), write = std::move(prepared.revert)] {
-                return StoreContents(annotation, contents, write);
-            }};
+            store(std::move(contents), time.value_or(former.modified), std::move(prepared.apply)),
+            store(former.contents, former.modified, std::move(prepared.revert))};
     });
 }
 
@@ -599,11 +610,11 @@ SaveResult Document::Save(const std::filesystem::path& path)
     }
 }
 
-BytesResult Document::WriteBytes()
+BytesResult Document::WriteBytes(Encryption encryption)
 {
     const std::lock_guard lock{editMutex_};
     try {
-        return {{}, FileBytes()};
+        return {{}, FileBytes(encryption)};
     } catch (const std::exception& error) {
         return {InOneLine(name_ + ": " + error.what()), {}};
     }

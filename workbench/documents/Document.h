@@ -62,6 +62,15 @@ struct EditResult {
 // What an edit does, for the words of a menu. A removal takes the pop-up with it.
 enum class EditKind : std::uint8_t { kAdd, kEdit, kRemove, kInsertPage, kDeletePage, kMovePage };
 
+// Who changes an annotation, and when: for documents that tell of it.
+struct Authorship {
+    std::u16string author;
+    _PDDateRec time{};
+};
+
+// Whether the bytes of an encrypted document are encrypted too.
+enum class Encryption : std::uint8_t { kKept, kDropped };
+
 // The bytes of a file; or none, and one line that names the document.
 struct BytesResult {
     std::string error;
@@ -121,15 +130,19 @@ public:
 
     // --- Edits. Serialised; each one is visible to other threads as a whole. ---
 
-    // Appends an annotation with neither title, subject nor dates, in a rectangle given or, without
-    // one, in a place of its own inside the page. Fails for a page beyond the count and for an
+    // Appends an annotation without a subject, in a rectangle given or, without one, in a place of
+    // its own inside the page. It gets the author as its title and the time as both dates; without
+    // an authorship it has neither title nor dates. Fails for a page beyond the count and for an
     // empty subtype.
     EditResult AddAnnotation(std::uint32_t page, std::string_view subtype, std::u16string contents,
-                             std::optional<_PDRect> rect = std::nullopt);
+                             std::optional<_PDRect> rect = std::nullopt,
+                             const std::optional<Authorship>& authorship = std::nullopt);
 
-    // Replaces the contents; one change for every page known to show the annotation. Fails where
-    // there is no annotation.
-    EditResult ChangeContents(std::uint32_t page, std::uint32_t position, std::u16string contents);
+    // Replaces the contents, and the date of modification where a time is given; one change for
+    // every page known to show the annotation. The same contents change nothing. Fails where there
+    // is no annotation.
+    EditResult ChangeContents(std::uint32_t page, std::uint32_t position, std::u16string contents,
+                              std::optional<_PDDateRec> time = std::nullopt);
 
     // Removes the annotation from this page, every entry of it, together with the pop-up that
     // belongs to it; other pages that show it keep it. Fails where there is no annotation.
@@ -170,8 +183,12 @@ public:
     SaveResult Save(const std::filesystem::path& path);
 
     // The document as it stands, as the PDF file that Save would write: encrypted when the file
-    // was. Counts as no save. Of a document in memory too: blank pages with their annotations.
-    BytesResult WriteBytes();
+    // was, unless that is to be dropped. Counts as no save. Of a document in memory too: blank
+    // pages with their annotations.
+    BytesResult WriteBytes(Encryption encryption = Encryption::kKept);
+
+    // Whether it was read from an encrypted file.
+    virtual bool Encrypted() const noexcept { return false; }
 
     // What was amiss with the file so far, one line each: repairs on opening, and damage met while
     // pages were read since. Empty for a sound file.
@@ -211,7 +228,8 @@ protected:
     virtual PreparedEdit PrepareAdded(std::uint32_t page, const AnnotationProperties& properties,
                                       _PDAnnotRec* annotation) = 0;
     virtual PreparedEdit PrepareContents(std::uint32_t page, std::uint32_t position,
-                                         std::u16string_view contents) = 0;
+                                         std::u16string_view contents,
+                                         const std::optional<_PDDateRec>& time) = 0;
     // Positions are in ascending order.
     virtual PreparedEdit PrepareRemoved(std::uint32_t page,
                                         const std::vector<std::uint32_t>& positions) = 0;
@@ -221,7 +239,7 @@ protected:
 
     // Write the document as it stands; throw when that fails.
     virtual void WriteFile(const std::filesystem::path& path) = 0;
-    virtual std::string FileBytes() = 0;
+    virtual std::string FileBytes(Encryption encryption) = 0;
 
     // The page's present state; empty when nobody has asked for it yet, and beyond the page count.
     PageRef KnownPage(std::uint32_t page) const;
@@ -261,7 +279,7 @@ private:
                      std::vector<AnnotationRef> concerned, PreparedEdit prepared);
     Step PageStep(EditKind kind, std::uint32_t index, Page page, PreparedEdit prepared);
     std::vector<Change> StoreContents(const AnnotationRef& annotation,
-                                      const std::u16string& contents,
+                                      const std::u16string& contents, const _PDDateRec& modified,
                                       const std::function<void()>& write);
     void PutPage(std::uint32_t at, Page page, const std::function<void()>& write);
     Page TakePage(std::uint32_t at, const std::function<void()>& write);

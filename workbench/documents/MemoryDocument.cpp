@@ -120,7 +120,7 @@ void MemoryDocument::WriteFile(const std::filesystem::path& /*path*/)
     throw std::runtime_error("a document in memory cannot be written to a file");
 }
 
-std::string MemoryDocument::FileBytes()
+std::string MemoryDocument::FileBytes(Encryption /*encryption*/)
 {
     PlainFile file;
     const PlainFile::Number catalogue = file.Reserve();

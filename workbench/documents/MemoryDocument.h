@@ -49,7 +49,8 @@ private:
     {
         return {};
     }
-    PreparedEdit PrepareContents(std::uint32_t, std::uint32_t, std::u16string_view) override
+    PreparedEdit PrepareContents(std::uint32_t, std::uint32_t, std::u16string_view,
+                                 const std::optional<_PDDateRec>&) override
     {
         return {};
     }
@@ -63,7 +64,7 @@ private:
     // Fails: a document in memory is for looking at, not for keeping.
     void WriteFile(const std::filesystem::path& path) override;
     // Blank pages with their annotations.
-    std::string FileBytes() override;
+    std::string FileBytes(Encryption encryption) override;
 };
 
 }  // namespace Documents

@@ -1,6 +1,7 @@
 #include "documents/QpdfDocument.h"
 
 #include "documents/AnnotationDictionary.h"
+#include "documents/AnnotationSyntax.h"
 #include "documents/FileReplacement.h"
 #include "documents/PdfText.h"
 #include "documents/Records.h"
@@ -37,6 +38,7 @@ constexpr std::size_t kMostWarnings = 100;
 
 const std::string kAnnots = "/Annots";
 const std::string kContents = "/Contents";
+const std::string kModified = "/M";
 
 // Number and generation of an indirect object in one.
 std::uint64_t KeyOf(const QPDFObjectHandle& object)
@@ -81,7 +83,7 @@ private:
             ReadText(value, properties.subject);
         } else if (key == "/CreationDate") {
             ReadDate(value, properties.created);
-        } else if (key == "/M") {
+        } else if (key == kModified) {
             ReadDate(value, properties.modified);
         } else if (key == "/Rect") {
             properties.rect = ReadRect(value);
@@ -189,8 +191,11 @@ public:
         const std::size_t count = file_->getAllPages().size();
         SetPages(std::vector<Page>(count));
         nextObject_ = FirstFreeObject();
+        encrypted_ = file_->isEncrypted();
         TakeWarnings();
     }
+
+    bool Encrypted() const noexcept override { return encrypted_; }
 
     void ApplyPermissions(bool writeProtected)
     {
@@ -446,7 +451,8 @@ private:
     }
 
     PreparedEdit PrepareContents(std::uint32_t page, std::uint32_t position,
-                                 std::u16string_view contents) override
+                                 std::u16string_view contents,
+                                 const std::optional<_PDDateRec>& time) override
     {
         const int item = static_cast<int>(position);
         QPDFObjectHandle dictionary = PageObject(page).getKey(kAnnots).getArrayItem(item);
@@ -457,6 +463,10 @@ private:
         }
         Dictionary former{{kContents, dictionary.getKey(kContents)}};
         Dictionary changed{{kContents, QPDFObjectHandle::newString(EncodeTextString(contents))}};
+        if (time) {
+            former[kModified] = dictionary.getKey(kModified);
+            changed[kModified] = QPDFObjectHandle::newString(EncodeDate(*time));
+        }
         // These show the former contents, and viewers prefer them to the plain text.
         std::vector<std::string> outdated{"/RC"};
         if (dictionary.getKey("/Subtype").isNameAndEquals("/FreeText")) {
@@ -560,7 +570,6 @@ private:
             AddAppearance(*file_, dictionary, properties);
         }
         withoutAppearance_.clear();
-        writer.setPreserveEncryption(true);
         writer.setCompressStreams(false);
         writer.setDecodeLevel(qpdf_dl_none);
     }
@@ -569,14 +578,16 @@ private:
     {
         QPDFWriter writer{*file_};
         SetUp(writer);
+        writer.setPreserveEncryption(true);
         ReplaceFile(path, writer);
         TakeWarnings();
     }
 
-    std::string FileBytes() override
+    std::string FileBytes(Encryption encryption) override
     {
         QPDFWriter writer{*file_};
         SetUp(writer);
+        writer.setPreserveEncryption(encryption == Encryption::kKept);
         writer.setOutputMemory();
         writer.write();
         TakeWarnings();
@@ -590,6 +601,7 @@ private:
     std::unordered_map<std::uint64_t, AnnotationRef> records_;  // by indirect object
     std::unordered_set<std::uint64_t> ownArrays_;
     std::int64_t nextObject_ = 0;
+    bool encrypted_ = false;
 
     // Added since the file was written last. Appearances are streams, and those only QPDF's own way
     // makes.

@@ -3,6 +3,7 @@
 #include "driver/PanelReader.h"
 #include "services/BLDocumentObject.h"
 #include "ui-engine/HtmlElementTypes.h"
+#include "web/Author.h"
 #include "web/JsonText.h"
 
 #include <algorithm>
@@ -46,6 +47,7 @@ Desk::Desk(Host& host, WorkerThreads& workers, bool listAll, Sender send)
       listAll_(listAll),
       send_(std::move(send)),
       locales_(DescribeLocales()),
+      author_(UserName()),
       panel_(*host.Panel().Page())
 {
     host_.Panel().SetScrollCallback([this](ElementHandle element) {

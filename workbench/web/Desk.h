@@ -164,7 +164,8 @@ private:
 
     void GiveBytesWhenQuiet();
     void WriteBytes(OpenDocument& document);
-    void TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::BytesResult result);
+    void TakeBytes(DocumentNumber number, Documents::Encryption encryption, std::uint64_t revision,
+                   Documents::BytesResult result);
 
     static ReadResult ResultOf(Documents::OpenResult&& opened);
     static ReadResult ReadFile(const std::filesystem::path& path, const std::string& password,
@@ -182,6 +183,7 @@ private:
     const bool listAll_;
     const Sender send_;
     const Json locales_;
+    const std::u16string author_;  // of comments that are added
     PanelStream panel_;
     std::vector<std::unique_ptr<OpenDocument>> documents_;  // in the order of opening
     DocumentNumber lastNumber_ = 0;

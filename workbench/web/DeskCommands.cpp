@@ -3,10 +3,12 @@
 
 #include "platform-libraries/UnicodeText.h"
 #include "services/AnnotationPlace.h"
+#include "web/Author.h"
 #include "web/FileCopies.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <exception>
 
 namespace Workbench {
@@ -216,7 +218,8 @@ void Desk::AddAnnotation(const PageCommand& command)
                              "not-permitted");
     }
     Documents::EditResult edit =
-        document.content->AddAnnotation(page, subtype, UnicodeText::ToUtf16(contents), rect);
+        document.content->AddAnnotation(page, subtype, UnicodeText::ToUtf16(contents), rect,
+                                        Documents::Authorship{author_, DateOf(std::time(nullptr))});
     Documents::AnnotationRef added;
     for (const Documents::Change& change : edit.changes) {
         if (const auto* const annotation = std::get_if<Documents::AnnotationChange>(&change)) {
@@ -236,8 +239,8 @@ void Desk::EditAnnotation(const PageCommand& command)
     const std::uint32_t index = message.SmallNumber("index");
     const std::string contents = message.Text("contents");
     CheckChangeable(document, page, index);
-    Publish(document,
-            document.content->ChangeContents(page, index, UnicodeText::ToUtf16(contents)));
+    Publish(document, document.content->ChangeContents(page, index, UnicodeText::ToUtf16(contents),
+                                                       DateOf(std::time(nullptr))));
     Reply(command);
 }
 

@@ -138,7 +138,7 @@ void Desk::GiveContent(DocumentNumber number, bool asDownload, PendingAnswerPtr 
     if (document->wantBytes.empty()) {
         document->wantBytesSince = std::chrono::steady_clock::now();
     }
-    document->wantBytes.emplace_back(std::move(answer), asDownload);
+    document->wantBytes.push_back({std::move(answer), asDownload});
 }
 
 // Edits come in bursts, and each would have to wait for the file of the one before.
@@ -163,27 +163,43 @@ void Desk::GiveBytesWhenQuiet()
 
 void Desk::WriteBytes(OpenDocument& document)
 {
+    using Documents::Encryption;
     const std::uint64_t revision = document.content->Revision();
-    if (document.bytes != nullptr && document.bytesRevision == revision) {
-        for (const auto& [answer, asDownload] : std::exchange(document.wantBytes, {})) {
-            HttpAnswer given{.contentType = "application/pdf", .body = document.bytes};
-            if (asDownload) {
-                given.headers.emplace_back("Content-Disposition", AttachmentNamed(document.name));
-            }
-            answer->Give(std::move(given));
+    std::optional<Encryption> missing;
+    for (auto& wanted : std::exchange(document.wantBytes, {})) {
+        // Whoever looks at the document here has been admitted to it; what leaves keeps its lock.
+        const Encryption encryption = document.content->Encrypted() && !wanted.asDownload
+                                          ? Encryption::kDropped
+                                          : Encryption::kKept;
+        const OpenDocument::FileBytes& known = document.bytes[encryption];
+        if (known.bytes == nullptr || known.revision != revision) {
+            missing = encryption;
+            document.wantBytes.push_back(std::move(wanted));
+            continue;
         }
+        HttpAnswer given{.contentType = "application/pdf", .body = known.bytes};
+        if (wanted.asDownload) {
+            given.headers.emplace_back("Content-Disposition", AttachmentNamed(document.name));
+        }
+        wanted.answer->Give(std::move(given));
+    }
+    if (!missing) {
         return;
     }
     ++document.fileJobs;
     document.writesBytes = true;
     OnWorker<Documents::BytesResult>(
-        [content = document.content] { return content->WriteBytes(); },
-        [number = document.number, revision](Desk& desk, Documents::BytesResult result) {
-            desk.TakeBytes(number, revision, std::move(result));
+        [content = document.content, encryption = *missing] {
+            return content->WriteBytes(encryption);
+        },
+        [number = document.number, encryption = *missing, revision](Desk& desk,
+                                                                    Documents::BytesResult result) {
+            desk.TakeBytes(number, encryption, revision, std::move(result));
         });
 }
 
-void Desk::TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::BytesResult result)
+void Desk::TakeBytes(DocumentNumber number, Documents::Encryption encryption,
+                     std::uint64_t revision, Documents::BytesResult result)
 {
     OpenDocument* const document = Find(number);
     if (document == nullptr) {
@@ -191,17 +207,16 @@ void Desk::TakeBytes(DocumentNumber number, std::uint64_t revision, Documents::B
     }
     document->writesBytes = false;
     if (!result.error.empty()) {
-        for (const auto& [answer, asDownload] : std::exchange(document->wantBytes, {})) {
-            answer->Give(JsonAnswer(500, {{"error", result.error}}));
+        for (const auto& wanted : std::exchange(document->wantBytes, {})) {
+            wanted.answer->Give(JsonAnswer(500, {{"error", result.error}}));
         }
     } else {
         // An edit may have come in between: the bytes are of one of both states then, and it is
         // tried again.
-        document->bytes = std::make_shared<const std::string>(std::move(result.bytes));
-        document->bytesRevision = revision;
-        if (document->content->Revision() != revision) {
-            document->bytes.reset();
-        } else {
+        document->bytes.erase(encryption);
+        if (document->content->Revision() == revision) {
+            document->bytes[encryption] = {
+                std::make_shared<const std::string>(std::move(result.bytes)), revision};
             WriteBytes(*document);
         }
     }

@@ -5,6 +5,8 @@
 #include "platform-libraries/UnicodeText.h"
 #include "services/AnnotationPlace.h"
 
+#include <algorithm>
+
 namespace Workbench {
 
 namespace {
@@ -77,7 +79,41 @@ Json Shown(const OpenDocument& document)
             {"mode", target->mode}};
 }
 
+// Where the text after the file's name begins, whatever folder is in front of the name.
+std::size_t EndOfName(const std::string& warning, const std::string& name)
+{
+    for (std::size_t found = warning.find(name); found != std::string::npos;
+         found = warning.find(name, found + 1)) {
+        const std::size_t end = found + name.size();
+        const bool begins = found == 0 || warning[found - 1] == '/';
+        if (begins && (warning.compare(end, 2, ": ") == 0 || warning.compare(end, 2, " (") == 0)) {
+            return end + (warning[end] == ':' ? 2 : 1);
+        }
+    }
+    return 0;
+}
+
 }  // namespace
+
+std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
+                                       const std::string& name)
+{
+    constexpr std::size_t kMost = 20;
+    constexpr std::size_t kLongest = 200;
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < std::min(warnings.size(), kMost); ++i) {
+        std::string line = warnings[i].substr(EndOfName(warnings[i], name));
+        if (line.size() > kLongest) {
+            line.resize(kLongest);
+            line += "...";
+        }
+        lines.push_back(std::move(line));
+    }
+    if (warnings.size() > kMost) {
+        lines.push_back("and " + std::to_string(warnings.size() - kMost) + " more");
+    }
+    return lines;
+}
 
 Json DescribeDocument(const OpenDocument& document, const HtmlEngine::Document& page)
 {
@@ -93,7 +129,7 @@ Json DescribeDocument(const OpenDocument& document, const HtmlEngine::Document& 
             {"busy", Busy(document, page)},
             {"undo", NameOf(content.UndoKind())},
             {"redo", NameOf(content.RedoKind())},
-            {"warnings", content.Warnings()},
+            {"warnings", ShortWarnings(content.Warnings(), content.Name())},
             {"focused", Focused(document)},
             {"shown", Shown(document)}};
 }

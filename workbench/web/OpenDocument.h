@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,15 +55,28 @@ struct OpenDocument {
     bool saving = false;
     std::deque<std::variant<PageCommand, PanelInput>> waiting;
 
-    // The file as it stood at a revision, and who waits for that of the present one.
-    std::shared_ptr<const std::string> bytes;
-    std::uint64_t bytesRevision = 0;
+    // The file as it stood at a revision, by its encryption, and who waits for that of the present
+    // one. Of a file that is not encrypted there is one kind only, kKept.
+    struct FileBytes {
+        std::shared_ptr<const std::string> bytes;
+        std::uint64_t revision = 0;
+    };
+    struct WantedBytes {
+        PendingAnswerPtr answer;
+        bool asDownload = false;
+    };
+    std::map<Documents::Encryption, FileBytes> bytes;
     bool writesBytes = false;
-    std::vector<std::pair<PendingAnswerPtr, bool>> wantBytes;  // and whether as a download
+    std::vector<WantedBytes> wantBytes;
     std::chrono::steady_clock::time_point wantBytesSince;
     std::uint64_t seenRevision = 0;
     std::chrono::steady_clock::time_point changedAt;  // when it got that revision
 };
+
+// Warnings about a file for the pages: without the file's name and folder in front, none long, and
+// not many of them.
+std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
+                                       const std::string& name);
 
 // DOCUMENT of the protocol.
 nlohmann::ordered_json DescribeDocument(const OpenDocument& document,
