@@ -13,6 +13,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -67,7 +68,8 @@ std::size_t CountIn(const std::string& bytes, std::uint32_t page)
 class Browsing : public testing::Test {
 protected:
     // Starts with copies of the sample under these names.
-    void Start(const std::vector<std::string>& names)
+    void Start(const std::vector<std::string>& names,
+               std::chrono::milliseconds endPatience = std::chrono::seconds(60))
     {
         std::vector<std::string> files;
         for (const std::string& name : names) {
@@ -75,7 +77,7 @@ protected:
         }
         workbench = std::make_unique<RunningWorkbench>(
             files, std::vector<std::string>{},
-            std::vector<std::filesystem::path>{folder.At("state")});
+            std::vector<std::filesystem::path>{folder.At("state")}, endPatience);
         page = Connect();
     }
     std::unique_ptr<PageClient> Connect()
@@ -715,6 +717,113 @@ TEST_F(Browsing, KeepsWhatWasNotSavedWhenItEnds)
                 ElementsAre("notice", "notice", "notice", "goodbye"));
 }
 
+TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
+{
+    Start({"a.pdf", "b.pdf"});
+    const auto other = Connect();
+    const auto documentsAskedFor = [](PageClient& client) {
+        const Json ending =
+            client.ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
+        const Json& documents = ending.at("documents");
+        EXPECT_EQ(ending.contains("seconds"), !documents.empty());
+        EXPECT_LE(ending.value("seconds", 0), 60);
+        return documents;
+    };
+    const Json save = {{"unsaved", "save"}};
+    EXPECT_TRUE(page->Command("end", save).at("error").is_string()) << "nobody has asked";
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    workbench->Signal(SIGINT);
+    EXPECT_EQ(documentsAskedFor(*page), Json({1}));
+    EXPECT_EQ(documentsAskedFor(*other), Json({1}));
+    PageClient late(workbench->Address());
+    EXPECT_EQ(documentsAskedFor(late), Json({1}));
+    EXPECT_TRUE(page->Command("end", {{"unsaved", "x"}}).at("error").is_string());
+    Do("insert-page", {{"document", 2}, {"at", 0}});
+    EXPECT_EQ(documentsAskedFor(*other), Json({1, 2}));
+    Do("end", {{"unsaved", "cancel"}});
+    EXPECT_EQ(documentsAskedFor(*other), Json::array());
+    EXPECT_TRUE(other->Command("end", save).at("error").is_string()) << "the first answer counts";
+
+    folder.AddFile("b.pdf", "another program's");
+    workbench->Signal(SIGINT);
+    EXPECT_EQ(documentsAskedFor(*other), Json({1, 2}));
+    EXPECT_EQ(page->Command("end", save).value("reason", ""), "changed-on-disk");
+    EXPECT_EQ(page->Document(1).at("modified"), false);
+    EXPECT_EQ(documentsAskedFor(*other), Json({2})) << "the question stands";
+    Do("end", {{"unsaved", "discard"}});
+    const std::string errors = workbench->Wait();
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
+    EXPECT_THAT(errors, AllOf(HasSubstr("Ctrl-C"), Not(HasSubstr("recovered"))));
+    EXPECT_FALSE(std::filesystem::exists(Path("b.recovered.pdf")));
+    EXPECT_EQ(page->ReadClose(), 1001u);
+}
+
+TEST_F(Browsing, SavesEverythingWhenItEndsSo)
+{
+    Start({"a.pdf", "b.pdf"});
+    const std::string sample = ReadFile(Path("a.pdf"));
+    const std::size_t count = CountIn(sample, 1);
+    Post(workbench->Address(), "/documents?name=sent.pdf", sample);
+    for (const int document : {1, 2, 3}) {
+        Do("add", {{"document", document}, {"page", 1}, {"subtype", "Text"}});
+    }
+    workbench->Signal(SIGINT);
+    page->ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
+    // One is being saved already.
+    page->Send({{"type", "command"}, {"id", 900}, {"name", "save"}, {"document", 2}});
+    Do("end", {{"unsaved", "save"}});
+    workbench->Wait();
+    EXPECT_EQ(CountIn(ReadFile(Path("a.pdf")), 1), count + 1);
+    EXPECT_EQ(CountIn(ReadFile(Path("b.pdf")), 1), count + 1);
+    EXPECT_FALSE(std::filesystem::exists(Path("a.recovered.pdf")));
+    EXPECT_EQ(CountIn(ReadFile(folder.At("state") / "sent.recovered.pdf"), 1), count + 1);
+}
+
+TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)
+{
+    using std::chrono::milliseconds;
+    const struct {
+        const char* name;
+        std::vector<int> signals;
+        std::function<void()> then;
+        milliseconds patience = milliseconds(3'600'000);
+        bool asks = true;
+    } rows[] = {
+        {"asked for",
+         {SIGINT},
+         [this] {
+             page->Command("end", {{"unsaved", "copies"}});
+         }},
+        {"once more", {SIGINT, SIGINT}, [] {}, milliseconds(3'600'000), false},
+        {"the page goes", {SIGINT}, [this] { page.reset(); }},
+        {"too late", {SIGINT}, [] {}, milliseconds(50)},
+        {"by the system", {SIGTERM}, [] {}, milliseconds(3'600'000), false},
+        {"no terminal", {SIGHUP}, [] {}, milliseconds(3'600'000), false},
+    };
+    for (const auto& row : rows) {
+        Start({"a.pdf"}, row.patience);
+        Do("insert-page", {{"document", 1}, {"at", 0}});
+        for (const int signal : row.signals) {
+            workbench->Signal(signal);
+        }
+        if (row.asks) {
+            page->ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
+        }
+        row.then();
+        EXPECT_THAT(workbench->Wait(), HasSubstr("a.recovered.pdf")) << row.name;
+        EXPECT_TRUE(std::filesystem::remove(Path("a.recovered.pdf"))) << row.name;
+    }
+    // Nothing to ask, or nobody.
+    Start({"a.pdf"});
+    workbench->Signal(SIGINT);
+    EXPECT_EQ(workbench->Wait(), "");
+    Start({"a.pdf"});
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    page.reset();
+    workbench->Signal(SIGINT);
+    EXPECT_THAT(workbench->Wait(), HasSubstr("a.recovered.pdf"));
+}
+
 TEST_F(Browsing, TellsOfFailuresInThePanelAndLives)
 {
     Start({"a.pdf"});
@@ -794,20 +903,28 @@ TEST(RecoveryCopy, GoesToTheFirstPlaceThatTakesIt)
         AllOf(HasSubstr("a.pdf"), HasSubstr("no recovery copy")));
 }
 
-TEST(StopSignals, EndPolitelyOnceAndAtOnceThen)
+TEST(StopSignals, AreTakenAsLongAsThatIsWanted)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        std::promise<void> asked;
-        const Workbench::StopSignals signals([&] { asked.set_value(); });
+        std::promise<int> taken;
+        const Workbench::StopSignals signals([&](int number) {
+            taken.set_value(number);
+            return true;
+        });
         ::raise(signal);
-        asked.get_future().get();
+        EXPECT_EQ(taken.get_future().get(), signal);
     }
     EXPECT_EXIT(
         {
-            std::promise<void> asked;
-            const Workbench::StopSignals signals([&] { asked.set_value(); });
+            std::promise<void> taken;
+            const Workbench::StopSignals signals([&](int signal) {
+                if (signal == SIGTERM) {
+                    taken.set_value();
+                }
+                return signal == SIGTERM;
+            });
             ::raise(SIGTERM);
-            asked.get_future().get();
+            taken.get_future().get();
             ::raise(SIGINT);
             ::pause();
         },

@@ -41,12 +41,14 @@ std::string TemporaryFolder::AddSample(const std::string& name) const
 
 RunningWorkbench::RunningWorkbench(std::vector<std::string> files,
                                    std::vector<std::string> memoryDocuments,
-                                   std::vector<std::filesystem::path> recoveryFolders)
+                                   std::vector<std::filesystem::path> recoveryFolders,
+                                   std::chrono::milliseconds endPatience)
 {
     Workbench::BrowserOptions options;
     options.request.files = std::move(files);
     options.request.memoryDocuments = std::move(memoryDocuments);
     options.recoveryFolders = std::move(recoveryFolders);
+    options.endPatience = endPatience;
     thread_ = std::thread([this, options] { Run(options); });
     try {
         address_ = std::make_unique<ServerAddress>(started_.get_future().get());
@@ -68,7 +70,7 @@ void RunningWorkbench::Run(Workbench::BrowserOptions options)
         BrowserWorkbench workbench(std::move(options));
         workbench_ = &workbench;
         started_.set_value(workbench.Address());
-        workbench.Run();
+        workbench.Run(errors);
         workbench.Finish(errors);
     } catch (const std::exception& error) {
         if (workbench_ == nullptr) {
@@ -80,13 +82,20 @@ void RunningWorkbench::Run(Workbench::BrowserOptions options)
     errors_ = errors.str();
 }
 
+std::string RunningWorkbench::Wait()
+{
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+    return errors_;
+}
+
 std::string RunningWorkbench::End()
 {
     if (thread_.joinable()) {
         workbench_->Stop();
-        thread_.join();
     }
-    return errors_;
+    return Wait();
 }
 
 void RunningWorkbench::OnUi(const std::function<void(BrowserWorkbench&)>& work)

@@ -4,6 +4,9 @@
 #include "Clients.h"
 #include "web/BrowserWorkbench.h"
 
+#include <gtest/gtest.h>
+
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -35,7 +38,8 @@ class RunningWorkbench {
 public:
     explicit RunningWorkbench(std::vector<std::string> files,
                               std::vector<std::string> memoryDocuments = {},
-                              std::vector<std::filesystem::path> recoveryFolders = {});
+                              std::vector<std::filesystem::path> recoveryFolders = {},
+                              std::chrono::milliseconds endPatience = std::chrono::seconds(60));
     // Ends it, if that has not been done.
     ~RunningWorkbench();
     RunningWorkbench(const RunningWorkbench&) = delete;
@@ -52,7 +56,11 @@ public:
     // The engine's tree.
     std::string PanelText();
 
-    // What it says on standard error until it has ended.
+    // As if the process had been sent a signal.
+    void Signal(int signal) { EXPECT_TRUE(workbench_->TakeSignal(signal)); }
+
+    // What it says on standard error until it has ended: by itself, or now.
+    std::string Wait();
     std::string End();
 
 private:

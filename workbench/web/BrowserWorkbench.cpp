@@ -5,6 +5,7 @@
 #include "web/StopSignals.h"
 
 #include <chrono>
+#include <csignal>
 #include <ostream>
 #include <utility>
 
@@ -70,12 +71,44 @@ void BrowserWorkbench::OpenDocuments()
     server_->Start();
 }
 
-void BrowserWorkbench::Run(const std::function<bool()>& isDone)
+bool BrowserWorkbench::TakeSignal(int signal) noexcept
+{
+    if (ending_ == Ending::kNow) {
+        return false;
+    }
+    Ending none = Ending::kNo;
+    if (signal != SIGINT || !ending_.compare_exchange_strong(none, Ending::kWanted)) {
+        ending_ = Ending::kNow;
+    }
+    return true;
+}
+
+// A signal may come in between: what it wants then stands.
+void BrowserWorkbench::FollowEnding(std::ostream& errors)
+{
+    Ending state = ending_;
+    if (state == Ending::kWanted) {
+        const bool asks = desk_->AskBeforeEnding(options_.endPatience);
+        if (asks) {
+            errors << "workbench: there are unsaved changes; the browser asks what becomes of them "
+                      "(Ctrl-C once more ends at once, with recovery copies)"
+                   << std::endl;
+        }
+        ending_.compare_exchange_strong(state, asks ? Ending::kAsked : Ending::kNow);
+    } else if (const EndQuestion question = desk_->QuestionOfEnding();
+               state == Ending::kAsked && question != EndQuestion::kStands) {
+        ending_.compare_exchange_strong(state, question == EndQuestion::kTakenBack ? Ending::kNo
+                                                                                   : Ending::kNow);
+    }
+}
+
+void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& isDone)
 {
     // The loop asks before each call, and so the pages are told after each.
     const auto update = [&] {
         desk_->Update();
-        return stops_ || (isDone && isDone());
+        FollowEnding(errors);
+        return ending_ == Ending::kNow || (isDone && isDone());
     };
     TheHost().State().loop.RunUntil(update, std::chrono::steady_clock::time_point::max());
 }
@@ -84,7 +117,7 @@ std::vector<std::string> BrowserWorkbench::WriteRecoveryCopies()
 {
     std::vector<std::string> lines;
     for (const auto& document : desk_->OpenDocuments()) {
-        if (!document->content->Modified()) {
+        if (!document->content->Modified() || desk_->DiscardsChanges()) {
             continue;
         }
         const RecoveryCopy copy = WriteRecoveryCopy(*document->content, document->name,
@@ -117,14 +150,14 @@ void BrowserWorkbench::Finish(std::ostream& errors)
 int RunInBrowser(const BrowserRequest& request, std::ostream& output, std::ostream& errors)
 {
     BrowserWorkbench workbench({.request = request, .recoveryFolders = RecoveryFolders()});
-    const StopSignals signals([&] { workbench.Stop(); });
+    const StopSignals signals([&](int signal) { return workbench.TakeSignal(signal); });
     for (const auto& document : workbench.TheDesk().OpenDocuments()) {
         for (const std::string& warning : document->content->Warnings()) {
             errors << "warning: " << warning << std::endl;
         }
     }
     output << workbench.Address() << std::endl;
-    workbench.Run();
+    workbench.Run(errors);
     workbench.Finish(errors);
     return kExitDone;
 }

@@ -10,6 +10,7 @@
 #include "web/WorkerThreads.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -26,6 +27,8 @@ struct BrowserOptions {
     ServedFolders folders = DefaultServedFolders();
     // Where recovery copies go that cannot stand beside their originals.
     std::vector<std::filesystem::path> recoveryFolders;
+    // How long the pages may ask what becomes of changes that are not saved.
+    std::chrono::milliseconds endPatience = std::chrono::seconds(60);
 };
 
 class BrowserWorkbench {
@@ -39,22 +42,37 @@ public:
 
     const std::string& Address() const noexcept { return server_->Address(); }
 
-    // Serves until Stop was called, or until `isDone` says so.
-    void Run(const std::function<bool()>& isDone = {});
+    // Serves until Stop was called, a signal or a user has ended it, or until `isDone` says so. One
+    // line on `errors` whenever the pages ask how to end.
+    void Run(std::ostream& errors, const std::function<bool()>& isDone = {});
 
     // Lets Run return soon. [any-thread]
-    void Stop() noexcept { stops_ = true; }
+    void Stop() noexcept { ending_ = Ending::kNow; }
 
-    // Writes recovery copies of what is not saved, says goodbye to the pages, and ends server and
-    // panel. One line on `errors` for each copy, and for what could not be recovered. Throws
-    // std::runtime_error when the panel lost service objects. A second call does nothing.
+    // What a signal brings about. SIGINT has the pages ask what becomes of changes that are not
+    // saved, where there are both; a second one, or another signal, lets Run return soon. False for
+    // one that comes when that is under way: whoever sends it has no patience left. [any-thread]
+    bool TakeSignal(int signal) noexcept;
+
+    // Writes recovery copies of what is not saved, unless a user wants none, says goodbye to the
+    // pages, and ends server and panel. One line on `errors` for each copy, and for what could not
+    // be recovered. Throws std::runtime_error when the panel lost service objects. A second call
+    // does nothing.
     void Finish(std::ostream& errors);
 
     Host& TheHost() noexcept { return session_.TheHost(); }
     Desk& TheDesk() noexcept { return *desk_; }
 
 private:
+    enum class Ending : std::uint8_t {
+        kNo,
+        kWanted,  // and the pages have not been told yet
+        kAsked,
+        kNow,
+    };
+
     void OpenDocuments();
+    void FollowEnding(std::ostream& errors);
     std::vector<std::string> WriteRecoveryCopies();
 
     const BrowserOptions options_;
@@ -63,7 +81,7 @@ private:
     PageServer pages_;
     std::unique_ptr<HttpServer> server_;
     std::shared_ptr<Desk> desk_;
-    std::atomic<bool> stops_ = false;
+    std::atomic<Ending> ending_ = Ending::kNo;
     bool finished_ = false;
 };
 

@@ -144,6 +144,7 @@ void Desk::Update()
             send_(page.socket, text);
         }
     }
+    TellOfEnding();
 }
 
 void Desk::Notify(const std::string& text, const std::string& reason)
@@ -202,6 +203,9 @@ void Desk::Connect(SocketNumber page)
     send_(page, Shared(sentDocuments_));
     pages_.push_back({page, 0});
     SendPanel(pages_.back(), panel_.Snapshot());
+    if (!toldUnsaved_.empty()) {
+        Send(page, DescribeEnding());
+    }
 }
 
 void Desk::Disconnect(SocketNumber page)

@@ -13,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -28,6 +29,13 @@ struct OpenResult;
 }
 
 namespace Workbench {
+
+// How it stands about the question what becomes of changes that are not saved.
+enum class EndQuestion : std::uint8_t {
+    kStands,
+    kTakenBack,  // or was never asked
+    kOver,       // answered, or there is nobody or nothing left to wait for
+};
 
 class Desk : public std::enable_shared_from_this<Desk> {
 public:
@@ -73,6 +81,15 @@ public:
 
     // One line for the users; the reason in one word for the pages, or empty.
     void Notify(const std::string& text, const std::string& reason = {});
+    // --- The end ---
+
+    // Has the pages ask what becomes of changes that are not saved. False when there are none or
+    // nobody can be asked.
+    bool AskBeforeEnding(std::chrono::milliseconds patience);
+    EndQuestion QuestionOfEnding() const;
+    // Whether a user has answered that they may be lost.
+    bool DiscardsChanges() const noexcept { return ending_ && ending_->discards; }
+
     // Tells the pages that the workbench ends.
     void SayGoodbye();
 
@@ -89,6 +106,13 @@ private:
         std::string reason;  // "password", "damaged" or empty
         std::shared_ptr<Documents::Document> content;
         std::optional<FileStamp> stamp{};  // of the file before it was read
+    };
+    // The question what becomes of unsaved changes.
+    struct Ending {
+        std::chrono::steady_clock::time_point until;
+        bool takesAnswers = true;  // not while one is being followed
+        bool isOver = false;
+        bool discards = false;
     };
     struct CommandEntry;
     static const CommandEntry kCommands[];
@@ -140,6 +164,15 @@ private:
     void SetLocale(const PageCommand& command);
     void Focus(const PageCommand& command);
     void SendAnnotations(const PageCommand& command);
+    void End(const PageCommand& command);
+
+    // --- The end ---
+
+    std::vector<DocumentNumber> UnsavedDocuments() const;
+    Json DescribeEnding() const;
+    void TellOfEnding();
+    void SaveAllAndEnd(const PageCommand& command);
+    void EndWhenSaved(const PageCommand& command, const WriteOutcome& outcome);
 
     // --- Documents ---
 
@@ -190,7 +223,9 @@ private:
     std::vector<Page> pages_;
     std::string sentDocuments_;
     std::string sentLocale_;
-    std::uint64_t scrollTo_ = 0;  // element that is to be scrolled into view; 0: none
+    std::optional<Ending> ending_;
+    std::vector<DocumentNumber> toldUnsaved_;  // what pages were told of the question last
+    std::uint64_t scrollTo_ = 0;               // element that is to be scrolled into view; 0: none
 };
 
 template <class Result>

@@ -89,6 +89,7 @@ const Desk::CommandEntry Desk::kCommands[] = {
     {"locale", &Desk::SetLocale, false},
     {"focus", &Desk::Focus, false, true},
     {"annotations", &Desk::SendAnnotations, false},
+    {"end", &Desk::End, false},
 };
 
 const Desk::CommandEntry* Desk::FindEntry(const PageCommand& command)
@@ -152,6 +153,8 @@ void Desk::RunWaiting(OpenDocument& document)
         open->waiting.pop_front();
         if (const auto* const command = std::get_if<PageCommand>(&next)) {
             Execute(*FindEntry(*command), *command);
+        } else if (const auto* const work = std::get_if<DocumentWork>(&next)) {
+            (*work)(open);
         } else {
             Act(std::get<PanelInput>(next));
         }

@@ -92,6 +92,8 @@ void Desk::CloseDocument(OpenDocument& document)
     for (const auto& waiting : closed->waiting) {
         if (const auto* const command = std::get_if<PageCommand>(&waiting)) {
             Refuse(*command, closed->name + " was closed", "gone");
+        } else if (const auto* const work = std::get_if<DocumentWork>(&waiting)) {
+            (*work)(nullptr);
         }
     }
     // A big document takes long to be released.

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -40,6 +41,11 @@ struct PanelInput {
     std::uint32_t modifiers = 0;
 };
 
+struct OpenDocument;
+
+// Called with the document when its turn has come, with null when it was closed before.
+using DocumentWork = std::function<void(OpenDocument*)>;
+
 struct OpenDocument {
     DocumentNumber number = 0;
     std::string name;
@@ -53,7 +59,7 @@ struct OpenDocument {
     // are done, so that the UI thread does not, and so does what comes behind it.
     std::uint32_t fileJobs = 0;
     bool saving = false;
-    std::deque<std::variant<PageCommand, PanelInput>> waiting;
+    std::deque<std::variant<PageCommand, PanelInput, DocumentWork>> waiting;
 
     // The file as it stood at a revision, by its encryption, and who waits for that of the present
     // one. Of a file that is not encrypted there is one kind only, kKept.

@@ -18,7 +18,7 @@ constexpr int kEndedBySignal = 128;
 
 class StopSignals::Waiting {
 public:
-    explicit Waiting(std::function<void()> stop) : stop_(std::move(stop))
+    explicit Waiting(std::function<bool(int)> take) : take_(std::move(take))
     {
         std::signal(SIGPIPE, SIG_IGN);
         Await();
@@ -39,22 +39,21 @@ private:
             if (error) {
                 return;
             }
-            if (!stop_) {
+            if (!take_(signal)) {
                 std::_Exit(kEndedBySignal + signal);
             }
-            std::exchange(stop_, nullptr)();
             Await();
         });
     }
 
-    std::function<void()> stop_;  // empty once it was called
+    const std::function<bool(int)> take_;
     boost::asio::io_context io_{1};
     boost::asio::signal_set signals_{io_, SIGINT, SIGTERM, SIGHUP};
     std::thread thread_;
 };
 
-StopSignals::StopSignals(std::function<void()> stop)
-    : waiting_(std::make_unique<Waiting>(std::move(stop)))
+StopSignals::StopSignals(std::function<bool(int signal)> take)
+    : waiting_(std::make_unique<Waiting>(std::move(take)))
 {
 }
 

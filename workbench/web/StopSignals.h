@@ -7,11 +7,11 @@
 
 namespace Workbench {
 
-// As long as it lives, the first signal calls `stop` on a thread of its own, and the second one
-// ends the process at once. There is one at a time.
+// As long as it lives, each signal calls `take` with its number on a thread of its own. Where that
+// says false, the process ends at once. There is one at a time.
 class StopSignals {
 public:
-    explicit StopSignals(std::function<void()> stop);
+    explicit StopSignals(std::function<bool(int signal)> take);
     ~StopSignals();
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;

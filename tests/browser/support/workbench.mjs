@@ -61,9 +61,9 @@ export class Workbench {
         return this.#program.exitCode === null && this.#program.signalCode === null;
     }
 
-    /// Ends the workbench as Ctrl-C does, and expects it to end well.
+    /// Ends the workbench without a question, and expects it to end well.
     async stop() {
-        this.#program.kill('SIGINT');
+        this.#program.kill('SIGTERM');
         const outcome = await this.#ended;
         rmSync(this.#folder, {recursive: true, force: true});
         assert.equal(outcome, 0, 'the workbench ends well');
