@@ -44,7 +44,7 @@ describe('Editing in the browser', () => {
 
     const chooseInMenu = async (menu, item) => {
         await window.page.getByRole('button', {name: menu, exact: true}).click();
-        await window.page.getByRole('menuitem', {name: item}).click();
+        await window.page.locator('.menu').getByText(item).click();
     };
 
     test("deletes with the panel's key and takes it back", async () => {
@@ -191,18 +191,35 @@ describe('Editing in the browser', () => {
         assert.equal(await mode.getAttribute('aria-pressed'), 'false');
     });
 
-    test('shows two documents side by side', async () => {
-        await window.page.getByRole('button', {name: 'View', exact: true}).click();
-        await window.page.getByRole('menuitemcheckbox', {name: 'Two documents'}).click();
-        await window.until(
-            () => window.page.locator('.slot canvas').count(),
-            (count) => count >= 2,
-            'both have pictures',
+    test('shows every page of two documents, behind tabs and side by side', async () => {
+        const height = () =>
+            window.page.locator('#workspace').evaluate((area) => area.clientHeight);
+        const room = await height();
+        const lastPages = {'small.pdf': 3, 'sample.pdf': 5};
+        const expectLastPage = async (slot, name) => {
+            await slot.locator('.page').nth(lastPages[name]).scrollIntoViewIfNeeded();
+            await slot.locator(`.page[data-page="${lastPages[name]}"] canvas`).waitFor();
+        };
+        const slots = window.page.locator('.slot');
+        for (const name of ['small.pdf', 'sample.pdf', 'small.pdf', 'sample.pdf']) {
+            await window.page.getByRole('tab', {name}).click();
+            await window.expectActive((active) => active.name === name, name);
+            await expectLastPage(slots, name);
+        }
+        await chooseInMenu('View', 'Two documents');
+        await expectLastPage(
+            slots.filter({has: window.page.locator('.page[data-page="5"]')}),
+            'sample.pdf',
         );
-        await window.page.locator('.slot .scroller').nth(1).focus();
+        await expectLastPage(
+            slots.filter({hasNot: window.page.locator('.page[data-page="5"]')}),
+            'small.pdf',
+        );
+        assert.equal(await height(), room, 'what lies around leaves the pages their room');
+        await window.page.locator('.slot:not(.active) .scroller').focus();
         await window.expectActive(
             (active) => active.name === 'small.pdf',
-            'the right one is active',
+            'the other half is active',
         );
     });
 

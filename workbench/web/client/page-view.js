@@ -2,7 +2,6 @@
 // what is in sight. The old picture stays until the new one is ready.
 
 import {AnnotationsLayer} from './annotations-layer.js';
-import {layText} from './pdf-file.js';
 import {text} from './texts.js';
 
 const kMostPixels = 2 ** 24;
@@ -11,6 +10,8 @@ export const kPixelsPerPoint = 96 / 72;
 
 export class PageView {
     #index;
+    #reader;
+    #failure = null;
     #task = null;
     #wanted = '';
     #drawn = '';
@@ -22,11 +23,14 @@ export class PageView {
     viewport = null;
     /// The list whose annotations lie on the page.
     shownList = null;
-    /// Revision of a file whose page could not be drawn; it is not tried again.
+    /// Revision of a file whose page could not be drawn; it is tried again when the page comes near
+    /// another time.
     failedRevision = null;
 
-    constructor(index, actions) {
+    /// `reader` lays the words of the page.
+    constructor(index, reader, actions) {
         this.#index = index;
+        this.#reader = reader;
         this.element.className = 'page';
         this.element.dataset.page = index;
         this.element.setAttribute('role', 'group');
@@ -47,6 +51,11 @@ export class PageView {
     /// Whether the picture is the one that `revision` and `scale` ask for.
     isDrawn(revision, scale) {
         return this.#drawn === this.#describe(revision, scale);
+    }
+
+    /// The page is to be drawn: as long as it has no picture it shows that one is on its way.
+    expect() {
+        this.element.classList.toggle('waiting', !this.#canvas);
     }
 
     /// Draws the page. Resolves to whether the picture is there: false when it was overtaken by
@@ -80,6 +89,7 @@ export class PageView {
         if (this.#wanted !== wanted) {
             return false;
         }
+        this.#showFailure(null);
         this.#replaceCanvas(canvas);
         this.#drawn = wanted;
         await this.#layWords(pdfPage, revision);
@@ -94,6 +104,32 @@ export class PageView {
         this.#replaceCanvas(null);
         this.#words?.remove();
         this.#words = null;
+        this.#showFailure(null);
+    }
+
+    /// Says on the page that it cannot be drawn.
+    fail(revision) {
+        this.#showFailure(revision);
+    }
+
+    translate() {
+        if (this.#failure) {
+            this.#failure.textContent = text('pages.failed', this.#index + 1);
+        }
+    }
+
+    #showFailure(revision) {
+        this.failedRevision = revision;
+        this.element.classList.remove('waiting');
+        this.#failure?.remove();
+        this.#failure = null;
+        if (revision !== null) {
+            this.#replaceCanvas(null);
+            this.#failure = document.createElement('p');
+            this.#failure.className = 'page-failure';
+            this.element.append(this.#failure);
+            this.translate();
+        }
     }
 
     // The words hold at every zoom.
@@ -103,7 +139,7 @@ export class PageView {
         }
         const words = document.createElement('div');
         words.className = 'page-words';
-        await layText(pdfPage, this.viewport, words);
+        await this.#reader.layText(pdfPage, this.viewport, words);
         if (!this.#canvas) {
             return; // released meanwhile
         }

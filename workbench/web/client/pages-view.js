@@ -2,7 +2,7 @@
 // in sight have a picture and their annotations. Scroll place and zoom are the view's own.
 
 import {NavigationBar} from './navigation-bar.js';
-import {openPdf} from './pdf-file.js';
+import {PdfReader} from './pdf-file.js';
 import {PageAnnotations} from './page-annotations.js';
 import {kPixelsPerPoint, PageView} from './page-view.js';
 import {text} from './texts.js';
@@ -16,6 +16,7 @@ const kLetter = {width: 816, height: 1056};
 export class PagesView {
     #services;
     #description = null;
+    #reader = new PdfReader();
     #pdf = null;
     #loadedRevision = null;
     #isLoading = false;
@@ -33,6 +34,7 @@ export class PagesView {
     element = document.createElement('div');
     scroller = document.createElement('div');
     #column = document.createElement('div');
+    #progress = document.createElement('div');
 
     /// `services` has `connection`, `lists` of annotations, `edits`, `notice(text)` and
     /// `askPassword(id, name, wasWrong)`.
@@ -44,9 +46,10 @@ export class PagesView {
         this.scroller.tabIndex = 0;
         this.#column.className = 'pages';
         this.scroller.append(this.#column);
+        this.#makeProgress();
         this.#zoom = new Zoom(this.scroller, this.#column, () => this.#zoomed());
         this.#bar = new NavigationBar(this.#zoom, (page) => this.goTo(page));
-        this.element.append(this.scroller, this.#bar.element);
+        this.element.append(this.#progress, this.scroller, this.#bar.element);
         this.#observer = new IntersectionObserver((entries) => this.#sightChanged(entries), {
             root: this.scroller,
             rootMargin: kMargin,
@@ -114,7 +117,7 @@ export class PagesView {
     }
 
     unmount() {
-        this.#scrolled();  // of a scroll just now no event has come yet
+        this.#scrolled(); // of a scroll just now no event has come yet
         this.element.remove();
         for (const page of this.#near) {
             page.release();
@@ -124,15 +127,18 @@ export class PagesView {
     close() {
         this.unmount();
         this.#observer.disconnect();
-        this.#pdf?.destroy();
-        this.#pdf = null;
         this.#description = null;
+        if (!this.#isLoading) {
+            this.#closeFile(this.#pdf);
+        }
+        this.#pdf = null;
     }
 
     translate() {
         this.#bar.translate();
         this.#nameScroller();
         for (const page of this.#near) {
+            page.translate();
             this.#annotations.translate(page, this.#pdf);
         }
     }
@@ -147,6 +153,7 @@ export class PagesView {
     #nameScroller() {
         const name = this.#description?.name ?? '';
         this.scroller.setAttribute('aria-label', text('pages.label', name));
+        this.#progress.setAttribute('aria-label', text('pages.loading', name));
     }
 
     // --- Contents ---
@@ -158,11 +165,15 @@ export class PagesView {
         }
         this.#isLoading = true;
         const {revision} = this.#description;
+        const old = this.#pdf;
+        this.#showProgress(0);
         const pdf = await this.#open(this.#description);
         const first = await pdf?.getPage(1).catch(() => null);
         this.#isLoading = false;
+        this.#progress.hidden = true;
         if (!this.#description) {
-            pdf?.destroy();
+            await old?.destroy();
+            this.#closeFile(pdf);
             return;
         }
         if (pdf) {
@@ -177,8 +188,11 @@ export class PagesView {
 
     async #open({id, revision, name}) {
         try {
-            return await openPdf(id, revision, (wasWrong) =>
-                this.#services.askPassword(id, name, wasWrong),
+            return await this.#reader.open(
+                id,
+                revision,
+                (wasWrong) => this.#services.askPassword(id, name, wasWrong),
+                (part) => this.#showProgress(part),
             );
         } catch (error) {
             if (this.#description && this.#services.connection.isOpen) {
@@ -187,6 +201,24 @@ export class PagesView {
             }
             return null;
         }
+    }
+
+    async #closeFile(pdf) {
+        await pdf?.destroy();
+        await this.#reader.close();
+    }
+
+    #makeProgress() {
+        this.#progress.className = 'progress';
+        this.#progress.setAttribute('role', 'progressbar');
+        this.#progress.append(document.createElement('div'));
+        this.#progress.hidden = true;
+    }
+
+    #showProgress(part) {
+        this.#progress.hidden = !this.#isLoading;
+        this.#progress.setAttribute('aria-valuenow', String(Math.round(100 * Math.min(part, 1))));
+        this.#progress.firstElementChild.style.transform = `scaleX(${Math.min(part, 1)})`;
     }
 
     #replacePdf(pdf, first) {
@@ -212,7 +244,7 @@ export class PagesView {
         }
         const added = [];
         while (this.#pages.length < count) {
-            const page = new PageView(this.#pages.length, this.#actions());
+            const page = new PageView(this.#pages.length, this.#reader, this.#actions());
             page.setSize(size.width, size.height);
             this.#pages.push(page);
             added.push(page.element);
@@ -301,6 +333,7 @@ export class PagesView {
         }
         const middle = this.currentPage;
         const waiting = [...this.#near].filter((page) => this.#isWaiting(page));
+        waiting.forEach((page) => page.expect());
         waiting.sort((a, b) => Math.abs(a.index - middle) - Math.abs(b.index - middle));
         return waiting[0] ?? null;
     }
@@ -327,7 +360,7 @@ export class PagesView {
         } catch (error) {
             if (pdf === this.#pdf) {
                 console.error(error);
-                page.failedRevision = this.#loadedRevision;
+                page.fail(this.#loadedRevision);
             }
         }
     }
@@ -336,7 +369,7 @@ export class PagesView {
 
     async #reveal() {
         const {shown} = this.#description;
-        const page = this.#pages[shown.page];
+        const page = this.#pages[shown?.page];
         if (!page || !this.#pdf || this.scroller.clientHeight === 0) {
             return; // comes again with the file, and when there is something to be seen
         }

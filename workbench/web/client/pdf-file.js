@@ -1,10 +1,14 @@
-// Reading documents for the page: pdf.js in a worker of its own, shared by all documents.
+// Reading documents for the page with pdf.js. The library keeps some of what it knows of a document
+// once per module, the number of pages above all: each open document has a module and a worker of
+// its own, which the next one takes over when it is closed.
 
-let library = null;
+const kIdle = [];
+let count = 0;
 
-async function loadLibrary() {
+/// A module of pdf.js with its worker.
+async function loadReader() {
     const folder = new URL('pdfjs/', document.baseURI);
-    const pdfjs = await import(new URL('build/pdf.mjs', folder).href);
+    const pdfjs = await import(new URL(`build/pdf.mjs?reader=${++count}`, folder).href);
     pdfjs.GlobalWorkerOptions.workerSrc = new URL('build/pdf.worker.mjs', folder).href;
     return {
         pdfjs,
@@ -22,28 +26,48 @@ async function loadLibrary() {
     };
 }
 
-/// Lays the words of a page over its picture, transparent, so that they can be selected, copied and
-/// read out. `element` is empty; its size follows the style property `--scale`.
-export async function layText(pdfPage, viewport, element) {
-    const {pdfjs} = await library;
-    const layer = new pdfjs.TextLayer({
-        textContentSource: pdfPage.streamTextContent(),
-        container: element,
-        viewport,
-    });
-    await layer.render();
-}
+/// The files of one document, one revision after the other.
+export class PdfReader {
+    #reader = null;
+    #isClosed = false;
 
-/// Opens a document as it stands at one revision. `askPassword(wasWrong)` promises a password, or
-/// null to give up. Rejects when the file cannot be read.
-export async function openPdf(documentId, revision, askPassword) {
-    library ??= loadLibrary();
-    const {pdfjs, options} = await library;
-    const url = new URL(`documents/${documentId}/content?revision=${revision}`, document.baseURI);
-    const task = pdfjs.getDocument({url: url.href, ...options});
-    task.onPassword = async (answer, reason) => {
-        const password = await askPassword(reason === pdfjs.PasswordResponses.INCORRECT_PASSWORD);
-        answer(password ?? new Error('no password'));
-    };
-    return task.promise;
+    /// Opens the document as it stands at one revision. `askPassword(wasWrong)` promises a
+    /// password, or null to give up; `onProgress` is told the part that has come, from 0 to 1.
+    /// Rejects when the file cannot be read.
+    async open(documentId, revision, askPassword, onProgress) {
+        this.#reader ??= Promise.resolve(kIdle.pop() ?? loadReader());
+        const {pdfjs, options} = await this.#reader;
+        const url = new URL(
+            `documents/${documentId}/content?revision=${revision}`,
+            document.baseURI,
+        );
+        const task = pdfjs.getDocument({url: url.href, ...options});
+        task.onProgress = ({loaded, total}) => onProgress(total > 0 ? loaded / total : 0);
+        task.onPassword = async (answer, reason) => {
+            const wasWrong = reason === pdfjs.PasswordResponses.INCORRECT_PASSWORD;
+            answer((await askPassword(wasWrong)) ?? new Error('no password'));
+        };
+        return task.promise;
+    }
+
+    /// Lays the words of a page over its picture, transparent, so that they can be selected, copied
+    /// and read out. `element` is empty; its size follows the style property `--scale`.
+    async layText(pdfPage, viewport, element) {
+        const {pdfjs} = await this.#reader;
+        const layer = new pdfjs.TextLayer({
+            textContentSource: pdfPage.streamTextContent(),
+            container: element,
+            viewport,
+        });
+        await layer.render();
+    }
+
+    /// After the last file has been destroyed.
+    async close() {
+        const reader = this.#reader;
+        if (reader && !this.#isClosed) {
+            this.#isClosed = true;
+            kIdle.push(await reader);
+        }
+    }
 }

@@ -21,6 +21,11 @@ export function text(key, ...values) {
     return words.replace(/\{(\d)\}/g, (match, at) => String(values[at] ?? match));
 }
 
+/// Whether a key has words.
+export function hasText(key) {
+    return en[key] !== undefined;
+}
+
 /// Every key of every table, for whoever checks that none is missing.
 export function textTables() {
     return kTables;
