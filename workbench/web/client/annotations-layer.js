@@ -1,10 +1,14 @@
 // The annotations of one page, as places on it that can be pointed at: a button for each one that
 // the panel lists. Positions are parts of the page, so that they hold at every zoom.
 
+import {nextFrame} from './slices.js';
 import {text} from './texts.js';
 
 const kSmallestSide = 10;
 const kIconSubtypes = new Set(['Text', 'FileAttachment', 'Sound']);
+const kLongestName = 300;
+// As many as can be made and laid out in a part of a frame.
+const kPlacesInFrame = 200;
 const kSteps = {ArrowUp: -1, ArrowLeft: -1, ArrowDown: 1, ArrowRight: 1};
 
 function percent(part, whole) {
@@ -35,125 +39,232 @@ function grown({left, top, width, height}) {
     };
 }
 
+/// Whether an annotation that has no picture in its file gets a sign on the page.
+export function hasSign({subtype, rect}) {
+    return kIconSubtypes.has(subtype) && rect !== null;
+}
+
 export class AnnotationsLayer {
     #page;
     #actions;
-    #buttons = new Map();
-    #annotations = [];
+    #places = [];
+    #shows = 0;
+    #isStale = false;
+    #revision = null;
+    #marked = null;
+    #stop = null;
     element = document.createElement('div');
 
-    /// `actions` has `focus(page, index)`, `remove(page, index)` and `edit(page, index)`.
+    /// `actions` has `focus(page, index, revision)`, `remove(...)` and `edit(...)` of the same form;
+    /// what has no place left for the keyboard focus hands it to `giveFocusBack()`.
     constructor(page, actions) {
         this.#page = page;
         this.#actions = actions;
         this.element.className = 'annotations';
         this.element.setAttribute('role', 'group');
-        this.element.addEventListener('click', (event) => this.#click(event));
-        this.element.addEventListener('dblclick', (event) => this.#doubleClick(event));
+        this.element.addEventListener('click', (event) => this.#act('focus', event));
+        this.element.addEventListener('dblclick', (event) => this.#act('edit', event));
         this.element.addEventListener('keydown', (event) => this.#key(event));
     }
 
-    /// `bare` are the indices of annotations that the page's picture does not show.
-    show(annotations, viewport, bare) {
-        this.#annotations = annotations.filter(({listed, rect}) => listed && rect !== null);
+    /// Shows the annotations of a list; `isBare(annotation)` says of those with a sign that the
+    /// page's picture does not show them. What is as it was stays. Many come in parts, with frames
+    /// between them; resolves to false when another call has overtaken this one.
+    async show({annotations, revision}, viewport, isBare) {
+        const turn = ++this.#shows;
         this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
-        const hadFocus = this.#indexOf(document.activeElement);
-        this.#buttons.clear();
-        for (const annotation of this.#annotations) {
-            this.#buttons.set(annotation.index, this.#makeButton(annotation, viewport, bare));
+        const wanted = annotations
+            .filter(({listed, rect}) => listed && rect !== null)
+            .map((annotation) => this.#describe(annotation, viewport, isBare));
+        const begin = this.#countSame(wanted);
+        const end = this.#countSame(wanted, begin);
+        this.#renumber(wanted, begin, end);
+        this.#revision = revision;
+        const focusAt = this.#drop(begin, this.#places.length - end);
+        const added = wanted.slice(begin, wanted.length - end);
+        for (let at = 0; at < added.length; at += kPlacesInFrame) {
+            if (at > 0) {
+                this.setStale(true);
+                await nextFrame();
+                if (turn !== this.#shows) {
+                    return false;
+                }
+            }
+            this.#insert(begin + at, added.slice(at, at + kPlacesInFrame), viewport);
         }
-        this.element.replaceChildren(...this.#buttons.values());
-        this.#setStop(hadFocus ?? this.#annotations[0]?.index);
-        if (hadFocus !== null) {
-            this.#buttons.get(hadFocus)?.focus({preventScroll: true});
+        this.setStale(false);
+        this.#setStop(this.#stop ?? this.#places[0]?.button ?? null);
+        if (focusAt !== null) {
+            this.#restoreFocus(focusAt);
         }
+        return true;
+    }
+
+    /// Places that belong to a revision gone by cannot be pointed at.
+    setStale(isStale) {
+        this.#isStale = isStale;
+        this.element.classList.toggle('stale', isStale);
     }
 
     /// Outlines one, or none for null; with a pulse when it has just been asked for. Whether there
     /// is such a one.
     mark(index, pulse) {
-        for (const [each, button] of this.#buttons) {
-            button.classList.toggle('focused', each === index);
-            button.setAttribute('aria-pressed', String(each === index));
+        const button =
+            this.#places.find(({annotation}) => annotation.index === index)?.button ?? null;
+        if (button !== this.#marked) {
+            this.#setMark(this.#marked, false);
+            this.#setMark(button, true);
+            this.#marked = button;
         }
-        const marked = this.#buttons.get(index);
-        if (marked && pulse) {
-            marked.classList.remove('pulse');
-            marked.getBoundingClientRect(); // begins the animation anew
-            marked.classList.add('pulse');
+        if (button && pulse) {
+            button.classList.remove('pulse');
+            button.getBoundingClientRect(); // begins the animation anew
+            button.classList.add('pulse');
         }
-        return marked !== undefined;
+        return button !== null;
     }
 
-    #makeButton(annotation, viewport, bare) {
+    #setMark(button, isMarked) {
+        button?.classList.toggle('focused', isMarked);
+        button?.setAttribute('aria-pressed', String(isMarked));
+    }
+
+    // An annotation with all that its button shows, as a text to compare.
+    #describe(annotation, viewport, isBare) {
+        const {subtype, contents, rect} = annotation;
+        const words = [text(`subtype.${subtype}`), contents.slice(0, kLongestName)];
+        const name = words.filter(Boolean).join(': ');
+        const isIcon = hasSign(annotation) && isBare(annotation);
+        const size = `${viewport.width} ${viewport.height} ${viewport.rotation}`;
+        return {annotation, name, isIcon, looks: `${rect} ${size} ${isIcon} ${name}`};
+    }
+
+    // How many at the beginning look as they do already; with `skipped`, how many at the end,
+    // besides those at the beginning.
+    #countSame(wanted, skipped = null) {
+        const most = Math.min(wanted.length, this.#places.length) - (skipped ?? 0);
+        const at = (list, count) => list[skipped === null ? count : list.length - 1 - count];
+        let count = 0;
+        while (count < most && at(wanted, count).looks === at(this.#places, count).looks) {
+            ++count;
+        }
+        return count;
+    }
+
+    #renumber(wanted, begin, end) {
+        const renumber = (place, {annotation}) => {
+            place.annotation = annotation;
+            if (place.button.dataset.index !== String(annotation.index)) {
+                place.button.dataset.index = annotation.index;
+            }
+        };
+        for (let at = 0; at < begin; ++at) {
+            renumber(this.#places[at], wanted[at]);
+        }
+        for (let at = 1; at <= end; ++at) {
+            renumber(this.#places.at(-at), wanted.at(-at));
+        }
+    }
+
+    // Removes the places between two positions; the position of the one that had the focus.
+    #drop(from, to) {
+        let focusAt = null;
+        for (let at = from; at < to; ++at) {
+            const {button} = this.#places[at];
+            focusAt = button === document.activeElement ? at : focusAt;
+            this.#stop = button === this.#stop ? null : this.#stop;
+            this.#marked = button === this.#marked ? null : this.#marked;
+            button.remove();
+        }
+        this.#places.splice(from, to - from);
+        return focusAt;
+    }
+
+    #insert(at, descriptions, viewport) {
+        const places = descriptions.map((description) => ({
+            ...description,
+            button: this.#makeButton(description, viewport),
+        }));
+        const buttons = places.map(({button}) => button);
+        if (at === 0) {
+            this.element.prepend(...buttons);
+        } else {
+            this.#places[at - 1].button.after(...buttons);
+        }
+        this.#places.splice(at, 0, ...places);
+    }
+
+    #restoreFocus(at) {
+        const nearest = this.#places[Math.min(at, this.#places.length - 1)]?.button;
+        if (!nearest) {
+            this.#actions.giveFocusBack();
+            return;
+        }
+        this.#setStop(nearest);
+        nearest.focus({preventScroll: true});
+    }
+
+    #makeButton({annotation, name, isIcon}, viewport) {
         const button = document.createElement('button');
         button.type = 'button';
-        button.className = 'annotation';
+        button.className = isIcon ? 'annotation icon' : 'annotation';
         button.dataset.index = annotation.index;
-        const words = [text(`subtype.${annotation.subtype}`), annotation.contents];
-        button.setAttribute('aria-label', words.filter(Boolean).join(': ').slice(0, 300));
-        if (kIconSubtypes.has(annotation.subtype) && bare.has(annotation.index)) {
-            button.classList.add('icon');
-        }
+        button.tabIndex = -1;
+        button.setAttribute('aria-label', name);
+        button.setAttribute('aria-pressed', 'false');
         const place = grown(placeOf(annotation.rect, viewport));
-        button.style.left = percent(place.left, viewport.width);
-        button.style.top = percent(place.top, viewport.height);
-        button.style.width = percent(place.width, viewport.width);
-        button.style.height = percent(place.height, viewport.height);
         // The smaller one of two that overlap stays within reach.
         const area = (place.width * place.height) / (viewport.width * viewport.height);
-        button.style.zIndex = String(1000 - Math.min(999, Math.round(area * 1000)));
+        button.style.cssText =
+            `left:${percent(place.left, viewport.width)};` +
+            `top:${percent(place.top, viewport.height)};` +
+            `width:${percent(place.width, viewport.width)};` +
+            `height:${percent(place.height, viewport.height)};` +
+            `z-index:${1000 - Math.min(999, Math.round(area * 1000))}`;
         return button;
     }
 
-    #indexOf(element) {
-        return this.element.contains(element) && element.dataset.index !== undefined
-            ? Number(element.dataset.index)
-            : null;
+    #placeAt(element) {
+        return this.#places.find(({button}) => button === element) ?? null;
     }
 
-    #setStop(index) {
-        for (const [each, button] of this.#buttons) {
-            button.tabIndex = each === index ? 0 : -1;
+    #setStop(button) {
+        if (this.#stop && this.#stop !== button) {
+            this.#stop.tabIndex = -1;
+        }
+        this.#stop = button;
+        if (button) {
+            button.tabIndex = 0;
         }
     }
 
-    #click(event) {
-        const index = this.#indexOf(event.target);
-        if (index !== null) {
-            this.#setStop(index);
-            this.#actions.focus(this.#page, index);
-        }
-    }
-
-    #doubleClick(event) {
-        const index = this.#indexOf(event.target);
-        if (index !== null) {
-            this.#actions.edit(this.#page, index);
+    #act(name, {target}) {
+        const place = this.#isStale ? null : this.#placeAt(target);
+        if (place) {
+            this.#setStop(place.button);
+            this.#actions[name](this.#page, place.annotation.index, this.#revision);
         }
     }
 
     #key(event) {
-        const index = this.#indexOf(event.target);
-        if (index === null || event.ctrlKey || event.altKey || event.metaKey) {
+        const at = this.#places.findIndex(({button}) => button === event.target);
+        if (at < 0 || event.ctrlKey || event.altKey || event.metaKey) {
             return;
         }
         if (event.key === 'Delete') {
-            this.#actions.remove(this.#page, index);
+            this.#act('remove', event);
         } else if (kSteps[event.key]) {
-            this.#step(index, kSteps[event.key]);
+            this.#step(this.#places[at + kSteps[event.key]]);
         } else {
             return;
         }
         event.preventDefault();
     }
 
-    #step(index, by) {
-        const at = this.#annotations.findIndex((annotation) => annotation.index === index);
-        const next = this.#annotations[at + by];
-        if (next) {
-            this.#setStop(next.index);
-            this.#buttons.get(next.index).focus();
+    #step(place) {
+        if (place) {
+            this.#setStop(place.button);
+            place.button.focus();
         }
     }
 }

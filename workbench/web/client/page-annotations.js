@@ -1,33 +1,65 @@
-// The annotations on the pages of one view: fetched when a page comes near, shown on it, and the
-// one in focus marked.
+// The annotations on the pages of one view: fetched when a page comes near and whenever the
+// document changes, shown on it, and the one in focus marked.
 
-// How far corners of one annotation may be apart, in points, as two readers round them.
-const kSameCorner = 0.5;
+import {hasSign} from './annotations-layer.js';
 
-// The reader of files gives notes a size of its own; their left upper corner stays.
-function isSame(one, {subtype, rect}) {
-    const isNear = (side) => Math.abs(one.rect[side] - rect[side]) < kSameCorner;
-    return one.subtype === subtype && isNear(0) && isNear(3);
+// Corners of one annotation, in points, as two readers round them.
+function cornerOf({subtype, rect}, moreLeft = 0, moreTop = 0) {
+    return `${subtype} ${Math.round(rect[0]) + moreLeft} ${Math.round(rect[3]) + moreTop}`;
 }
 
-/// Indices of the annotations that the picture of a page does not show. `known` is what the file's
-/// reader says of the page.
-function withoutPicture(annotations, known) {
-    const isBare = (annotation) =>
-        known.find((one) => isSame(one, annotation))?.hasAppearance === false;
-    const placed = annotations.filter(({rect}) => rect !== null);
-    return new Set(placed.filter(isBare).map(({index}) => index));
+const kNeighbours = [-1, 0, 1].flatMap((left) => [-1, 0, 1].map((top) => [left, top]));
+
+/// The corners of annotations that the picture of a page does not show. The reader of files gives
+/// notes a size of its own; their left upper corner stays.
+async function readBareCorners(pdf, index) {
+    const corners = new Set();
+    try {
+        const pdfPage = await pdf.getPage(index + 1);
+        for (const annotation of await pdfPage.getAnnotations()) {
+            if (hasSign(annotation) && annotation.hasAppearance === false) {
+                corners.add(cornerOf(annotation));
+            }
+        }
+    } catch {
+        // The file has been replaced meanwhile, and is shown anew.
+    }
+    return corners;
 }
 
 export class PageAnnotations {
     #lists;
+    #document = null;
     #fetched = new Map();
+    #bareCorners = new Map();
     #focused = null;
     #mustPulse = false;
 
     /// `lists` gives the annotations of a page.
     constructor(lists) {
         this.#lists = lists;
+    }
+
+    /// What the workbench says of the document. After a change the annotations of `pages` are those
+    /// of the new revision as soon as they are there, before the picture is; where pages have
+    /// changed their places, none can be pointed at until then.
+    update(description, pages) {
+        const before = this.#document;
+        this.#document = description;
+        if (!before || before.revision === description.revision) {
+            return;
+        }
+        const isReordered =
+            before.pages !== description.pages ||
+            [description.undo, description.redo].includes('move-page');
+        for (const page of pages) {
+            if (page.shownList) {
+                page.layer.setStale(true);
+                if (!isReordered) {
+                    this.#refresh(page);
+                }
+            }
+        }
     }
 
     /// Another annotation has the focus, or none. `pulse` draws the eye to it as soon as it is
@@ -40,40 +72,60 @@ export class PageAnnotations {
         }
     }
 
-    /// Shows the annotations on a page that has been drawn from `pdf`.
-    async show(page, pdf, {id, revision}) {
-        let list = this.#fetched.get(page.index);
-        if (list?.revision !== revision) {
-            list = await this.#lists.ask(id, page.index);
-            if (!list) {
-                return;
-            }
-            this.#fetched.set(page.index, list);
+    /// Shows the annotations on a page that is drawn from `pdf`.
+    async show(page, pdf) {
+        const list = await this.#listOf(page.index);
+        if (!list) {
+            return;
         }
-        if (page.shownList !== list) {
-            page.shownList = list;
-            await this.#lay(page, pdf, list);
+        const known = this.#bareCorners.get(page.index);
+        const asksReader = list.annotations.some((one) => one.listed && hasSign(one));
+        if (asksReader && known?.pdf !== pdf) {
+            const corners = await readBareCorners(pdf, page.index);
+            this.#bareCorners.set(page.index, {pdf, corners});
         }
+        await this.#lay(page, list);
     }
 
     /// Shows them anew, in another language.
-    async translate(page, pdf) {
+    async translate(page) {
         if (page.shownList) {
-            await this.#lay(page, pdf, page.shownList);
+            await this.#lay(page, page.shownList);
         }
     }
 
-    async #lay(page, pdf, list) {
-        let known = [];
-        try {
-            const pdfPage = await pdf.getPage(page.index + 1);
-            known = await pdfPage.getAnnotations();
-        } catch {
-            // The file has been replaced meanwhile, and is shown anew.
+    async #refresh(page) {
+        const list = await this.#listOf(page.index);
+        if (list) {
+            await this.#lay(page, list);
         }
-        if (page.shownList === list) {
-            const bare = withoutPicture(list.annotations, known);
-            page.layer.show(list.annotations, page.viewport, bare);
+    }
+
+    // An answer may be older than what has been said of the document meanwhile.
+    async #listOf(index) {
+        for (;;) {
+            const {id, revision} = this.#document;
+            let list = this.#fetched.get(index);
+            if (list?.revision !== revision) {
+                list = await this.#lists.ask(id, index);
+            }
+            if (!list) {
+                return null;
+            }
+            if (list.revision >= this.#document.revision) {
+                this.#fetched.set(index, list);
+                return list;
+            }
+        }
+    }
+
+    async #lay(page, list) {
+        page.shownList = list;
+        const corners = this.#bareCorners.get(page.index)?.corners;
+        const isBare = (annotation) =>
+            corners !== undefined &&
+            kNeighbours.some(([left, top]) => corners.has(cornerOf(annotation, left, top)));
+        if (await page.layer.show(list, page.viewport, isBare)) {
             this.#mark(page);
         }
     }

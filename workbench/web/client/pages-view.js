@@ -101,6 +101,7 @@ export class PagesView {
         const count = description.shown?.count ?? 0;
         const isAsked = this.#shownCount !== null && count > this.#shownCount;
         this.#shownCount = count;
+        this.#annotations.update(description, this.#near);
         this.#annotations.focus(description.focused, isAsked, this.#near);
         if (isAsked) {
             this.#mustReveal = true;
@@ -139,7 +140,7 @@ export class PagesView {
         this.#nameScroller();
         for (const page of this.#near) {
             page.translate();
-            this.#annotations.translate(page, this.#pdf);
+            this.#annotations.translate(page);
         }
     }
 
@@ -257,12 +258,13 @@ export class PagesView {
     }
 
     #actions() {
-        const withDocument = (action) => (page, index) =>
-            this.#services.edits[action](this.#description, page, index);
+        const withDocument = (action) => (page, index, revision) =>
+            this.#services.edits[action]({...this.#description, revision}, page, index);
         return {
             focus: withDocument('focus'),
             remove: withDocument('remove'),
             edit: withDocument('editContents'),
+            giveFocusBack: () => this.scroller.focus({preventScroll: true}),
         };
     }
 
@@ -354,7 +356,7 @@ export class PagesView {
                 return;
             }
             const drawn = page.draw(pdfPage, this.#loadedRevision, this.#zoom.scale);
-            this.#annotations.show(page, pdf, this.#description);
+            this.#annotations.show(page, pdf);
             await drawn;
             pdfPage.cleanup();
         } catch (error) {

@@ -10,6 +10,17 @@ export function sliceClock(milliseconds = kSliceMilliseconds) {
     return () => performance.now() < end;
 }
 
+/// A page that is not looked at has no frames.
+export function nextFrame() {
+    return new Promise((resolve) => {
+        if (document.hidden) {
+            setTimeout(resolve, kHiddenPause);
+        } else {
+            requestAnimationFrame(resolve);
+        }
+    });
+}
+
 export class SlicedWork {
     #pieces = [];
     #next = 0;
@@ -56,17 +67,10 @@ export class SlicedWork {
         this.#afterSlice(this.isEmpty);
     }
 
-    // A page that is not looked at has no frames.
-    #waitForFrame() {
+    async #waitForFrame() {
         this.#waiting = true;
-        const go = () => {
-            this.#waiting = false;
-            this.#slice();
-        };
-        if (document.hidden) {
-            setTimeout(go, kHiddenPause);
-        } else {
-            requestAnimationFrame(go);
-        }
+        await nextFrame();
+        this.#waiting = false;
+        this.#slice();
     }
 }
