@@ -4,10 +4,10 @@
 #include "platform-libraries/UnicodeText.h"
 #include "service-common/WideText.h"
 #include "services/HandlerAttachment.h"
+#include "services/KeyNames.h"
 
 #include <algorithm>
 #include <chrono>
-#include <map>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -29,12 +29,6 @@ namespace {
 
 // What the fixture leaves as the module's last error, to tell a new one from an old one.
 constexpr const char* kMarker = "UIInplacePlugin::InitHtml() failed, code: 3";
-
-const std::map<std::string, std::uint32_t> kKeys = {
-    {"Enter", kKeyEnter},  {"PageUp", kKeyPageUp}, {"PageDown", kKeyPageDown},
-    {"End", kKeyEnd},      {"Home", kKeyHome},     {"Left", kKeyLeft},
-    {"Up", kKeyUpArrow},   {"Right", kKeyRight},   {"Down", kKeyDownArrow},
-    {"Delete", kKeyDelete}};
 
 std::string Trimmed(const std::string& text)
 {
@@ -242,8 +236,8 @@ void PanelTest::Do(const ViewPtr& view, const std::string& steps)
     std::istringstream in(steps);
     for (std::string step; std::getline(in, step, ';');) {
         step = Trimmed(step);
-        if (const auto key = kKeys.find(step); key != kKeys.end()) {
-            host.Panel().PressKey(Find(view, "div.results-container"), key->second);
+        if (const auto key = KeyNamed(step)) {
+            host.Panel().PressKey(Find(view, "div.results-container"), *key);
         } else if (step.starts_with("click ")) {
             const std::string target = step.substr(6);
             const std::size_t at = target.rfind('@');

@@ -3,8 +3,8 @@
 
 #include "driver/PanelReport.h"
 #include "platform-libraries/UnicodeText.h"
+#include "services/KeyNames.h"
 
-#include <array>
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
@@ -62,24 +62,11 @@ bool IsOn(const std::string& word)
 
 std::uint32_t Key(const std::string& name)
 {
-    static constexpr std::array<std::pair<const char*, std::uint32_t>, 10> kKeys = {{
-        {"Enter", kKeyEnter},
-        {"PageUp", kKeyPageUp},
-        {"PageDown", kKeyPageDown},
-        {"Home", kKeyHome},
-        {"End", kKeyEnd},
-        {"Up", kKeyUpArrow},
-        {"Down", kKeyDownArrow},
-        {"Left", kKeyLeft},
-        {"Right", kKeyRight},
-        {"Delete", kKeyDelete},
-    }};
-    for (const auto& [keyName, key] : kKeys) {
-        if (name == keyName) {
-            return key;
-        }
+    const auto key = KeyNamed(name);
+    if (!key) {
+        throw StepError("there is no key " + Quoted(name));
     }
-    throw StepError("there is no key " + Quoted(name));
+    return *key;
 }
 
 ElementHandle VisibleContainer(const StepCall& call)

@@ -2,12 +2,12 @@
 
 #include "driver/PanelReader.h"
 #include "services/BLDocumentObject.h"
+#include "services/KeyNames.h"
 #include "ui-engine/HtmlElementTypes.h"
 #include "web/Author.h"
 #include "web/JsonText.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <string_view>
 
@@ -17,22 +17,6 @@ namespace {
 
 using HtmlEngine::ElementHandle;
 using HtmlEngine::kNoElement;
-
-struct Key {
-    std::string_view name;
-    std::uint32_t code;
-};
-
-constexpr std::array<Key, 10> kKeys = {{{"Enter", kKeyEnter},
-                                        {"PageUp", kKeyPageUp},
-                                        {"PageDown", kKeyPageDown},
-                                        {"Home", kKeyHome},
-                                        {"End", kKeyEnd},
-                                        {"Up", kKeyUpArrow},
-                                        {"Down", kKeyDownArrow},
-                                        {"Left", kKeyLeft},
-                                        {"Right", kKeyRight},
-                                        {"Delete", kKeyDelete}}};
 
 std::shared_ptr<const std::string> Shared(std::string text)
 {
@@ -242,13 +226,12 @@ PanelInput Desk::ReadInput(const PageMessage& message, bool isKey) const
         return input;
     }
     const std::string name = message.Text("key");
-    const auto key = std::find_if(kKeys.begin(), kKeys.end(),
-                                  [&](const Key& entry) { return entry.name == name; });
-    if (key == kKeys.end()) {
+    const auto key = KeyNamed(name);
+    if (!key) {
         throw MessageError("there is no key \"" + name + "\"");
     }
     input.element = message.OptionalNumber("element");
-    input.key = key->code;
+    input.key = *key;
     input.modifiers =
         static_cast<std::uint32_t>(message.OptionalNumber("modifiers").value_or(0) & 0xFFFF);
     return input;
