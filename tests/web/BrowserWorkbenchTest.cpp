@@ -96,6 +96,15 @@ protected:
     std::uint64_t Item(const std::string& name) { return page->tree.Find("annot-name", name); }
     std::string Path(const std::string& name) const { return folder.At(name).string(); }
 
+    // What the workbench says on standard error until it has ended by itself.
+    std::string WaitForEnd()
+    {
+        if (page != nullptr) {
+            EXPECT_EQ(page->ReadClose(), 1001u);
+        }
+        return workbench->Wait();
+    }
+
     // A command that must succeed; what it answers.
     Json Do(const std::string& name, const Json& arguments)
     {
@@ -720,7 +729,7 @@ TEST_F(Browsing, KeepsWhatWasNotSavedWhenItEnds)
 TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
 {
     Start({"a.pdf", "b.pdf"});
-    const auto other = Connect();
+    auto other = Connect();
     const auto documentsAskedFor = [](PageClient& client) {
         const Json ending =
             client.ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
@@ -735,8 +744,7 @@ TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
     workbench->Signal(SIGINT);
     EXPECT_EQ(documentsAskedFor(*page), Json({1}));
     EXPECT_EQ(documentsAskedFor(*other), Json({1}));
-    PageClient late(workbench->Address());
-    EXPECT_EQ(documentsAskedFor(late), Json({1}));
+    EXPECT_EQ(documentsAskedFor(*std::make_unique<PageClient>(workbench->Address())), Json({1}));
     EXPECT_TRUE(page->Command("end", {{"unsaved", "x"}}).at("error").is_string());
     Do("insert-page", {{"document", 2}, {"at", 0}});
     EXPECT_EQ(documentsAskedFor(*other), Json({1, 2}));
@@ -750,12 +758,12 @@ TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
     EXPECT_EQ(page->Command("end", save).value("reason", ""), "changed-on-disk");
     EXPECT_EQ(page->Document(1).at("modified"), false);
     EXPECT_EQ(documentsAskedFor(*other), Json({2})) << "the question stands";
+    other.reset();
     Do("end", {{"unsaved", "discard"}});
-    const std::string errors = workbench->Wait();
+    const std::string errors = WaitForEnd();
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
     EXPECT_THAT(errors, AllOf(HasSubstr("Ctrl-C"), Not(HasSubstr("recovered"))));
     EXPECT_FALSE(std::filesystem::exists(Path("b.recovered.pdf")));
-    EXPECT_EQ(page->ReadClose(), 1001u);
 }
 
 TEST_F(Browsing, SavesEverythingWhenItEndsSo)
@@ -772,7 +780,7 @@ TEST_F(Browsing, SavesEverythingWhenItEndsSo)
     // One is being saved already.
     page->Send({{"type", "command"}, {"id", 900}, {"name", "save"}, {"document", 2}});
     Do("end", {{"unsaved", "save"}});
-    workbench->Wait();
+    WaitForEnd();
     EXPECT_EQ(CountIn(ReadFile(Path("a.pdf")), 1), count + 1);
     EXPECT_EQ(CountIn(ReadFile(Path("b.pdf")), 1), count + 1);
     EXPECT_FALSE(std::filesystem::exists(Path("a.recovered.pdf")));
@@ -810,18 +818,18 @@ TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)
             page->ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
         }
         row.then();
-        EXPECT_THAT(workbench->Wait(), HasSubstr("a.recovered.pdf")) << row.name;
+        EXPECT_THAT(WaitForEnd(), HasSubstr("a.recovered.pdf")) << row.name;
         EXPECT_TRUE(std::filesystem::remove(Path("a.recovered.pdf"))) << row.name;
     }
     // Nothing to ask, or nobody.
     Start({"a.pdf"});
     workbench->Signal(SIGINT);
-    EXPECT_EQ(workbench->Wait(), "");
+    EXPECT_EQ(WaitForEnd(), "");
     Start({"a.pdf"});
     Do("insert-page", {{"document", 1}, {"at", 0}});
     page.reset();
     workbench->Signal(SIGINT);
-    EXPECT_THAT(workbench->Wait(), HasSubstr("a.recovered.pdf"));
+    EXPECT_THAT(WaitForEnd(), HasSubstr("a.recovered.pdf"));
 }
 
 TEST_F(Browsing, TellsOfFailuresInThePanelAndLives)
