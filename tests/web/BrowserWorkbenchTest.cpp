@@ -216,6 +216,13 @@ TEST_F(Browsing, AnswersMessagesThatItCannotReadAndGoesOn)
     }
     page->SendText(std::string(1'000'000, '['));
     EXPECT_EQ(page->Read().at("type"), "refused");
+    const std::string tooLong = R"("contents":")" + std::string(5'000'000, 'x') + R"("})";
+    page->SendText(R"({"type":"command","id":77,)" + tooLong);
+    const Json reply = page->Read();
+    EXPECT_EQ(reply.at("id"), 77);
+    EXPECT_THAT(reply.at("error").get<std::string>(), HasSubstr("longer"));
+    page->SendText(R"({"x":{"id":77},)" + tooLong);
+    EXPECT_EQ(page->Read().at("type"), "refused");
     page->SendBinary("{}");
     EXPECT_EQ(page->Read().at("type"), "refused");
     // Elements that there are not (any more) take no input, and that is no mistake.

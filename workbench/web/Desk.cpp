@@ -217,6 +217,16 @@ void Desk::Receive(SocketNumber page, const std::string& text)
     }
 }
 
+void Desk::RefuseBeginning(SocketNumber page, const std::string& text)
+{
+    const std::string error = "the message is longer than the workbench takes";
+    if (const auto id = CommandIdIn(text)) {
+        Refuse({page, *id, nullptr}, error);
+    } else {
+        Send(page, {{"type", "refused"}, {"reason", error}});
+    }
+}
+
 PanelInput Desk::ReadInput(const PageMessage& message, bool isKey) const
 {
     PanelInput input;

@@ -74,6 +74,8 @@ public:
     void Connect(SocketNumber page);
     void Disconnect(SocketNumber page);
     void Receive(SocketNumber page, const std::string& text);
+    // For a message that is too long, of which only the beginning has come.
+    void RefuseBeginning(SocketNumber page, const std::string& text);
 
     // Tells the pages what has changed since the last call. To be called after each call of the UI
     // thread.

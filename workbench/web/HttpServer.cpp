@@ -55,9 +55,9 @@ private:
     void OnEnded(HttpConnection& connection) override;
 
     void OnOpened(PageSocket& socket) override { listener_.OnSocketOpened(socket.Number()); }
-    void OnMessage(PageSocket& socket, std::string text) override
+    void OnMessage(PageSocket& socket, std::string text, bool isWhole) override
     {
-        listener_.OnSocketMessage(socket.Number(), std::move(text));
+        listener_.OnSocketMessage(socket.Number(), std::move(text), isWhole);
     }
     void OnClosed(PageSocket& socket) override;
 

@@ -61,8 +61,9 @@ public:
     virtual void OnRequest(HttpRequest request, PendingAnswerPtr answer) = 0;
 
     virtual void OnSocketOpened(SocketNumber socket) = 0;
-    // A message of a page. The next one comes after HttpServer::TakeNext.
-    virtual void OnSocketMessage(SocketNumber socket, std::string text) = 0;
+    // A message of a page; of one beyond the bound only the beginning, which is not whole. The next
+    // one comes after HttpServer::TakeNext.
+    virtual void OnSocketMessage(SocketNumber socket, std::string text, bool isWhole) = 0;
     virtual void OnSocketClosed(SocketNumber socket) = 0;
 };
 
@@ -70,7 +71,7 @@ struct HttpServerOptions {
     std::uint16_t port = 0;  // 0: a free one
     std::size_t mostHeaderBytes = std::size_t{16} << 10;
     std::size_t mostBodyBytes = std::size_t{512} << 20;
-    std::size_t mostMessageBytes = std::size_t{4} << 20;
+    std::size_t mostMessageBytes = std::size_t{4} << 20;  // what exceeds it eightfold is not read
     // What waits to be sent to one page; one that lets more pile up is cut off.
     std::size_t mostUnsentBytes = std::size_t{1} << 30;
     std::size_t mostConnections = 128;

@@ -13,7 +13,67 @@ namespace {
     throw MessageError(std::string("\"") + name + "\" must be " + kind);
 }
 
+// Looks at the outermost object's members, and reads no further than the first number "id".
+class IdReader final : public nlohmann::json::json_sax_t {
+public:
+    std::optional<std::uint64_t> id;
+
+    bool key(string_t& name) override
+    {
+        isId_ = depth_ == 1 && name == "id";
+        return true;
+    }
+    bool number_unsigned(number_unsigned_t value) override
+    {
+        if (isId_) {
+            id = value;
+        }
+        return !isId_;
+    }
+    bool start_object(std::size_t) override { return Enter(); }
+    bool start_array(std::size_t) override { return Enter(); }
+    bool end_object() override { return Leave(); }
+    bool end_array() override { return Leave(); }
+    bool null() override { return Pass(); }
+    bool boolean(bool) override { return Pass(); }
+    bool number_integer(number_integer_t) override { return Pass(); }
+    bool number_float(number_float_t, const string_t&) override { return Pass(); }
+    bool string(string_t&) override { return Pass(); }
+    bool binary(binary_t&) override { return Pass(); }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) override
+    {
+        return false;
+    }
+
+private:
+    bool Enter()
+    {
+        ++depth_;
+        return Pass();
+    }
+    bool Leave()
+    {
+        --depth_;
+        return Pass();
+    }
+    bool Pass()
+    {
+        isId_ = false;
+        return true;
+    }
+
+    std::size_t depth_ = 0;
+    bool isId_ = false;
+};
+
 }  // namespace
+
+std::optional<std::uint64_t> CommandIdIn(const std::string& beginning)
+{
+    IdReader reader;
+    nlohmann::json::sax_parse(beginning, &reader);
+    return reader.id;
+}
 
 PageMessage::PageMessage(const std::string& text)
     : json_(nlohmann::json::parse(text, nullptr, false))

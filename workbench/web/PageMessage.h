@@ -41,4 +41,7 @@ private:
     nlohmann::json json_;
 };
 
+// The "id" of a message of which only the beginning is there; nothing where that has none.
+std::optional<std::uint64_t> CommandIdIn(const std::string& beginning);
+
 }  // namespace Workbench

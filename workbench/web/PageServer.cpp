@@ -150,11 +150,15 @@ void PageServer::OnSocketOpened(SocketNumber socket)
     });
 }
 
-void PageServer::OnSocketMessage(SocketNumber socket, std::string text)
+void PageServer::OnSocketMessage(SocketNumber socket, std::string text, bool isWhole)
 {
-    loop_.Post([desk = desk_, server = server_, socket, text = std::move(text)] {
+    loop_.Post([desk = desk_, server = server_, socket, text = std::move(text), isWhole] {
         if (const auto living = desk.lock()) {
-            living->Receive(socket, text);
+            if (isWhole) {
+                living->Receive(socket, text);
+            } else {
+                living->RefuseBeginning(socket, text);
+            }
             server->TakeNext(socket);
         }
     });

@@ -33,7 +33,7 @@ public:
 
     void OnRequest(HttpRequest request, PendingAnswerPtr answer) override;
     void OnSocketOpened(SocketNumber socket) override;
-    void OnSocketMessage(SocketNumber socket, std::string text) override;
+    void OnSocketMessage(SocketNumber socket, std::string text, bool isWhole) override;
     void OnSocketClosed(SocketNumber socket) override;
 
 private:

@@ -22,7 +22,10 @@ PageSocket::PageSocket(SocketNumber number, beast::tcp_stream stream,
     times.idle_timeout = std::chrono::minutes(2);
     times.keep_alive_pings = true;
     stream_.set_option(times);
-    stream_.read_message_max(options.mostMessageBytes);
+    // What goes beyond the bound is read as well, within reason: a page that is cut off in the
+    // middle of sending would not be told why.
+    constexpr std::size_t kPatience = 8;
+    stream_.read_message_max(kPatience * options.mostMessageBytes);
 }
 
 void PageSocket::Accept(const beast::http::request<beast::http::string_body>& request)
@@ -45,16 +48,31 @@ void PageSocket::ReadNext()
         return;
     }
     reading_ = true;
-    stream_.async_read(buffer_, [self = shared_from_this()](beast::error_code error, std::size_t) {
-        self->reading_ = false;
+    ReadPiece();
+}
+
+void PageSocket::ReadPiece()
+{
+    const auto take = [self = shared_from_this()](beast::error_code error, std::size_t) {
         if (error || self->ended_) {
+            self->reading_ = false;
             self->End();
             return;
         }
-        std::string text = beast::buffers_to_string(self->buffer_.data());
+        const std::string piece = beast::buffers_to_string(self->buffer_.data());
         self->buffer_.clear();
-        self->owner_.OnMessage(*self, std::move(text));
-    });
+        const std::size_t room = self->options_.mostMessageBytes - self->text_.size();
+        self->text_.append(piece, 0, room);
+        self->isWhole_ = self->isWhole_ && piece.size() <= room;
+        if (!self->stream_.is_message_done()) {
+            self->ReadPiece();
+            return;
+        }
+        self->reading_ = false;
+        self->owner_.OnMessage(*self, std::exchange(self->text_, {}),
+                               std::exchange(self->isWhole_, true));
+    };
+    stream_.async_read_some(buffer_, 0, take);
 }
 
 void PageSocket::Send(std::shared_ptr<const std::string> text)

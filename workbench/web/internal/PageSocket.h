@@ -24,7 +24,7 @@ public:
     class Owner {
     public:
         virtual void OnOpened(PageSocket& socket) = 0;
-        virtual void OnMessage(PageSocket& socket, std::string text) = 0;
+        virtual void OnMessage(PageSocket& socket, std::string text, bool isWhole) = 0;
         // The last call; also for one that was never opened.
         virtual void OnClosed(PageSocket& socket) = 0;
 
@@ -50,6 +50,7 @@ public:
     void Abort();
 
 private:
+    void ReadPiece();
     void WriteNext();
     void SayGoodbye();
     void End();
@@ -59,6 +60,8 @@ private:
     Owner& owner_;
     boost::beast::websocket::stream<boost::beast::tcp_stream> stream_;
     boost::beast::flat_buffer buffer_;
+    std::string text_;  // of the message that is being read, up to the bound
+    bool isWhole_ = true;
     std::deque<std::shared_ptr<const std::string>> unsent_;  // the first one is being written
     std::size_t unsentBytes_ = 0;
     bool open_ = false;
