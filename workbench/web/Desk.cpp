@@ -187,7 +187,7 @@ void Desk::Connect(SocketNumber page)
     send_(page, Shared(sentDocuments_));
     pages_.push_back({page, 0});
     SendPanel(pages_.back(), panel_.Snapshot());
-    if (!toldUnsaved_.empty()) {
+    if (ending_ && !toldUnsaved_.empty()) {
         Send(page, DescribeEnding());
     }
 }
