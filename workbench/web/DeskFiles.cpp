@@ -173,13 +173,13 @@ void Desk::WriteBytes(OpenDocument& document)
         const Encryption encryption = document.content->Encrypted() && !wanted.asDownload
                                           ? Encryption::kDropped
                                           : Encryption::kKept;
-        const OpenDocument::FileBytes& known = document.bytes[encryption];
-        if (known.bytes == nullptr || known.revision != revision) {
+        if (document.bytes == nullptr || document.bytesRevision != revision ||
+            document.bytesEncryption != encryption) {
             missing = encryption;
             document.wantBytes.push_back(std::move(wanted));
             continue;
         }
-        HttpAnswer given{.contentType = "application/pdf", .body = known.bytes};
+        HttpAnswer given{.contentType = "application/pdf", .body = document.bytes};
         if (wanted.asDownload) {
             given.headers.emplace_back("Content-Disposition", AttachmentNamed(document.name));
         }
@@ -215,10 +215,11 @@ void Desk::TakeBytes(DocumentNumber number, Documents::Encryption encryption,
     } else {
         // An edit may have come in between: the bytes are of one of both states then, and it is
         // tried again.
-        document->bytes.erase(encryption);
+        document->bytes.reset();
         if (document->content->Revision() == revision) {
-            document->bytes[encryption] = {
-                std::make_shared<const std::string>(std::move(result.bytes)), revision};
+            document->bytes = std::make_shared<const std::string>(std::move(result.bytes));
+            document->bytesRevision = revision;
+            document->bytesEncryption = encryption;
             WriteBytes(*document);
         }
     }

@@ -14,7 +14,6 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,17 +60,14 @@ struct OpenDocument {
     bool saving = false;
     std::deque<std::variant<PageCommand, PanelInput, DocumentWork>> waiting;
 
-    // The file as it stood at a revision, by its encryption, and who waits for that of the present
-    // one. Of a file that is not encrypted there is one kind only, kKept.
-    struct FileBytes {
-        std::shared_ptr<const std::string> bytes;
-        std::uint64_t revision = 0;
-    };
+    // The file as it stood at a revision, and who waits for that of the present one.
     struct WantedBytes {
         PendingAnswerPtr answer;
         bool asDownload = false;
     };
-    std::map<Documents::Encryption, FileBytes> bytes;
+    std::shared_ptr<const std::string> bytes;
+    std::uint64_t bytesRevision = 0;
+    Documents::Encryption bytesEncryption = Documents::Encryption::kKept;
     bool writesBytes = false;
     std::vector<WantedBytes> wantBytes;
     std::chrono::steady_clock::time_point wantBytesSince;
