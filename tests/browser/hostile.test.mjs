@@ -141,9 +141,12 @@ describe('Contents from strangers', () => {
             await window.expectCommand('focus', {document: id, page: 1, index});
             await window.expectSameTree();
 
-            for (const link of await window.panel.locator('.results-container a').all()) {
-                await link.dispatchEvent('click');
+            const parts = window.panel.locator('.results-container :is(a, button)');
+            for (const part of await parts.all()) {
+                await part.dispatchEvent('click');
             }
+            await window.expectCommand('focus', {document: id, page: null, index: null});
+            assert.equal((await window.active()).undo, 'add', 'a click on contents does nothing');
             assert.deepEqual((await whatLiesOnTop()).filter(Boolean), [], 'the buttons are free');
             assert.deepEqual(await whatHasEscaped(), [], 'nothing has left its box');
             assert.equal(await window.page.evaluate(() => globalThis.harmed), undefined);

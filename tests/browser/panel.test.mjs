@@ -94,6 +94,7 @@ describe('The panel in the browser', () => {
         await isFolded(true);
         assert.equal(await window.item('1_0').isVisible(), false);
         await page.focus();
+        await window.page.keyboard.press('Delete');
         await window.page.keyboard.press('ArrowRight');
         await isFolded(false);
         await window.button('collapse-all').click();
@@ -106,6 +107,7 @@ describe('The panel in the browser', () => {
         await window.button('expand-all').focus();
         await window.page.keyboard.press('Enter');
         await isFolded(false);
+        assert.equal((await window.active()).modified, false, 'a caption deletes nothing');
         await window.expectSameTree();
     });
 

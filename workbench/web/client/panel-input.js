@@ -37,10 +37,29 @@ class PanelInput {
 
     click(event) {
         event.preventDefault();
-        const element = this.#mirror.elementAround(event.target);
+        const element = this.#meantBy(event.target);
         if (element) {
             this.#sendClick(element);
         }
+    }
+
+    // In the list an item stands for all that its contents hold, and a page for its caption: markup
+    // of a comment that looks like a part of the panel is none.
+    #meantBy(target) {
+        const list = target.closest?.('.panel-content > .results-container');
+        const element = this.#mirror.elementAround(target);
+        if (!list || !element) {
+            return element;
+        }
+        let meant = list;
+        for (let at = element; at !== list; at = at.parentElement) {
+            if (at.matches('li[annot-name]')) {
+                meant = at;
+            } else if (at.matches('li[page-index] > div.icon') && meant === list) {
+                meant = at;
+            }
+        }
+        return meant;
     }
 
     key(event) {
@@ -55,8 +74,9 @@ class PanelInput {
             return; // a button: the browser makes a click of its keys
         }
         const page = target.matches?.('li[page-index]') ? target : null;
-        const isTaken =
-            (page && this.#keyOnPage(event.key, page)) || this.#keyOnItem(event.key, target, list);
+        const isTaken = page
+            ? this.#keyOnPage(event.key, page)
+            : this.#keyOnItem(event.key, target, list);
         if (isTaken) {
             event.preventDefault();
         }
@@ -96,7 +116,7 @@ class PanelInput {
         if (!kKeys[key]) {
             return false;
         }
-        const element = list ? this.#mirror.elementAround(target) : null;
+        const element = list ? this.#meantBy(target) : null;
         this.#connection.send({
             type: 'key',
             key: kKeys[key],
@@ -122,11 +142,9 @@ class PanelInput {
             this.#enterPage(page);
             return true;
         }
-        if (key === 'ArrowDown' || key === 'ArrowUp') {
-            this.#focusPage(page, key === 'ArrowDown');
-            return true;
-        }
-        return direction === 'out';
+        const target = this.#pageAfter(key, page);
+        target?.querySelector('li[page-index]')?.focus();
+        return direction === 'out' || target !== undefined;
     }
 
     #enterPage(page) {
@@ -137,10 +155,18 @@ class PanelInput {
         }
     }
 
-    #focusPage(page, forward) {
+    // The list of the page that a key leads to; undefined for other keys. Keys that do something to
+    // items do nothing here, where none has the focus.
+    #pageAfter(key, page) {
         const list = page.closest('ul[page-item]');
-        const neighbour = forward ? list.nextElementSibling : list.previousElementSibling;
-        neighbour?.querySelector('li[page-index]')?.focus();
+        return {
+            ArrowDown: list.nextElementSibling,
+            PageDown: list.nextElementSibling,
+            ArrowUp: list.previousElementSibling,
+            PageUp: list.previousElementSibling,
+            Home: list.parentElement.firstElementChild,
+            End: list.parentElement.lastElementChild,
+        }[key];
     }
 }
 
@@ -149,7 +175,7 @@ export function listenToInput(frameDocument, mirror, focus, connection) {
     const input = new PanelInput(frameDocument, mirror, focus, connection);
     frameDocument.addEventListener('click', (event) => input.click(event));
     frameDocument.addEventListener('keydown', (event) => input.key(event));
-    for (const type of ['auxclick', 'dragstart', 'drop']) {
+    for (const type of ['auxclick', 'dragstart']) {
         frameDocument.addEventListener(type, (event) => event.preventDefault());
     }
 }
