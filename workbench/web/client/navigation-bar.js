@@ -88,7 +88,8 @@ export class NavigationBar {
     #enter() {
         const page = Number.parseInt(this.#field.value, 10);
         if (page >= 1 && page <= this.#count) {
-            this.#goTo(page - 1);
+            this.#page = page - 1;
+            this.#goTo(this.#page);
         }
         this.#field.value = this.#page + 1;
     }
