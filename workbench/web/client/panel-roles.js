@@ -27,14 +27,10 @@ function nameButton(element, key) {
     element.title = text(key);
 }
 
-function describeItem(element, record) {
+function describeItem(element) {
     element.setAttribute('role', 'treeitem');
     element.setAttribute('aria-selected', 'false');
     element.tabIndex = -1;
-    const tooltip = valueOf(record.attributes, 'titleid');
-    if (tooltip) {
-        element.setAttribute('aria-describedby', tooltip);
-    }
 }
 
 function describePage(element) {
@@ -46,7 +42,7 @@ function describePage(element) {
 const kDescriptions = {
     li(element, record) {
         if (valueOf(record.attributes, 'annot-name') !== null) {
-            describeItem(element, record);
+            describeItem(element);
         } else if (valueOf(record.attributes, 'page-index') !== null) {
             describePage(element);
         }

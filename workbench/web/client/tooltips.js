@@ -6,6 +6,12 @@ const kFocusDelay = 900; // longer, because it lies over what the arrow keys com
 const kDistance = 4;
 const kMargin = 4;
 
+// What a tooltip says, row by row, without the rows that are not shown.
+function wordsOf(popup) {
+    const rows = [...popup.querySelectorAll('tr')].filter(({style}) => style.display !== 'none');
+    return rows.map((row) => row.textContent.trim().replace(/\s+/g, ' ')).join('; ');
+}
+
 export class Tooltips {
     #document;
     #host;
@@ -58,6 +64,10 @@ export class Tooltips {
     }
 
     #focusIn(target) {
+        const popup = target.matches?.('[titleid]') ? this.#popupOf(target) : null;
+        if (popup) {
+            target.setAttribute('aria-description', wordsOf(popup));
+        }
         if (target.matches?.('[titleid]:focus-visible')) {
             this.#waitFor(target, kFocusDelay);
         }
