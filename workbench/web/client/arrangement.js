@@ -52,6 +52,7 @@ export class Arrangement {
         }
         this.#area.classList.toggle('split', isSplit);
         this.update(this.#documents, this.#active);
+        this.#sort();
     }
 
     translate() {
@@ -84,6 +85,20 @@ export class Arrangement {
         this.#show(slot, null);
         slot.element.remove();
         this.#show(this.#slots[0], this.#active);
+    }
+
+    // Side by side as their tabs are.
+    #sort() {
+        const order = this.#documents.map(({id}) => id);
+        const shown = this.#slots.map((slot) => slot.document);
+        if (!shown.includes(null)) {
+            const sorted = shown.toSorted(
+                (one, other) => order.indexOf(one) - order.indexOf(other),
+            );
+            this.#slots.forEach((slot) => this.#show(slot, null));
+            this.#slots.forEach((slot, at) => this.#show(slot, sorted[at]));
+            this.#slots.forEach((slot) => this.#updateSlot(slot));
+        }
     }
 
     #choose(slot, id) {

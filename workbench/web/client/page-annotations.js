@@ -8,6 +8,10 @@ function cornerOf({subtype, rect}, moreLeft = 0, moreTop = 0) {
     return `${subtype} ${Math.round(rect[0]) + moreLeft} ${Math.round(rect[3]) + moreTop}`;
 }
 
+// Of a page with more notes the file's reader would give such a heap of answers that the page
+// stands still; all of them get a sign.
+const kMostAsked = 2000;
+
 const kNeighbours = [-1, 0, 1].flatMap((left) => [-1, 0, 1].map((top) => [left, top]));
 
 /// The corners of annotations that the picture of a page does not show. The reader of files gives
@@ -79,8 +83,10 @@ export class PageAnnotations {
             return;
         }
         const known = this.#bareCorners.get(page.index);
-        const asksReader = list.annotations.some((one) => one.listed && hasSign(one));
-        if (asksReader && known?.pdf !== pdf) {
+        const signs = list.annotations.filter((one) => one.listed && hasSign(one)).length;
+        if (signs > kMostAsked) {
+            this.#bareCorners.set(page.index, {pdf, corners: null});
+        } else if (signs > 0 && known?.pdf !== pdf) {
             const corners = await readBareCorners(pdf, page.index);
             this.#bareCorners.set(page.index, {pdf, corners});
         }
@@ -121,9 +127,9 @@ export class PageAnnotations {
 
     async #lay(page, list) {
         page.shownList = list;
-        const corners = this.#bareCorners.get(page.index)?.corners;
+        const {corners} = this.#bareCorners.get(page.index) ?? {corners: new Set()};
         const isBare = (annotation) =>
-            corners !== undefined &&
+            corners === null ||
             kNeighbours.some(([left, top]) => corners.has(cornerOf(annotation, left, top)));
         if (await page.layer.show(list, page.viewport, isBare)) {
             this.#mark(page);

@@ -4,6 +4,15 @@
 
 import {kCurrent} from './panel-mirror.js';
 
+// So far below the edge of the list that a row lies there, and not the space between two.
+const kRowProbe = 6;
+const kRowNames = ['annot-name', 'page-index'];
+
+function selectorOf(row, name) {
+    const value = row.getAttribute(name);
+    return value === null ? [] : [`[${name}="${CSS.escape(value)}"]`];
+}
+
 export class PanelFocus {
     #document;
     #frame;
@@ -11,6 +20,7 @@ export class PanelFocus {
     #stop = null;
     #shown = null;
     #focusIsInList = false;
+    #kept = null;
 
     constructor(frameDocument, frame) {
         this.#document = frameDocument;
@@ -18,9 +28,15 @@ export class PanelFocus {
         frameDocument.addEventListener('focusin', (event) => {
             this.#focusIsInList = Boolean(event.target.closest?.('.results-container'));
         });
+        for (const type of ['pointerdown', 'wheel', 'keydown']) {
+            const forget = () => this.#handled(type);
+            frameDocument.addEventListener(type, forget, {capture: true, passive: true});
+        }
     }
 
+    /// Before all is forgotten: the place in the list is kept for the one that comes instead.
     reset() {
+        this.#kept = this.#kept ?? this.#readPlace();
         this.#currentItems.clear();
         this.#stop = null;
         this.#shown = null;
@@ -57,8 +73,9 @@ export class PanelFocus {
         return null;
     }
 
-    /// Puts the focus into the list.
+    /// Puts the focus into the list, for somebody at the keyboard.
     enter() {
+        this.#document.documentElement.setAttribute('wb-keyboard', '');
         this.#frame.focus();
         this.#stop?.focus();
     }
@@ -78,8 +95,52 @@ export class PanelFocus {
         }
     }
 
+    // The user has moved on.
+    #handled(type) {
+        this.#kept = null;
+        if (type === 'pointerdown') {
+            this.#document.documentElement.removeAttribute('wb-keyboard');
+        }
+    }
+
+    // Which row stands where at the beginning of the list, and which item is current.
+    #readPlace() {
+        const list = this.container?.querySelector('.results-container');
+        if (!list) {
+            return null;
+        }
+        const {top, left, width} = list.getBoundingClientRect();
+        const at = this.#document.elementFromPoint(left + width / 2, top + kRowProbe);
+        const row = at?.closest('li[annot-name], li[page-index]');
+        return row
+            ? {
+                  current: this.currentItem?.getAttribute('annot-name') ?? null,
+                  selector: kRowNames.flatMap((name) => selectorOf(row, name)).join(''),
+                  offset: row.getBoundingClientRect().top - top,
+              }
+            : null;
+    }
+
+    // Whether the list stands as it stood before it was made anew.
+    #restorePlace(current) {
+        const list = this.container?.querySelector('.results-container');
+        const name = current?.getAttribute('annot-name') ?? null;
+        if (!list || !this.#kept || this.#kept.current !== name) {
+            this.#kept = current ? null : this.#kept;
+            return false;
+        }
+        const row = list.querySelector(this.#kept.selector);
+        if (!row) {
+            return false;
+        }
+        const now = row.getBoundingClientRect().top - list.getBoundingClientRect().top;
+        list.scrollTop += now - this.#kept.offset;
+        return true;
+    }
+
     #follow(current, isFolded) {
         if (!current || isFolded) {
+            this.#restorePlace(current);
             if (this.#focusIsLost()) {
                 this.#stop?.focus({preventScroll: true});
             }
@@ -88,7 +149,9 @@ export class PanelFocus {
         if (this.#focusIsInList && this.#frameHasFocus()) {
             current.focus({preventScroll: true});
         }
-        current.scrollIntoView({block: 'nearest'});
+        if (!this.#restorePlace(current)) {
+            current.scrollIntoView({block: 'nearest'});
+        }
     }
 
     #moveStop(stop, list) {

@@ -5,13 +5,15 @@ import {PanelFocus} from './panel-focus.js';
 import {PanelMirror} from './panel-mirror.js';
 import {listenToInput} from './panel-input.js';
 import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
-import {SlicedWork, sliceClock} from './slices.js';
+import {nextFrame, SlicedWork, sliceClock} from './slices.js';
 import {Tooltips} from './tooltips.js';
 
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
 const kSheetPatience = 2000;
 const kShownAtOnce = 200;
+// Late items that a frame takes; most of them come out of sight and cost little.
+const kShownInFrame = 400;
 
 export class Panel {
     #frame;
@@ -23,8 +25,10 @@ export class Panel {
     #tooltips;
     #host;
     #expected = 0;
+    #isListing = false;
     #comeItems = 0;
     #late = [];
+    #shownLate = [];
     #sequence = 0;
     #renamedPages = new Set();
     #sheets = [];
@@ -51,7 +55,13 @@ export class Panel {
     }
 
     get isSettled() {
-        return this.#work.isEmpty;
+        return this.#work.isEmpty && this.#shownLate.length === 0;
+    }
+
+    /// Whether a document's list is being made: it comes in many small insertions.
+    setListing(isListing) {
+        this.#isListing = isListing;
+        this.#showLate();
     }
 
     readTree() {
@@ -139,18 +149,17 @@ export class Panel {
 
     #reset() {
         this.#tooltips.hide();
-        this.#mirror.reset();
         this.#focus.reset();
+        this.#mirror.reset();
         this.#expected = 0;
-        this.#showLate();
+        this.#late = [];
+        this.#comeItems = 0;
     }
 
     #tellProgress(remaining) {
-        if (remaining === 0) {
-            this.#showLate();
-        }
         const wasExpected = this.#expected;
         this.#expected = remaining === 0 ? 0 : Math.max(wasExpected, remaining);
+        this.#showLate();
         if (this.#expected > 0 || wasExpected > 0) {
             this.#onProgress(this.#expected === 0 ? 1 : 1 - remaining / this.#expected);
         }
@@ -179,7 +188,8 @@ export class Panel {
         if (record.tag === 'li' && element.hasAttribute('page-index')) {
             this.#renamedPages.add(element);
         }
-        if (this.#expected > 0 && (record.tag === 'li' || record.tag === 'ul')) {
+        const isOnItsWay = this.#expected > 0 || this.#isListing;
+        if (isOnItsWay && (record.tag === 'li' || record.tag === 'ul')) {
             this.#delay(element);
         }
     }
@@ -195,15 +205,26 @@ export class Panel {
         }
     }
 
-    #showLate() {
-        if (this.#late.length > 0) {
-            this.#focus.followAgain();
+    // All of the list is there: what has been left out is shown, some of it in each frame.
+    async #showLate() {
+        if (this.#expected > 0 || this.#isListing || this.#late.length === 0) {
+            return;
         }
-        for (const element of this.#late) {
-            element.removeAttribute('wb-late');
-        }
+        const late = this.#late;
         this.#late = [];
         this.#comeItems = 0;
+        this.#shownLate = late;
+        for (let at = 0; at < late.length; at += kShownInFrame) {
+            for (const element of late.slice(at, at + kShownInFrame)) {
+                element.removeAttribute('wb-late');
+            }
+            await nextFrame();
+        }
+        if (this.#shownLate === late) {
+            this.#shownLate = [];
+        }
+        this.#focus.followAgain();
+        this.#focus.settle();
     }
 
     statesChanged(element, record, before) {
