@@ -235,6 +235,39 @@ describe('Editing in the browser', () => {
         }
     });
 
+    test('keeps what was written until it is taken', async () => {
+        const {id} = await window.active();
+        await window.item('0_0').click();
+        await window.expectCurrent('0_0');
+        await window.page.keyboard.press('F2');
+        const field = window.page.getByRole('textbox', {name: 'Contents'});
+        await field.fill('long words');
+        await window.expectCommand('read-only', {document: id, on: true});
+        await window.page.keyboard.press('Control+Enter');
+        await window.page.getByRole('alert').getByText('read-only').waitFor();
+        assert.equal(await field.inputValue(), 'long words');
+        await window.expectCommand('read-only', {document: id, on: false});
+        await window.page.getByRole('button', {name: 'OK'}).click();
+        await field.waitFor({state: 'detached'});
+        assert.equal((await window.active()).undo, 'edit');
+    });
+
+    test('keeps the focus on the pages when a comment there is deleted', async () => {
+        await window.page.getByRole('tab', {name: 'small.pdf'}).click();
+        const annotations = window.page.locator('.page[data-page="0"] .annotation');
+        await annotations.first().focus();
+        for (let left = (await annotations.count()) - 1; left >= 0; --left) {
+            await window.page.keyboard.press('Delete');
+            await window.until(
+                () => annotations.count(),
+                (count) => count === left,
+                `${left} are left`,
+            );
+            const focused = await window.page.evaluate(() => document.activeElement.className);
+            assert.equal(focused.split(' ')[0], left > 0 ? 'annotation' : 'scroller');
+        }
+    });
+
     test('takes a file that is dropped on it', async () => {
         const bytes = readFileSync(
             makeDocument(folder, 'dropped.pdf', '--comments', '3', '--pages', '1'),
@@ -243,9 +276,13 @@ describe('Editing in the browser', () => {
             const data = Uint8Array.from(atob(content), (character) => character.charCodeAt(0));
             const transfer = new DataTransfer();
             transfer.items.add(new File([data], 'dropped.pdf', {type: 'application/pdf'}));
-            document.body.dispatchEvent(
-                new DragEvent('drop', {bubbles: true, cancelable: true, dataTransfer: transfer}),
-            );
+            const event = {bubbles: true, cancelable: true, dataTransfer: transfer};
+            const panel = document.getElementById('panel-frame').contentDocument.body;
+            panel.dispatchEvent(new DragEvent('dragover', event));
+            if (!document.body.classList.contains('dropping')) {
+                throw new Error('nothing shows that the file may be dropped');
+            }
+            panel.dispatchEvent(new DragEvent('drop', event));
         }, bytes);
         const active = await window.expectActive(
             (one) => one.name === 'dropped.pdf' && one.busy === null,

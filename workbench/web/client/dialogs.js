@@ -2,6 +2,8 @@
 
 import {text} from './texts.js';
 
+let countOfDialogs = 0;
+
 function makeField({name, label, type, value, hint}) {
     const field = document.createElement(type === 'lines' ? 'textarea' : 'input');
     if (type === 'lines') {
@@ -20,6 +22,24 @@ function makeField({name, label, type, value, hint}) {
     return {caption, field};
 }
 
+function makeParagraph(words) {
+    const paragraph = document.createElement('p');
+    paragraph.textContent = words;
+    return paragraph;
+}
+
+function makeLines(lines) {
+    const list = document.createElement('ul');
+    list.className = 'details';
+    for (const line of lines) {
+        const item = document.createElement('li');
+        item.dir = 'auto';
+        item.textContent = line;
+        list.append(item);
+    }
+    return list;
+}
+
 function makeButton({key, value, isMain}, choose) {
     const button = document.createElement('button');
     button.type = 'button';
@@ -34,52 +54,136 @@ function makeButton({key, value, isMain}, choose) {
 ///
 /// `fields`: `{name, label, type, value, hint}` with the type "lines" for long text.
 /// `buttons`: `{key, value, isMain}`; Enter stands for the main one.
-export function ask({title, message, fields = [], buttons}) {
-    const dialog = document.createElement('dialog');
-    const heading = document.createElement('h2');
-    heading.textContent = title;
-    heading.id = 'dialog-title';
-    dialog.setAttribute('aria-labelledby', heading.id);
-    dialog.append(heading);
-    if (message) {
-        const paragraph = document.createElement('p');
-        paragraph.textContent = message;
-        dialog.append(paragraph);
-    }
-    const made = fields.map(makeField);
-    dialog.append(...made.map(({caption}) => caption));
+/// `attempt({choice, values})`, when there is one, promises what went wrong in words, or null: the
+/// dialog stays open with the words in it until there is nothing wrong.
+/// `signal` takes the question away; the answer is null then.
+/// `countdown()` gives a line that is written anew each second.
+/// `details` are lines of text below the message.
+export function ask(question) {
+    return new Promise((resolve) => new Dialog(question, resolve).open());
+}
 
-    return new Promise((resolve) => {
-        let result = null;
-        const choose = (choice) => {
-            const values = Object.fromEntries(made.map(({field}) => [field.name, field.value]));
-            result = choice === undefined ? null : {choice, values};
-            dialog.close();
-        };
+class Dialog {
+    #element = document.createElement('dialog');
+    #fields;
+    #buttons;
+    #main;
+    #failure = document.createElement('p');
+    #attempt;
+    #result = null;
+    #isTrying = false;
+    #timer = 0;
+
+    constructor(question, resolve) {
+        const {
+            title,
+            message,
+            details,
+            countdown,
+            fields = [],
+            buttons,
+            attempt,
+            signal,
+        } = question;
+        this.#attempt = attempt ?? (() => null);
+        this.#fields = fields.map(makeField);
+        this.#buttons = buttons.map((button) =>
+            makeButton(button, (choice) => this.#choose(choice)),
+        );
+        this.#main = buttons.find((button) => button.isMain)?.value;
+        this.#element.append(this.#makeHeading(title));
+        if (message) {
+            this.#element.append(makeParagraph(message));
+        }
+        if (details) {
+            this.#element.append(makeLines(details));
+        }
+        if (countdown) {
+            this.#count(countdown);
+        }
+        this.#element.append(...this.#fields.map(({caption}) => caption));
+        this.#failure.className = 'failure';
+        this.#failure.setAttribute('role', 'alert');
+        this.#failure.dir = 'auto';
         const row = document.createElement('div');
         row.className = 'buttons';
-        row.append(...buttons.map((button) => makeButton(button, choose)));
-        dialog.append(row);
-        const main = buttons.find((button) => button.isMain);
-        dialog.addEventListener('keydown', (event) => {
-            event.stopPropagation(); // the page's shortcuts are not meant here
-            const isSent =
-                event.target.matches('input') ||
-                (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));
-            if (event.key === 'Enter' && isSent) {
-                event.preventDefault();
-                choose(main?.value);
-            }
+        row.append(...this.#buttons);
+        this.#element.append(this.#failure, row);
+        this.#element.addEventListener('keydown', (event) => this.#key(event));
+        this.#element.addEventListener('close', () => {
+            clearInterval(this.#timer);
+            this.#element.remove();
+            resolve(this.#result);
         });
-        dialog.addEventListener('close', () => {
-            dialog.remove();
-            resolve(result);
+        signal?.addEventListener('abort', () => {
+            this.#result = null;
+            this.#element.close();
         });
-        document.body.append(dialog);
-        dialog.showModal();
-        (made[0]?.field ?? row.querySelector('.main') ?? row.firstElementChild).focus();
-        made[0]?.field.select();
-    });
+    }
+
+    open() {
+        document.body.append(this.#element);
+        this.#element.showModal();
+        this.#focusFirst();
+        this.#fields[0]?.field.select();
+    }
+
+    #focusFirst() {
+        const main = this.#buttons.find((button) => button.className === 'main');
+        (this.#fields[0]?.field ?? main ?? this.#buttons[0]).focus();
+    }
+
+    #count(countdown) {
+        const paragraph = makeParagraph(countdown());
+        this.#element.append(paragraph);
+        this.#timer = setInterval(() => {
+            paragraph.textContent = countdown();
+        }, 1000);
+    }
+
+    #makeHeading(title) {
+        const heading = document.createElement('h2');
+        heading.textContent = title;
+        heading.id = `dialog-title-${++countOfDialogs}`;
+        this.#element.setAttribute('aria-labelledby', heading.id);
+        return heading;
+    }
+
+    async #choose(choice) {
+        if (choice === undefined) {
+            this.#element.close();
+            return;
+        }
+        if (this.#isTrying) {
+            return;
+        }
+        const values = Object.fromEntries(this.#fields.map(({field}) => [field.name, field.value]));
+        this.#isTrying = true;
+        this.#element.setAttribute('aria-busy', 'true');
+        const failure = await this.#attempt({choice, values});
+        this.#isTrying = false;
+        this.#element.removeAttribute('aria-busy');
+        if (failure === null) {
+            this.#result = {choice, values};
+            this.#element.close();
+            return;
+        }
+        this.#failure.textContent = failure;
+        if (failure !== '') {
+            this.#focusFirst();
+        }
+    }
+
+    #key(event) {
+        event.stopPropagation(); // the page's shortcuts are not meant here
+        const isSent =
+            event.target.matches('input') ||
+            (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));
+        if (event.key === 'Enter' && isSent) {
+            event.preventDefault();
+            this.#choose(this.#main);
+        }
+    }
 }
 
 export const kCancel = {key: 'dialog.cancel'};

@@ -2,10 +2,26 @@
 // and a word about the outcome.
 
 import {ask, kCancel} from './dialogs.js';
-import {text} from './texts.js';
+import {hasText, text} from './texts.js';
 
-function isDisconnected(reply) {
-    return reply.reason === 'disconnected';
+/// What a refusal says to the user: the page's own words for the reasons that it knows, else those
+/// of the workbench.
+export function describeRefusal(reason, words) {
+    if (reason === 'disconnected') {
+        return text('status.disconnected');
+    }
+    return reason && hasText(`reason.${reason}`) ? text(`reason.${reason}`, words) : words;
+}
+
+function isSameComment(one, other) {
+    const looks = ({subtype, rect, contents, title}) =>
+        JSON.stringify([subtype, rect, contents, title]);
+    return one !== undefined && looks(one) === looks(other);
+}
+
+// A revision goes along only with what was read at one.
+function atRevision({revision}) {
+    return revision === undefined ? {} : {revision};
 }
 
 export class Edits {
@@ -24,90 +40,157 @@ export class Edits {
     async run(name, fields, doneKey) {
         const reply = await this.#connection.command(name, fields);
         if (reply.error !== null) {
-            this.#notices.show(isDisconnected(reply) ? text('status.disconnected') : reply.error);
+            this.#notices.show(describeRefusal(reply.reason, reply.error));
         } else if (doneKey) {
             this.#notices.say(text(doneKey));
         }
         return reply;
     }
 
+    // One command out of a dialog, which shows what went wrong: null when nothing did.
+    async #attempt(name, fields, doneKey) {
+        const reply = await this.#connection.command(name, fields);
+        if (reply.error === null) {
+            this.#notices.say(text(doneKey));
+            return null;
+        }
+        return describeRefusal(reply.reason, reply.error);
+    }
+
     // --- Comments ---
+    //
+    // A description with a `revision` is one whose pages and indices were read at it.
 
-    focus({id}, page, index) {
-        return this.run('focus', {document: id, page, index});
+    focus(description, page, index) {
+        const fields = {document: description.id, page, index, ...atRevision(description)};
+        return this.run('focus', fields);
     }
 
-    remove({id}, page, index) {
-        return this.run('remove', {document: id, page, index}, 'done.remove');
+    remove(description, page, index) {
+        const fields = {document: description.id, page, index, ...atRevision(description)};
+        return this.run('remove', fields, 'done.remove');
     }
 
-    async add({id}, page, subtype, rect) {
-        const title = text('contents.new', text(`subtype.${subtype}`));
-        const answer = await this.#askContents(title, '');
-        if (!answer) {
+    async add(description, page, subtype, rect) {
+        const {id} = description;
+        if (this.#saysWhyNot(description)) {
             return;
         }
-        const fields = {document: id, page, subtype, rect, contents: answer.text};
-        const reply = await this.run('add', fields, 'done.add');
-        if (reply.error === null && reply.index !== undefined) {
-            await this.focus({id}, page, reply.index);
+        let index;
+        await this.#askContents(
+            text('contents.new', text(`subtype.${subtype}`)),
+            '',
+            async (contents) => {
+                const fields = {document: id, page, subtype, rect, contents};
+                const reply = await this.#connection.command('add', fields);
+                index = reply.index;
+                return reply.error === null ? null : describeRefusal(reply.reason, reply.error);
+            },
+        );
+        if (index !== undefined) {
+            this.#notices.say(text('done.add'));
+            await this.focus({id}, page, index);
         }
     }
 
-    async editContents({id}, page, index) {
-        const list = await this.#lists.ask(id, page);
+    async editContents(description, page, index) {
+        const list = await this.#lists.ask(description.id, page);
         const annotation = list?.annotations.find((one) => one.index === index);
-        if (!annotation) {
+        const isOther =
+            description.revision !== undefined && list?.revision !== description.revision;
+        if (!annotation || isOther) {
+            this.#notices.say(list ? text('reason.changed') : '');
             return;
         }
-        const title = text('contents.edit', text(`subtype.${annotation.subtype}`));
-        const contents = await this.#askContents(title, annotation.contents);
-        if (contents !== null && contents.text !== annotation.contents) {
-            const fields = {document: id, page, index, contents: contents.text};
-            await this.run('edit', fields, 'done.edit');
+        if (this.#saysWhyNot(description, annotation)) {
+            return;
+        }
+        await this.#askContents(
+            text('contents.edit', text(`subtype.${annotation.subtype}`)),
+            annotation.contents,
+            (contents) =>
+                contents === annotation.contents
+                    ? null
+                    : this.#changeContents(description.id, page, annotation, list, contents),
+        );
+    }
+
+    // What changed while the user wrote is no matter as long as the comment is the same.
+    async #changeContents(id, page, annotation, list, contents) {
+        const {index} = annotation;
+        let {revision} = list;
+        for (;;) {
+            const fields = {document: id, page, index, contents, revision};
+            const reply = await this.#connection.command('edit', fields);
+            if (reply.error === null) {
+                this.#notices.say(text('done.edit'));
+                return null;
+            }
+            const now = reply.reason === 'changed' ? await this.#lists.ask(id, page) : null;
+            const same = now?.annotations.find((one) => one.index === index);
+            if (!isSameComment(same, annotation) || now.revision === revision) {
+                return describeRefusal(reply.reason, reply.error);
+            }
+            ({revision} = now);
         }
     }
 
-    async #askContents(title, value) {
-        const answer = await ask({
+    // Nobody is asked for words that would be refused: the status says why.
+    #saysWhyNot({readOnly, deletionPermitted}, annotation = null) {
+        const reason =
+            (readOnly && 'read-only') ||
+            (annotation?.locked && 'locked') ||
+            (deletionPermitted === false && 'not-permitted');
+        if (reason) {
+            this.#notices.say(text(`reason.${reason}`));
+        }
+        return Boolean(reason);
+    }
+
+    #askContents(title, value, attempt) {
+        return ask({
             title,
             fields: [{name: 'contents', label: text('contents.label'), type: 'lines', value}],
             buttons: [kCancel, {key: 'dialog.accept', value: 'accept', isMain: true}],
+            attempt: ({values}) => attempt(values.contents),
         });
-        return answer && {text: answer.values.contents};
     }
 
     // --- Pages ---
 
-    insertPage({id}, at) {
-        return this.run('insert-page', {document: id, at}, 'done.insert-page');
+    insertPage({id, revision}, at) {
+        return this.run('insert-page', {document: id, at, revision}, 'done.insert-page');
     }
 
-    deletePage({id}, page) {
-        return this.run('delete-page', {document: id, page}, 'done.delete-page');
+    deletePage({id, revision}, page) {
+        return this.run('delete-page', {document: id, page, revision}, 'done.delete-page');
     }
 
-    movePage({id}, from, to) {
-        return this.run('move-page', {document: id, from, to}, 'done.move-page');
+    movePage({id, revision}, from, to) {
+        return this.run('move-page', {document: id, from, to, revision}, 'done.move-page');
     }
 
-    async askMovePage(description, from) {
-        const answer = await ask({
+    async askMovePage({id, pages, revision}, from) {
+        await ask({
             title: text('move.title', from + 1),
             fields: [
                 {
                     name: 'to',
-                    label: text('move.label', description.pages),
+                    label: text('move.label', pages),
                     type: 'number',
                     value: from + 1,
                 },
             ],
             buttons: [kCancel, {key: 'move.accept', value: 'move', isMain: true}],
+            attempt: ({values}) => {
+                const to = Number(values.to) - 1;
+                if (!Number.isInteger(to) || to < 0 || to >= pages) {
+                    return text('move.range', pages);
+                }
+                const fields = {document: id, from, to, revision};
+                return to === from ? null : this.#attempt('move-page', fields, 'done.move-page');
+            },
         });
-        const to = Number(answer?.values.to) - 1;
-        if (answer && Number.isInteger(to) && to >= 0 && to < description.pages && to !== from) {
-            await this.movePage(description, from, to);
-        }
     }
 
     // --- Documents ---
@@ -121,10 +204,15 @@ export class Edits {
     }
 
     /// Saves; a document that came without a path is asked for one.
-    save(description) {
-        return description.path === null
-            ? this.saveAs(description)
-            : this.run('save', {document: description.id}, 'done.save');
+    async save(description) {
+        if (description.path === null) {
+            return this.saveAs(description);
+        }
+        const {id, name} = description;
+        const save = (fields) => this.#connection.command('save', {document: id, ...fields});
+        const reply = await this.#withReplacement(name, save);
+        this.#tellOutcome(reply, 'done.save');
+        return reply;
     }
 
     saveAs(description) {
@@ -136,15 +224,55 @@ export class Edits {
     }
 
     async #saveTo({id, name, path}, command, titleKey) {
-        const answer = await ask({
+        let reply = {error: '', reason: 'cancelled'};
+        await ask({
             title: text(titleKey),
             fields: [{name: 'path', label: text('save.path'), value: path ?? name}],
             buttons: [kCancel, {key: 'save.accept', value: 'save', isMain: true}],
+            attempt: async ({values}) => {
+                if (!values.path) {
+                    return '';
+                }
+                const target = {document: id, path: values.path};
+                reply = await this.#withReplacement(values.path, (fields) =>
+                    this.#connection.command(command, {...target, ...fields}),
+                );
+                if (reply.reason === 'cancelled') {
+                    return '';
+                }
+                return reply.error === null ? null : describeRefusal(reply.reason, reply.error);
+            },
         });
-        if (!answer?.values.path) {
-            return {error: '', reason: 'cancelled'};
+        if (reply.error === null) {
+            this.#notices.say(text('done.save'));
         }
-        return this.run(command, {document: id, path: answer.values.path}, 'done.save');
+        return reply;
+    }
+
+    // What would be lost on the disk is asked about; `save(fields)` is repeated when it may be.
+    async #withReplacement(name, save) {
+        const reply = await save({});
+        const questions = {exists: 'replace.exists', 'changed-on-disk': 'replace.changed'};
+        if (reply.error === null || !questions[reply.reason]) {
+            return reply;
+        }
+        const answer = await ask({
+            title: text('replace.title'),
+            message: text(questions[reply.reason], name),
+            buttons: [
+                {key: 'replace.accept', value: 'replace'},
+                {...kCancel, isMain: true},
+            ],
+        });
+        return answer ? save({overwrite: true}) : {error: '', reason: 'cancelled'};
+    }
+
+    #tellOutcome({error, reason}, doneKey) {
+        if (error === null) {
+            this.#notices.say(text(doneKey));
+        } else if (reason !== 'cancelled') {
+            this.#notices.show(describeRefusal(reason, error));
+        }
     }
 
     download({id}) {
@@ -162,10 +290,10 @@ export class Edits {
             return;
         }
         if (reply.reason !== 'unsaved') {
-            this.#notices.show(reply.error || text('status.disconnected'));
+            this.#notices.show(describeRefusal(reply.reason, reply.error));
             return;
         }
-        const answer = await ask({
+        await ask({
             title: text('close.title', name),
             message: text('close.message'),
             buttons: [
@@ -173,20 +301,58 @@ export class Edits {
                 kCancel,
                 {key: 'close.save', value: 'save', isMain: true},
             ],
+            attempt: ({choice}) => this.#closeWith(description, choice),
         });
-        if (answer) {
-            await this.#closeWith(description, answer.choice);
-        }
     }
 
-    async #closeWith(description, choice) {
-        if (choice === 'save' && description.path === null) {
+    // Null when it is closed; else what went wrong, nothing in words when the user did not want.
+    async #closeWith(description, unsaved) {
+        const {id, name, path} = description;
+        if (unsaved === 'save' && path === null) {
             const saved = await this.saveAs(description);
             if (saved.error !== null) {
-                return;
+                return '';
             }
         }
-        await this.run('close', {document: description.id, unsaved: choice});
+        const reply = await this.#withReplacement(name, (fields) =>
+            this.#connection.command('close', {document: id, unsaved, ...fields}),
+        );
+        if (reply.reason === 'cancelled') {
+            return '';
+        }
+        return reply.error === null ? null : describeRefusal(reply.reason, reply.error);
+    }
+
+    /// The workbench is about to end with unsaved changes; `documents` are their descriptions.
+    /// `signal` takes the question away.
+    async askEnding(documents, seconds, signal) {
+        const due = Date.now() + 1000 * seconds;
+        const countdown = () =>
+            text('ending.seconds', Math.max(0, Math.round((due - Date.now()) / 1000)));
+        const end = async (unsaved) => {
+            const reply = await this.#connection.command('end', {unsaved});
+            if (reply.error !== null) {
+                return describeRefusal(reply.reason, reply.error);
+            }
+            this.#notices.say(text(unsaved === 'cancel' ? 'status.goesOn' : 'status.ending'));
+            return null;
+        };
+        const answer = await ask({
+            title: text('ending.title'),
+            message: text('ending.message', documents.map(({name}) => name).join(', ')),
+            countdown,
+            buttons: [
+                {key: 'ending.discard', value: 'discard'},
+                {key: 'ending.copies', value: 'copies'},
+                {key: 'ending.cancel', value: 'cancel'},
+                {key: 'ending.save', value: 'save', isMain: true},
+            ],
+            attempt: ({choice}) => end(choice),
+            signal,
+        });
+        if (!answer && !signal.aborted) {
+            await end('cancel');
+        }
     }
 
     // --- Opening ---
@@ -207,23 +373,34 @@ export class Edits {
                 kCancel,
                 {key: 'open.accept', value: 'open', isMain: true},
             ],
+            attempt: ({choice, values}) =>
+                choice === 'open' && values.path ? this.#openPath(values.path) : null,
         });
         if (answer?.choice === 'choose') {
             chooser.click();
-        } else if (answer?.values.path) {
-            await this.openPath(answer.values.path);
         }
     }
 
     async openPath(path) {
+        this.#showFailure(await this.#openPath(path));
+    }
+
+    #openPath(path) {
         const open = (password) =>
             this.#connection.command('open', {path, ...(password !== null && {password})});
-        await this.#openWithPassword(path.split('/').pop(), open);
+        return this.#openWithPassword(path.split('/').pop(), open);
+    }
+
+    #showFailure(words) {
+        if (words) {
+            this.#notices.show(words);
+        }
     }
 
     async openFiles(files) {
         for (const file of files) {
-            await this.#openWithPassword(file.name, (password) => this.#post(file, password));
+            const open = (password) => this.#post(file, password);
+            this.#showFailure(await this.#openWithPassword(file.name, open));
         }
     }
 
@@ -242,6 +419,7 @@ export class Edits {
         }
     }
 
+    // Null when it is open; else what went wrong, nothing in words when the user gave up.
     async #openWithPassword(name, open) {
         this.#notices.say(text('status.opening', name));
         let reply = await open(null);
@@ -249,17 +427,18 @@ export class Edits {
             const password = await this.#askPasswordOf(name, wasWrong);
             if (password === null) {
                 this.#notices.say('');
-                return;
+                return '';
             }
             reply = await open(password);
             if (reply.document !== undefined) {
                 this.#passwords.set(reply.document, password);
             }
         }
-        if (reply.error !== null) {
-            this.#notices.say('');
-            this.#notices.show(reply.error || text('status.disconnected'));
+        if (reply.error === null) {
+            return null;
         }
+        this.#notices.say('');
+        return describeRefusal(reply.reason, reply.error);
     }
 
     /// The password of an open document, for the picture of its pages: the one that opened it, or

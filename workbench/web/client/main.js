@@ -3,7 +3,7 @@
 import {AnnotationLists} from './annotation-lists.js';
 import {Arrangement} from './arrangement.js';
 import {Connection, socketAddress} from './connection.js';
-import {Edits} from './edits.js';
+import {describeRefusal, Edits} from './edits.js';
 import {icon} from './icons.js';
 import {Notices} from './notices.js';
 import {Panel} from './panel.js';
@@ -39,6 +39,7 @@ class Page {
     };
     split = {isOn: false, toggle: () => this.#toggleSplit()};
     #hasEnded = false;
+    #ending = null;
 
     constructor(frame) {
         this.connection = new Connection(socketAddress(document.baseURI), (state) =>
@@ -47,7 +48,7 @@ class Page {
         this.notices = new Notices(byId('notices'), byId('status'), byId('banner'));
         this.lists = new AnnotationLists(this.connection);
         this.edits = new Edits(this.connection, this.lists, this.notices);
-        this.tools = new Tools(this.edits, this.notices, () => this.toolbar?.update());
+        this.tools = new Tools(this.edits, this.notices, () => this.#toolChosen());
         this.panel = new Panel(frame, this.connection, (done) => this.#showProgress(done));
         this.arrangement = new Arrangement(byId('pages'), this.#viewServices());
         this.tabs = new Tabs(byId('tabs'), {
@@ -59,6 +60,7 @@ class Page {
         this.statusLine = new StatusLine(this.notices, byId('state'));
         new Splitter(byId('splitter'), byId('workspace'));
         this.#listenToControls();
+        this.#listenToDrops([document, frame.contentDocument]);
         this.#listenToWorkbench();
         listenToShortcuts([document, frame.contentDocument], this.#shortcuts());
         this.#setLocale('en');
@@ -88,12 +90,8 @@ class Page {
     }
 
     editFocused() {
-        const {focused, readOnly} = this.active ?? {};
-        return (
-            focused &&
-            !readOnly &&
-            this.edits.editContents(this.active, focused.page, focused.index)
-        );
+        const {focused} = this.active ?? {};
+        return focused && this.edits.editContents(this.active, focused.page, focused.index);
     }
 
     removeFocused() {
@@ -131,7 +129,10 @@ class Page {
         connection.on('panel', (message) => this.panel.receive(message));
         connection.on('scroll', (message) => this.panel.scrollTo(message.element));
         connection.on('progress', (message) => this.statusLine.tellProgress(message));
-        connection.on('notice', (message) => this.notices.show(message.text));
+        connection.on('notice', ({text: words, reason}) =>
+            this.notices.show(describeRefusal(reason, words)),
+        );
+        connection.on('ending', (message) => this.#askEnding(message));
         connection.on('refused', (message) => console.error('refused:', message.reason));
         connection.on('goodbye', () => {
             this.#hasEnded = true;
@@ -143,10 +144,23 @@ class Page {
         this.activeId = active;
         byId('no-document').hidden = documents.length > 0;
         document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
+        this.panel.setListing(documents.some(({busy}) => busy === 'listing'));
         this.tabs.update(documents, active);
         this.arrangement.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
+    }
+
+    // The question goes when somebody has answered it, here or in another window, when the
+    // workbench has ended, and with the line to it; a new line brings it again.
+    #askEnding({documents, seconds}) {
+        this.#ending?.abort();
+        this.#ending = null;
+        if (documents.length > 0) {
+            this.#ending = new AbortController();
+            const asked = this.documents.filter(({id}) => documents.includes(id));
+            this.edits.askEnding(asked, seconds, this.#ending.signal);
+        }
     }
 
     #setLocale(name) {
@@ -172,6 +186,7 @@ class Page {
             this.#hasEnded = false;
             this.notices.banner('');
         } else {
+            this.#askEnding({documents: []});
             this.notices.banner(text(this.#hasEnded ? 'banner.ended' : 'banner.waiting'));
         }
     }
@@ -194,7 +209,6 @@ class Page {
             button.addEventListener('click', () => this.#showView(button.dataset.view));
         }
         this.#showView('comments');
-        this.#listenToDrops();
     }
 
     // In a narrow window pages and panel take turns.
@@ -205,28 +219,40 @@ class Page {
         }
     }
 
-    #listenToDrops() {
+    // The panel's frame has a document of its own, which is handed what is dropped there.
+    #listenToDrops(documents) {
         const isFile = (event) => event.dataTransfer?.types.includes('Files');
+        const mark = (isOver) => document.body.classList.toggle('dropping', isOver);
+        const listen = (type, handler) =>
+            documents.forEach((each) => each.addEventListener(type, handler));
         for (const type of ['dragenter', 'dragover']) {
-            document.addEventListener(type, (event) => {
+            listen(type, (event) => {
                 if (isFile(event)) {
                     event.preventDefault();
-                    document.body.classList.add('dropping');
+                    mark(true);
                 }
             });
         }
-        document.addEventListener('dragleave', (event) => {
+        listen('dragleave', (event) => {
             if (!event.relatedTarget) {
-                document.body.classList.remove('dropping');
+                mark(false);
             }
         });
-        document.addEventListener('drop', (event) => {
-            document.body.classList.remove('dropping');
+        listen('drop', (event) => {
+            mark(false);
             if (isFile(event)) {
                 event.preventDefault();
                 this.edits.openFiles(event.dataTransfer.files);
             }
         });
+    }
+
+    // Whoever wants to draw needs the pages.
+    #toolChosen() {
+        this.toolbar?.update();
+        if (this.tools.isForDrawing) {
+            this.#showView('pages');
+        }
     }
 
     #toggleSplit() {

@@ -5,11 +5,15 @@ import {icon} from './icons.js';
 import {text} from './texts.js';
 
 const kMostNotices = 5;
+const kMoment = 300;
 
 export class Notices {
     #list;
     #status;
     #banner;
+    #said = '';
+    #task = '';
+    #timer = 0;
 
     constructor(list, status, banner) {
         this.#list = list;
@@ -39,7 +43,30 @@ export class Notices {
     }
 
     say(message) {
-        this.#status.textContent = message;
+        this.#said = message;
+        this.#showStatus();
+    }
+
+    /// What is going on; when it takes longer than a moment it stands in the line of status, and
+    /// what was said before comes back when it is over, with the empty text.
+    sayMeanwhile(task) {
+        clearTimeout(this.#timer);
+        if (task === '') {
+            this.#task = '';
+            this.#showStatus();
+            return;
+        }
+        this.#timer = setTimeout(() => {
+            this.#task = task;
+            this.#showStatus();
+        }, kMoment);
+    }
+
+    #showStatus() {
+        const words = this.#task || this.#said;
+        if (this.#status.textContent !== words) {
+            this.#status.textContent = words;
+        }
     }
 
     /// Shows the banner; the empty text hides it.

@@ -44,6 +44,7 @@ export class PagesView {
         this.element.className = 'pages-view';
         this.scroller.className = 'scroller';
         this.scroller.tabIndex = 0;
+        this.scroller.setAttribute('role', 'region');
         this.#column.className = 'pages';
         this.scroller.append(this.#column);
         this.#makeProgress();

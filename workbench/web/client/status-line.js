@@ -1,18 +1,37 @@
 // The line at the foot of the page: what is going on, and how the active document stands.
 
+import {ask} from './dialogs.js';
 import {text} from './texts.js';
 
 const kTasks = {listing: 'status.listing', saving: 'status.saving'};
 
+/// What has been done to a document, from what could be undone and done again before and after. A
+/// page is told only where a document stands now.
+function describeChange(before, now) {
+    const isUndo = now.redo !== null && now.redo === before.undo;
+    const isRedo = now.undo !== null && now.undo === before.redo;
+    if (isUndo && !isRedo) {
+        return text('done.undone', text(`step.${now.redo}`));
+    }
+    if (!isUndo && now.undo !== null && (isRedo || now.redo === null)) {
+        return text(`done.${now.undo}`);
+    }
+    return text('done.changed', now.name);
+}
+
 export class StatusLine {
     #notices;
-    #state;
-    #busy = new Map();
-    #revisions = new Map();
+    #state = document.createElement('span');
+    #faults = document.createElement('button');
+    #documents = new Map();
+    #active = null;
 
+    /// `state` takes how the active document stands.
     constructor(notices, state) {
         this.#notices = notices;
-        this.#state = state;
+        this.#faults.type = 'button';
+        this.#faults.addEventListener('click', () => this.#showFaults());
+        state.append(this.#state, this.#faults);
     }
 
     tellProgress({state, name}) {
@@ -28,30 +47,37 @@ export class StatusLine {
     update(documents, active) {
         for (const description of documents) {
             this.#tellChange(description);
-            this.#tellTask(description);
         }
+        this.#documents = new Map(documents.map((one) => [one.id, one]));
+        this.#tellTask(documents);
+        this.#active = active;
         const words = [
             active?.readOnly && text('status.readOnly'),
             active?.modified && text('status.kept'),
-            ...(active?.warnings ?? []),
         ];
         this.#state.textContent = words.filter(Boolean).join(' · ');
+        this.#faults.textContent = text('status.faults');
+        this.#faults.hidden = !active?.warnings.length;
+    }
+
+    #showFaults() {
+        ask({
+            title: text('faults.title', this.#active.name),
+            details: this.#active.warnings,
+            buttons: [{key: 'dialog.close', isMain: true}],
+        });
     }
 
     // Changes come from the panel and from other windows, too.
-    #tellChange({id, revision, undo}) {
-        const before = this.#revisions.get(id);
-        this.#revisions.set(id, revision);
-        if (before !== undefined && before !== revision && undo) {
-            this.#notices.say(text(`done.${undo}`));
+    #tellChange(description) {
+        const before = this.#documents.get(description.id);
+        if (before && before.revision !== description.revision) {
+            this.#notices.say(describeChange(before, description));
         }
     }
 
-    #tellTask({id, name, busy}) {
-        if ((this.#busy.get(id) ?? null) === busy) {
-            return;
-        }
-        this.#busy.set(id, busy);
-        this.#notices.say(kTasks[busy] ? text(kTasks[busy], name) : '');
+    #tellTask(documents) {
+        const busy = documents.find((one) => kTasks[one.busy]);
+        this.#notices.sayMeanwhile(busy ? text(kTasks[busy.busy], busy.name) : '');
     }
 }

@@ -41,12 +41,16 @@ export class Tools {
         return this.#tool.name;
     }
 
+    get isForDrawing() {
+        return Boolean(this.#tool.subtype);
+    }
+
     choose(name) {
         this.#tool = kTools.find((tool) => tool.name === name);
         this.#dropFrame();
         document.documentElement.dataset.tool = name;
         this.#onChange(name);
-        if (this.#tool.subtype) {
+        if (this.isForDrawing) {
             this.#notices.say(text('tool.hint'));
         }
     }
@@ -58,7 +62,7 @@ export class Tools {
     }
 
     #isDrawing(view) {
-        return Boolean(this.#tool.subtype) && view.description?.readOnly === false;
+        return this.isForDrawing && view.description?.readOnly === false;
     }
 
     // --- Frame ---
