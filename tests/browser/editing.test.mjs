@@ -223,6 +223,37 @@ describe('Editing in the browser', () => {
         );
     });
 
+    test('draws what is in sight as sharply as the screen is, at any zoom', async () => {
+        const isSharp = () =>
+            window.page.evaluate(() => {
+                const canvases = [...document.querySelectorAll('.page:first-child canvas')];
+                const pixels = canvases.map(({width, clientWidth}) => width / clientWidth);
+                return Math.max(0, ...pixels) > devicePixelRatio * 0.99;
+            });
+        const session = await window.page.context().newCDPSession(window.page);
+        for (const [zoom, deviceScaleFactor] of [
+            [1, 1],
+            [1, 2],
+            [6, 2],
+        ]) {
+            await session.send('Emulation.setDeviceMetricsOverride', {
+                width: 1200,
+                height: 800,
+                deviceScaleFactor,
+                mobile: false,
+            });
+            await window.page.evaluate(async (scale) => {
+                const {page} = await import(new URL('app/main.js', document.baseURI).href);
+                (await page).view.zoom.setScale(scale);
+            }, zoom);
+            await window.until(
+                () => isSharp(),
+                Boolean,
+                `the page is sharp at ${zoom} with ${deviceScaleFactor} pixels`,
+            );
+        }
+    });
+
     test('refuses edits of a document that is read-only', async () => {
         await window.item('0_0').click();
         await window.page.getByRole('button', {name: 'File', exact: true}).click();

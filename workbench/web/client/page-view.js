@@ -5,6 +5,8 @@ import {AnnotationsLayer} from './annotations-layer.js';
 import {text} from './texts.js';
 
 const kMostPixels = 2 ** 24;
+// Pixels by which places on the screen may differ from those reckoned.
+const kRounding = 1;
 /// CSS pixels to a point at the scale of 1.
 export const kPixelsPerPoint = 96 / 72;
 
@@ -16,6 +18,7 @@ export class PageView {
     #wanted = '';
     #drawn = '';
     #canvas = null;
+    #detail = null;
     #words = null;
     #wordsRevision = null;
     element = document.createElement('div');
@@ -67,18 +70,80 @@ export class PageView {
         this.viewport = pdfPage.getViewport({scale: kPixelsPerPoint});
         this.setSize(this.viewport.width, this.viewport.height);
 
+        const sharpness = this.#sharpness(scale);
+        const drawn = pdfPage.getViewport({scale: kPixelsPerPoint * sharpness});
+        const canvas = await this.#render(pdfPage, drawn, drawn.width, drawn.height);
+        if (!canvas) {
+            return false;
+        }
+        if (this.#wanted !== wanted) {
+            return false;
+        }
+        this.#showFailure(null);
+        this.#replaceCanvas(canvas);
+        this.#replaceDetail(null);
+        this.#drawn = wanted;
+        await this.#layWords(pdfPage, revision);
+        return true;
+    }
+
+    /// Whether what is in sight, `seen` in CSS pixels of the page as it is shown, is as sharp as the
+    /// screen; a picture of the whole page would be too large for that at a high zoom.
+    isSharp(revision, scale, seen) {
+        const isEnough =
+            !this.viewport || this.#sharpness(scale) >= scale * devicePixelRatio || seen === null;
+        const {box, wanted} = this.#detail ?? {};
+        return (
+            isEnough ||
+            (wanted === this.#describe(revision, scale) &&
+                box.left <= seen.left + kRounding &&
+                box.top <= seen.top + kRounding &&
+                box.left + box.width >= seen.left + seen.width - kRounding &&
+                box.top + box.height >= seen.top + seen.height - kRounding)
+        );
+    }
+
+    /// Draws what is in sight, and something around it, on top of the picture.
+    async drawDetail(pdfPage, revision, scale, seen) {
+        const wanted = this.#describe(revision, scale);
+        const box = this.#widen(seen, scale);
+        const viewport = pdfPage.getViewport({
+            scale: kPixelsPerPoint * scale * devicePixelRatio,
+            offsetX: -box.left * devicePixelRatio,
+            offsetY: -box.top * devicePixelRatio,
+        });
+        const canvas = await this.#render(
+            pdfPage,
+            viewport,
+            box.width * devicePixelRatio,
+            box.height * devicePixelRatio,
+        );
+        if (!canvas || this.#wanted !== wanted) {
+            return;
+        }
+        const percent = (part, whole) => `${(100 * part) / (whole * scale)}%`;
+        canvas.className = 'detail';
+        canvas.style.left = percent(box.left, this.viewport.width);
+        canvas.style.top = percent(box.top, this.viewport.height);
+        canvas.style.width = percent(box.width, this.viewport.width);
+        canvas.style.height = percent(box.height, this.viewport.height);
+        this.#replaceDetail({canvas, box, wanted});
+    }
+
+    // The canvas with the picture; null when it was cancelled.
+    async #render(pdfPage, viewport, width, height) {
         const canvas = document.createElement('canvas');
-        const drawn = pdfPage.getViewport({scale: kPixelsPerPoint * this.#sharpness(scale)});
-        canvas.width = Math.max(1, Math.floor(drawn.width));
-        canvas.height = Math.max(1, Math.floor(drawn.height));
+        canvas.width = Math.max(1, Math.floor(width));
+        canvas.height = Math.max(1, Math.floor(height));
         canvas.setAttribute('aria-hidden', 'true');
-        const task = pdfPage.render({canvas, viewport: drawn});
+        const task = pdfPage.render({canvas, viewport});
         this.#task = task;
         try {
             await task.promise;
+            return canvas;
         } catch (error) {
             if (error?.name === 'RenderingCancelledException') {
-                return false;
+                return null;
             }
             throw error;
         } finally {
@@ -86,18 +151,22 @@ export class PageView {
                 this.#task = null;
             }
         }
-        if (this.#wanted !== wanted) {
-            return false;
-        }
-        this.#showFailure(null);
-        this.#replaceCanvas(canvas);
-        this.#drawn = wanted;
-        await this.#layWords(pdfPage, revision);
-        return true;
+    }
+
+    // A part around what is in sight, for small ways, as far as a canvas bears it.
+    #widen({left, top, width, height}, scale) {
+        const fits = (by) =>
+            width * height * (1 + 2 * by) ** 2 * devicePixelRatio ** 2 < kMostPixels;
+        const by = [0.5, 0.25, 0].find(fits) ?? 0;
+        const right = Math.min(this.viewport.width * scale, left + width * (1 + by));
+        const bottom = Math.min(this.viewport.height * scale, top + height * (1 + by));
+        const box = {left: Math.max(0, left - width * by), top: Math.max(0, top - height * by)};
+        return {...box, width: right - box.left, height: bottom - box.top};
     }
 
     /// Gives the picture's memory back.
     release() {
+        this.#replaceDetail(null);
         this.#task?.cancel();
         this.#wanted = '';
         this.#drawn = '';
@@ -124,6 +193,8 @@ export class PageView {
         this.#failure?.remove();
         this.#failure = null;
         if (revision !== null) {
+            this.#drawn = '';
+            this.#replaceDetail(null);
             this.#replaceCanvas(null);
             this.#failure = document.createElement('p');
             this.#failure.className = 'page-failure';
@@ -159,6 +230,17 @@ export class PageView {
         const wanted = scale * devicePixelRatio;
         const most = Math.sqrt(kMostPixels / (this.viewport.width * this.viewport.height));
         return Math.min(wanted, most);
+    }
+
+    #replaceDetail(detail) {
+        if (this.#detail) {
+            this.#detail.canvas.remove();
+            this.#detail.canvas.width = 0;
+        }
+        this.#detail = detail;
+        if (detail) {
+            this.#canvas.after(detail.canvas);
+        }
     }
 
     #replaceCanvas(canvas) {

@@ -20,6 +20,7 @@ export class PagesView {
     #pdf = null;
     #loadedRevision = null;
     #isLoading = false;
+    #isClosed = false;
     #pages = [];
     #near = new Set();
     #drawing = false;
@@ -57,6 +58,7 @@ export class PagesView {
         });
         this.scroller.addEventListener('scroll', () => this.#scrolled(), {passive: true});
         new ResizeObserver(() => this.#resized()).observe(this.scroller);
+        this.#listenToSharpness();
     }
 
     get documentId() {
@@ -127,6 +129,7 @@ export class PagesView {
     }
 
     close() {
+        this.#isClosed = true;
         this.unmount();
         this.#observer.disconnect();
         this.#description = null;
@@ -295,12 +298,25 @@ export class PagesView {
         this.#schedule(0);
     }
 
+    // The window may come to another screen, or be zoomed by the browser.
+    #listenToSharpness() {
+        const query = matchMedia(`(resolution: ${devicePixelRatio}dppx)`);
+        const changed = () => {
+            if (!this.#isClosed) {
+                this.#listenToSharpness();
+                this.#schedule(kRedrawDelay);
+            }
+        };
+        query.addEventListener('change', changed, {once: true});
+    }
+
     #scrolled() {
         if (!this.element.isConnected || this.scroller.clientHeight === 0) {
             return; // not on the screen
         }
         this.#place = {top: this.scroller.scrollTop, left: this.scroller.scrollLeft};
         this.#bar.setPage(this.currentPage);
+        this.#schedule(kRedrawDelay);
     }
 
     #zoomed() {
@@ -322,8 +338,16 @@ export class PagesView {
         }
         this.#drawing = true;
         try {
-            for (let page = this.#nextPage(); page; page = this.#nextPage()) {
-                await this.#drawPage(page);
+            for (;;) {
+                const page = this.#nextPage();
+                const detail = page ? null : this.#nextDetail();
+                if (page) {
+                    await this.#drawPage(page);
+                } else if (detail) {
+                    await this.#drawDetail(detail);
+                } else {
+                    break;
+                }
             }
         } finally {
             this.#drawing = false;
@@ -347,6 +371,42 @@ export class PagesView {
             !page.isDrawn(this.#loadedRevision, this.#zoom.scale) &&
             page.failedRevision !== this.#loadedRevision
         );
+    }
+
+    // A page of which a part is in sight that its picture does not show sharply, and that part.
+    #nextDetail() {
+        const {scale} = this.#zoom;
+        for (const page of this.#pdf ? this.#near : []) {
+            const seen = this.#seenPart(page);
+            const isReady = page.isDrawn(this.#loadedRevision, scale);
+            if (isReady && !page.isSharp(this.#loadedRevision, scale, seen)) {
+                return {page, seen};
+            }
+        }
+        return null;
+    }
+
+    #seenPart({element}) {
+        const view = this.scroller.getBoundingClientRect();
+        const box = element.getBoundingClientRect();
+        const left = Math.max(0, view.left - box.left);
+        const top = Math.max(0, view.top - box.top);
+        const width = Math.min(box.right, view.right) - box.left - left;
+        const height = Math.min(box.bottom, view.bottom) - box.top - top;
+        return width > 0 && height > 0 ? {left, top, width, height} : null;
+    }
+
+    async #drawDetail({page, seen}) {
+        const pdf = this.#pdf;
+        try {
+            const pdfPage = await pdf.getPage(page.index + 1);
+            await page.drawDetail(pdfPage, this.#loadedRevision, this.#zoom.scale, seen);
+        } catch (error) {
+            if (pdf === this.#pdf) {
+                console.error(error);
+                page.fail(this.#loadedRevision);
+            }
+        }
     }
 
     async #drawPage(page) {
