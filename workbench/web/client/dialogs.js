@@ -2,6 +2,9 @@
 
 import {text} from './texts.js';
 
+// More buttons than these stand below each other.
+const kInRow = 3;
+
 let countOfDialogs = 0;
 
 function makeField({name, label, type, value, hint}) {
@@ -106,7 +109,7 @@ class Dialog {
         this.#failure.setAttribute('role', 'alert');
         this.#failure.dir = 'auto';
         const row = document.createElement('div');
-        row.className = 'buttons';
+        row.className = buttons.length > kInRow ? 'buttons stacked' : 'buttons';
         row.append(...this.#buttons);
         this.#element.append(this.#failure, row);
         this.#element.addEventListener('keydown', (event) => this.#key(event));

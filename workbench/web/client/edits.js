@@ -342,10 +342,10 @@ export class Edits {
             message: text('ending.message', documents.map(({name}) => name).join(', ')),
             countdown,
             buttons: [
-                {key: 'ending.discard', value: 'discard'},
-                {key: 'ending.copies', value: 'copies'},
-                {key: 'ending.cancel', value: 'cancel'},
                 {key: 'ending.save', value: 'save', isMain: true},
+                {key: 'ending.copies', value: 'copies'},
+                {key: 'ending.discard', value: 'discard'},
+                {key: 'ending.cancel', value: 'cancel'},
             ],
             attempt: ({choice}) => end(choice),
             signal,

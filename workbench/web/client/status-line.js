@@ -19,6 +19,11 @@ function describeChange(before, now) {
     return text('done.changed', now.name);
 }
 
+// The title of the dialog names the file already.
+function withoutPath(words, path) {
+    return words.startsWith(path) ? words.slice(path.length).replace(/^[:\s]+/, '') : words;
+}
+
 export class StatusLine {
     #notices;
     #state = document.createElement('span');
@@ -61,9 +66,10 @@ export class StatusLine {
     }
 
     #showFaults() {
+        const {name, path, warnings} = this.#active;
         ask({
-            title: text('faults.title', this.#active.name),
-            details: this.#active.warnings,
+            title: text('faults.title', name),
+            details: warnings.map((words) => withoutPath(words, path ?? name)),
             buttons: [{key: 'dialog.close', isMain: true}],
         });
     }
