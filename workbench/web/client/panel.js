@@ -12,7 +12,7 @@ const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
 const kSheetPatience = 2000;
 const kShownAtOnce = 200;
-// Late items that a frame takes; most of them come out of sight and cost little.
+// Late items that a frame takes.
 const kShownInFrame = 400;
 
 export class Panel {
