@@ -180,16 +180,25 @@ export class AnnotationsLayer {
         return focusAt;
     }
 
+    // In groups: of many places only those that come together are laid out together.
     #insert(at, descriptions, viewport) {
         const places = descriptions.map((description) => ({
             ...description,
             button: this.#makeButton(description, viewport),
         }));
         const buttons = places.map(({button}) => button);
-        if (at === 0) {
-            this.element.prepend(...buttons);
+        const before = this.#places[at - 1]?.button;
+        if (before?.nextSibling) {
+            before.after(...buttons);
         } else {
-            this.#places[at - 1].button.after(...buttons);
+            const group = document.createElement('div');
+            group.className = 'annotation-group';
+            group.append(...buttons);
+            if (before) {
+                before.parentElement.after(group);
+            } else {
+                this.element.prepend(group);
+            }
         }
         this.#places.splice(at, 0, ...places);
     }
