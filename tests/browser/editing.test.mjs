@@ -1,7 +1,7 @@
 // Documents changed from the page: comments, pages, undo, saving, tabs.
 
 import assert from 'node:assert/strict';
-import {readFileSync} from 'node:fs';
+import {appendFileSync, readFileSync, writeFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {after, afterEach, before, beforeEach, describe, test} from 'node:test';
 
@@ -13,6 +13,7 @@ describe('Editing in the browser', () => {
     let folder;
     let workbench;
     let window;
+    let ended;
 
     before(async () => {
         browser = await startBrowser();
@@ -26,6 +27,7 @@ describe('Editing in the browser', () => {
             makeDocument(folder, 'small.pdf', '--comments', '12', '--pages', '4'),
             makeDocument(folder, 'sample.pdf', '--sample'),
         ]);
+        ended = false;
         window = await PageWindow.open(browser, workbench);
         await window.expectActive(
             (active) => active.name === 'sample.pdf' && active.busy === null,
@@ -34,7 +36,9 @@ describe('Editing in the browser', () => {
     });
 
     afterEach(async () => {
-        await window.expectSameTree();
+        if (!ended) {
+            await window.expectSameTree();
+        }
         await window.close();
         await workbench.stop();
     });
@@ -264,6 +268,57 @@ describe('Editing in the browser', () => {
         for (const name of ['Add a note', 'Rectangle', 'Delete comment']) {
             assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
+    });
+
+    test('hits no other comment when the document changes under a dialog', async () => {
+        const {id} = await window.active();
+        const words = await window.item('0_2').locator('p').textContent();
+        await window.item('0_1').click();
+        await window.expectCurrent('0_1');
+        await window.page.keyboard.press('F2');
+        const field = window.page.getByRole('textbox', {name: 'Contents'});
+        await field.fill('meant for the second comment');
+        await window.expectCommand('remove', {document: id, page: 0, index: 0});
+        await window.page.keyboard.press('Control+Enter');
+        await window.page.getByRole('alert').getByText('changed meanwhile').waitFor();
+        assert.equal(await field.inputValue(), 'meant for the second comment');
+        await window.page.getByRole('button', {name: 'Cancel'}).click();
+        assert.equal(await window.item('0_1').locator('p').textContent(), words);
+    });
+
+    test('asks before a file is replaced that was not opened here', async () => {
+        const active = await window.active();
+        const path = join(folder, 'precious.txt');
+        writeFileSync(path, 'precious');
+        const refused = await window.command('save-copy', {document: active.id, path});
+        assert.equal(refused.reason, 'exists');
+        assert.equal(readFileSync(path, 'utf8'), 'precious');
+
+        await window.expectCommand('add', {document: active.id, page: 0, subtype: 'Text'});
+        appendFileSync(active.path, '% changed by another program');
+        await window.page.keyboard.press('Control+s');
+        await window.page.getByRole('dialog').getByRole('button', {name: 'Replace'}).click();
+        await window.expectActive((one) => !one.modified && one.busy === null, 'it is saved');
+        assert.doesNotMatch(readFileSync(active.path, 'latin1'), /another program/);
+    });
+
+    test('asks what becomes of changes before the workbench ends', async () => {
+        const {id, path} = await window.active();
+        const before = readFileSync(path);
+        await window.expectCommand('add', {document: id, page: 0, subtype: 'Text'});
+        workbench.interrupt();
+        const dialog = window.page.getByRole('dialog', {name: 'The workbench is about to end'});
+        await dialog.getByRole('button', {name: 'Go on working'}).click();
+        await dialog.waitFor({state: 'detached'});
+        assert.ok(workbench.isAlive);
+        assert.deepEqual(readFileSync(path), before);
+
+        workbench.interrupt();
+        await dialog.getByRole('button', {name: 'Save all and end'}).click();
+        await window.page.getByText('The workbench has ended.').waitFor();
+        await workbench.expectEnd();
+        assert.ok(readFileSync(path).length > before.length, 'it is saved');
+        ended = true;
     });
 
     test('keeps what was written until it is taken', async () => {

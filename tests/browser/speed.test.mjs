@@ -4,6 +4,7 @@ import assert from 'node:assert/strict';
 import {after, before, describe, test} from 'node:test';
 
 import {PageWindow, startBrowser} from './support/browser.mjs';
+import {measureFrames} from './support/key-latency.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
 
 const kComments = 10000;
@@ -63,37 +64,7 @@ describe('Ten thousand comments', () => {
     });
 
     test("show a key's effect soon", async (context) => {
-        await window.items.first().click();
-        const times = await window.page.evaluate(async (presses) => {
-            const panel = document.getElementById('panel-frame').contentDocument;
-            const press = (key) =>
-                new Promise((resolve) => {
-                    const begin = performance.now();
-                    // A message after the frame's callback comes when the frame has been drawn.
-                    const drawn = () =>
-                        requestAnimationFrame(() => {
-                            const {port1, port2} = new MessageChannel();
-                            port1.onmessage = () => resolve(performance.now() - begin);
-                            port2.postMessage(null);
-                        });
-                    const observer = new MutationObserver((records) => {
-                        if (records.some(({target}) => target.hasAttribute('wb-current'))) {
-                            observer.disconnect();
-                            drawn();
-                        }
-                    });
-                    observer.observe(panel, {subtree: true, attributeFilter: ['wb-current']});
-                    panel.activeElement.dispatchEvent(
-                        new KeyboardEvent('keydown', {key, bubbles: true, cancelable: true}),
-                    );
-                });
-            const measured = [];
-            for (let at = 0; at < presses; ++at) {
-                measured.push(await press(at % 4 === 3 ? 'PageDown' : 'ArrowDown'));
-            }
-            return measured;
-        }, kPresses);
-        times.sort((left, right) => left - right);
+        const times = await measureFrames(window, kPresses);
         const median = times[kPresses / 2];
         context.diagnostic(
             `median ${median.toFixed(1)} ms, slowest ${times.at(-1).toFixed(1)} ms, ` +

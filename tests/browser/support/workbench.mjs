@@ -61,11 +61,20 @@ export class Workbench {
         return this.#program.exitCode === null && this.#program.signalCode === null;
     }
 
-    /// Ends the workbench without a question, and expects it to end well.
+    /// What Ctrl-C in its terminal does.
+    interrupt() {
+        this.#program.kill('SIGINT');
+    }
+
+    async expectEnd() {
+        assert.equal(await this.#ended, 0, 'the workbench ends well');
+    }
+
+    /// Ends the workbench without a question, if it has not ended, and expects it to end well.
     async stop() {
         this.#program.kill('SIGTERM');
-        const outcome = await this.#ended;
+        await this.#ended;
         rmSync(this.#folder, {recursive: true, force: true});
-        assert.equal(outcome, 0, 'the workbench ends well');
+        await this.expectEnd();
     }
 }
