@@ -1,7 +1,7 @@
 // The panel as a person uses it: pointer, keyboard, tooltips, languages, several windows.
 
 import assert from 'node:assert/strict';
-import {after, before, describe, test} from 'node:test';
+import {after, afterEach, before, describe, test} from 'node:test';
 
 import {PageWindow, startBrowser} from './support/browser.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
@@ -25,6 +25,8 @@ describe('The panel in the browser', () => {
         await workbench.stop();
     });
 
+    afterEach(() => window.expectSameTree());
+
     test("shows the engine's tree", async () => {
         await window.expectSameTree();
         assert.ok((await window.itemCount()) > 30);
@@ -47,7 +49,6 @@ describe('The panel in the browser', () => {
             (distance) => distance < 40,
             'the annotation is in the middle',
         );
-        await window.expectSameTree();
     });
 
     test('moves the current item and the focus with the keys', async () => {
@@ -79,7 +80,6 @@ describe('The panel in the browser', () => {
             )
             .evaluateAll((elements) => elements.filter((one) => one.tabIndex === 0).length);
         assert.equal(stops, 1, 'the list is one tab stop');
-        await window.expectSameTree();
     });
 
     test('folds pages with the pointer, with the keys, and with the buttons', async () => {
@@ -108,7 +108,6 @@ describe('The panel in the browser', () => {
         await window.page.keyboard.press('Enter');
         await isFolded(false);
         assert.equal((await window.active()).modified, false, 'a caption deletes nothing');
-        await window.expectSameTree();
     });
 
     test('goes on with the buttons, beyond the end of a page', async () => {
@@ -141,7 +140,6 @@ describe('The panel in the browser', () => {
             );
         });
         assert.ok(isInside);
-        await window.expectSameTree();
     });
 
     test('makes an annotation current that is clicked on its page', async () => {
