@@ -81,4 +81,21 @@ TEST(WideText, TellsWhatItCannotHoldByAReplacement)
     }
 }
 
+// Long texts are converted in parts: wherever those end, characters of every length stay whole.
+TEST(WideText, LongTextsAreTheirCharactersInOrder)
+{
+    const std::wstring characters[] = {L"a", FromUtf16(u"\u00E9"), FromUtf16(u"\u20AC"),
+                                       FromUtf16(u"\U0001F600"), L"sixteen letters and more"};
+    for (std::size_t shift = 0; shift < 20; ++shift) {
+        std::wstring wide(shift, L'.');
+        std::string expected(shift, '.');
+        for (std::size_t i = 0; i < 2000; ++i) {
+            const std::wstring& character = characters[(i * i + i / 7) % std::size(characters)];
+            wide += character;
+            expected += ToUtf8(character);
+        }
+        ASSERT_EQ(ToUtf8(wide), expected) << shift;
+    }
+}
+
 }  // namespace

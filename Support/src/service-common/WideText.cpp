@@ -1,5 +1,7 @@
 #include "service-common/WideText.h"
 
+#include <algorithm>
+#include <iterator>
 #include <type_traits>
 
 namespace {
@@ -48,45 +50,37 @@ std::size_t JoinSurrogates(wchar_t* text, std::size_t length)
     return static_cast<std::size_t>(out - text);
 }
 
-// Number of characters at the beginning of the text that are ASCII, at least as far as whole
-// blocks of them go.
-std::size_t AsciiRun(std::wstring_view text)
+constexpr std::size_t kBlock = 16;
+
+// Whether the block, of kBlock characters, holds nothing but ASCII.
+bool IsAscii(const wchar_t* block)
 {
-    constexpr std::size_t kBlock = 16;
-    std::size_t run = 0;
-    for (; run + kBlock <= text.size(); run += kBlock) {
-        char32_t bits = 0;
-        for (std::size_t i = 0; i < kBlock; ++i) {
-            bits |= UnitOf(text[run + i]);
-        }
-        if (bits >= 0x80) {
-            break;
-        }
+    char32_t bits = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        bits |= UnitOf(block[i]);
     }
-    while (run < text.size() && UnitOf(text[run]) < 0x80) {
-        ++run;
-    }
-    return run;
+    return bits < 0x80;
 }
 
-void AppendUtf8(std::string& target, char32_t codePoint)
+char* WriteUtf8(char* out, char32_t codePoint)
 {
     const auto continuation = [](char32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
     if (codePoint < 0x80) {
-        target.push_back(static_cast<char>(codePoint));
+        *out++ = static_cast<char>(codePoint);
     } else if (codePoint < 0x800) {
-        target.push_back(static_cast<char>(0xC0 | (codePoint >> 6)));
-        target.push_back(continuation(codePoint));
+        *out++ = static_cast<char>(0xC0 | (codePoint >> 6));
+        *out++ = continuation(codePoint);
     } else if (codePoint < kFirstSupplementary) {
-        target.push_back(static_cast<char>(0xE0 | (codePoint >> 12)));
-        target.push_back(continuation(codePoint >> 6));
-        target.push_back(continuation(codePoint));
+        *out++ = static_cast<char>(0xE0 | (codePoint >> 12));
+        *out++ = continuation(codePoint >> 6);
+        *out++ = continuation(codePoint);
     } else {
-        target.push_back(static_cast<char>(0xF0 | (codePoint >> 18)));
-        target.push_back(continuation(codePoint >> 12));
-        target.push_back(continuation(codePoint >> 6));
-        target.push_back(continuation(codePoint));
+        *out++ = static_cast<char>(0xF0 | (codePoint >> 18));
+        *out++ = continuation(codePoint >> 12);
+        *out++ = continuation(codePoint >> 6);
+        *out++ = continuation(codePoint);
     }
+    return out;
 }
 
 }  // namespace
@@ -164,15 +158,23 @@ std::wstring FromUtf16(const char16_t* text)
 
 void AppendUtf8(std::string& target, std::wstring_view text)
 {
+    constexpr std::size_t kLongest = 4 * kBlock;  // of a block
+    char part[16 * kLongest];
+    char* out = part;
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t run = AsciiRun(text.substr(i));
-        const std::size_t start = target.size();
-        target.resize(start + run);
-        for (std::size_t k = 0; k < run; ++k) {
-            target[start + k] = static_cast<char>(text[i + k]);
+        if (out > std::end(part) - kLongest) {
+            target.append(part, out);
+            out = part;
         }
-        i += run;
-        while (i < text.size() && UnitOf(text[i]) >= 0x80) {
+        if (i + kBlock <= text.size() && IsAscii(text.data() + i)) {
+            for (std::size_t k = 0; k < kBlock; ++k) {
+                out[k] = static_cast<char>(text[i + k]);
+            }
+            out += kBlock;
+            i += kBlock;
+            continue;
+        }
+        for (const std::size_t end = std::min(text.size(), i + kBlock); i < end;) {
             char32_t unit = UnitOf(text[i++]);
             if (kWideIsUtf16 && IsHighSurrogate(unit) && i < text.size() &&
                 IsLowSurrogate(UnitOf(text[i]))) {
@@ -180,15 +182,15 @@ void AppendUtf8(std::string& target, std::wstring_view text)
             } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit) || unit > kLastCodePoint) {
                 unit = kReplacement;
             }
-            AppendUtf8(target, unit);
+            out = WriteUtf8(out, unit);
         }
     }
+    target.append(part, out);
 }
 
 std::string ToUtf8(std::wstring_view text)
 {
     std::string result;
-    result.reserve(text.size());
     AppendUtf8(result, text);
     return result;
 }
