@@ -225,5 +225,17 @@ TEST(Markup, RandomBytesDoNoHarm)
     }
 }
 
+// What is set into an element is read as in a page that has a doctype, whatever the memory held
+// that the parser is given.
+TEST(Markup, FragmentsAreNeverInQuirksMode)
+{
+    TestPage page("");
+    for (int round = 0; round < 8; ++round) {
+        std::vector<std::uint32_t>(std::size_t{64} * 1024, 1u).shrink_to_fit();
+        page->SetHtml(page.Body(), "<p>a<table></table></b>", InsertPosition::ReplaceContent);
+        ASSERT_EQ(page.BodyHtml(), "<p>a</p><table></table>") << round;
+    }
+}
+
 }  // namespace
 }  // namespace HtmlEngine::Test

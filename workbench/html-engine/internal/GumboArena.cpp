@@ -58,12 +58,11 @@ void* GumboArena::Take(std::size_t size)
         return nullptr;
     }
     if (sizeClass >= kSizeClasses) {
-        std::byte* const place =
-            chunks_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(whole)).get();
+        std::byte* const place = chunks_.emplace_back(std::make_unique<std::byte[]>(whole)).get();
         return ::new (static_cast<void*>(place)) Header{sizeClass} + 1;
     }
     if (freeSize_ < whole) {
-        free_ = chunks_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(kChunkSize)).get();
+        free_ = chunks_.emplace_back(std::make_unique<std::byte[]>(kChunkSize)).get();
         freeSize_ = kChunkSize;
     }
     std::byte* const place = free_;

@@ -7,6 +7,9 @@
 // opened again in every paragraph), or needs time that grows with the square of its length. The
 // arena ends such a run when it exceeds its memory or its time: control then returns to where
 // `setjmp` was called with LimitReached(). Only the parser's C frames lie between.
+//
+// Memory that has not been given before is zero: the parser reads whether a fragment's document is
+// in quirks mode without ever having set it, and 0 says that it is not.
 
 #include <chrono>
 #include <csetjmp>
