@@ -83,6 +83,7 @@ public:
 
     // One line for the users; the reason in one word for the pages, or empty.
     void Notify(const std::string& text, const std::string& reason = {});
+
     // --- The end ---
 
     // Has the pages ask what becomes of changes that are not saved. False when there are none or

@@ -14,9 +14,9 @@ using Atom = std::uint32_t;
 inline constexpr Atom kAtomNone = 0;                  // stands for no name
 inline constexpr Atom kAtomUnresolved = 0xFFFFFFFFu;  // not asked for yet
 
-inline constexpr ResultCode kResultStorageDestroyed = 0x20001;  // the process is ending
-inline constexpr ResultCode kResultStaticDataIdMismatch =
-    0x20002;  // the slot has another identifier
+// Failures of storage slots: the process is ending; the slot has another identifier.
+inline constexpr ResultCode kResultStorageDestroyed = 0x20001;
+inline constexpr ResultCode kResultStaticDataIdMismatch = 0x20002;
 
 extern "C" {
 

@@ -53,8 +53,8 @@ public:
     }
     template <class U>
     requires std::is_convertible_v<U*, T*>
-    BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other)
-    noexcept  // NOLINT
+    // NOLINTNEXTLINE: as pointers convert
+    BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other) noexcept
         : BasicServiceObjectPtr(Retain(other.Get()))
     {
     }

@@ -28,7 +28,6 @@ export class Edits {
     #connection;
     #lists;
     #notices;
-    #passwords = new Map();
 
     constructor(connection, lists, notices) {
         this.#connection = connection;
@@ -424,15 +423,12 @@ export class Edits {
         this.#notices.say(text('status.opening', name));
         let reply = await open(null);
         for (let wasWrong = false; reply.reason === 'password'; wasWrong = true) {
-            const password = await this.#askPasswordOf(name, wasWrong);
+            const password = await this.#askPassword(name, wasWrong);
             if (password === null) {
                 this.#notices.say('');
                 return '';
             }
             reply = await open(password);
-            if (reply.document !== undefined) {
-                this.#passwords.set(reply.document, password);
-            }
         }
         if (reply.error === null) {
             return null;
@@ -441,21 +437,7 @@ export class Edits {
         return describeRefusal(reply.reason, reply.error);
     }
 
-    /// The password of an open document, for the picture of its pages: the one that opened it, or
-    /// a new one.
-    async askPassword(id, name, wasWrong) {
-        const known = this.#passwords.get(id);
-        if (known !== undefined && !wasWrong) {
-            return known;
-        }
-        const password = await this.#askPasswordOf(name, wasWrong);
-        if (password !== null) {
-            this.#passwords.set(id, password);
-        }
-        return password;
-    }
-
-    async #askPasswordOf(name, wasWrong) {
+    async #askPassword(name, wasWrong) {
         const answer = await ask({
             title: text('password.title'),
             message: text(wasWrong ? 'password.wrong' : 'password.message', name),

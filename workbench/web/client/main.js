@@ -110,7 +110,6 @@ class Page {
             connection: this.connection,
             lists: this.lists,
             edits: this.edits,
-            askPassword: (...question) => this.edits.askPassword(...question),
             notice: (words) => this.notices.show(words),
             activate: (id) => this.#activate(id),
             serve: (view) => this.tools.serve(view),

@@ -37,8 +37,7 @@ export class PagesView {
     #column = document.createElement('div');
     #progress = document.createElement('div');
 
-    /// `services` has `connection`, `lists` of annotations, `edits`, `notice(text)` and
-    /// `askPassword(id, name, wasWrong)`.
+    /// `services` has `connection`, `lists` of annotations, `edits` and `notice(text)`.
     constructor(services) {
         this.#services = services;
         this.#annotations = new PageAnnotations(services.lists);
@@ -193,12 +192,7 @@ export class PagesView {
 
     async #open({id, revision, name}) {
         try {
-            return await this.#reader.open(
-                id,
-                revision,
-                (wasWrong) => this.#services.askPassword(id, name, wasWrong),
-                (part) => this.#showProgress(part),
-            );
+            return await this.#reader.open(id, revision, (part) => this.#showProgress(part));
         } catch (error) {
             if (this.#description && this.#services.connection.isOpen) {
                 console.error(error);

@@ -31,10 +31,10 @@ export class PdfReader {
     #reader = null;
     #isClosed = false;
 
-    /// Opens the document as it stands at one revision. `askPassword(wasWrong)` promises a
-    /// password, or null to give up; `onProgress` is told the part that has come, from 0 to 1.
-    /// Rejects when the file cannot be read.
-    async open(documentId, revision, askPassword, onProgress) {
+    /// Opens the document as it stands at one revision; the workbench gives it without encryption.
+    /// `onProgress` is told the part that has come, from 0 to 1. Rejects when the file cannot be
+    /// read.
+    async open(documentId, revision, onProgress) {
         this.#reader ??= Promise.resolve(kIdle.pop() ?? loadReader());
         const {pdfjs, options} = await this.#reader;
         const url = new URL(
@@ -43,10 +43,6 @@ export class PdfReader {
         );
         const task = pdfjs.getDocument({url: url.href, ...options});
         task.onProgress = ({loaded, total}) => onProgress(total > 0 ? loaded / total : 0);
-        task.onPassword = async (answer, reason) => {
-            const wasWrong = reason === pdfjs.PasswordResponses.INCORRECT_PASSWORD;
-            answer((await askPassword(wasWrong)) ?? new Error('no password'));
-        };
         return task.promise;
     }
 
