@@ -1,9 +1,8 @@
 # Third-party code under the same target names on both systems:
 #
 #   boost::headers  nlohmann::json  cli11::cli11      headers only
-#   gumbo::gumbo
 #   GTest::gtest  GTest::gtest_main  GTest::gmock  GTest::gmock_main
-#   qpdf::qpdf  benchmark::benchmark                  Linux only
+#   qpdf::qpdf  benchmark::benchmark  gumbo::gumbo    Linux only
 #
 # A Linux machine has them as packages. For Windows the headers are those same packages' files,
 # seen through a folder that holds nothing else, and libraries are built from their sources.
@@ -54,17 +53,6 @@ if(NOT WIN32)
     target_include_directories(gumbo::gumbo SYSTEM INTERFACE ${GUMBO_INCLUDE_DIR})
     return()
 endif()
-
-# gumbo, from the C sources that its npm package carries.
-set(gumboSources ${CMAKE_SOURCE_DIR}/build/npm/node_modules/gumbo-parser/deps/gumbo-parser/src)
-if(NOT EXISTS ${gumboSources}/gumbo.h)
-    message(FATAL_ERROR "${gumboSources} is missing: tools/setup/install puts it into place")
-endif()
-file(GLOB gumboFiles ${gumboSources}/*.c)
-add_library(gumbo STATIC ${gumboFiles})
-target_compile_options(gumbo PRIVATE -std=gnu99 -w)
-target_include_directories(gumbo SYSTEM PUBLIC ${gumboSources})
-add_library(gumbo::gumbo ALIAS gumbo)
 
 # GoogleTest, from the sources of Debian's package.
 set(googleTestSources /usr/src/googletest)

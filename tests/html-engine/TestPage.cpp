@@ -52,26 +52,40 @@ ElementHandle TestPage::Body()
 
 std::string ItemHtml(int page, int index)
 {
+    return ItemHtml(page, index, {});
+}
+
+std::string ItemHtml(int page, int index, const ItemTexts& texts)
+{
     const std::string name = std::to_string(page) + "_" + std::to_string(index);
-    return "<li .highlight annot-name=\"" + name + "\" titleid=\"t" + name +
-           "\">\r\n\t<h3>Highlight</h3>\r\n\t<p>one<br/>two</p>\r\n\t" +
-           "<popup class=\"annot-details\" id=\"t" + name +
-           "\"><table class=\"props-table\" "
-           "border=\"0\"><tr><td>Subject:</td><td>Title</td></tr></table>"
-           "<div class=\"separator\"></div><table class=\"props-table\" border=\"0\">"
-           "<tr style=\"display:none;\"><td>:</td><td></td></tr></table></popup>\r\n</li>\r\n";
+    const std::string id = "7d3c2f51-" + name;
+    const std::string inside = texts.contents.empty() ? texts.name + "\r\n"
+                                                      : "<h3>" + texts.name + "</h3>\r\n\t<p>" +
+                                                            texts.contents + "</p>\r\n\t";
+    return "<li .highlight annot-name=\"" + name + "\" titleid=\"" + id + "\">\r\n\t" + inside +
+           "<popup class=\"annot-details\" id=\"" + id +
+           "\"><table class=\"props-table\" border=\"0\"><tr><td>" + texts.subject + ":</td><td>" +
+           texts.title +
+           "</td></tr></table><div class=\"separator\"></div><table class=\"props-table\" "
+           "border=\"0\"><tr style=\"display:none;\"><td>:</td><td></td></tr></table></popup>"
+           "\r\n</li>\r\n";
+}
+
+std::string PageItemHtml(int page, std::string_view items)
+{
+    const std::string number = std::to_string(page);
+    return " <ul page-item=\"" + number + "\"><li page-index=\"" + number +
+           "\"><div class=\"icon\" .document localize>Page</div><div><ul class=\"comments\">" +
+           std::string(items) + "</ul></div></li></ul>";
 }
 
 std::string PageItemHtml(int page, int perPage)
 {
-    const std::string number = std::to_string(page);
-    std::string html =
-        " <ul page-item=\"" + number + "\"><li page-index=\"" + number +
-        "\"><div class=\"icon\" .document localize>Page</div><div><ul class=\"comments\">";
+    std::string items;
     for (int index = 0; index < perPage; ++index) {
-        html += ItemHtml(page, index);
+        items += ItemHtml(page, index);
     }
-    return html + "</ul></div></li></ul>";
+    return PageItemHtml(page, items);
 }
 
 std::string ListHtml(int pages, int perPage)

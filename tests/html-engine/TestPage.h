@@ -42,4 +42,16 @@ std::string ListHtml(int pages, int perPage);
 std::string PageItemHtml(int page, int perPage);
 std::string ItemHtml(int page, int index);
 
+/// The texts of a document that stand in an item.
+struct ItemTexts {
+    std::string name = "Highlight";
+    std::string contents = "one<br/>two";
+    std::string subject = "Subject";
+    std::string title = "Title";
+};
+std::string ItemHtml(int page, int index, const ItemTexts& texts);
+
+/// A page item around items.
+std::string PageItemHtml(int page, std::string_view items);
+
 }  // namespace HtmlEngine::Test

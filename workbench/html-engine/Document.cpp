@@ -1,8 +1,8 @@
 #include <html-engine/Document.h>
 
 #include <html-engine/internal/DocumentParts.h>
+#include <html-engine/internal/MarkupReader.h>
 #include <html-engine/internal/NewContent.h>
-#include <html-engine/internal/ParsedMarkup.h>
 #include <html-engine/internal/Serializer.h>
 #include <html-engine/internal/TreeWalk.h>
 #include <html-engine/internal/Utf8.h>
@@ -35,11 +35,11 @@ void Document::LoadPage(std::string_view html)
     if (html.starts_with(kByteOrderMark)) {
         html.remove_prefix(kByteOrderMark.size());
     }
-    const ParsedMarkup parsed(html);
+    const NodeId root = MarkupReader(parts_->tree, html).ReadPage();
     std::vector<HandlerOnPath> ended;
     const NodeId old = parts_->tree.Root();
     parts_->Remove({old, old}, ended);
-    parts_->tree.SetRoot(parsed.Build(parts_->tree).first);
+    parts_->tree.SetRoot(root);
     ++parts_->changeCount;
     Parts::Tell(ended);
 }
@@ -156,11 +156,11 @@ Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPos
         return Result::NoPlace;
     }
     const Node& owner = parts_->At(parent);
-    if (isInner && !owner.Is(NodeFlag::kForeign) && tree.Names().IsVoid(owner.name)) {
+    if (isInner && tree.IsVoid(parent)) {
         return Result::NoContent;
     }
 
-    NewContent content(tree, html, tree.Atoms().Text(owner.name));
+    NewContent content(tree, html, parent);
     std::vector<HandlerOnPath> ended;
     bool changed = false;
     if (position == InsertPosition::ReplaceContent) {
@@ -191,7 +191,7 @@ Result Document::SetText(ElementHandle element, std::string_view text)
         return Result::UnknownElement;
     }
     Tree& tree = parts_->tree;
-    if (!parts_->At(id).Is(NodeFlag::kForeign) && tree.Names().IsVoid(parts_->At(id).name)) {
+    if (tree.IsVoid(id)) {
         return Result::NoContent;
     }
     if (text.empty() && tree.ContentOf(id).IsEmpty()) {

@@ -2,18 +2,27 @@
 
 #include <utility>
 
-#include <html-engine/internal/PlainMarkup.h>
-
 namespace HtmlEngine::Internal {
 
-NewContent::NewContent(Tree& tree, std::string_view html, std::string_view context) : tree_(tree)
+namespace {
+
+MarkupContext ContextOf(const Tree& tree, NodeId parent)
 {
-    PlainMarkup plain(tree);
-    if (plain.Read(html, context, run_)) {
-        elements_ = plain.TakeElements();
-    } else {
-        parsed_.emplace(html, context);
+    const Node& node = tree.Nodes()[parent];
+    const auto flags =
+        static_cast<std::uint8_t>(node.flags & (NodeFlag::kForeign | NodeFlag::kMathMl));
+    MarkupContext context{tree.Atoms().Text(node.name), flags, 0};
+    for (NodeId at = parent; at != kNoNode; at = tree.Nodes()[at].parent) {
+        ++context.depth;
     }
+    return context;
+}
+
+}  // namespace
+
+NewContent::NewContent(Tree& tree, std::string_view html, NodeId parent)
+    : tree_(tree), reader_(tree, html), run_(reader_.ReadContent(ContextOf(tree, parent)))
+{
 }
 
 NewContent::~NewContent()
@@ -23,8 +32,8 @@ NewContent::~NewContent()
 
 bool NewContent::Link(NodeId parent, NodeId previous)
 {
-    const NodeRun run = parsed_.has_value() ? parsed_->Build(tree_) : std::exchange(run_, {});
-    tree_.Link(parent, previous, run, elements_);
+    const NodeRun run = std::exchange(run_, {});
+    tree_.Link(parent, previous, run, reader_.Elements());
     return !run.IsEmpty();
 }
 

@@ -36,11 +36,6 @@ void Serializer::Write(NodeId top)
         [&](NodeId id) { WriteEndTag(id); });
 }
 
-bool Serializer::IsVoid(NodeId element) const
-{
-    return !nodes_[element].Is(NodeFlag::kForeign) && tree_.Names().IsVoid(nodes_[element].name);
-}
-
 void Serializer::WriteStartTag(NodeId element)
 {
     const Node& node = nodes_[element];
@@ -68,7 +63,7 @@ void Serializer::WriteStartTag(NodeId element)
 
     const NodeId first = node.element.firstChild;
     if (first != kNoNode && nodes_[first].IsText() &&
-        tree_.Names().DropsFirstLineBreak(node.name) &&
+        (tree_.TraitsOf(element) & ElementTrait::kDropsLineBreak) != 0 &&
         nodes_[first].text.View().starts_with('\n')) {
         out_ += '\n';
     }
@@ -76,7 +71,7 @@ void Serializer::WriteStartTag(NodeId element)
 
 void Serializer::WriteEndTag(NodeId element)
 {
-    if (!IsVoid(element)) {
+    if (!tree_.IsVoid(element)) {
         out_ += "</";
         out_ += tree_.Atoms().Text(nodes_[element].name);
         out_ += '>';
@@ -90,8 +85,8 @@ void Serializer::WriteCharacters(NodeId id)
         out_ += "<!--";
         out_ += node.text.View();
         out_ += "-->";
-    } else if (node.parent != kNoNode && !nodes_[node.parent].Is(NodeFlag::kForeign) &&
-               tree_.Names().IsRawText(nodes_[node.parent].name)) {
+    } else if (node.parent != kNoNode &&
+               (tree_.TraitsOf(node.parent) & ElementTrait::kRawText) != 0) {
         out_ += node.text.View();
     } else {
         WriteEscaped(node.text.View(), false);

@@ -23,7 +23,6 @@ private:
     void WriteEndTag(NodeId element);
     void WriteCharacters(NodeId node);
     void WriteEscaped(std::string_view text, bool inAttribute);
-    bool IsVoid(NodeId element) const;
 
     const Tree& tree_;
     const NodeStore& nodes_;

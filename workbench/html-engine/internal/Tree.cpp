@@ -29,12 +29,13 @@ NodeId Tree::CreateElement(std::string_view lowerCaseName, std::uint8_t flags)
     return id;
 }
 
-NodeId Tree::CreateElementLike(NodeId element)
+NodeId Tree::CreateElementLike(NodeId element, std::uint8_t flags)
 {
     const NodeId id = nodes_.Create(NodeKind::Element);
     const Node& model = nodes_[element];
     Node& node = nodes_[id];
     node.name = model.name;
+    node.flags = flags;
     atoms_.AddReference(node.name);
     node.element.states = model.element.states;
     node.element.attributes.Share(model.element.attributes);

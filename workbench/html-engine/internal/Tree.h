@@ -53,6 +53,15 @@ public:
     NodeId Root() const { return root_; }
     std::size_t AttachedCount() const { return attachedCount_; }
 
+    /// What is known of an element by its name; none for one from SVG or MathML.
+    ElementTraits TraitsOf(NodeId element) const
+    {
+        const Node& node = nodes_[element];
+        return node.Is(NodeFlag::kForeign) ? ElementTraits{} : names_.TraitsOf(node.name);
+    }
+
+    bool IsVoid(NodeId element) const { return (TraitsOf(element) & ElementTrait::kVoid) != 0; }
+
     /// Borrowed; null for none.
     void SetObserver(TreeObserver* observer) { observer_ = observer; }
 
@@ -61,7 +70,7 @@ public:
     NodeId CreateElement(std::string_view lowerCaseName, std::uint8_t flags = 0);
 
     /// Another element with the same name, attributes and states, and without content.
-    NodeId CreateElementLike(NodeId element);
+    NodeId CreateElementLike(NodeId element, std::uint8_t flags);
 
     NodeId CreateCharacters(NodeKind kind, std::string_view text);
 

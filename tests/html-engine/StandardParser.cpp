@@ -1,32 +1,77 @@
-#include <html-engine/internal/ParsedMarkup.h>
+#include "StandardParser.h"
 
-#include <chrono>
-#include <csetjmp>
 #include <vector>
 
 #include <gumbo.h>
 
 #include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/AttributeCollector.h>
-#include <html-engine/internal/Utf8.h>
+#include <html-engine/internal/MarkupReader.h>
+#include <html-engine/internal/TreeWalk.h>
 
-namespace HtmlEngine::Internal {
+namespace HtmlEngine::Test {
 
 namespace {
 
-// Panel markup needs about 20 bytes of parse tree per byte.
-constexpr std::size_t kArenaBytes = std::size_t{256} * 1024 * 1024;
-constexpr std::size_t kArenaBytesPerByte = 40;
+using namespace Internal;
 
-// Panel markup needs about 0.06 microseconds per byte.
-constexpr std::chrono::milliseconds kParseTime{2000};
-constexpr std::size_t kBytesPerMillisecond = 250;
+/// Everything that a node says of itself and of its neighbours, which are named by their distance
+/// in document order.
+class Description {
+public:
+    explicit Description(const Tree& tree) : tree_(tree), nodes_(tree.Nodes()) {}
 
-GumboArena::Limits LimitsFor(std::string_view html)
-{
-    return {kArenaBytes + kArenaBytesPerByte * html.size(),
-            kParseTime + std::chrono::milliseconds(html.size() / kBytesPerMillisecond)};
-}
+    std::string Of(NodeRun run)
+    {
+        NodeId previous = kNoNode;
+        for (NodeId id = run.first; id != kNoNode; id = nodes_[id].next) {
+            VisitSubtree(
+                nodes_, id, [&](NodeId node) { Add(node); },
+                [&](NodeId node) { text_ += "/" + std::string(Name(node)) + "\n"; });
+            CheckLink(nodes_[id].previous == previous && nodes_[id].parent == kNoNode);
+            previous = id;
+        }
+        CheckLink(previous == run.last);
+        return std::move(text_);
+    }
+
+private:
+    std::string_view Name(NodeId id) const { return tree_.Atoms().Text(nodes_[id].name); }
+
+    void Add(NodeId id)
+    {
+        const Node& node = nodes_[id];
+        if (!node.IsElement()) {
+            text_ += node.IsText() ? "\"" : "!";
+            text_ += node.text.View();
+            text_ += "\"\n";
+            return;
+        }
+        const ElementPart& element = node.element;
+        text_ += Name(id);
+        text_ += " " + std::to_string(node.flags) + " " + std::to_string(element.states) + " " +
+                 std::to_string(element.elementCount);
+        for (const AttributeEntry& entry : element.attributes.Entries()) {
+            text_ += " [";
+            text_ += tree_.Atoms().Text(entry.name);
+            text_ += "]=[";
+            text_ += tree_.Atoms().Text(entry.value);
+            text_ += "]";
+        }
+        text_ += "\n";
+        NodeId previous = kNoNode;
+        for (NodeId child = element.firstChild; child != kNoNode; child = nodes_[child].next) {
+            CheckLink(nodes_[child].parent == id && nodes_[child].previous == previous);
+            previous = child;
+        }
+        CheckLink(previous == element.lastChild);
+    }
+
+    void CheckLink(bool isRight) { text_ += isRight ? "" : "a wrong link\n"; }
+
+    const Tree& tree_;
+    const NodeStore& nodes_;
+    std::string text_;
+};
 
 std::string ElementName(const GumboElement& element)
 {
@@ -150,73 +195,44 @@ private:
     std::vector<Level> open_;
 };
 
-}  // namespace
-
-ParsedMarkup::ParsedMarkup(std::string_view html, bool isFragment, std::string_view context)
-    : isFragment_(isFragment), source_(RepairUtf8(html, repaired_))
+NodeRun ParseByStandard(std::string_view html, std::string_view context, Tree& tree)
 {
     GumboOptions options = kGumboDefaultOptions;
-    options.allocator = &GumboArena::Allocate;
-    options.deallocator = &GumboArena::Deallocate;
-    options.max_errors = 0;
-    if (isFragment) {
-        options.fragment_context =
-            gumbo_tagn_enum(context.data(), static_cast<unsigned int>(context.size()));
-    }
-    for (const bool dropFormatting : {false, true}) {
-        guard_ = std::make_unique<MarkupGuard>(dropFormatting);
-        if (Run(guard_->Limit(source_), options) || arena_->RanOutOfTime()) {
-            return;
-        }
-    }
-}
-
-bool ParsedMarkup::Run(std::string_view html, const GumboOptions& options)
-{
-    arena_ = std::make_unique<GumboArena>(LimitsFor(html));
-    GumboOptions withArena = options;
-    withArena.userdata = arena_.get();
-    if (setjmp(arena_->LimitReached()) != 0) {
-        output_ = nullptr;
-        return false;
-    }
-    output_ = gumbo_parse_with_options(&withArena, html.data() == nullptr ? "" : html.data(),
-                                       html.size());
-    return true;
-}
-
-NodeRun ParsedMarkup::Build(Tree& tree) const
-{
-    if (output_ == nullptr) {
-        return BuildPlainText(tree);
-    }
-    NodeBuilder builder(tree);
+    options.fragment_context =
+        gumbo_tagn_enum(context.data(), static_cast<unsigned int>(context.size()));
+    GumboOutput* const output = gumbo_parse_with_options(&options, html.data(), html.size());
     NodeRun run;
-    if (!isFragment_) {
-        builder.Build(*output_->root, run);
-        return run;
-    }
-    const GumboVector& content = output_->root->v.element.children;
+    NodeBuilder builder(tree);
+    const GumboVector& content = output->root->v.element.children;
     for (unsigned int index = 0; index < content.length; ++index) {
         builder.Build(*static_cast<const GumboNode*>(content.data[index]), run);
     }
+    gumbo_destroy_output(&options, output);
     return run;
 }
 
-NodeRun ParsedMarkup::BuildPlainText(Tree& tree) const
+}  // namespace
+
+std::string DifferenceFromStandard(std::string_view html, std::string_view context)
 {
-    const NodeId text = tree.CreateCharacters(NodeKind::Text, source_);
-    if (isFragment_) {
-        return {text, text};
+    Tree tree;
+    const std::size_t atoms = tree.Atoms().Size();
+    std::string difference;
+    {
+        const NodeRun read = MarkupReader(tree, html).ReadContent({context});
+        const NodeRun parsed = ParseByStandard(html, context, tree);
+        const std::string readTree = Description(tree).Of(read);
+        const std::string parsedTree = Description(tree).Of(parsed);
+        if (readTree != parsedTree) {
+            difference = "read as\n" + readTree + "by the standard\n" + parsedTree;
+        }
+        tree.Dispose(read);
+        tree.Dispose(parsed);
     }
-    const NodeId html = tree.CreateElement("html");
-    const NodeId body = tree.CreateElement("body");
-    NodeRun content;
-    tree.Append(html, content, tree.CreateElement("head"));
-    tree.Append(html, content, body);
-    NodeRun bodyContent;
-    tree.Append(body, bodyContent, text);
-    return {html, html};
+    if (tree.Nodes().LiveCount() != 0 || tree.Atoms().Size() != atoms) {
+        difference += "something is left over\n";
+    }
+    return difference;
 }
 
-}  // namespace HtmlEngine::Internal
+}  // namespace HtmlEngine::Test

@@ -1,7 +1,7 @@
 #pragma once
 
-// Random markup that is plain by the way it is made, out of everything that may be in plain markup;
-// and the same made carelessly and with small damages.
+// Random markup without mistakes, by the way it is made: blocks outside of paragraphs, list items
+// in lists, rows and cells in tables, end tags in order, some of those left out that may be.
 
 #include <string>
 #include <string_view>
@@ -11,18 +11,12 @@
 
 namespace HtmlEngine::Test {
 
-class RandomPlainMarkup {
+class RandomWellFormedMarkup {
 public:
-    explicit RandomPlainMarkup(Random& random) : random_(random) {}
+    explicit RandomWellFormedMarkup(Random& random) : random_(random) {}
 
     /// For a place like the inside of a `div`.
-    std::string Plain();
-
-    /// Elements that are closed in order, but may stand where they must not.
-    std::string Careless();
-
-    /// Anything may have become of it.
-    std::string Damaged();
+    std::string Next();
 
 private:
     void AddContent(int depth);
@@ -49,7 +43,6 @@ private:
 
     Random& random_;
     std::string html_;
-    bool isCareless_ = false;
     std::vector<std::string_view> open_;
 };
 
