@@ -167,6 +167,18 @@ constexpr std::size_t kLongestName =
         return element.name.size();
     }).name.size();
 
+/// The places of names that begin with a letter, from that of `a` on: where each letter's begin.
+constexpr auto kLetters = [] {
+    std::array<std::uint8_t, 27> begins{};
+    for (std::size_t letter = 0; letter < begins.size(); ++letter) {
+        const auto isBefore = [&](const KnownElement& element) {
+            return static_cast<std::size_t>(element.name[0] - 'a') < letter;
+        };
+        begins[letter] = static_cast<std::uint8_t>(std::ranges::count_if(kElements, isBefore));
+    }
+    return begins;
+}();
+
 }  // namespace
 
 std::size_t KnownElementCount()
@@ -176,16 +188,16 @@ std::size_t KnownElementCount()
 
 std::size_t PlaceOfElement(std::string_view name)
 {
-    if (name.size() > kLongestName) {
+    if (name.empty() || name.size() > kLongestName || !IsAsciiLetter(name[0])) {
         return kUnknownElement;
     }
-    std::array<char, kLongestName> buffer{};
-    std::ranges::transform(name, buffer.begin(), ToAsciiLower);
-    const std::string_view lower(buffer.data(), name.size());
-    const auto found = std::ranges::lower_bound(kElements, lower, {}, &KnownElement::name);
-    return found == kElements.end() || found->name != lower
-               ? kUnknownElement
-               : static_cast<std::size_t>(found - kElements.begin());
+    const auto letter = static_cast<std::size_t>(ToAsciiLower(name[0]) - 'a');
+    for (std::size_t place = kLetters[letter]; place < kLetters[letter + 1]; ++place) {
+        if (EqualsIgnoringCase(name, kElements[place].name)) {
+            return place;
+        }
+    }
+    return kUnknownElement;
 }
 
 const KnownElement& ElementAt(std::size_t place)

@@ -14,7 +14,7 @@ namespace {
 
 using namespace ElementTrait;
 
-constexpr std::size_t kDeepest = 512;
+constexpr std::uint32_t kDeepest = 512;
 /// How far around an end tag in foreign content looks for its element.
 constexpr std::size_t kForeignReach = 512;
 
@@ -75,13 +75,8 @@ NodeRun MarkupReader::ReadContent(const MarkupContext& context)
     }
     around.optionalFrom = 1;
     open_.push_back(around);
-    if ((around.traits & kRawText) != 0) {
-        AddText(html_);
-        at_ = html_.size();
-    } else if ((around.traits & kEscapableText) != 0) {
-        while (at_ < html_.size()) {
-            html_[at_] == '&' ? ReadReference() : AddText(html_.substr(at_++, 1));
-        }
+    if ((around.traits & (kRawText | kEscapableText)) != 0) {
+        ReadRawText(around.traits, html_.size());
     }
     ReadAll();
     return top_;
@@ -107,18 +102,8 @@ NodeId MarkupReader::ReadPage()
 void MarkupReader::ReadAll()
 {
     while (at_ < html_.size()) {
-        const char c = html_[at_];
-        if (c == '&') {
-            ReadReference();
-        } else if (c == '\r') {
-            AddDecoded("\n");
-            at_ += html_.substr(at_).starts_with("\r\n") ? 2U : 1U;
-        } else if (c != '<' || !ReadMarkup()) {
-            const std::size_t from = at_++;
-            while (at_ < html_.size() && kIsPlainText[static_cast<unsigned char>(html_[at_])]) {
-                ++at_;
-            }
-            AddText(html_.substr(from, at_ - from));
+        if (html_[at_] != '<' || !ReadMarkup()) {
+            ReadText(html_.size());
         }
     }
     FlushText();
@@ -142,16 +127,32 @@ bool MarkupReader::ReadMarkup()
 
 // ---- Text ----
 
-void MarkupReader::ReadReference()
+void MarkupReader::ReadText(std::size_t end)
 {
-    std::string decoded;
-    const std::size_t length = AppendCharacterReference(html_.substr(at_), decoded);
-    if (length == 0) {
-        AddText(html_.substr(at_++, 1));
-    } else {
-        AddDecoded(decoded);
-        at_ += length;
+    const char c = html_[at_];
+    std::size_t from = at_++;
+    if (c == '&') {
+        std::string decoded;
+        if (const std::size_t length = AppendCharacterReference(html_.substr(from), decoded)) {
+            AddDecoded(decoded);
+            at_ = from + length;
+            return;
+        }
+    } else if (c == '\r') {
+        // Of a line break of two characters the second stays.
+        if (at_ == html_.size() || html_[at_] != '\n') {
+            AddDecoded("\n");
+            return;
+        }
+        from = at_;
     }
+    const char* const text = html_.data();
+    std::size_t at = at_;
+    while (at < end && kIsPlainText[static_cast<unsigned char>(text[at])]) {
+        ++at;
+    }
+    at_ = at;
+    AddText(html_.substr(from, at - from));
 }
 
 void MarkupReader::AddText(std::string_view text)
@@ -218,7 +219,7 @@ void MarkupReader::SkipLineBreak()
 
 std::size_t MarkupReader::Bound()
 {
-    std::size_t bound = TooltipPlaces::kNowhere;
+    std::size_t bound = kNowhere;
     if (owner_.place != kNone) {
         bound = owner_.hasTooltip ? tooltips_.End(owner_.name, at_)
                                   : tooltips_.Beginning(owner_.tooltipId, at_);
@@ -231,7 +232,7 @@ std::size_t MarkupReader::FindEnd(std::string_view end, std::size_t from)
     const std::size_t bound = Bound();
     const auto known = std::ranges::find(missing_, end, [](const auto& row) { return row.first; });
     if (known != missing_.end() && bound <= known->second) {
-        return kNone;
+        return kNowhere;
     }
     const std::string_view text = html_.substr(0, bound);
     const auto isSame = [](char left, char right) {
@@ -248,7 +249,7 @@ std::size_t MarkupReader::FindEnd(std::string_view end, std::size_t from)
     } else {
         known->second = bound;
     }
-    return kNone;
+    return kNowhere;
 }
 
 std::size_t MarkupReader::FindRawTextEnd(const StartTag& tag, std::size_t from)
@@ -256,7 +257,7 @@ std::size_t MarkupReader::FindRawTextEnd(const StartTag& tag, std::size_t from)
     const std::string_view name = ElementAt(tag.place).name;
     const std::string end = "</" + std::string(name);
     std::size_t at = FindEnd(end, from);
-    while (at != kNone && !tooltips_.IsEndTagNext(name, at)) {
+    while (at != kNowhere && !tooltips_.IsEndTagNext(name, at)) {
         at = FindEnd(end, at + 1);
     }
     return at;
@@ -268,7 +269,7 @@ bool MarkupReader::ReadComment()
     constexpr std::string_view kEnd = "-->";
     const std::size_t from = at_ + kBeginning.size();
     const std::size_t end = FindEnd(kEnd, from);
-    if (end == kNone) {
+    if (end == kNowhere) {
         return false;
     }
     FlushText();
@@ -302,7 +303,7 @@ bool MarkupReader::ReadCData()
         return false;
     }
     const std::size_t end = FindEnd(kEnd, from);
-    if (end == kNone) {
+    if (end == kNowhere) {
         return false;
     }
     AddText(html_.substr(from, end - from));
@@ -332,11 +333,11 @@ bool MarkupReader::ReadStartTag()
     if (tag->quotesMarkup && end > Bound()) {
         return false;
     }
-    std::size_t rawEnd = kNone;
+    std::size_t rawEnd = kNowhere;
     const bool isRaw = !tag->isForeign && (tag->traits & (kRawText | kEscapableText)) != 0;
     if (isRaw) {
         rawEnd = FindRawTextEnd(*tag, end);
-        if (rawEnd == kNone) {
+        if (rawEnd == kNowhere) {
             return false;
         }
     }
@@ -348,10 +349,13 @@ bool MarkupReader::ReadStartTag()
     if (!IsPageStructure(*tag)) {
         Open(*tag);
     }
-    if (isRaw) {
-        ReadRawText(*tag, rawEnd);
-    } else if (!tag->isForeign && (tag->traits & kDropsLineBreak) != 0) {
+    if (!tag->isForeign && (tag->traits & kDropsLineBreak) != 0) {
         SkipLineBreak();
+    }
+    if (isRaw) {
+        ReadRawText(tag->traits, rawEnd);
+        CloseFrom(open_.size() - 1);
+        at_ = html_.find('>', rawEnd) + 1;
     }
     return true;
 }
@@ -371,7 +375,7 @@ void MarkupReader::Open(StartTag& tag)
     }
     const bool isVoid = tag.isForeign || (tag.traits & kForeignRoot) != 0
                             ? tag.closesItself
-                            : (tag.traits & (kVoid | kRawText | kEscapableText)) != 0;
+                            : (tag.traits & kVoid) != 0;
     const std::size_t place = tag.isForeign ? kUnknownElement : tag.place;
     if (open_.back().depth >= kDeepest && !isVoid) {
         Push(Current(), tag.name, place, flags, tag.tooltipId);
@@ -386,29 +390,15 @@ void MarkupReader::Open(StartTag& tag)
     }
 }
 
-void MarkupReader::ReadRawText(const StartTag& tag, std::size_t end)
+void MarkupReader::ReadRawText(ElementTraits traits, std::size_t end)
 {
-    const NodeId element = elements_.back();
-    if ((tag.traits & kDropsLineBreak) != 0) {
-        SkipLineBreak();
-    }
-    OpenElement raw;
-    raw.element = element;
-    open_.push_back(raw);
     while (at_ < end) {
-        const char c = html_[at_];
-        if (c == '&' && (tag.traits & kEscapableText) != 0) {
-            ReadReference();
-        } else if (c == '\r') {
-            AddDecoded("\n");
-            at_ += html_.substr(at_).starts_with("\r\n") ? 2U : 1U;
-        } else {
+        if (html_[at_] == '&' && (traits & kEscapableText) == 0) {
             AddText(html_.substr(at_++, 1));
+        } else {
+            ReadText(end);
         }
     }
-    FlushText();
-    open_.pop_back();
-    at_ = html_.find('>', end) + 1;
 }
 
 bool MarkupReader::IsTooltipOfOwner(const StartTag& tag) const
@@ -426,7 +416,7 @@ void MarkupReader::BeginTooltip()
 void MarkupReader::EndImplied(ElementTraits traits)
 {
     const auto endIf = [&](ElementTraits ended) {
-        const std::size_t innermost = open_.size() - 1;
+        const auto innermost = static_cast<Level>(open_.size() - 1);
         if ((open_.back().traits & ended) != 0 && innermost > 0 && !IsOwned(innermost)) {
             CloseFrom(innermost);
         }
@@ -449,7 +439,7 @@ bool MarkupReader::MakeRoomForTablePart(ElementTraits traits)
 {
     const bool isRowOrCell = (traits & (kTableRow | kTableCell)) != 0;
     const int level = isRowOrCell ? TableLevel(traits) : 1;
-    std::size_t around = open_.back().tablePart;
+    Level around = open_.back().tablePart;
     while (around != kNone && TableLevel(open_[around].traits) >= level) {
         if ((traits & kTableColumn) != 0 && open_[around].name == kColumnGroup) {
             break;
@@ -494,29 +484,28 @@ void MarkupReader::OpenImplied(std::string_view name)
 void MarkupReader::Push(NodeId element, std::string_view name, std::size_t place,
                         std::uint8_t flags, std::string_view tooltipId)
 {
-    const OpenElement& around = open_.back();
-    const std::size_t at = open_.size();
-    OpenElement opened;
-    opened.element = element;
+    const auto at = static_cast<Level>(open_.size());
+    OpenElement& opened = open_.emplace_back();
+    const OpenElement& around = open_[at - 1];
     opened.name = name;
-    opened.place = place;
+    opened.element = element;
     opened.flags = flags;
-    opened.depth = around.depth + (element == around.element ? 0 : 1);
+    opened.depth = around.depth + (element == around.element ? 0U : 1U);
     if (place != kUnknownElement) {
+        opened.place = static_cast<Level>(place);
         opened.traits = ElementAt(place).traits;
         opened.namesake = std::exchange(innermost_[place], at);
     }
-    if (!tooltipId.empty() && owner_.place == kNone) {
-        owner_ = {at, name, tooltipId, false};
-    }
     const bool isBarrier = (opened.traits & kBarrier) != 0;
     const bool isTablePart = (opened.traits & (kTable | kTablePart)) != 0;
+    const bool isApart = (opened.traits & (kBarrier | kTemplate)) != 0;
     opened.barrier = isBarrier ? at : around.barrier;
-    const bool isApart = isBarrier || (opened.traits & kTemplate) != 0;
     opened.tablePart = isTablePart ? at : isApart ? kNone : around.tablePart;
-    const bool isOptional = (opened.traits & kOptionalEnd) != 0;
-    opened.optionalFrom = isOptional ? std::min(around.optionalFrom, at) : at + 1;
-    open_.push_back(opened);
+    opened.optionalFrom =
+        (opened.traits & kOptionalEnd) != 0 ? std::min(around.optionalFrom, at) : at + 1;
+    if (!tooltipId.empty() && owner_.place == kNone) {
+        owner_ = {at, false, name, tooltipId};
+    }
 }
 
 // ---- End tags ----
@@ -524,7 +513,17 @@ void MarkupReader::Push(NodeId element, std::string_view name, std::size_t place
 bool MarkupReader::ReadEndTag()
 {
     const std::size_t from = at_ + 2;
-    const bool isForeign = (open_.back().flags & NodeFlag::kForeign) != 0;
+    const OpenElement& innermost = open_.back();
+    const bool isForeign = (innermost.flags & NodeFlag::kForeign) != 0;
+    // Nearly every end tag is that of the innermost element.
+    const std::size_t end = from + innermost.name.size();
+    if (!isForeign && end < html_.size() && html_[end] == '>' &&
+        html_.substr(from, innermost.name.size()) == innermost.name && open_.size() > 1 &&
+        open_.size() - 1 != owner_.place && (innermost.traits & kTooltip) == 0) {
+        at_ = end + 1;
+        CloseInnermost();
+        return true;
+    }
     const auto isOfName = [&](char c) {
         return IsAsciiLetter(c) || IsAsciiDigit(c) ||
                (isForeign && std::string_view("-_.:").find(c) != std::string_view::npos);
@@ -537,12 +536,9 @@ bool MarkupReader::ReadEndTag()
     while (at < html_.size() && IsAsciiSpace(html_[at])) {
         ++at;
     }
-    if (name.empty() || at == html_.size() || html_[at] != '>') {
-        return false;
-    }
-    const bool isOfInnermost = !isForeign && name == open_.back().name && open_.size() > 1;
-    const std::size_t place = isOfInnermost ? open_.back().place : PlaceOfElement(name);
-    if (place == kUnknownElement && !isForeign) {
+    const std::size_t place = PlaceOfElement(name);
+    if (name.empty() || at == html_.size() || html_[at] != '>' ||
+        (place == kUnknownElement && !isForeign)) {
         return false;
     }
     at_ = at + 1;
@@ -563,16 +559,16 @@ void MarkupReader::Close(std::string_view name, std::size_t place)
         stage_ = PageStage::AfterHead;
         open_.front().element = pageRoot_;
     }
-    const std::size_t nearest = NearestOpen(name, place);
+    const Level nearest = NearestOpen(name, place);
     if (nearest != kNone && MayEnd(nearest)) {
         CloseFrom(nearest);
     }
 }
 
-std::size_t MarkupReader::NearestOpen(std::string_view name, std::size_t place) const
+auto MarkupReader::NearestOpen(std::string_view name, std::size_t place) const -> Level
 {
     std::size_t reach = kForeignReach;
-    for (std::size_t at = open_.size() - 1;
+    for (auto at = static_cast<Level>(open_.size() - 1);
          at > 0 && reach > 0 && (open_[at].flags & NodeFlag::kForeign) != 0; --at, --reach) {
         if (EqualsIgnoringCase(open_[at].name, name)) {
             return at;
@@ -581,14 +577,13 @@ std::size_t MarkupReader::NearestOpen(std::string_view name, std::size_t place) 
     return place == kUnknownElement ? kNone : innermost_[place];
 }
 
-bool MarkupReader::IsOwned(std::size_t at)
+bool MarkupReader::IsOwned(Level at)
 {
     return owner_.place != kNone && owner_.place >= at &&
-           (owner_.hasTooltip ||
-            tooltips_.Beginning(owner_.tooltipId, at_) != TooltipPlaces::kNowhere);
+           (owner_.hasTooltip || tooltips_.Beginning(owner_.tooltipId, at_) != kNowhere);
 }
 
-bool MarkupReader::MayEnd(std::size_t at)
+bool MarkupReader::MayEnd(Level at)
 {
     const bool isInTooltip = owner_.place != kNone && owner_.hasTooltip;
     const bool isImplied = open_.back().optionalFrom <= at + 1 && !isInTooltip;
@@ -600,22 +595,27 @@ bool MarkupReader::MayEnd(std::size_t at)
     }
     // Only once its tooltip has ended.
     static const std::size_t kTooltipPlace = PlaceOfElement("popup");
-    const std::size_t tooltip = innermost_[kTooltipPlace];
+    const Level tooltip = innermost_[kTooltipPlace];
     return owner_.hasTooltip && (tooltip == kNone || tooltip < owner_.place);
 }
 
 void MarkupReader::CloseFrom(std::size_t first)
 {
     while (open_.size() > first) {
-        const OpenElement& closed = open_.back();
-        if (closed.place != kUnknownElement) {
-            innermost_[closed.place] = closed.namesake;
-        }
-        open_.pop_back();
+        CloseInnermost();
     }
     if (owner_.place != kNone && owner_.place >= first) {
         owner_ = {};
     }
+}
+
+void MarkupReader::CloseInnermost()
+{
+    const OpenElement& closed = open_.back();
+    if (closed.place != kNone) {
+        innermost_[closed.place] = closed.namesake;
+    }
+    open_.pop_back();
 }
 
 // ---- Pages ----

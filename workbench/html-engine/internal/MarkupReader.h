@@ -39,7 +39,7 @@ struct MarkupContext {
     /// NodeFlag::kForeign and kMathMl, where it is SVG's or MathML's.
     std::uint8_t flags = 0;
     /// How many elements lie around what is read.
-    std::size_t depth = 0;
+    std::uint32_t depth = 0;
 };
 
 class MarkupReader {
@@ -59,30 +59,34 @@ public:
     std::span<const NodeId> Elements() const { return elements_; }
 
 private:
-    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    /// A place among the open elements, or among the known names.
+    using Level = std::uint32_t;
+    static constexpr Level kNone = static_cast<Level>(-1);
+    static constexpr std::size_t kNowhere = TooltipPlaces::kNowhere;
 
     struct OpenElement {
-        NodeId element = kNoNode;
         std::string_view name;
-        std::size_t place = kUnknownElement;
+        NodeId element = kNoNode;
+        /// Among the known names.
+        Level place = kNone;
         ElementTraits traits = 0;
-        std::uint8_t flags = 0;
-        std::size_t depth = 0;
+        std::uint32_t depth = 0;
         /// The next element around it that has its name.
-        std::size_t namesake = kNone;
+        Level namesake = kNone;
         // Of this and the elements around it the innermost ...
-        std::size_t barrier = 0;
-        std::size_t tablePart = kNone;  // ... that is one or a table, and in no list of its own
+        Level barrier = 0;
+        Level tablePart = kNone;  // ... that is one or a table, and in no list of its own
         /// From here on inwards, up to this, every end tag may be left out.
-        std::size_t optionalFrom = 0;
+        Level optionalFrom = 0;
+        std::uint8_t flags = 0;
     };
 
     /// The outermost open element that names a tooltip.
     struct Owner {
-        std::size_t place = kNone;  // among the open elements
+        Level place = kNone;
+        bool hasTooltip = false;  // which has begun
         std::string_view name;
         std::string_view tooltipId;
-        bool hasTooltip = false;  // which has begun
     };
 
     /// How much of a page there is; what is no page is all body.
@@ -95,7 +99,9 @@ private:
     bool ReadComment();
     bool ReadDoctype();
     bool ReadCData();
-    void ReadReference();
+    /// One reference, line break or run of text, which goes no further than `end`.
+    void ReadText(std::size_t end);
+    void ReadRawText(ElementTraits traits, std::size_t end);
 
     // Text is collected until something else comes.
     void AddText(std::string_view text);
@@ -104,7 +110,8 @@ private:
     void AppendText(std::string_view text);
     void SkipLineBreak();
 
-    /// Where `end` stands before everything that is never ended must have ended; kNone if nowhere.
+    /// Where `end` stands before everything that is never ended must have ended; kNowhere if it
+    /// does not.
     std::size_t FindEnd(std::string_view end, std::size_t from);
     std::size_t FindRawTextEnd(const StartTag& tag, std::size_t from);
     std::size_t Bound();
@@ -112,20 +119,21 @@ private:
     void Open(StartTag& tag);
     bool IsTooltipOfOwner(const StartTag& tag) const;
     /// Whether the open element there is kept open by a tooltip of its own or of one inside.
-    bool IsOwned(std::size_t at);
+    bool IsOwned(Level at);
     void BeginTooltip();
     void EndImplied(ElementTraits traits);
     bool MakeRoomForTablePart(ElementTraits traits);
     void OpenImplied(std::string_view name);
     void Push(NodeId element, std::string_view name, std::size_t place, std::uint8_t flags,
               std::string_view tooltipId);
-    void ReadRawText(const StartTag& tag, std::size_t end);
 
     void Close(std::string_view name, std::size_t place);
-    std::size_t NearestOpen(std::string_view name, std::size_t place) const;
-    bool MayEnd(std::size_t at);
+    Level NearestOpen(std::string_view name, std::size_t place) const;
+    bool MayEnd(Level at);
     /// Closes everything from `first` inwards.
     void CloseFrom(std::size_t first);
+    /// Closes one that names no tooltip.
+    void CloseInnermost();
 
     void EnterStageOf(ElementTraits traits);
     bool IsPageStructure(const StartTag& tag);
@@ -147,7 +155,7 @@ private:
     /// The first is what the markup is read into.
     std::vector<OpenElement> open_;
     /// Of each known name the innermost open element.
-    std::vector<std::size_t> innermost_;
+    std::vector<Level> innermost_;
     Owner owner_;
 
     // Text that is in no node yet: the buffer, then the slice.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <html-engine/internal/Ascii.h>
 #include <html-engine/internal/CharacterReference.h>
@@ -18,6 +19,8 @@ constexpr unsigned kNameByte = 1U;         // of elements
 constexpr unsigned kForeignNameByte = 2U;  // of foreign elements
 constexpr unsigned kAttributeByte = 4U;    // of names of attributes
 constexpr unsigned kBareByte = 8U;         // of values without quotes
+constexpr unsigned kTagByte = 16U;         // may begin a tag
+constexpr unsigned kEncodedByte = 32U;     // is not what it stands for
 
 constexpr auto kBytes = [] {
     std::array<std::uint8_t, 256> bytes{};
@@ -31,7 +34,8 @@ constexpr auto kBytes = [] {
         const unsigned uses = (isWord ? kNameByte : 0U) |
                               (isWord || isOneOf("-_.:") ? kForeignNameByte : 0U) |
                               (isVisible && !isOneOf("\"'/<=>") ? kAttributeByte : 0U) |
-                              (isVisible && !isOneOf("\"'<>`") ? kBareByte : 0U);
+                              (isVisible && !isOneOf("\"'<>`") ? kBareByte : 0U) |
+                              (c == '<' ? kTagByte : 0U) | (isOneOf("&\r") ? kEncodedByte : 0U);
         bytes[code] = static_cast<std::uint8_t>(uses);
     }
     return bytes;
@@ -54,7 +58,9 @@ StartTagReader::TagSet& StartTagReader::TagsLike(std::size_t at)
 StartTag* StartTagReader::Read(std::size_t at, bool isForeign)
 {
     ++at;
-    collector_.Clear();
+    if (std::exchange(isCollected_, false)) {
+        collector_.Clear();
+    }
     TagSet& set = TagsLike(at);
     const std::string_view rest = html_.substr(at);
     for (StartTag& tag : set.tags) {
@@ -65,7 +71,6 @@ StartTag* StartTagReader::Read(std::size_t at, bool isForeign)
     StartTag& tag = set.tags[set.oldest];
     if (!ReadNew(at, isForeign, tag)) {
         tag.model = kNoNode;
-        collector_.Clear();
         return nullptr;
     }
     set.oldest = (set.oldest + 1) % kTagsPerSet;
@@ -92,6 +97,7 @@ void StartTagReader::GiveAttributes(NodeId element)
     tree_.SetAttributes(element, collector_.Entries());
     tree_.SetStates(element, collector_.States());
     collector_.Forget();
+    isCollected_ = false;
 }
 
 bool StartTagReader::ReadNew(std::size_t at, bool isForeign, StartTag& tag)
@@ -161,15 +167,18 @@ bool StartTagReader::ReadValue(StartTag& tag, std::string_view& value)
     if (!IsAt('"') && !IsAt('\'')) {
         return ReadBareValue(value);
     }
-    const std::size_t from = at_ + 1;
-    const std::size_t end = html_.find(html_[at_], from);
-    if (end == std::string_view::npos) {
-        return false;
+    const char quote = html_[at_];
+    const std::size_t from = ++at_;
+    unsigned seen = 0;
+    while (at_ < html_.size() && html_[at_] != quote) {
+        seen |= kBytes[static_cast<unsigned char>(html_[at_++])];
     }
-    value = html_.substr(from, end - from);
-    tag.quotesMarkup = tag.quotesMarkup || value.find('<') != std::string_view::npos;
-    at_ = end + 1;
-    return true;
+    value = html_.substr(from, at_ - from);
+    tag.quotesMarkup = tag.quotesMarkup || (seen & kTagByte) != 0;
+    if ((seen & kEncodedByte) != 0) {
+        value = Decoded(value);
+    }
+    return at_++ < html_.size();
 }
 
 bool StartTagReader::ReadBareValue(std::string_view& value)
@@ -178,7 +187,7 @@ bool StartTagReader::ReadBareValue(std::string_view& value)
     while (at_ < html_.size() && Is(kBareByte, html_[at_])) {
         ++at_;
     }
-    value = html_.substr(from, at_ - from);
+    value = Decoded(html_.substr(from, at_ - from));
     return !value.empty() && value.front() != '=' && at_ < html_.size() &&
            (IsAsciiSpace(html_[at_]) || IsAt('>'));
 }
@@ -199,7 +208,8 @@ void StartTagReader::AddAttribute(std::string_view name, std::string_view value,
     } else if (lowerName_ == "titleid") {
         tag.tooltipId = value;
     }
-    collector_.Add(lowerName_, name, Decoded(value));
+    collector_.Add(lowerName_, name, value);
+    isCollected_ = true;
 }
 
 bool StartTagReader::SkipSpace()

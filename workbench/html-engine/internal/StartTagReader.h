@@ -81,6 +81,8 @@ private:
     std::size_t at_ = 0;
     Tree& tree_;
     AttributeCollector collector_;
+    /// Whether the collector holds attributes that no element has got.
+    bool isCollected_ = false;
     std::vector<TagSet> sets_{kTagSets};
     std::vector<std::string_view> names_;
     std::string lowerName_;

@@ -34,22 +34,40 @@ std::size_t CharacterLength(std::string_view text, std::size_t& bad)
     return length;
 }
 
-/// Length of the part at the front that is plain ASCII without NUL, in steps of eight bytes.
-std::size_t PlainLength(std::string_view text)
+/// Whether eight bytes are ASCII without NUL.
+bool AreEightPlain(const char* bytes)
 {
     constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
     constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
-    std::size_t at = 0;
-    for (; at + 8 <= text.size(); at += 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + at, sizeof word);
-        // Subtracting one from each byte borrows into the high bit only of bytes that were 0 when
-        // no byte has its high bit set.
-        if (((word | (word - kOnes)) & kHighBits) != 0) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    // Subtracting one from each byte borrows into the high bit only of bytes that were 0 when no
+    // byte has its high bit set.
+    return ((word | (word - kOnes)) & kHighBits) == 0;
+}
+
+/// Length of the part at the front that is certainly well formed: ASCII without NUL, and the common
+/// characters of two and three bytes.
+std::size_t CommonLength(std::string_view text)
+{
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const auto byte = [&](std::ptrdiff_t offset) { return static_cast<unsigned char>(at[offset]); };
+    const auto continues = [&](std::ptrdiff_t offset) { return (byte(offset) & 0xC0) == 0x80; };
+    while (end - at >= 8) {
+        if (AreEightPlain(at)) {
+            at += 8;
+        } else if (byte(0) > 0 && byte(0) < 0x80) {
+            ++at;
+        } else if (byte(0) >= 0xC2 && byte(0) < 0xE0 && continues(1)) {
+            at += 2;
+        } else if (byte(0) > 0xE0 && byte(0) < 0xED && continues(1) && continues(2)) {
+            at += 3;
+        } else {
             break;
         }
     }
-    return at;
+    return static_cast<std::size_t>(at - text.data());
 }
 
 }  // namespace
@@ -89,7 +107,7 @@ std::string_view RepairUtf8(std::string_view text, std::string& storage)
     std::size_t copied = 0;
     bool repaired = false;
     for (std::size_t at = 0; at < text.size();) {
-        at += PlainLength(text.substr(at));
+        at += CommonLength(text.substr(at));
         if (at >= text.size()) {
             break;
         }
