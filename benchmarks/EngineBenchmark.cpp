@@ -86,10 +86,7 @@ void Select(benchmark::State& state, const std::function<std::string(ListPage&)>
 void SelectorArguments(benchmark::internal::Benchmark* benchmark)
 {
     using namespace Documents;
-    benchmark->ArgNames({"", "pages"});
-    for (const PopulationSize& size : {kPopulationSmall, kPopulationMedium, kPopulationLarge}) {
-        benchmark->Args({size.comments, size.pages});
-    }
+    AddPopulations(benchmark, {kPopulationSmall, kPopulationMedium, kPopulationLarge});
     benchmark->Unit(benchmark::kMicrosecond);
 }
 

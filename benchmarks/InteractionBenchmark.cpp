@@ -13,10 +13,7 @@ namespace {
 void InteractionArguments(benchmark::internal::Benchmark* benchmark)
 {
     using namespace Documents;
-    benchmark->ArgNames({"", "pages"});
-    for (const PopulationSize& size : {kPopulationSmall, kPopulationMedium, kPopulationLarge}) {
-        benchmark->Args({size.comments, size.pages});
-    }
+    AddPopulations(benchmark, {kPopulationSmall, kPopulationMedium, kPopulationLarge});
     benchmark->Unit(benchmark::kMicrosecond)->UseManualTime();
 }
 

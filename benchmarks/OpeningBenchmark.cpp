@@ -19,14 +19,17 @@ namespace {
 // A file of the asked-for size, written once per run of the program.
 std::filesystem::path FileOf(Documents::PopulationSize size)
 {
-    const auto path = std::filesystem::temp_directory_path() /
-                      ("comments-benchmark-" + std::to_string(size.comments) + "-" +
-                       std::to_string(size.pages) + ".pdf");
+    const auto path =
+        std::filesystem::temp_directory_path() /
+        ("comments-benchmark-" + std::to_string(size.comments) + "-" + std::to_string(size.pages) +
+         (size.texts == Documents::PopulationTexts::kTagLike ? "-tags" : "") + ".pdf");
     static std::vector<std::filesystem::path> written;
     if (std::find(written.begin(), written.end(), path) == written.end()) {
         const std::string command =
             std::string(MAKE_DOCUMENT) + " --comments " + std::to_string(size.comments) +
-            " --pages " + std::to_string(size.pages) + " --seed 1 '" + path.string() + "' >&2";
+            " --pages " + std::to_string(size.pages) + " --seed 1" +
+            (size.texts == Documents::PopulationTexts::kTagLike ? " --tags" : "") + " '" +
+            path.string() + "' >&2";
         if (std::system(command.c_str()) != 0) {
             throw std::runtime_error("make-document failed");
         }

@@ -1,23 +1,35 @@
-// The document sizes that speed figures are given for, as benchmark arguments: the number of
-// comments, and the number of pages as the second argument.
+// The documents that speed figures are given for, as benchmark arguments: the number of comments,
+// that of pages, and 1 where some texts look like markup.
 #pragma once
 
 #include "documents/Population.h"
 
 #include <benchmark/benchmark.h>
 
+#include <initializer_list>
+
+inline void AddPopulations(benchmark::internal::Benchmark* benchmark,
+                           std::initializer_list<Documents::PopulationSize> sizes)
+{
+    benchmark->ArgNames({"", "pages", "tags"});
+    for (const int tags : {0, 1}) {
+        for (const Documents::PopulationSize& size : sizes) {
+            benchmark->Args({size.comments, size.pages, tags});
+        }
+    }
+}
+
 inline void PopulationArguments(benchmark::internal::Benchmark* benchmark)
 {
     using namespace Documents;
-    benchmark->ArgNames({"", "pages"});
-    for (const PopulationSize& size :
-         {kPopulationSmall, kPopulationMedium, kPopulationLarge, kPopulationOnePage}) {
-        benchmark->Args({size.comments, size.pages});
-    }
+    AddPopulations(benchmark,
+                   {kPopulationSmall, kPopulationMedium, kPopulationLarge, kPopulationOnePage});
     benchmark->Unit(benchmark::kMillisecond);
 }
 
 inline Documents::PopulationSize PopulationOf(const benchmark::State& state)
 {
-    return {static_cast<std::uint32_t>(state.range(0)), static_cast<std::uint32_t>(state.range(1))};
+    return {static_cast<std::uint32_t>(state.range(0)), static_cast<std::uint32_t>(state.range(1)),
+            state.range(2) == 0 ? Documents::PopulationTexts::kPlain
+                                : Documents::PopulationTexts::kTagLike};
 }

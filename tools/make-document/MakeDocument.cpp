@@ -1,4 +1,4 @@
-// make-document --comments N --pages M [--seed S] [--appearances] OUT.pdf
+// make-document --comments N --pages M [--seed S] [--appearances] [--tags] OUT.pdf
 // make-document --sample OUT.pdf
 #include "PageText.h"
 #include "SampleDocument.h"
@@ -21,15 +21,17 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 constexpr std::string_view kUsage =
-    "usage: make-document --comments N --pages M [--seed S] [--appearances] OUT.pdf\n"
+    "usage: make-document --comments N --pages M [--seed S] [--appearances] [--tags] OUT.pdf\n"
     "       make-document --sample OUT.pdf\n"
     "\n"
     "Writes a PDF file with the standard population of comments, N of them spread over M pages,\n"
+    "with --tags some texts that look like markup,\n"
     "or the sample document that shows every kind of comment. Equal arguments give equal files.\n";
 
 struct Arguments {
     bool sample = false;
     bool appearances = false;
+    bool tags = false;
     std::optional<std::uint32_t> comments;
     std::optional<std::uint32_t> pages;
     std::uint32_t seed = 1;
@@ -66,6 +68,8 @@ Arguments ParseArguments(const std::vector<std::string_view>& words)
             arguments.sample = true;
         } else if (word == "--appearances") {
             arguments.appearances = true;
+        } else if (word == "--tags") {
+            arguments.tags = true;
         } else if (word == "--comments") {
             arguments.comments = number();
         } else if (word == "--pages") {
@@ -98,8 +102,10 @@ void FillPopulation(QPDF& file, const Arguments& arguments)
         pages.back().replaceKey("/Annots", QPDFObjectHandle::newArray());
     }
     Documents::GeneratePopulation(
-        {*arguments.comments, *arguments.pages}, arguments.seed,
-        [&](std::uint32_t page, const Documents::AnnotationProperties& comment) {
+        {*arguments.comments, *arguments.pages,
+         arguments.tags ? Documents::PopulationTexts::kTagLike
+                        : Documents::PopulationTexts::kPlain},
+        arguments.seed, [&](std::uint32_t page, const Documents::AnnotationProperties& comment) {
             QPDFObjectHandle annotation =
                 file.makeIndirectObject(Documents::MakeAnnotationDictionary(comment));
             if (arguments.appearances) {

@@ -28,6 +28,14 @@ constexpr std::array<std::u16string_view, 8> kPeople{
 constexpr std::array<std::u16string_view, 6> kSubjects{u"Wording", u"Figures", u"Rückfrage",
                                                        u"Вопрос",  u"校对",    u"Layout & print"};
 
+constexpr std::array<std::u16string_view, 4> kAddresses{
+    u"Jane Roe <jane@example.org>", u"<j.mueller@example.org>", u"李雷 <li@example.cn>",
+    u"A. Reviewer <a.reviewer@example.com>"};
+
+constexpr std::array<std::u16string_view, 5> kTagLike{u"List<String> names; #include <stdio.h>",
+                                                      u"if a<b and c>d then stop", u"x<y, y <<z",
+                                                      u"<b>not ended", u"see <ul><li>this list"};
+
 // A small generator of equal sequences on every system; the standard distributions are not.
 class Random {
 public:
@@ -96,7 +104,8 @@ _PDRect MakeRect(Random& random)
 
 }  // namespace
 
-AnnotationProperties MakePopulationComment(std::uint32_t index, std::uint32_t seed)
+AnnotationProperties MakePopulationComment(std::uint32_t index, std::uint32_t seed,
+                                           PopulationTexts texts)
 {
     Random random{seed, index};
     AnnotationProperties comment;
@@ -108,6 +117,15 @@ AnnotationProperties MakePopulationComment(std::uint32_t index, std::uint32_t se
     comment.modified = MakeDate(random);
     comment.rect = MakeRect(random);
     comment.flags = kFlagPrint;
+    if (texts == PopulationTexts::kTagLike) {
+        if (random.Below(8) == 0) {
+            comment.title = random.Pick(kAddresses);
+        }
+        if (random.Below(20) == 0) {
+            comment.contents += u' ';
+            comment.contents += random.Pick(kTagLike);
+        }
+    }
     return comment;
 }
 

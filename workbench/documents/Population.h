@@ -7,9 +7,14 @@
 
 namespace Documents {
 
+// What people write: words, or also what looks like markup, in 1 of 8 authors (an address between
+// angle brackets) and 1 of 20 contents (`List<String>`, a tag that is left open).
+enum class PopulationTexts : std::uint8_t { kPlain, kTagLike };
+
 struct PopulationSize {
     std::uint32_t comments;
     std::uint32_t pages;
+    PopulationTexts texts = PopulationTexts::kPlain;
 };
 
 // The sizes that every speed figure is given for.
@@ -24,7 +29,8 @@ template <class Take>
 void GeneratePopulation(PopulationSize size, std::uint32_t seed, Take take);
 
 // One comment of the population: the `index`-th of the sequence that `seed` begins.
-AnnotationProperties MakePopulationComment(std::uint32_t index, std::uint32_t seed);
+AnnotationProperties MakePopulationComment(std::uint32_t index, std::uint32_t seed,
+                                           PopulationTexts texts = PopulationTexts::kPlain);
 
 // Page of the `index`-th comment.
 constexpr std::uint32_t PopulationPage(PopulationSize size, std::uint32_t index) noexcept
@@ -40,7 +46,7 @@ template <class Take>
 void GeneratePopulation(PopulationSize size, std::uint32_t seed, Take take)
 {
     for (std::uint32_t index = 0; index < size.comments; ++index) {
-        take(PopulationPage(size, index), MakePopulationComment(index, seed));
+        take(PopulationPage(size, index), MakePopulationComment(index, seed, size.texts));
     }
 }
 

@@ -170,7 +170,9 @@ PanelPage ReadPage(const Document& page, ElementHandle element)
     result.index = static_cast<std::uint32_t>(std::strtoul(index.c_str(), nullptr, 10));
     result.caption = page.TextContent(First(page, element, "div.icon"));
     result.state = StateOf(page, First(page, element, "li[page-index]"));
-    for (const ElementHandle item : All(page, element, "li[annot-name]")) {
+    // Contents are markup; what looks like an item inside of one is none.
+    for (const ElementHandle item :
+         All(page, element, ":root > li > div > ul.comments > li[annot-name]")) {
         result.items.push_back(ReadItem(page, item));
     }
     return result;
@@ -232,7 +234,7 @@ std::optional<PanelView> ReadPanelView(const Document& page, const std::string& 
         const ElementHandle button = First(page, container, std::string("#") + kPanelButtons[i]);
         view.buttonDisabled[i] = (page.State(button) & HtmlEngine::ElementState::kDisabled) != 0;
     }
-    for (const ElementHandle item : All(page, container, "div.results-container ul[page-item]")) {
+    for (const ElementHandle item : All(page, container, "div.results-container > ul[page-item]")) {
         view.pages.push_back(ReadPage(page, item));
     }
     return view;

@@ -7,10 +7,12 @@
 #include "ui-engine/BLService.SO.h"
 
 #include <atomic>
+#include <span>
 
 namespace {
 
 constexpr const char* kResults = "div.results-container";
+constexpr const char* kEnclosingResults = ":root div.results-container";
 constexpr const char* kAnnotItem = "li[annot-name]";
 constexpr const char* kPages = "div.results-container ul[page-item] li[page-index]";
 constexpr const char* kFirstItem =
@@ -26,6 +28,29 @@ constexpr const char* kDeleteCommand = "Annot_Delete";
 ElementReference PageOf(const ElementReference& item)
 {
     return item.Parent().Parent().Parent();
+}
+
+// Contents are markup, and may look like items: the comment that is shown is the one around.
+ElementReference ShownItem(ElementReference item)
+{
+    while (const ElementReference around = item.Parent().Enclosing(":root li[annot-name]")) {
+        item = around;
+    }
+    return item;
+}
+
+// The same for the last item of a page, as a selector finds it.
+ElementReference LastShownItem(const ElementReference& found)
+{
+    if (!found.Parent().Enclosing(":root li[annot-name]")) {
+        return found;
+    }
+    ElementReference item = ShownItem(found);
+    for (ElementReference next = item.NextSibling(); next.Matches(kAnnotItem);
+         next = item.NextSibling()) {
+        item = next;
+    }
+    return item;
 }
 
 bool IsCollapsed(const ElementReference& page)
@@ -47,7 +72,7 @@ Atom DeleteCommand()
 ResultCode CommentsContainerHandler::HandleKey(HtmlElementHandle, UIKeyEvent* event)
 {
     if (event != nullptr && event->kind == kKeyDown &&
-        container_.SameWindow(event->target).Enclosing(":root div.results-container")) {
+        container_.SameWindow(event->target).Enclosing(kEnclosingResults)) {
         ActOnKey(event->virtualKey);
     }
     return kResultDeclined;
@@ -108,15 +133,18 @@ void CommentsContainerHandler::ActOnClick(const ElementReference& target)
         const char* selector;
         void (*act)(Handler& handler, const ElementReference& target);
     };
-    static constexpr ClickTarget kTargets[] = {
-        {"div.icon",
+    // Contents of a comment are markup: what looks like a button inside the list is none.
+    static constexpr ClickTarget kListTargets[] = {
+        {"li[page-index] > div.icon",
          [](Handler& handler, const ElementReference& icon) { handler.TogglePage(icon); }},
         {"div.results-container ul.comments li[annot-name]",
          [](Handler& handler, const ElementReference& item) {
-             item.SetState(kStateCurrent, 0);
+             handler.MakeCurrent(ShownItem(item));
              handler.NavigateToAnnot();
              handler.UpdateMoveButtons();
          }},
+    };
+    static constexpr ClickTarget kButtons[] = {
         {"#expand-all",
          [](Handler& handler, const ElementReference&) {
              handler.SetStateOfAllPages(kStateExpanded);
@@ -132,7 +160,10 @@ void CommentsContainerHandler::ActOnClick(const ElementReference& target)
         {"#move-bottom",
          [](Handler& handler, const ElementReference&) { handler.MoveAndNavigate(false); }},
     };
-    for (const ClickTarget& click : kTargets) {
+    const bool isInList = static_cast<bool>(target.Enclosing(kEnclosingResults));
+    const std::span<const ClickTarget> targets =
+        isInList ? std::span<const ClickTarget>(kListTargets) : kButtons;
+    for (const ClickTarget& click : targets) {
         if (target.Matches(click.selector)) {
             click.act(*this, target);
             return;
@@ -188,7 +219,7 @@ ElementReference CommentsContainerHandler::AdjacentPageAnnotItem(bool up) const
     const ElementReference adjacent = up ? page.PreviousSibling() : page.NextSibling();
     ElementReference item = adjacent.SelectFirst(up ? ":root li[annot-name]:last-child"
                                                     : ":root li[annot-name]:first-child");
-    return item.Matches(kAnnotItem) ? item : ElementReference();
+    return item.Matches(kAnnotItem) ? up ? LastShownItem(item) : item : ElementReference();
 }
 
 bool CommentsContainerHandler::HasSiblingAnnotItem(bool up) const
@@ -203,7 +234,10 @@ bool CommentsContainerHandler::HasAdjacentPageAnnotItem(bool up) const
 
 void CommentsContainerHandler::MakeCurrent(const ElementReference& item)
 {
-    item.SetState(kStateCurrent, 0);  // the engine takes the state from the item that had it
+    if (item) {
+        item.SetState(kStateCurrent, 0);  // the engine takes the state from the item that had it
+        UpdateDeleteButton();
+    }
 }
 
 bool CommentsContainerHandler::MoveWithinPage(bool up)
@@ -231,13 +265,14 @@ bool CommentsContainerHandler::SelectFirstAnnotItem(bool makeCurrent)
     MakeCurrent(item);
     if (!makeCurrent) {
         item.SetState(0, kStateCurrent);
+        UpdateDeleteButton();
     }
     return static_cast<bool>(item);
 }
 
 bool CommentsContainerHandler::SelectLastAnnotItem()
 {
-    const ElementReference item = container_.SelectFirst(kLastItem);
+    const ElementReference item = LastShownItem(container_.SelectFirst(kLastItem));
     MakeCurrent(item);
     return static_cast<bool>(item);
 }

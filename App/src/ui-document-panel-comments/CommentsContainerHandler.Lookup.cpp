@@ -3,6 +3,7 @@
 #include "CommentsContainerHandler.h"
 
 #include "DecimalText.h"
+#include "PageListing.h"
 
 #include "ui-engine/NarrowText.h"
 
@@ -63,15 +64,6 @@ std::wstring CommentsContainerHandler::MakeAnnotUniqueName(BLDocument* document,
     std::wstring name;
     WriteUniqueName(pageIndex, GetAnnotIndex(document, pageIndex, annotation), name);
     return name;
-}
-
-void CommentsContainerHandler::WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position,
-                                               std::wstring& name)
-{
-    name.clear();
-    AppendDecimal(name, pageIndex);
-    name.push_back(L'_');
-    AppendDecimal(name, position);
 }
 
 std::uint32_t CommentsContainerHandler::GetAnnotIndex(BLDocument* document, std::uint32_t pageIndex,

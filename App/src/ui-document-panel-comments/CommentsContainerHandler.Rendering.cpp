@@ -4,7 +4,7 @@
 
 #include "DecimalText.h"
 #include "GrowingText.h"
-#include "MarkupBalance.h"
+#include "PageListing.h"
 #include "SubtypeTable.h"
 
 #include "service-common/SingletonStaticData.h"
@@ -297,15 +297,6 @@ void ForEachPage(const CommentsContainerHandler::Rendering& rendering, const Ren
     }
 }
 
-// Among the annotations of a page up to the last, the position of the first that equals it.
-std::uint32_t FirstPositionOfLast(const std::vector<PDFL::Annotation>& annotations)
-{
-    const auto first =
-        std::find_if(annotations.begin(), annotations.end() - 1,
-                     [&](const auto& former) { return former.IsEqual(annotations.back()); });
-    return static_cast<std::uint32_t>(first - annotations.begin());
-}
-
 }  // namespace
 
 struct CommentsContainerHandler::Rendering::Templates {
@@ -342,10 +333,7 @@ auto CommentsContainerHandler::Rendering::KindOf(const PDFL::Annotation& annotat
     const Atom subtype = annotation.Subtype();
     auto known = kinds.find(subtype);
     if (known == kinds.end()) {
-        std::wstring name = TypeName(subtype);
-        const bool balancedName = IsBalancedMarkup(name);
-        known =
-            kinds.emplace(subtype, Kind{std::move(name), ClassNameOf(subtype), balancedName}).first;
+        known = kinds.emplace(subtype, Kind{TypeName(subtype), ClassNameOf(subtype)}).first;
     }
     return known->second;
 }
@@ -401,19 +389,12 @@ void CommentsContainerHandler::AppendPageItem(Rendering& rendering, std::uint32_
                                               std::wstring& target)
 {
     const PDFL::Page page = DeliveredPage(rendering.document, pageIndex);
-    const std::uint32_t count = page.AnnotationCount();
-    std::vector<PDFL::Annotation> annotations;
-    annotations.reserve(count);
     std::wstring& items = rendering.scratch.items;
     std::wstring& name = rendering.scratch.name;
     items.clear();
-    for (std::uint32_t position = 0; position < count && rendering.wanted(); ++position) {
-        annotations.push_back(PDFL::Annotation::At(page, position));
-        const PDFL::Annotation& annotation = annotations.back();
-        if (annotation && annotation.IsListed()) {
-            WriteUniqueName(pageIndex, FirstPositionOfLast(annotations), name);
-            AppendAnnotItem(rendering, name, annotation, items);
-        }
+    PageListing listing(page, pageIndex);
+    while (rendering.wanted() && listing.Next(name)) {
+        AppendAnnotItem(rendering, name, listing.Annotation(), items);
     }
     if (items.empty()) {
         return;
@@ -457,9 +438,6 @@ void CommentsContainerHandler::AppendAnnotItem(Rendering& rendering, const std::
     rendering.newTooltipId(tooltipId);
     tooltip.clear();
     AppendAnnotTooltip(rendering, kind, annotation, tooltipId, tooltip);
-
-    rendering.balanced = rendering.balanced && kind.balanced && IsBalancedMarkup(contents) &&
-                         IsBalancedMarkup(title) && IsBalancedMarkup(subject);
 
     TemplatesPreprocessor& preprocessor =
         contents.empty() ? rendering.templates->simpleItem : rendering.templates->item;

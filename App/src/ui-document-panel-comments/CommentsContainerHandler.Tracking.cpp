@@ -2,6 +2,7 @@
 // bringing single pages and items up to date as the document changes.
 #include "CommentsContainerHandler.h"
 
+#include "PageListing.h"
 #include "RenderQueue.h"
 
 #include "service-common/WideText.h"
@@ -13,7 +14,6 @@
 
 #include <atomic>
 #include <exception>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,7 +22,6 @@ namespace {
 
 constexpr const char* kResults = "div.results-container";
 constexpr const char* kPreloader = "div.picture[preloader]";
-constexpr const char* kPages = "div.results-container ul[page-item] li[page-index]";
 constexpr const char* kAnyPageItem = "div.results-container ul[page-item]";
 constexpr const char* kNoItemsMessage = ":root > #NoItemsMessage";  // under the results
 constexpr const char* kItemsOfPage = ":root > li > div > ul.comments > li[annot-name]";
@@ -48,28 +47,41 @@ std::string PageItemSelector(std::uint32_t pageIndex)
 }  // namespace
 
 // One rendering of the whole list, shared by the handler, the worker and the posted completion.
-// The handler shows it only while it is the one that it waits for.
+// The handler shows it only while it is the one that it waits for. What it holds of host and module
+// is let go of on the UI thread.
 struct CommentsContainerHandler::Loading {
     std::atomic<bool> dropped = false;
+    WeakServiceObjectPtr<CommentsContainerHandler> handler;  // used on the UI thread alone
+    BasicServiceObjectPtr<UIThread> thread;
     BasicServiceObjectPtr<BLDocument> document;
     // Written by the worker before the completion is posted, read after that.
-    std::string html;  // UTF-8
-    bool balanced = true;
+    std::string html;            // UTF-8
     std::exception_ptr failure;  // null: rendered
-
-    std::optional<Place> place;  // where the user was; nothing: at the beginning
 
     // Runs on the worker.
     void Render() noexcept
     {
+        if (dropped.load()) {
+            return;
+        }
         try {
             Rendering rendering(document.Get());
             rendering.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
             html = RenderResultsUtf8(rendering);
-            balanced = rendering.balanced;
         } catch (...) {
             html.clear();
             failure = std::current_exception();
+        }
+    }
+
+    // Runs on the UI thread, after Render.
+    static void Complete(const std::shared_ptr<Loading>& loading)
+    {
+        loading->document.Reset();
+        loading->thread.Reset();
+        const auto handler = loading->handler.Lock();
+        if (handler && handler->loading_ == loading) {
+            SODetails::RunEventTask(kLoadName, [&] { handler->LandResults(loading); });
         }
     }
 };
@@ -87,7 +99,7 @@ void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
     } else {
         documentSubscriptions_.Clear();
         document_.Reset();
-        ReloadList(std::nullopt);
+        ReloadList();
     }
     viewSubscriptions_.Append(BLDocumentView::Subscribe_OnInputHandleFocusAnnot(
         view, boost::bind(&CommentsContainerHandler::OnFocusAnnot, this, _1, _2)));
@@ -102,55 +114,16 @@ void CommentsContainerHandler::SetDocument(BLDocument* document)
         document, boost::bind(&CommentsContainerHandler::OnPagesChanged, this, _1, _2)));
     documentSubscriptions_.Append(BLDocument::Subscribe_OnAnnotChanged(
         document, boost::bind(&CommentsContainerHandler::OnAnnotChanged, this, _1, _2, _3)));
-    ReloadList(std::nullopt);
+    ReloadList();
 }
 
-void CommentsContainerHandler::ReloadList(std::optional<Place> place)
+void CommentsContainerHandler::ReloadList()
 {
     ClearResults();
     LoadResults();
-    if (loading_) {
-        loading_->place = std::move(place);
-    }
     SelectFirstAnnotItem();
     UpdateButtons();
     UpdateMoveButtons();
-}
-
-CommentsContainerHandler::Place CommentsContainerHandler::CurrentPlace() const
-{
-    Place place;
-    if (HasCurrentAnnotItem()) {
-        try {
-            place.current = GetCurrentAnnot();
-            place.currentPage = GetPageIndex();
-        } catch (const ServiceObjectException&) {
-            place.current.Reset();  // its annotation is gone
-        }
-    }
-    const ElementSet pages = container_.SelectAll(kPages);
-    for (const UIElement& element : pages.Elements()) {
-        const ElementReference page = container_.SameWindow(element.handle);
-        if (const std::uint32_t state = page.State() & (kStateExpanded | kStateCollapsed)) {
-            place.pages.emplace_back(page.Attribute("page-index"), state);
-        }
-    }
-    return place;
-}
-
-void CommentsContainerHandler::Return(const Place& place)
-{
-    for (const auto& [index, state] : place.pages) {
-        container_.SelectFirst(std::string(kPages) + "[page-index=\"" + ToNarrow(index) + "\"]")
-            .SetState(state, 0);
-    }
-    RefreshResults();
-    // By the annotation, whose position and name may be others by now.
-    try {
-        FindAnnotItem(place.currentPage, place.current).SetState(kStateCurrent, 0);
-    } catch (const ServiceObjectException&) {
-        // The annotation is gone: the caller makes another one current.
-    }
 }
 
 void CommentsContainerHandler::ClearResults()
@@ -178,22 +151,14 @@ void CommentsContainerHandler::LoadResults()
     }
     container_.SelectAll(kPreloader).SetVisibility(u"visible");
     loading_ = std::make_shared<Loading>();
+    loading_->handler = WeakServiceObjectPtr<CommentsContainerHandler>(this);
+    loading_->thread = dispatcher_.ThreadObject();
     loading_->document = std::move(document);
-    // The worker holds the handler weakly: the last reference to it must not go there. What it
-    // holds of the host it passes on to the UI thread with the completion.
-    queue_->Add([loading = loading_, thread = dispatcher_.ThreadObject(),
-                 self = WeakServiceObjectPtr<CommentsContainerHandler>(this)]() mutable {
+    queue_->Add([loading = loading_] {
         loading->Render();
-        if (loading->dropped.load()) {
-            return;
-        }
         SODetails::RunEventTask(kLoadName, [&] {
-            UIThreadDispatcher::PostTo(thread.Get(), [loading = std::move(loading), self] {
-                const auto handler = self.Lock();
-                if (handler && handler->loading_ == loading) {
-                    SODetails::RunEventTask(kLoadName, [&] { handler->LandResults(loading); });
-                }
-            });
+            UIThreadDispatcher::PostTo(loading->thread.Get(),
+                                       [loading] { Loading::Complete(loading); });
         });
     });
 }
@@ -212,24 +177,14 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     results.SetHtml(loading->html, HtmlPosition::kReplaceContent);
     results.Update(kUpdateMeasure);
     // What changed while the worker was rendering may be in the rendering or not.
-    balanced_ = loading->balanced;
     for (const std::uint32_t pageIndex : touched) {
         SODetails::RunEventTask(kLoadName, [&] { UpdatePageItem(pageIndex); });
-    }
-    if (!balanced_ && !touched.empty()) {
-        ReloadList(std::move(loading->place));
-        return;
     }
     const ElementReference message = results.SelectFirst(kNoItemsMessage);
     if (message) {
         message.SetText(LocalizedString(message.Attribute(kLocaleToken)));
     }
-    if (loading->place) {
-        Return(*loading->place);
-    }
-    if (!loading->place || !HasCurrentAnnotItem()) {
-        SelectFirstAnnotItem();
-    }
+    SelectFirstAnnotItem();
     UpdateButtons();
     UpdateMoveButtons();
 }
@@ -247,7 +202,7 @@ void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _
     }
     RunOnUIThread("CommentsContainerHandler::OnPagesChanged", [this, pages = std::move(pages)] {
         if (document_.Lock()) {
-            ReloadList(std::nullopt);
+            ReloadList();
         }
     });
 }
@@ -280,12 +235,7 @@ void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec*
     SODetails::RunEventTask("CommentsContainerHandler::OnFocusAnnot", [&] {
         RunOnUIThread("CommentsContainerHandler::OnFocusAnnot",
                       [this, pageIndex, focused = PDFL::Annotation::Retain(annotation)] {
-                          if (loading_ && loading_->place) {
-                              loading_->place->currentPage = pageIndex;
-                              loading_->place->current = focused;
-                          } else {
-                              SelectAnnotItem(pageIndex, focused);
-                          }
+                          SelectAnnotItem(pageIndex, focused);
                       });
     });
 }
@@ -316,24 +266,25 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation, std:
         UpdateButtons();
         UpdateMoveButtons();
     }
-    if (!balanced_) {
-        ReloadList(CurrentPlace());
+}
+
+auto CommentsContainerHandler::ListedAnnotations(BLDocument& document, std::uint32_t pageIndex)
+    -> std::vector<NamedAnnotation>
+{
+    PDFL::Page page;
+    CallMethod<BLDocument::AcquirePage>(&document, pageIndex, page.Receive());
+    PageListing listing(page, pageIndex);
+    std::vector<NamedAnnotation> listed;
+    for (std::wstring name; listing.Next(name);) {
+        listed.emplace_back(name, listing.Annotation());
     }
+    return listed;
 }
 
 bool CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
 {
     const auto document = document_.Lock();
-    PDFL::Page page;
-    CallMethod<BLDocument::AcquirePage>(document.Get(), pageIndex, page.Receive());
-    std::vector<std::pair<std::wstring, PDFL::Annotation>> listed;
-    for (std::uint32_t position = 0; position < page.AnnotationCount(); ++position) {
-        auto annotation = PDFL::Annotation::At(page, position);
-        if (annotation.IsListed()) {
-            listed.emplace_back(MakeAnnotUniqueName(document.Get(), pageIndex, annotation),
-                                std::move(annotation));
-        }
-    }
+    const std::vector<NamedAnnotation> listed = ListedAnnotations(*document.Get(), pageIndex);
     const ElementSet items = PageItem(pageIndex).SelectAll(kItemsOfPage);
     if (items.Size() != listed.size()) {
         return false;
@@ -349,7 +300,6 @@ bool CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
     for (std::size_t i = 0; i < listed.size() && moved; ++i) {
         RenewItem(itemAt(i), RenderAnnotItem(rendering, listed[i].first, listed[i].second));
     }
-    balanced_ = balanced_ && rendering.balanced;
     return true;
 }
 
@@ -377,7 +327,6 @@ bool CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
     for (const ElementReference& item : named) {
         RenewItem(item, RenderAnnotItem(rendering, name, annotation));
     }
-    balanced_ = balanced_ && rendering.balanced;
     return true;
 }
 
@@ -426,7 +375,6 @@ void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
     }
     Rendering rendering(document.Get());
     const std::string html = InPlace(RenderPageItem(rendering, pageIndex));
-    balanced_ = balanced_ && rendering.balanced;
     const ElementReference present = PageItem(pageIndex);
     if (present && html.empty()) {
         container_.SelectAll(PageItemSelector(pageIndex)).Delete();

@@ -44,7 +44,7 @@ ResultCode CommentsContainerHandler::OnLocaleChanged()
 {
     PostToUIThread("CommentsContainerHandler::OnLocaleChanged", [this] {
         if (document_.Lock()) {
-            ReloadList(std::nullopt);
+            ReloadList();
         }
     });
     return kResultOk;

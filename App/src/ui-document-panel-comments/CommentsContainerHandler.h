@@ -23,7 +23,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -65,7 +64,6 @@ public:
         struct Kind {
             std::wstring displayName;
             std::wstring_view className;  // as attribute text, or empty
-            bool balanced;                // whether the name is balanced markup
         };
         // Looked up once for each subtype.
         const Kind& KindOf(const PDFL::Annotation& annotation);
@@ -77,7 +75,6 @@ public:
         std::wstring dateFormat;  // directives of date_time's output facets
         std::map<Atom, Kind> kinds;
         std::function<void(std::wstring&)> newTooltipId;  // a random UUID each time, in lower case
-        bool balanced = true;  // whether no text so far reaches beyond its item (MarkupBalance.h)
         // Asked between annotations; the rendering ends early, unfinished, when it answers false.
         std::function<bool()> wanted = [] { return true; };
 
@@ -172,10 +169,7 @@ public:
 
 private:
     struct Loading;
-
-    // What MakeAnnotUniqueName makes of page index and position.
-    static void WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position,
-                                std::wstring& name);
+    using NamedAnnotation = std::pair<std::wstring, PDFL::Annotation>;
 
     // The same as their namesakes above, behind what `target` holds.
     static void AppendPageItem(Rendering& rendering, std::uint32_t pageIndex, std::wstring& target);
@@ -197,17 +191,8 @@ private:
     // The document of the view, asked for anew each time; empty when view or document is gone.
     BasicServiceObjectPtr<BLDocument> CurrentDocument() const;
 
-    // Where the user is in the list: what is current, expanded and collapsed.
-    struct Place {
-        std::uint32_t currentPage = kPDNoPage;
-        PDFL::Annotation current;                                   // empty: none
-        std::vector<std::pair<std::wstring, std::uint32_t>> pages;  // indices and states
-    };
-    Place CurrentPlace() const;
-    void Return(const Place& place);
-
-    // Loads the list anew; it comes back at that place, or at its beginning.
-    void ReloadList(std::optional<Place> place);
+    // Empties the list and loads it anew.
+    void ReloadList();
     void ClearResults();
     void DropLoading();
     void LandResults(const std::shared_ptr<Loading>& loading);
@@ -219,6 +204,9 @@ private:
     // Brings the items of a page up to date, in their states, when their annotations' positions are
     // no longer those that they are named after. False as above.
     bool FollowPositions(std::uint32_t pageIndex);
+    // The listed annotations of a page with the names of their items, in order.
+    static std::vector<NamedAnnotation> ListedAnnotations(BLDocument& document,
+                                                          std::uint32_t pageIndex);
     static std::size_t PlaceAmongListed(BLDocument& document, std::uint32_t pageIndex,
                                         const PDFL::Annotation& annotation);
     static void RenewItem(const ElementReference& item, std::wstring_view html);
@@ -232,7 +220,8 @@ private:
     ElementReference CurrentItem() const;
     ElementReference SiblingAnnotItem(bool up) const;
     ElementReference AdjacentPageAnnotItem(bool up) const;
-    static void MakeCurrent(const ElementReference& item);
+    // Nothing for an empty reference. The delete button follows the current item.
+    void MakeCurrent(const ElementReference& item);
     void TogglePage(const ElementReference& icon);
     void SetStateOfAllPages(std::uint32_t state);
     void MoveAndNavigate(bool up);
@@ -256,6 +245,4 @@ private:
     std::shared_ptr<RenderQueue> queue_;    // held while attached
     std::shared_ptr<Loading> loading_;      // the rendering that may still land
     std::set<std::uint32_t> touchedPages_;  // changed since that rendering began
-    // Whether items can be updated by themselves: no text in the list reaches beyond its own.
-    bool balanced_ = true;
 };

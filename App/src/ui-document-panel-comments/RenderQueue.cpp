@@ -15,11 +15,9 @@ std::shared_ptr<RenderQueue> RenderQueue::Shared()
 
 RenderQueue::~RenderQueue()
 {
-    std::deque<Job> dropped;
     {
         const std::lock_guard lock(mutex_);
         stopping_ = true;
-        dropped.swap(jobs_);
     }
     if (worker_.joinable()) {
         jobAdded_.Signal();
@@ -29,9 +27,13 @@ RenderQueue::~RenderQueue()
 
 void RenderQueue::Add(Job job)
 {
+    std::list<Job> added;
+    added.push_back(std::move(job));
+    std::list<Job> done;
     {
         const std::lock_guard lock(mutex_);
-        jobs_.push_back(std::move(job));
+        done.swap(done_);
+        jobs_.splice(jobs_.end(), added);
         if (!worker_.joinable()) {
             worker_ = std::thread([this] { Run(); });
         }
@@ -41,20 +43,20 @@ void RenderQueue::Add(Job job)
 
 void RenderQueue::Run()
 {
+    std::list<Job> running;
     for (;;) {
-        Job job;
         {
             const std::lock_guard lock(mutex_);
+            done_.splice(done_.end(), running);
             if (stopping_) {
                 return;
             }
             if (!jobs_.empty()) {
-                job = std::move(jobs_.front());
-                jobs_.pop_front();
+                running.splice(running.end(), jobs_, jobs_.begin());
             }
         }
-        if (job) {
-            job();
+        if (!running.empty()) {
+            running.front()();
         } else {
             jobAdded_.Wait();
         }

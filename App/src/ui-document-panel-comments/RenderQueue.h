@@ -5,15 +5,17 @@
 
 #include "platform/Threads.h"
 
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <thread>
 
 class RenderQueue {
 public:
-    // A job runs on the worker; it must not throw, and must not hold a handle to the queue.
+    // A job runs on the worker; it must not throw, and must not hold a handle to the queue. It is
+    // destroyed, with all that it holds, on the UI thread: with the next call of Add after it has
+    // run, or with the queue.
     using Job = std::function<void()>;
 
     // The queue that all containers share, made when nobody holds it. [ui-thread]
@@ -25,14 +27,15 @@ public:
     RenderQueue(const RenderQueue&) = delete;
     RenderQueue& operator=(const RenderQueue&) = delete;
 
-    // Jobs run in the order in which they were added. [any-thread]
+    // Jobs run in the order in which they were added. [ui-thread]
     void Add(Job job);
 
 private:
     void Run();
 
     std::mutex mutex_;  // guards what follows
-    std::deque<Job> jobs_;
+    std::list<Job> jobs_;
+    std::list<Job> done_;
     bool stopping_ = false;
 
     Platform::AutoResetEvent jobAdded_;

@@ -1,0 +1,38 @@
+// The listed annotations of one page in order, with the unique names that their items have. The
+// page's annotations are held while it is walked, so that each is asked of the library once.
+// [any-thread]
+#pragma once
+
+#include "pdf-library/PDFL.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// "%1%_%2%" of page index and position, in plain digits.
+void WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position, std::wstring& name);
+
+class PageListing {
+public:
+    // `page` is borrowed; an empty one lists nothing.
+    PageListing(const PDFL::Page& page, std::uint32_t pageIndex)
+        : page_(page), pageIndex_(pageIndex), count_(page.AnnotationCount())
+    {
+        annotations_.reserve(count_);
+    }
+
+    // Goes on to the next listed annotation and writes its name; false when there is none. Of equal
+    // annotations all have the position of the first.
+    bool Next(std::wstring& name);
+
+    // The one that Next found last.
+    const PDFL::Annotation& Annotation() const { return annotations_.back(); }
+
+private:
+    std::uint32_t FirstPosition() const;
+
+    const PDFL::Page& page_;
+    const std::uint32_t pageIndex_;
+    const std::uint32_t count_;
+    std::vector<PDFL::Annotation> annotations_;  // those before the next position
+};
