@@ -1,7 +1,11 @@
 // One container for each document view: made, shown, hidden and removed with the host's views.
 #include "PanelFixture.h"
 
+#include "service-common/ServiceProvider.h"
+#include "service-common/SingletonStaticData.h"
+
 #include <thread>
+#include <utility>
 #include <vector>
 
 #if defined(_WIN32)
@@ -180,6 +184,105 @@ TEST_F(Containers, AChildFrameBringsItsDocuments)
 
     host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(nullptr).Get());
     Settle();
+}
+
+TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
+{
+    const ViewPtr own = StartWith(FivePages());
+    const ViewPtr shared = Open(MakeDocument({{Comment("Ink")}}));
+    const ViewPtr lent = Open(MakeDocument({{Comment("Ink")}}));
+    const auto child = UIDocumentsCollectionObject::Make(state);
+    const ViewPtr inChild = MakeView(MakeDocument({{Comment("Stamp")}}));
+    child->Add(inChild);
+    child->Add(lent);
+    host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(child).Get());
+    Settle();
+    const auto other = UIDocumentsCollectionObject::Make(state);
+    const ViewPtr fresh = MakeView(MakeDocument({{}, {Comment("Ink")}}));
+    other->Add(shared);
+    other->Add(fresh);
+    other->Activate(fresh);
+
+    UIDocumentsCollectionObject& first = host.Collection();
+    struct Row {
+        const char* name;
+        UIDocumentsCollectionObject* collection;
+        UIDocumentsCollectionObject* former;
+        std::vector<ViewPtr> views;
+        ViewPtr active;
+    };
+    const Row rows[] = {
+        {"again", &first, other.Get(), {own, shared, lent, inChild}, lent},
+        {"another", other.Get(), &first, {shared, fresh, lent, inChild}, fresh},
+        {"that of the child frame", child.Get(), other.Get(), {lent, inChild}, inChild},
+        {"the first again", &first, other.Get(), {own, shared, lent, inChild}, lent},
+    };
+    child->Activate(inChild);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        CallMethod<UIDocumentPanelModel::SetDocumentsCollection>(host.PanelModel(),
+                                                                 row.collection->AsInterface());
+        Settle();
+        EXPECT_EQ(CountMatches(kAnyContainer), row.views.size());
+        EXPECT_EQ(host.Panel().AttachedHandlerCount(), row.views.size() + 1);
+        EXPECT_THAT(Shown(), ElementsAre(KeyOf(row.active)));
+        for (const ViewPtr& view : row.views) {
+            ExpectFresh(view);
+        }
+        const auto subscribers = [](UIDocumentsCollectionObject& collection) {
+            return collection.Event<Collection::OnDocumentViewCreated>().SubscriberCount() +
+                   collection.Event<Collection::OnSbSViewDestroyed>().SubscriberCount();
+        };
+        EXPECT_EQ(subscribers(*row.collection), 2u);
+        EXPECT_EQ(subscribers(*row.former), 0u);
+        EXPECT_EQ(subscribers(*child.Get()), 2u);
+
+        const ViewPtr late = MakeView(MakeDocument({{Comment("Ink")}}));
+        child->Add(late);
+        Settle();
+        ExpectFresh(late);
+        child->Close(late);
+        EXPECT_EQ(CountMatches(kAnyContainer), row.views.size());
+    }
+}
+
+TEST_F(Containers, AHandlerThatCouldNotBeSentForComesWithTheNextEvent)
+{
+    const ViewPtr view = StartWith(FivePages());
+    BasicServiceObjectPtr<ServiceObject> service;
+    ServiceProviderGetServiceObject(AtomService::Resolve(UIService::kName), service.Receive());
+    BasicServiceObjectPtr<UIThread> thread;
+    CallMethod<UIService::GetThreadObject>(static_cast<UIService*>(service.Get()),
+                                           host.State().loop.ThreadId(), thread.Receive());
+    const std::uint32_t whole = std::exchange(thread->methodTableSize, 8u);
+    const ViewPtr late = Open(MakeDocument({{Comment("Ink")}}));
+    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_EQ(OutlineOf(late), "[ECRDTB]") << "as the template has it";
+    thread->methodTableSize = whole;
+    host.Collection().Activate(view);
+    Settle();
+    EXPECT_EQ(OutlineOf(late), "0:0_0* [ECRD]");
+}
+
+TEST_F(Containers, AttachedAgainThePanelHasOneContainerForEachView)
+{
+    const ViewPtr view = StartWith(FivePages());
+    const ViewPtr closed = Open(MakeDocument({{Comment("Ink")}}));
+    UIElement body{};
+    CallMethod<UIHandler::GetElementAttachedTo>(host.PanelHandler(), &body);
+    for (const bool isDetached : {true, false}) {
+        if (isDetached) {
+            CallMethod<UIHandler::Detached>(host.PanelHandler());
+            host.CloseView(closed);  // unheard
+        }
+        CallMethod<UIHandler::Attached>(host.PanelHandler(), host.Window(), &body);
+        host.HandOverDocuments();
+        Settle();
+        EXPECT_EQ(CountMatches(kAnyContainer), 1u);
+        EXPECT_EQ(host.Panel().AttachedHandlerCount(), 2u);
+        EXPECT_THAT(Shown(), ElementsAre(KeyOf(view)));
+        ExpectFresh(view);
+    }
 }
 
 TEST_F(Containers, SelectionsAndSideBySideViewsAreNotKeptAlive)

@@ -3,10 +3,14 @@
 
 #include "platform-libraries/ServiceProviderHost.h"
 #include "service-common/ServiceObjectException.h"
+#include "service-common/ServiceProvider.h"
+#include "service-common/SingletonStaticData.h"
 #include "services/ModuleLibrary.h"
 #include "services/ResourceStore.h"
 
 #include <cstring>
+#include <semaphore>
+#include <thread>
 
 namespace PanelTests {
 namespace {
@@ -253,6 +257,90 @@ TEST_F(Lifecycle, AModelWithoutItsHandlerDoesNothing)
     EXPECT_EQ(TakeError(plugin.Get()), "") << "declining is no error";
 }
 
+TEST_F(Lifecycle, WhatComesBeforeThePanelHasItsElementIsNotLost)
+{
+    struct Row {
+        const char* name;
+        void (*arrange)(ServiceObject* service);  // while the handler is made
+    };
+    const Row rows[] = {
+        {"a sound host", [](ServiceObject*) {}},
+        {"no service", [](ServiceObject*) { VxHostUnregisterService("UIService"); }},
+        {"no thread object", [](ServiceObject* service) { service->methodTableSize = 96; }},
+    };
+    const ViewPtr view = host.OpenView(MakeDocument(FivePages()));
+    const auto child = UIDocumentsCollectionObject::Make(state);
+    const auto inChild = UIDocumentViewObject::Make(BLDocumentViewObject::Make(
+        state, BLDocumentObject::Make(state, MakeDocument({{Comment("Ink")}}))));
+    child->Add(inChild);
+    Call<UIInplacePlugin::RegisterResources>();
+    const auto page = ResourceStore::Instance().Find(u"document-panel-comments/panel.htm");
+    BasicServiceObjectPtr<ServiceObject> service;
+    ServiceProviderGetServiceObject(AtomService::Resolve("UIService"), service.Receive());
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::uint32_t whole = service->methodTableSize;
+        row.arrange(service.Get());
+        const auto handler = InitHandler();
+        service->methodTableSize = whole;
+        VxHostRegisterService("UIService", service.Get());
+
+        EXPECT_EQ(CallsPostedBy(GetUIModel().Get(), host.Collection().AsInterface()), 1u);
+        host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(child).Get());
+        host.Panel().LoadPage({reinterpret_cast<const char*>(page.data), page.size});
+        ElementHandle body = kNoElement;
+        host.Panel().Page()->SelectFirst(host.Panel().Page()->Root(), "body", body);
+        host.Panel().AttachHandler(body, handler.Get());
+        Settle();
+        EXPECT_EQ(OutlineOf(view), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
+        EXPECT_EQ(OutlineOf(inChild), "0:0_0* [ECRD]");
+        host.Panel().LoadPage("");
+        Call<UIInplacePlugin::Cleanup>();
+    }
+}
+
+// A view whose event lasts until the handler that hears of it has been released for the last time.
+class LastingView : public HostObject<LastingView, UIDocumentView> {
+public:
+    explicit LastingView(UIHandler* handler) : handler_(handler)
+    {
+        Offer<UIDocumentView::GetDocumentView, &LastingView::GetDocumentView>();
+    }
+    std::binary_semaphore isAsked{0};
+
+private:
+    ResultCode GetDocumentView(BLDocumentView** view)
+    {
+        isAsked.release();
+        while (handler_->GetRefCount(handler_) != 0) {
+            std::this_thread::yield();  // it is there until the event has ended
+        }
+        HandOut(view_, view);
+        return kResultOk;
+    }
+
+    UIHandler* const handler_;
+    const BasicServiceObjectPtr<BLDocumentViewObject> view_ =
+        BLDocumentViewObject::Make(nullptr, nullptr);
+};
+
+TEST_F(Lifecycle, AnEventOfAnotherThreadDoesNotReviveADyingHandler)
+{
+    auto handler = InitHandler();
+    CallsPostedBy(GetUIModel().Get(), host.Collection().AsInterface());
+    Call<UIInplacePlugin::Cleanup>();
+    ASSERT_EQ(handler->GetRefCount(handler.Get()), 1u);
+    const auto view = LastingView::Make(handler.Get());
+    std::jthread firing([&] {
+        host.State().Fire(host.Collection().Event<UIDocumentsCollection::OnDocumentViewCreated>(),
+                          view->AsInterface());
+    });
+    view->isAsked.acquire();
+    handler.Reset();
+    firing.join();
+    host.State().loop.RunWaiting();  // finds nothing of the handler
+}
+
 TEST_F(PanelTest, HandlersTellTheHostWhatTheyAre)
 {
     host.StartPanel();
@@ -276,6 +364,10 @@ TEST_F(PanelTest, HandlersTellTheHostWhatTheyAre)
     EXPECT_EQ(CallMethodUnchecked<UIHandler::GetSubscribedEvents>(handler, noEvents).code, 3u);
     EXPECT_EQ(TakeError(), "UIHandler::GetSubscribedEvents() failed, code: 3");
     EXPECT_EQ(CallMethodUnchecked<UIHandler::OnLocaleChanged>(handler).code, 1u);
+    UIBehaviourEvent* const noEvent = nullptr;
+    EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleEvent>(handler, element.handle, noEvent).code,
+              1u)
+        << "of no event does the panel itself take notice";
 }
 
 TEST(Module, LeavesTheProcessHoweverOftenItIsLoaded)

@@ -279,9 +279,11 @@ TEST_F(OwnHandler, AsksForMouseKeysAndBehaviourAndHandlesNothingFinally)
     const HtmlElementHandle none = nullptr;
     EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleMouse>(object, none, nullptr).code, 1u);
     EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleKey>(object, none, &key).code, 1u);
-    EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleKey>(object, none, nullptr).code, 1u);
+    EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleKey>(object, none, nullptr).code, 3u);
+    EXPECT_EQ(TakeError(), "UIHandler::HandleKey() failed, code: 3");
     EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleEvent>(object, none, &click).code, 1u);
-    EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleEvent>(object, none, nullptr).code, 1u);
+    EXPECT_EQ(CallMethodUnchecked<UIHandler::HandleEvent>(object, none, nullptr).code, 3u);
+    EXPECT_EQ(TakeError(), "UIHandler::HandleEvent() failed, code: 3");
     EXPECT_EQ(CallMethodUnchecked<UIHandler::OnLocaleChanged>(object).code, 0u);
     Settle();
     Detach();

@@ -97,6 +97,7 @@ TEST_F(ReportingRule, RecordsUnexpectedCodesUnderBothNamesOnly)
         {2, "UIHandler", "Attached", L"UIHandler::Attached() failed, code: 2"},
         {9, "UIHandler", "Attached", L"UIHandler::Attached() failed, code: 9"},
         {11, "UIHandler", "Attached", L"UIHandler::Attached() failed, code: 11"},
+        {0x80004005, "UIHandler", "Attached", L"UIHandler::Attached() failed, code: -2147467259"},
         {0x40009, "%s", "%1%", L"%s::%1%() failed, code: 262153"},
     };
     for (const Row& row : rows) {

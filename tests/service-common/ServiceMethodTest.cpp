@@ -32,6 +32,15 @@ protected:
     int received_ = 0;
 };
 
+// A catalogue that forgets a declaration is noticed wherever the interface is used.
+struct ForgetfulInterface : ServiceObject {
+    SO_METHOD(ForgetfulInterface, First, 0);
+    SO_METHOD(ForgetfulInterface, Forgotten, 255);
+    using Catalogue = SODetails::MethodCatalogue<First>;
+};
+static_assert(!SODetails::kCatalogueIsComplete<ForgetfulInterface>);
+static_assert(SODetails::kCatalogueIsComplete<ProbeInterface>);
+
 TEST_F(MethodCall, NeedsATableThatReachesBeyondTheSlotsStart)
 {
     ProbeInterface* object = probe_.Get();

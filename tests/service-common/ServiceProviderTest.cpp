@@ -62,6 +62,7 @@ TEST_F(Provider, TellsEachFailureInItsOwnWords)
         {1, other + L"1.\n", WithSystemError(other + L"1.")},
         {10, other + L"10.\n", WithSystemError(other + L"10.")},
         {3, other + L"3.\n", WithSystemError(other + L"3.")},
+        {0x80004005, other + L"2147500037.\n", WithSystemError(other + L"2147500037.")},
     };
     for (const Row& row : rows) {
         for (const std::uint32_t systemError : {0u, kSystemError}) {
@@ -82,6 +83,13 @@ TEST_F(Provider, TellsEachFailureInItsOwnWords)
         }
     }
     EXPECT_NO_THROW(SP::_CheckServiceProviderApiResult(0, kSystemError));
+}
+
+TEST(SystemErrors, HaveATextEvenWhereTheSystemHasNone)
+{
+    for (const std::uint32_t code : {kSystemError, 0x7FFFFFF1u, 0xFFFFFFF1u}) {
+        EXPECT_NE(Platform::SystemErrorText(code), L"") << code;
+    }
 }
 
 TEST_F(Provider, HandsOutOneReferenceAndResolvesTheNameOnce)

@@ -120,6 +120,31 @@ TEST(WeakReference, EveryObjectDiesOnceHoweverManyThreadsLockAndReleaseIt)
     }
 }
 
+// What an event does that is still running when its handler is destroyed.
+struct AskingWhileItDies : SODetails::ServiceObjectBase<ProbeInterface> {
+    ~AskingWhileItDies() { *asked = WeakServiceObjectPtr<ProbeInterface>(AsInterface()); }
+    static AskingWhileItDies* FromInterface(ServiceObject* header) noexcept
+    {
+        return static_cast<AskingWhileItDies*>(FromHeader(header));
+    }
+    WeakServiceObjectPtr<ProbeInterface>* asked = nullptr;
+};
+
+TEST(WeakReference, IsThatOfADeadObjectWhileItsObjectIsDestroyed)
+{
+    using Object = SODetails::ServiceObjectCppTheConcrete<AskingWhileItDies>;
+    for (const bool hasRecord : {true, false}) {
+        WeakServiceObjectPtr<ProbeInterface> asked;
+        auto object = Object::Create();
+        object->asked = &asked;
+        if (hasRecord) {
+            asked = WeakServiceObjectPtr<ProbeInterface>(object->AsInterface());
+        }
+        object.Reset();
+        EXPECT_FALSE(asked.Lock()) << hasRecord;
+    }
+}
+
 TEST(WeakReference, ThreadsThatAskFirstAgreeOnOneRecord)
 {
     constexpr int kThreads = 3;

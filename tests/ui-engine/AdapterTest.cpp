@@ -190,6 +190,7 @@ TEST_F(Adapter, MissingArgumentsGiveThreeUnderTheMethodsName)
     ExpectCode(3, handler, "UIHandler::GetHandlerName", nullptr);
     ExpectCode(3, handler, "UIHandler::Attached", nullptr, &element);
     ExpectCode(3, handler, "UIHandler::Attached", window.Get(), nullptr);
+    ExpectCode(3, handler, "UIHandler::HandleKey", kElement, nullptr);
 
     ServiceObject* plugin = plugin_->AsInterface();
     const UIInitBeginArguments noContext{window.Get(), nullptr};

@@ -107,6 +107,8 @@ protected:
         engine_.On<Engine::UpdateElement>([this](HtmlElementHandle element, std::uint32_t flags) {
             return Log(element, "update " + std::to_string(flags));
         });
+        engine_.On<Engine::ScrollIntoView>(
+            [this](HtmlElementHandle element, std::uint32_t) { return Log(element, "scroll"); });
         engine_.On<Engine::DeleteElement>(
             [this](HtmlElementHandle element) { return Log(element, "delete"); });
     }
@@ -373,6 +375,10 @@ TEST_F(ElementAccess, SingleElementOperationsFollowTheCheckRule)
     EXPECT_TRUE(ThrownBy([&] { element.Delete(); }));
     EXPECT_FALSE(ThrownBy([&] { element.SetState(32, 0); }));
     EXPECT_FALSE(ThrownBy([&] { element.SetStyle("a", u"b"); }));
+    // What was scrolled for has happened already: told, and not thrown.
+    engine_->error = ErrorRecord{5, L"no scrolling", "", "", 0};
+    EXPECT_FALSE(ThrownBy([&] { element.ScrollIntoView(); }));
+    EXPECT_EQ(TakeError()->message, L"no scrolling");
 }
 
 TEST_F(ElementAccess, AfterTheWindowDiedTheEngineIsNotTouched)

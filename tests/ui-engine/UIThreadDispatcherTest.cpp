@@ -149,6 +149,23 @@ TEST_F(Dispatcher, StaysDetachedWhenItsServiceFails)
     EXPECT_FALSE(dispatcher_.Post(Counting()));
 }
 
+TEST_F(Dispatcher, AsksAgainForWhatWasMissing)
+{
+    ProvideAs("UIService", nullptr);
+    dispatcher_.EnsureStarted();  // knows its thread now
+    service_->error = ErrorRecord{5, L"no threads", "", "", 0};
+    Provide(service_);
+    serviceCode_ = 5;
+    EXPECT_TRUE(ThrownBy([&] { dispatcher_.EnsureStarted(); }));
+    EXPECT_TRUE(dispatcher_.IsUIThread()) << "as it was";
+    serviceCode_ = kResultOk;
+    for (int call = 0; call < 2; ++call) {
+        dispatcher_.EnsureStarted();
+        EXPECT_EQ(dispatcher_.ThreadObject().Get(), thread_.Get());
+    }
+    EXPECT_EQ(service_.Calls<UIService::GetThreadObject>(), 2u) << "not when nothing is missing";
+}
+
 TEST_F(Dispatcher, PostsNothingWhenDetachedOrWithoutACall)
 {
     EXPECT_FALSE(dispatcher_.Post(Counting()));

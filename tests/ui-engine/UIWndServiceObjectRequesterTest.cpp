@@ -59,6 +59,7 @@ TEST_F(WindowRequest, YieldsAnObjectOfTheInterfaceOrAnErrorRecord)
         {"declined", true, 264, nullptr, 1, nullptr, kPlain, 8},
         {"fails silently", true, 264, nullptr, 8, nullptr, kPlain, 8},
         {"fails and tells", true, 264, nullptr, 8, L"out of %1%", kDetailed, 0x31},
+        {"fails and tells nothing", true, 264, nullptr, 8, L"", kPlain, 0x31},
         {"another interface", true, 264, collection_.Get(), 0, nullptr, kPlain, 8},
         {"fails with an object", true, 264, collection_.Get(), 8, L"out of %1%", kDetailed, 0x31},
     };

@@ -52,8 +52,8 @@ private:
 };
 
 // A reference to one element, in use while it is held, or empty. Host failures of the operations
-// below raise ServiceObjectException by the check rule, except those of SetState, SetStyle and
-// ScrollIntoView, which are ignored as in a set.
+// below raise ServiceObjectException by the check rule, except those of SetState and SetStyle,
+// which are ignored as in a set.
 class ElementReference {
 public:
     ElementReference() = default;
@@ -97,6 +97,8 @@ public:
     void SetHtml(std::string_view utf8, HtmlPosition position) const;
     void SetText(std::wstring_view text) const;
     void Update(std::uint32_t flags) const;
+    // Follows what has happened already and must not undo it: a failure becomes the thread's last
+    // error and goes no further.
     void ScrollIntoView() const;
     void AttachHandler(UIHandler* handler) const;
     void Delete() const;

@@ -109,6 +109,7 @@ struct EventSubscription : SubscriptionBase {
 template <class Subscription, class E>
 SubscriptionHandle SubscribeTo(typename E::Interface* host, typename E::Callable callable)
 {
+    SODetails::RequireCompleteCatalogue<typename E::Interface>();
     const auto subscribe =
         host == nullptr
             ? nullptr
@@ -140,6 +141,7 @@ SubscriptionHandle SubscribeTo(typename E::Interface* host, typename E::Callable
         static constexpr const char* kName = #name;                                                \
         static constexpr unsigned kLine = __LINE__;                                                \
     };                                                                                             \
+    static name* DeclaredEntry(SODetails::SlotTag<slot>);                                          \
     struct EventSubscription_##name final : SOEvent::EventSubscription<name> {};                   \
     static SOEvent::SubscriptionHandle Subscribe_##name(interface* host, name::Callable callable)  \
     {                                                                                              \

@@ -20,7 +20,8 @@ struct UIHandler : ServiceObject {
     // The event groups that the handler wants (kEventGroup...).
     SO_METHOD(UIHandler, GetSubscribedEvents, 1, std::uint32_t* mask);
     // Input and engine events on the element or inside it. `element` is the one attached to; the
-    // argument records of events that the panel does not take are the host's own.
+    // argument records of events that the panel does not take are the host's own. A class that acts
+    // on HandleKey or HandleEvent answers 3 to a null record.
     SO_METHOD(UIHandler, HandleMouse, 2, HtmlElementHandle element, void* event);
     SO_METHOD(UIHandler, HandleKey, 3, HtmlElementHandle element, UIKeyEvent* event);
     SO_METHOD(UIHandler, HandleFocus, 4, HtmlElementHandle element, void* event);

@@ -17,6 +17,11 @@ public:
     // the thread leaves a dispatcher that knows its thread but posts nothing.
     void Start();
 
+    // Starts where that has not succeeded yet, and asks again for a UI object that the service did
+    // not have; else does nothing. Throws ServiceObjectException and leaves things as they were.
+    // For the UI thread.
+    void EnsureStarted();
+
     // Forgets thread and UI object. May be called twice.
     void Detach() noexcept;
 
@@ -37,6 +42,8 @@ public:
     static bool PostTo(UIThread* thread, std::function<void()> call);
 
 private:
+    void SetThread(std::uint32_t threadId, BasicServiceObjectPtr<UIThread> thread) noexcept;
+
     std::atomic<std::uint32_t> threadId_ = 0;  // 0: detached
     BasicServiceObjectPtr<UIThread> thread_;
     mutable std::mutex mutex_;  // foreign threads post while the UI thread detaches

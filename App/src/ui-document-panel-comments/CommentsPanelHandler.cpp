@@ -37,11 +37,26 @@ BasicServiceObjectPtr<BLDocumentView> ViewObject(UIDocumentView* view)
     return object;
 }
 
-// Collects the collection's views.
-void CollectView(void* context, UIDocumentView* view)
+// The view objects of a collection, in its order; without those that it fails to hand out.
+std::vector<BasicServiceObjectPtr<BLDocumentView>> ViewObjectsOf(UIDocumentsCollection* collection)
 {
-    static_cast<std::vector<BasicServiceObjectPtr<UIDocumentView>>*>(context)->push_back(
-        BasicServiceObjectPtr<UIDocumentView>::Retain(view));
+    using Views = std::vector<BasicServiceObjectPtr<UIDocumentView>>;
+    Views views;
+    const auto collect = [](void* context, UIDocumentView* view) {
+        static_cast<Views*>(context)->push_back(
+            BasicServiceObjectPtr<UIDocumentView>::Retain(view));
+    };
+    CallMethod<UIDocumentsCollection::EnumerateViews>(collection, collect,
+                                                      static_cast<void*>(&views));
+    std::vector<BasicServiceObjectPtr<BLDocumentView>> objects;
+    for (const auto& view : views) {
+        SODetails::RunEventTask("CommentsPanelHandler::ViewObjectsOf", [&] {
+            if (auto object = ViewObject(view.Get())) {
+                objects.push_back(std::move(object));
+            }
+        });
+    }
+    return objects;
 }
 
 }  // namespace
@@ -49,9 +64,9 @@ void CollectView(void* context, UIDocumentView* view)
 CommentsPanelHandler::CommentsPanelHandler()
 {
     try {
-        StartDispatcher();
+        dispatcher_.Start();
     } catch (const ServiceObjectException&) {
-        // A host without its UI service yet: tried again when the handler is attached.
+        // A host without its UI service yet: tried again when it is needed.
     }
 }
 
@@ -60,20 +75,15 @@ CommentsPanelHandler::~CommentsPanelHandler()
     Detached();
 }
 
-void CommentsPanelHandler::StartDispatcher()
-{
-    if (!dispatcher_.IsStarted()) {
-        dispatcher_.Start();
-    }
-}
-
 ResultCode CommentsPanelHandler::Attached(UIWnd& window, const UIElement& element)
 {
-    constexpr const char* kName = "CommentsPanelHandler::Attached";
     root_ = ElementReference(element, WeakServiceObjectPtr<UIWnd>(&window));
-    SODetails::RunEventTask(kName, [this] { StartDispatcher(); });
-    // Of a collection that came before the panel had its element.
-    SODetails::RunEventTask(kName, [this] { SynchroniseWithViews(); });
+    isDetached_ = false;
+    containers_.clear();
+    SODetails::RunEventTask("CommentsPanelHandler::Attached",
+                            [this] { dispatcher_.EnsureStarted(); });
+    // Of collections that came before the panel had its element.
+    SODetails::RunEventTask("CommentsPanelHandler::Attached", [this] { SynchroniseWithViews(); });
     return kResultOk;
 }
 
@@ -84,35 +94,56 @@ ResultCode CommentsPanelHandler::Detached()
     selection_.Reset();
     root_ = {};
     collection_.Reset();
-    viewsWithContainer_.clear();
+    containers_.clear();
     childCollections_.clear();
     dispatcher_.Detach();
+    isDetached_ = true;
     return kResultOk;
 }
 
 void CommentsPanelHandler::SetDocumentsCollection(UIDocumentsCollection* collection)
 {
-    if (collection == nullptr) {
+    if (collection == nullptr || isDetached_) {
         return;
     }
+    dispatcher_.EnsureStarted();
+    // The caller holds the handler, so that the task may hold it too.
     dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
-                      held = BasicServiceObjectPtr<UIDocumentsCollection>::Retain(collection)] {
-        SODetails::RunEventTask("CommentsPanelHandler::SetDocumentsCollection",
-                                [&] { self->AdoptCollection(held.Get()); });
+                      held = Collection::Retain(collection)] {
+        self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
+                      [&] { self->AdoptCollection(held.Get()); });
+    });
+}
+
+void CommentsPanelHandler::TryAgain()
+{
+    std::vector<View> waiting;
+    for (const Container& container : containers_) {
+        View view = container.view.Lock();
+        if (view && container.attaching == Attaching::kNotPosted) {
+            waiting.push_back(std::move(view));
+        }
+    }
+    SODetails::RunEventTask("CommentsPanelHandler::TryAgain", [&] {
+        dispatcher_.EnsureStarted();
+        for (const View& view : waiting) {
+            PostAttaching(view.Get());
+        }
     });
 }
 
 void CommentsPanelHandler::AdoptCollection(UIDocumentsCollection* collection)
 {
-    if (!dispatcher_.IsUIThread()) {
-        return;  // detached since
-    }
     // A host without its main frame still has its documents.
     SODetails::RunEventTask("CommentsPanelHandler::SetDocumentsCollection",
                             [this] { ObserveHostMainFrame(); });
-    childCollections_.clear();
+    const Collection former = std::exchange(collection_, Collection::Retain(collection));
+    const Source formerSource = former ? SourceOf(former.Get()) : 0;
     ObserveCollection(collection);
-    collection_ = BasicServiceObjectPtr<UIDocumentsCollection>::Retain(collection);
+    if (former && former != collection_ && !IsOfChildFrame(former)) {
+        StopObservingCollection(formerSource);
+        RemoveContainersOf(formerSource);
+    }
     SynchroniseWithViews();
 }
 
@@ -125,7 +156,9 @@ void CommentsPanelHandler::ObserveHostMainFrame()
     if (!frame && window) {
         UIWndServiceObjectRequester::QueryServiceObjectFromUIWnd(window.Get(), frame);
     }
-    ObserveMainFrame(frame.Get());
+    if (frame) {
+        ObserveMainFrame(frame.Get());
+    }
 }
 
 void CommentsPanelHandler::SynchroniseWithViews()
@@ -135,7 +168,11 @@ void CommentsPanelHandler::SynchroniseWithViews()
     }
     // A step that fails leaves the others standing.
     constexpr const char* kName = "CommentsPanelHandler::SynchroniseWithViews";
+    SODetails::RunEventTask(kName, [this] { RemoveStrayContainers(); });
     SODetails::RunEventTask(kName, [this] { CreateContainersOf(collection_.Get()); });
+    for (const Collection& child : ChildCollections()) {
+        SODetails::RunEventTask(kName, [&] { CreateContainersOf(child.Get()); });
+    }
     SODetails::RunEventTask(kName, [this] {
         BasicServiceObjectPtr<UIDocumentView> active;
         CallMethod<UIDocumentsCollection::GetActiveView>(collection_.Get(), active.Receive());
@@ -153,101 +190,158 @@ void CommentsPanelHandler::SynchroniseWithViews()
 
 void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
 {
-    std::vector<BasicServiceObjectPtr<UIDocumentView>> views;
-    CallMethod<UIDocumentsCollection::EnumerateViews>(collection, &CollectView,
-                                                      static_cast<void*>(&views));
-    for (const auto& view : views) {
-        SODetails::RunEventTask("CommentsPanelHandler::CreateContainersOf", [&] {
-            if (const View object = ViewObject(view.Get())) {
-                CreateContainer(object.Get());
+    const Source source = SourceOf(collection);
+    for (const View& view : ViewObjectsOf(collection)) {
+        SODetails::RunEventTask("CommentsPanelHandler::CreateContainersOf",
+                                [&] { CreateContainer(view.Get(), source); });
+    }
+}
+
+void CommentsPanelHandler::RemoveContainersOf(Source source)
+{
+    constexpr const char* kName = "CommentsPanelHandler::RemoveContainersOf";
+    std::vector<Collection> remaining = ChildCollections();
+    remaining.push_back(collection_);
+    std::vector<View> kept;
+    for (const Collection& collection : remaining) {
+        SODetails::RunEventTask(kName, [&] {
+            for (View& view : ViewObjectsOf(collection.Get())) {
+                kept.push_back(std::move(view));
             }
         });
+    }
+    std::vector<std::pair<View, std::string>> removed;
+    for (const Container& container : containers_) {
+        View view = container.view.Lock();
+        if (container.source == source && std::find(kept.begin(), kept.end(), view) == kept.end()) {
+            removed.emplace_back(std::move(view), container.key);
+        }
+    }
+    for (const auto& container : removed) {
+        StopObservingView(container.first.Get());
+        SODetails::RunEventTask(kName, [&] { RemoveContainers(container.second); });
+    }
+}
+
+void CommentsPanelHandler::RemoveStrayContainers()
+{
+    const ElementSet all = root_.SelectAll(kAllContainers);
+    for (const UIElement& element : all.Elements()) {
+        const ElementReference container = root_.SameWindow(element.handle);
+        const std::wstring key = container.Attribute("doc-view-addr");
+        if (std::none_of(containers_.begin(), containers_.end(),
+                         [&](const Container& known) { return FromAscii(known.key) == key; })) {
+            container.Delete();
+        }
     }
 }
 
 void CommentsPanelHandler::RunOnUIThread(const char* name, std::function<void()> task)
 {
     SODetails::RunEventTask(name, [&] {
-        if (dispatcher_.IsUIThread()) {
-            task();
-            return;
+        // The handler may be dying on another thread while its event runs here: a reference is only
+        // taken where it still lives.
+        WeakServiceObjectPtr<CommentsPanelHandler> self(this);
+        if (!dispatcher_.IsUIThread()) {
+            dispatcher_.Post([weak = std::move(self), name, run = std::move(task)] {
+                if (const auto handler = weak.Lock()) {
+                    handler->RunTask(name, run);
+                }
+            });
+        } else if (const auto handler = self.Lock()) {
+            handler->RunTask(name, task);
         }
-        dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this), name,
-                          run = std::move(task)] {
-            if (self->dispatcher_.IsUIThread()) {
-                SODetails::RunEventTask(name, run);
-            }
-        });
     });
 }
 
-void CommentsPanelHandler::RunForView(const char* name, UIDocumentView* view,
-                                      void (CommentsPanelHandler::*step)(BLDocumentView*))
+void CommentsPanelHandler::RunTask(const char* name, const std::function<void()>& task)
+{
+    if (!dispatcher_.IsUIThread()) {
+        return;  // detached since
+    }
+    TryAgain();
+    SODetails::RunEventTask(name, task);
+}
+
+void CommentsPanelHandler::RunForView(const char* name, Source source, UIDocumentView* view,
+                                      std::function<void(BLDocumentView*)> step)
 {
     SODetails::RunEventTask(name, [&] {
         if (View object = ViewObject(view)) {
-            RunOnUIThread(name,
-                          [this, step, held = std::move(object)] { (this->*step)(held.Get()); });
+            RunOnUIThread(name, [this, source, run = std::move(step), held = std::move(object)] {
+                if (IsObserved(source)) {
+                    run(held.Get());
+                }
+            });
         }
     });
 }
 
-void CommentsPanelHandler::OnDocumentViewCreated(UIDocumentView* view)
+void CommentsPanelHandler::OnDocumentViewCreated(Source source, UIDocumentView* view)
 {
-    RunForView("CommentsPanelHandler::OnDocumentViewCreated", view,
-               &CommentsPanelHandler::CreateContainer);
+    RunForView("CommentsPanelHandler::OnDocumentViewCreated", source, view,
+               [this, source](BLDocumentView* object) { CreateContainer(object, source); });
 }
 
-void CommentsPanelHandler::OnDocumentViewActivated(UIDocumentView* view)
+void CommentsPanelHandler::OnDocumentViewActivated(Source source, UIDocumentView* view)
 {
-    RunForView("CommentsPanelHandler::OnDocumentViewActivated", view,
-               &CommentsPanelHandler::ActivateContainer);
+    RunForView("CommentsPanelHandler::OnDocumentViewActivated", source, view,
+               [this](BLDocumentView* object) { ActivateContainer(object); });
 }
 
-void CommentsPanelHandler::OnDocumentViewDeactivated(UIDocumentView* view)
+void CommentsPanelHandler::OnDocumentViewDeactivated(Source source, UIDocumentView* view)
 {
-    RunForView("CommentsPanelHandler::OnDocumentViewDeactivated", view,
-               &CommentsPanelHandler::DeactivateContainer);
+    RunForView("CommentsPanelHandler::OnDocumentViewDeactivated", source, view,
+               [this](BLDocumentView* object) { DeactivateContainer(object); });
 }
 
-void CommentsPanelHandler::OnDocumentViewDestroyed(UIDocumentView* view)
+void CommentsPanelHandler::OnDocumentViewDestroyed(Source source, UIDocumentView* view)
 {
-    RunForView("CommentsPanelHandler::OnDocumentViewDestroyed", view,
-               &CommentsPanelHandler::DestroyContainer);
+    RunForView("CommentsPanelHandler::OnDocumentViewDestroyed", source, view,
+               [this](BLDocumentView* object) { DestroyContainer(object); });
 }
 
 void CommentsPanelHandler::OnChildDocumentFrameCreated(UIDocumentFrame* frame)
 {
     RunOnUIThread("CommentsPanelHandler::OnChildDocumentFrameCreated",
                   [this, held = BasicServiceObjectPtr<UIDocumentFrame>::Retain(frame)] {
-                      BasicServiceObjectPtr<UIDocumentsCollection> collection;
+                      Collection collection;
                       CallMethod<UIDocumentFrame::GetDocumentsCollection>(held.Get(),
                                                                           collection.Receive());
-                      if (collection && IsNew(collection)) {
-                          childCollections_.emplace_back(collection.Get());
-                          AlsoObserveCollection(collection.Get());
+                      if (!collection || IsOfChildFrame(collection)) {
+                          return;
+                      }
+                      childCollections_.emplace_back(collection.Get());
+                      if (collection != collection_) {
+                          ObserveCollection(collection.Get());
                           CreateContainersOf(collection.Get());
                       }
                   });
 }
 
-bool CommentsPanelHandler::IsNew(
-    const BasicServiceObjectPtr<UIDocumentsCollection>& collection) const
+bool CommentsPanelHandler::IsOfChildFrame(const Collection& collection) const
 {
-    return collection != collection_ &&
-           std::none_of(childCollections_.begin(), childCollections_.end(),
-                        [&](const auto& known) { return known.Lock() == collection; });
+    const std::vector<Collection> living = ChildCollections();
+    return std::find(living.begin(), living.end(), collection) != living.end();
 }
 
-bool CommentsPanelHandler::HasContainer(BLDocumentView* view)
+std::vector<CommentsPanelHandler::Collection> CommentsPanelHandler::ChildCollections() const
 {
-    bool has = false;
-    std::erase_if(viewsWithContainer_, [&](const auto& known) {
-        const auto living = known.Lock();
-        has = has || living.Get() == view;
-        return !living;
-    });
-    return has;
+    std::vector<Collection> living;
+    for (const auto& known : childCollections_) {
+        if (Collection collection = known.Lock()) {
+            living.push_back(std::move(collection));
+        }
+    }
+    return living;
+}
+
+CommentsPanelHandler::Container* CommentsPanelHandler::ContainerOf(BLDocumentView* view)
+{
+    const auto found =
+        std::find_if(containers_.begin(), containers_.end(),
+                     [view](const Container& known) { return known.view.Lock().Get() == view; });
+    return found == containers_.end() ? nullptr : &*found;
 }
 
 void CommentsPanelHandler::OnSbSViewActivated(UIDocumentViewSbS* view)
@@ -277,10 +371,15 @@ ElementSet CommentsPanelHandler::ContainersWithKey(const std::string& key) const
     return root_.SelectAll((boost::format(".panel-content[doc-view-addr=\"%1%\"]") % key).str());
 }
 
-void CommentsPanelHandler::CreateContainer(BLDocumentView* view)
+void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
 {
-    // A view is announced by its event and may be enumerated too.
-    if (!root_ || HasContainer(view)) {
+    if (!root_) {
+        return;
+    }
+    // A view is announced by its event and may be enumerated too, and several collections may have
+    // it.
+    if (Container* const known = ContainerOf(view)) {
+        known->source = source;
         return;
     }
     std::uint64_t viewNumber = 0;
@@ -307,20 +406,44 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view)
     }
     body.SetHtml(html, HtmlPosition::kAppendLast);
     ContainersWithKey(key).Collapse();
-    viewsWithContainer_.emplace_back(view);
-
-    dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
-                      weakView = WeakServiceObjectPtr<BLDocumentView>(view), key] {
-        SODetails::RunEventTask("CommentsPanelHandler::CreateContainer", [&] {
-            if (const auto living = weakView.Lock()) {
-                self->AttachContainerHandler(key, living.Get());
-            }
-        });
-    });
+    containers_.push_back({WeakServiceObjectPtr<BLDocumentView>(view), key, source});
+    PostAttaching(view);
 }
 
-void CommentsPanelHandler::AttachContainerHandler(const std::string& key, BLDocumentView* view)
+void CommentsPanelHandler::PostAttaching(BLDocumentView* view)
 {
+    const auto note = [this, view](Attaching attaching) {
+        if (Container* const container = ContainerOf(view)) {
+            container->attaching = attaching;
+        }
+    };
+    note(Attaching::kPosted);
+    try {
+        // Only called while the handler is held.
+        if (!dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
+                               weakView = WeakServiceObjectPtr<BLDocumentView>(view)] {
+                SODetails::RunEventTask("CommentsPanelHandler::CreateContainer", [&] {
+                    if (const auto living = weakView.Lock()) {
+                        self->AttachContainerHandler(living.Get());
+                    }
+                });
+            })) {
+            note(Attaching::kNotPosted);
+        }
+    } catch (...) {
+        note(Attaching::kNotPosted);
+        throw;
+    }
+}
+
+void CommentsPanelHandler::AttachContainerHandler(BLDocumentView* view)
+{
+    Container* const container = ContainerOf(view);
+    if (container == nullptr || container->attaching == Attaching::kDone) {
+        return;
+    }
+    container->attaching = Attaching::kDone;
+    const std::string key = container->key;  // the host may lead to a change of the containers
     const ElementSet containers = ContainersWithKey(key);
     if (containers.IsEmpty()) {
         return;
@@ -345,8 +468,12 @@ void CommentsPanelHandler::DeactivateContainer(BLDocumentView* view)
 
 void CommentsPanelHandler::DestroyContainer(BLDocumentView* view)
 {
-    ContainersWithKey(ContainerKey(view)).Delete();
-    std::erase_if(viewsWithContainer_,
-                  [view](const auto& known) { return known.Lock().Get() == view; });
     StopObservingView(view);
+    RemoveContainers(ContainerKey(view));
+}
+
+void CommentsPanelHandler::RemoveContainers(const std::string& key)
+{
+    ContainersWithKey(key).Delete();
+    std::erase_if(containers_, [&](const Container& known) { return known.key == key; });
 }

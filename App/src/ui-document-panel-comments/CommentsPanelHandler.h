@@ -1,5 +1,6 @@
 // The handler of the panel's body: keeps one comments container per document view of the host's
-// documents collection, shows that of the active view, and removes it with its view. Containers
+// documents collection and of its child frames' collections, shows that of the active view, and
+// removes it with its view. Containers
 // fill themselves (CommentsContainerHandler). Methods are called on the UI thread; events arrive
 // on any thread and are acted on on the UI thread.
 #pragma once
@@ -30,17 +31,17 @@ public:
 
     // --- The panel model's way in ----------------------------------------------------------------
 
-    // Posts the change to the new collection; nothing for null or without a dispatcher. Throws
-    // ServiceObjectException when the host fails to post.
+    // Posts the change to the new collection, or to the same one anew; nothing for null, when
+    // detached, or without a dispatcher. Throws ServiceObjectException when the host fails to post.
     void SetDocumentsCollection(UIDocumentsCollection* collection);
 
     // --- Events of the host [any-thread] ---------------------------------------------------------
 
     void OnChildDocumentFrameCreated(UIDocumentFrame* frame);
-    void OnDocumentViewCreated(UIDocumentView* view);
-    void OnDocumentViewActivated(UIDocumentView* view);
-    void OnDocumentViewDeactivated(UIDocumentView* view);
-    void OnDocumentViewDestroyed(UIDocumentView* view);
+    void OnDocumentViewCreated(Source source, UIDocumentView* view);
+    void OnDocumentViewActivated(Source source, UIDocumentView* view);
+    void OnDocumentViewDeactivated(Source source, UIDocumentView* view);
+    void OnDocumentViewDestroyed(Source source, UIDocumentView* view);
     void OnSbSViewActivated(UIDocumentViewSbS* view);
     void OnSbSViewDeactivated(UIDocumentViewSbS* view);
     void OnSelectionChanged(BLSelection* selection);
@@ -48,38 +49,65 @@ public:
 private:
     using View = BasicServiceObjectPtr<BLDocumentView>;
 
-    // Runs `task` on the UI thread, now or posted, with this handler kept alive; failures end it.
-    // [any-thread]
-    void RunOnUIThread(const char* name, std::function<void()> task);
-    // As above, for a step on the view object behind an event's argument.
-    void RunForView(const char* name, UIDocumentView* view,
-                    void (CommentsPanelHandler::*step)(BLDocumentView*));
+    using Collection = BasicServiceObjectPtr<UIDocumentsCollection>;
 
-    void StartDispatcher();
+    // State of the task that attaches a container's own handler.
+    enum class Attaching { kNotPosted, kPosted, kDone };
+
+    // The container of one view. Two views may share a key, so that the DOM alone cannot tell
+    // whether a view has one.
+    struct Container {
+        WeakServiceObjectPtr<BLDocumentView> view;
+        std::string key;
+        Source source;  // the collection that the view was last seen in
+        Attaching attaching = Attaching::kNotPosted;
+    };
+
+    // Runs `task` on the UI thread, now or posted, with this handler kept alive while it runs;
+    // failures end it. A dying handler runs nothing. [any-thread]
+    void RunOnUIThread(const char* name, std::function<void()> task);
+    // As above, on the UI thread and with the handler held by the caller.
+    void RunTask(const char* name, const std::function<void()>& task);
+    // As above, for a step on the view object behind an event's argument, while the collection that
+    // the event came from is observed.
+    void RunForView(const char* name, Source source, UIDocumentView* view,
+                    std::function<void(BLDocumentView*)> step);
+
+    // Catches up on what the host could not do before: a missing thread object, and tasks that were
+    // not taken.
+    void TryAgain();
+
     void AdoptCollection(UIDocumentsCollection* collection);
     void ObserveHostMainFrame();
-    // Makes containers for the collection's views and shows that of the active one.
+    // Makes containers for the views of all collections and shows that of the active one.
     void SynchroniseWithViews();
     void CreateContainersOf(UIDocumentsCollection* collection);
+    // Removes the containers of a collection's views, except of those that another one has too.
+    void RemoveContainersOf(Source source);
+    // Removes what an earlier attachment left in the element.
+    void RemoveStrayContainers();
 
-    void CreateContainer(BLDocumentView* view);
-    void AttachContainerHandler(const std::string& key, BLDocumentView* view);
+    void CreateContainer(BLDocumentView* view, Source source);
+    void PostAttaching(BLDocumentView* view);
+    void AttachContainerHandler(BLDocumentView* view);
     void ActivateContainer(BLDocumentView* view);
     void DeactivateContainer(BLDocumentView* view);
     void DestroyContainer(BLDocumentView* view);
+    void RemoveContainers(const std::string& key);
 
     ElementSet ContainersWithKey(const std::string& key) const;
-    bool HasContainer(BLDocumentView* view);
-    bool IsNew(const BasicServiceObjectPtr<UIDocumentsCollection>& collection) const;
+    // Null when the view has no container.
+    Container* ContainerOf(BLDocumentView* view);
+    bool IsOfChildFrame(const Collection& collection) const;
+    std::vector<Collection> ChildCollections() const;
 
     UIThreadDispatcher dispatcher_;
+    bool isDetached_ = false;  // was attached, and is not any more
     ElementReference root_;
-    BasicServiceObjectPtr<UIDocumentsCollection> collection_;
+    Collection collection_;
     WeakServiceObjectPtr<UIDocumentViewSbS> sideBySideView_;
     WeakServiceObjectPtr<BLSelection> selection_;
-    // Collections of child frames that are observed besides.
+    // Collections of child frames, which may be the same as `collection_`.
     std::vector<WeakServiceObjectPtr<UIDocumentsCollection>> childCollections_;
-    // The views that have a container. Two views may share a key, so that the DOM alone cannot
-    // tell whether a view has one.
-    std::vector<WeakServiceObjectPtr<BLDocumentView>> viewsWithContainer_;
+    std::vector<Container> containers_;
 };

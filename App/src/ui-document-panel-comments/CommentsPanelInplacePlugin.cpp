@@ -41,7 +41,7 @@ ResultCode CommentsPanelInplacePlugin::RegisterResources()
 {
     const auto engine = SP::QueryServiceObject<UIEngine>();
     if (engine) {
-        ::RegisterResources(engine.Get());
+        RegisterModuleResources(engine.Get());
     }
     return kResultOk;
 }

@@ -22,6 +22,11 @@ ResultCode CreateServiceObject(Atom name, ServiceObject** object)
 
 ResultCode RegisterResources(UIEngine* engine)
 {
+    return RegisterModuleResources(engine);
+}
+
+ResultCode RegisterModuleResources(UIEngine* engine)
+{
     if (engine == nullptr) {
         return kResultNullArgument;
     }

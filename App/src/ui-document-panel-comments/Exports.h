@@ -30,3 +30,8 @@ PANEL_EXPORT ResultCode CreateServiceObject(Atom name, ServiceObject** object);
 PANEL_EXPORT ResultCode RegisterResources(UIEngine* engine);
 
 }  // extern "C"
+
+// RegisterResources for the module's own code. A host, or another module in its process, may export
+// functions of the names above, and a call by such a name would reach that one on Linux: the module
+// never calls its own exports.
+ResultCode RegisterModuleResources(UIEngine* engine);

@@ -1,5 +1,4 @@
 // Entry routine of the library on Linux: its static objects come with the library and go with it.
-#include "platform/EmbeddedResources.h"
 #include "platform/ModuleInstance.h"
 
 #include <dlfcn.h>
@@ -9,8 +8,9 @@ namespace {
 struct LibraryEntry {
     LibraryEntry()
     {
+        // Found by an address of its own: an exported name may stand for somebody else's symbol.
         Dl_info info{};
-        if (dladdr(&UiDataEmbeddedResources, &info) != 0) {
+        if (dladdr(this, &info) != 0) {
             Platform::SetCurrentModuleInstance(info.dli_fbase);
         }
     }

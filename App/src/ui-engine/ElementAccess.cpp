@@ -1,6 +1,7 @@
 #include "ui-engine/ElementAccess.h"
 
 #include "service-common/WideText.h"
+#include "ui-engine/internal/EventTask.h"
 
 #include <memory>
 #include <utility>
@@ -341,7 +342,8 @@ void ElementReference::ScrollIntoView() const
 {
     const auto window = Lock();
     if (window) {
-        CallMethodUnchecked<Engine::ScrollIntoView>(engine_, element_, 0u);
+        SODetails::RunEventTask("ElementReference::ScrollIntoView",
+                                [&] { CallMethod<Engine::ScrollIntoView>(engine_, element_, 0u); });
     }
 }
 

@@ -6,25 +6,46 @@
 #include <memory>
 #include <utility>
 
+namespace {
+
+BasicServiceObjectPtr<UIThread> RequestThreadObject(std::uint32_t threadId)
+{
+    const auto service = SP::QueryServiceObject<UIService>();
+    BasicServiceObjectPtr<UIThread> thread;
+    CallMethod<UIService::GetThreadObject>(service.Get(), threadId, thread.Receive());
+    return thread;
+}
+
+}  // namespace
+
 void UIThreadDispatcher::Start()
 {
     Detach();
     const std::uint32_t threadId = Platform::CurrentThreadId();
-    const auto service = SP::QueryServiceObject<UIService>();
-    BasicServiceObjectPtr<UIThread> thread;
-    CallMethod<UIService::GetThreadObject>(service.Get(), threadId, thread.Receive());
+    SetThread(threadId, RequestThreadObject(threadId));
+}
 
-    const std::lock_guard lock(mutex_);
-    thread_ = std::move(thread);
-    threadId_.store(threadId);
+void UIThreadDispatcher::EnsureStarted()
+{
+    if (!IsStarted()) {
+        Start();
+    } else if (!ThreadObject()) {
+        SetThread(threadId_, RequestThreadObject(threadId_));
+    }
 }
 
 void UIThreadDispatcher::Detach() noexcept
 {
-    BasicServiceObjectPtr<UIThread> released;  // released outside the lock
+    SetThread(0, nullptr);
+}
+
+void UIThreadDispatcher::SetThread(std::uint32_t threadId,
+                                   BasicServiceObjectPtr<UIThread> thread) noexcept
+{
+    // The former object is released outside the lock, with the argument.
     const std::lock_guard lock(mutex_);
-    threadId_.store(0);
-    std::swap(released, thread_);
+    threadId_.store(threadId);
+    std::swap(thread_, thread);
 }
 
 bool UIThreadDispatcher::IsUIThread() const noexcept

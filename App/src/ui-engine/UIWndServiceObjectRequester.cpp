@@ -10,9 +10,18 @@
 
 namespace {
 
-void ReportFailure(ResultCode code, std::wstring message, std::uint32_t line)
+// `detail` may be empty; the text has no end that is left blank then.
+void ReportFailure(ResultCode code, const char* name, const std::wstring& detail,
+                   std::uint32_t line)
 {
-    SetThreadLastError({code, std::move(message),
+    auto message =
+        boost::wformat(detail.empty() ? L"Fail to query %1% service object from UIWnd!"
+                                      : L"Fail to query %1% service object from UIWnd! %2%") %
+        FromAscii(name);
+    if (!detail.empty()) {
+        message % detail;
+    }
+    SetThreadLastError({code, message.str(),
                         "UIWndServiceObjectRequester::QueryServiceObjectFromUIWnd",
                         "include/ui-engine/internal/UIWndServiceObjectRequester", line});
 }
@@ -28,11 +37,7 @@ bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name,
         CallMethod<UIWnd::QueryServiceObject>(window, SP::Details::ResolveOnce(name, cachedAtom),
                                               found.Receive());
     } catch (const ServiceObjectException& failure) {
-        ReportFailure(failure.Code(),
-                      (boost::wformat(L"Fail to query %1% service object from UIWnd! %2%") %
-                       FromAscii(name) % failure.Message())
-                          .str(),
-                      __LINE__);
+        ReportFailure(failure.Code(), name, failure.Message(), __LINE__);
         return false;
     }
     // Another interface under that name would be called through the wrong table.
@@ -40,9 +45,6 @@ bool UIWndServiceObjectRequester::Query(UIWnd* window, const char* name,
         *object = found.Detach();
         return true;
     }
-    ReportFailure(
-        kResultNotFound,
-        (boost::wformat(L"Fail to query %1% service object from UIWnd!") % FromAscii(name)).str(),
-        __LINE__);
+    ReportFailure(kResultNotFound, name, {}, __LINE__);
     return false;
 }

@@ -10,7 +10,9 @@ namespace Platform {
 std::uint32_t SystemError() noexcept;
 void SetSystemError(std::uint32_t code) noexcept;
 
-// The platform's message text for one of its error codes, without a line break at the end.
+// The platform's message text for one of its error codes, without a line break at the end; in the
+// user's language on Windows, in English on Linux. "Unknown error" and the code where the platform
+// has no text; never empty.
 std::wstring SystemErrorText(std::uint32_t code);
 
 }  // namespace Platform

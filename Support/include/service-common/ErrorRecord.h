@@ -33,7 +33,7 @@ void SetThreadErrorListener(std::function<void(const ErrorRecord&)> listener);
 // Fills `info` from the calling thread's record as ServiceObject::GetLastErrorInfo promises.
 ResultCode ReadThreadLastError(ErrorInfo* info, ServiceObject** errorObject) noexcept;
 
-// The reporting rule. Records "%s::%s() failed, code: %d" for a code that is not expected, unless
-// a name is missing, and returns the code unchanged.
+// The reporting rule. Records "%s::%s() failed, code: %d" (the code as a signed number) for a code
+// that is not expected, unless a name is missing, and returns the code unchanged.
 ResultCode ReportMethodResult(ResultCode code, const char* interfaceName, const char* methodName,
                               const char* function, const char* file, std::uint32_t line);

@@ -1,6 +1,6 @@
 // Host interfaces as catalogues, and the one path by which a method of a service object is called.
-// An interface header lists each method once, with SO_METHOD, and each event once, with SO_EVENT
-// (SOEvent.h), then closes the list with SO_CATALOGUE. Nothing else casts a slot, computes an
+// An interface header declares each method once, with SO_METHOD, and each event once, with SO_EVENT
+// (SOEvent.h), then lists all of them as its `Catalogue`. Nothing else casts a slot, computes an
 // offset or knows a table size.
 #pragma once
 
@@ -13,6 +13,16 @@
 #include <utility>
 
 namespace SODetails {
+
+// No interface has that many slots.
+inline constexpr unsigned kSlotLimit = 256;
+
+// How an interface's declarations are found by their slots: each entry `E` declares a static
+// `E* DeclaredEntry(SlotTag<slot of E>)`, which is never defined.
+template <unsigned Slot>
+struct SlotTag {
+    static_assert(Slot < kSlotLimit);
+};
 
 // Base of a catalogue entry that takes one slot.
 template <class I, unsigned Slot, class Signature>
@@ -29,6 +39,7 @@ struct MethodDeclaration<I, Slot, void(Args...)> {
 // The entries of one interface. Rejects two that claim the same slot.
 template <class... Entries>
 struct MethodCatalogue {
+    static constexpr std::size_t kEntryCount = sizeof...(Entries);
     static constexpr unsigned kMethodCount = [] {
         unsigned count = 0;
         ((count = Entries::kSlot + Entries::kSlotCount > count
@@ -59,6 +70,34 @@ struct MethodCatalogue {
     }
 };
 
+template <class I, unsigned Slot>
+concept DeclaresEntry = requires
+{
+    I::DeclaredEntry(SlotTag<Slot>());
+};
+
+// Whether the catalogue of interface `I` lists everything that `I` declares. Asserted wherever an
+// interface is called or implemented.
+template <class I>
+inline constexpr bool kCatalogueIsComplete = [
+]<unsigned... Slots>(std::integer_sequence<unsigned, Slots...>)
+{
+    std::size_t declared = 0;
+    for (const bool declares : {DeclaresEntry<I, Slots>...}) {
+        declared += declares ? 1 : 0;
+    }
+    return declared == I::Catalogue::kEntryCount;
+}
+(std::make_integer_sequence<unsigned, kSlotLimit>());
+
+// Fails to compile for an interface whose catalogue lacks one of its declarations.
+template <class I>
+constexpr void RequireCompleteCatalogue() noexcept
+{
+    static_assert(kCatalogueIsComplete<I>,
+                  "the interface declares a method or an event that its catalogue does not list");
+}
+
 // The entry at `slot` whether the table holds it or not; null object excluded by the caller.
 inline MethodEntry RawMethodEntry(const ServiceObject* object, unsigned slot) noexcept
 {
@@ -81,7 +120,8 @@ inline bool TableHoldsSlot(const ServiceObject* object, unsigned slot) noexcept
     struct name : SODetails::MethodDeclaration<interface, slot, void(__VA_ARGS__)> {               \
         static constexpr const char* kName = #name;                                                \
         static constexpr unsigned kLine = __LINE__;                                                \
-    }
+    };                                                                                             \
+    static name* DeclaredEntry(SODetails::SlotTag<slot>)
 
 // Outcome of a call that the check rule let pass.
 struct CallResult {
@@ -99,6 +139,7 @@ void CheckServiceCall(ServiceObject* object, ResultCode code);
 template <class M, class... Args>
 CallResult CallMethodUnchecked(typename M::Interface* object, Args&&... arguments)
 {
+    SODetails::RequireCompleteCatalogue<typename M::Interface>();
     if (object == nullptr || !SODetails::TableHoldsSlot(object, M::kSlot)) {
         return {};
     }

@@ -79,6 +79,7 @@ public:
 protected:
     ServiceObjectBase()
     {
+        RequireCompleteCatalogue<I>();
         static_assert(std::is_standard_layout_v<ServiceObjectTable<I>>);
         constexpr std::size_t kTableSize = I::Catalogue::kMethodCount * kMethodEntrySize;
         static_assert(offsetof(ServiceObjectTable<I>, methods) == kMethodTableOffset);

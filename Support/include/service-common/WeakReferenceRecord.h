@@ -48,7 +48,8 @@ struct ReferenceCounted {
 // Decrements; destroys the object when nobody revived it in between. The remaining count.
 std::uint32_t ReleaseReference(const ReferenceCounted& counted);
 
-// See ServiceObject::GetWeakReference. Fails with the standard bad_alloc when memory is short.
+// See ServiceObject::GetWeakReference. May be called while the object is being destroyed; the
+// record is then that of a dead object. Fails with the standard bad_alloc when memory is short.
 ResultCode HandOutWeakReference(const ReferenceCounted& counted, WeakReferenceRecord** record);
 
 // Guards a record's spin lock: retries at once four times, then pauses the processor, then yields

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <string>
-#include <system_error>
+
+#include <locale.h>
+#include <string.h>
 
 namespace Platform {
 
@@ -18,7 +20,13 @@ void SetSystemError(std::uint32_t code) noexcept
 
 std::wstring SystemErrorText(std::uint32_t code)
 {
-    const std::string text = std::generic_category().message(static_cast<int>(code));
+    // In the C locale the text is ASCII, whatever language and character set the process has set.
+    const locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t());
+    if (locale == locale_t()) {
+        return L"Unknown error " + std::to_wstring(static_cast<int>(code));
+    }
+    const std::string text = strerror_l(static_cast<int>(code), locale);
+    freelocale(locale);
     return std::wstring(text.begin(), text.end());
 }
 

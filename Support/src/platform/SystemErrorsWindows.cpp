@@ -23,7 +23,8 @@ std::wstring SystemErrorText(std::uint32_t code)
     while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
         --length;
     }
-    return std::wstring(text, length);
+    return length == 0 ? L"Unknown error " + std::to_wstring(static_cast<std::int32_t>(code))
+                       : std::wstring(text, length);
 }
 
 }  // namespace Platform

@@ -101,8 +101,10 @@ ResultCode ReportMethodResult(ResultCode code, const char* interfaceName, const 
     if (IsExpectedResult(code) || interfaceName == nullptr || methodName == nullptr) {
         return code;
     }
+    // %d prints a signed number: 0x80004005 is -2147467259.
     const auto message = boost::wformat(L"%s::%s() failed, code: %d", std::locale::classic()) %
-                         FromAscii(interfaceName) % FromAscii(methodName) % code;
+                         FromAscii(interfaceName) % FromAscii(methodName) %
+                         static_cast<std::int32_t>(code);
     SetThreadLastError({code, message.str(), function == nullptr ? "" : function,
                         file == nullptr ? "" : file, line});
     return code;

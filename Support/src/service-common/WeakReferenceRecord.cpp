@@ -43,6 +43,13 @@ ServiceObject* Lock(WeakReferenceRecord* record)
     return object;
 }
 
+constexpr WeakReferenceFunctions kFunctions = {&AddHolder, &ReleaseHolder, &GetHolderCount,
+                                               &IsAlive, &Lock};
+
+// The record of objects that die without one of their own: a weak reference that is asked for
+// while its object dies is that of a dead object. Never freed; its own hold is never given up.
+constinit WeakReferenceRecord g_deadRecord{kFunctions, 1, nullptr, 0};
+
 }  // namespace
 
 SpinLockGuard::SpinLockGuard(std::atomic<std::uint32_t>& flag) noexcept : flag_(flag)
@@ -72,17 +79,23 @@ std::uint32_t ReleaseReference(const ReferenceCounted& counted)
             return count - 1;
         }
     }
-    // The caller's reference is the last one known. Once it is given up, a weak holder may revive
-    // the object and drop it for good on another thread: from here on the object may be gone, and
-    // only the record, which is held meanwhile, tells.
-    WeakReferenceRecord* record = counted.weakReference.load();
-    if (record == nullptr) {
+    // The caller's reference is the last one known. Without a record nobody can come by another
+    // one, and none is made from here on: an event that still runs on another thread may ask for
+    // it.
+    WeakReferenceRecord* record = nullptr;
+    if (counted.weakReference.compare_exchange_strong(record, &g_deadRecord)) {
+        record = &g_deadRecord;
+    }
+    if (record == &g_deadRecord) {
         const std::uint32_t left = counted.referenceCount.fetch_sub(1) - 1;
         if (left == 0) {
             counted.destroy(counted.object);
         }
         return left;
     }
+    // Once the reference is given up, a weak holder may revive the object and drop it for good on
+    // another thread: from here on the object may be gone, and only the record, which is held
+    // meanwhile, tells.
     AddHolder(record);
     std::uint32_t remaining = counted.referenceCount.fetch_sub(1) - 1;
     if (remaining == 0) {
@@ -113,8 +126,7 @@ ResultCode HandOutWeakReference(const ReferenceCounted& counted, WeakReferenceRe
     }
     WeakReferenceRecord* current = counted.weakReference.load();
     if (current == nullptr) {
-        auto* made = new WeakReferenceRecord{
-            {&AddHolder, &ReleaseHolder, &GetHolderCount, &IsAlive, &Lock}, 1, counted.object, 0};
+        auto* made = new WeakReferenceRecord{kFunctions, 1, counted.object, 0};
         if (counted.weakReference.compare_exchange_strong(current, made)) {
             current = made;
         } else {

@@ -7,6 +7,7 @@
 #include "ui-engine/internal/InterfaceAdapter.h"
 
 #include <string>
+#include <type_traits>
 
 namespace SOImpl {
 
@@ -112,7 +113,6 @@ private:
         }                                                                                          \
     }
     SOIMPL_FORWARD(HandleMouse);
-    SOIMPL_FORWARD(HandleKey);
     SOIMPL_FORWARD(HandleFocus);
     SOIMPL_FORWARD(HandleTimer);
     SOIMPL_FORWARD(HandleSize);
@@ -120,7 +120,6 @@ private:
     SOIMPL_FORWARD(HandleDraw);
     SOIMPL_FORWARD(HandleMethodCall);
     SOIMPL_FORWARD(HandleScriptCall);
-    SOIMPL_FORWARD(HandleEvent);
     SOIMPL_FORWARD(HandleDataArrived);
     SOIMPL_FORWARD(HandleGesture);
     SOIMPL_FORWARD(HandleExchange);
@@ -130,6 +129,22 @@ private:
     SOIMPL_FORWARD(OnInitComplete);
     SOIMPL_FORWARD(OnLocaleChanged);
 #undef SOIMPL_FORWARD
+
+// As above, for an event whose record a class reads: a class that acts on it is never given null.
+#define SOIMPL_FORWARD_EVENT(name)                                                                 \
+    struct name##Impl : Thunk<name##Impl, UIHandler::name> {                                       \
+        template <class Event>                                                                     \
+        static ResultCode Unpack(T& object, HtmlElementHandle element, Event* event)               \
+        {                                                                                          \
+            constexpr bool kActsOnIt =                                                             \
+                !std::is_same_v<decltype(&T::name), decltype(&CppUIHandlerBase::name)>;            \
+            return kActsOnIt && event == nullptr ? kResultNullArgument                             \
+                                                 : object.name(element, event);                    \
+        }                                                                                          \
+    }
+    SOIMPL_FORWARD_EVENT(HandleKey);
+    SOIMPL_FORWARD_EVENT(HandleEvent);
+#undef SOIMPL_FORWARD_EVENT
 
     std::string handlerName_;
 };

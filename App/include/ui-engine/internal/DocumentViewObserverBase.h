@@ -1,7 +1,8 @@
-// Base of a handler that follows a documents collection and the active document view: owns the
-// subscriptions and forwards each event to the handler's member function of the same name. The
-// handler hides those that it acts on. Callables are bound to the handler's raw pointer, so the
-// handler calls DropSubscriptions before it is destroyed. Events arrive on any thread.
+// Base of a handler that follows documents collections and the active document view: owns the
+// subscriptions and forwards each event to the handler's member function of the same name; events
+// of a view tell besides which collection they come from. The handler hides those that it acts on.
+// Callables are bound to the handler's raw pointer, so the handler calls DropSubscriptions before
+// it is destroyed. Events arrive on any thread.
 #pragma once
 
 #include "ui-engine/BLDocumentView.SO.h"
@@ -10,6 +11,10 @@
 #include "ui-engine/UIMainFrame.SO.h"
 
 #include <boost/bind/bind.hpp>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 template <class Derived>
 class DocumentViewObserverBase {
@@ -36,47 +41,65 @@ public:
     void OnViewGridStateChanged(bool) {}
 
 protected:
+    // Number of an observed collection, the same for as long as it is observed, and never another
+    // one's; 0 is none.
+    using Source = unsigned;
+
     DocumentViewObserverBase() = default;
     ~DocumentViewObserverBase() = default;
 
-    // Subscribes to the main frame instead of the one before.
+    // Subscribes to the main frame instead of the one before; the same one again changes nothing.
     void ObserveMainFrame(UIMainFrame* frame)
     {
         using namespace boost::placeholders;
+        if (mainFrame_.Size() != 0 && observedFrame_.Lock().Get() == frame) {
+            return;
+        }
         mainFrame_.Clear();
+        observedFrame_ = WeakServiceObjectPtr<UIMainFrame>(frame);
         mainFrame_.Append(UIMainFrame::Subscribe_OnChildDocumentFrameCreated(
             frame, boost::bind(&Derived::OnChildDocumentFrameCreated, Self(), _1)));
     }
 
-    // Subscribes to a collection instead of the ones before.
-    void ObserveCollection(UIDocumentsCollection* collection)
+    // Subscribes to a collection, besides those that are observed; to one of these anew.
+    Source ObserveCollection(UIDocumentsCollection* collection)
     {
-        collections_.Clear();
-        AlsoObserveCollection(collection);
+        std::erase_if(collections_, [](const auto& known) { return !known.collection.Lock(); });
+        const Source known = SourceOf(collection);
+        StopObservingCollection(known);
+        const Source source = known == 0 ? ++lastSource_ : known;
+        collections_.push_back({source, WeakServiceObjectPtr<UIDocumentsCollection>(collection),
+                                SubscriptionsTo(collection, source)});
+        return source;
     }
 
-    // Subscribes to one more collection.
-    void AlsoObserveCollection(UIDocumentsCollection* collection)
+    void StopObservingCollection(Source source)
     {
-        using namespace boost::placeholders;
-        using Collection = UIDocumentsCollection;
-        Derived* self = Self();
-        collections_.Append(Collection::Subscribe_OnDocumentViewCreated(
-            collection, boost::bind(&Derived::OnDocumentViewCreated, self, _1)));
-        collections_.Append(Collection::Subscribe_OnDocumentViewActivated(
-            collection, boost::bind(&Derived::OnDocumentViewActivated, self, _1)));
-        collections_.Append(Collection::Subscribe_OnDocumentViewDeactivated(
-            collection, boost::bind(&Derived::OnDocumentViewDeactivated, self, _1)));
-        collections_.Append(Collection::Subscribe_OnDocumentViewDestroyed(
-            collection, boost::bind(&Derived::OnDocumentViewDestroyed, self, _1)));
-        collections_.Append(Collection::Subscribe_OnSbSViewCreated(
-            collection, boost::bind(&Derived::OnSbSViewCreated, self, _1)));
-        collections_.Append(Collection::Subscribe_OnSbSViewActivated(
-            collection, boost::bind(&Derived::OnSbSViewActivated, self, _1)));
-        collections_.Append(Collection::Subscribe_OnSbSViewDeactivated(
-            collection, boost::bind(&Derived::OnSbSViewDeactivated, self, _1)));
-        collections_.Append(Collection::Subscribe_OnSbSViewDestroyed(
-            collection, boost::bind(&Derived::OnSbSViewDestroyed, self, _1)));
+        const auto found =
+            std::find_if(collections_.begin(), collections_.end(),
+                         [source](const auto& known) { return known.source == source; });
+        if (found != collections_.end()) {
+            SOEvent::SubscriptionList released = std::move(found->subscriptions);
+            collections_.erase(found);
+            released.Clear();
+        }
+    }
+
+    bool IsObserved(Source source) const
+    {
+        return std::any_of(collections_.begin(), collections_.end(),
+                           [source](const auto& known) { return known.source == source; });
+    }
+
+    // 0 for a collection that is not observed.
+    Source SourceOf(UIDocumentsCollection* collection) const
+    {
+        for (const ObservedCollection& known : collections_) {
+            if (known.collection.Lock().Get() == collection) {
+                return known.source;
+            }
+        }
+        return 0;
     }
 
     // Subscribes to a view instead of the one before.
@@ -129,15 +152,51 @@ protected:
     {
         view_.Clear();
         observed_.Reset();
-        collections_.Clear();
+        for (ObservedCollection& released : std::exchange(collections_, {})) {
+            released.subscriptions.Clear();
+        }
         mainFrame_.Clear();
+        observedFrame_.Reset();
     }
 
 private:
+    struct ObservedCollection {
+        Source source;
+        WeakServiceObjectPtr<UIDocumentsCollection> collection;
+        SOEvent::SubscriptionList subscriptions;
+    };
+
     Derived* Self() noexcept { return static_cast<Derived*>(this); }
 
+    SOEvent::SubscriptionList SubscriptionsTo(UIDocumentsCollection* collection, Source source)
+    {
+        using namespace boost::placeholders;
+        using Collection = UIDocumentsCollection;
+        Derived* self = Self();
+        SOEvent::SubscriptionList made;
+        made.Append(Collection::Subscribe_OnDocumentViewCreated(
+            collection, boost::bind(&Derived::OnDocumentViewCreated, self, source, _1)));
+        made.Append(Collection::Subscribe_OnDocumentViewActivated(
+            collection, boost::bind(&Derived::OnDocumentViewActivated, self, source, _1)));
+        made.Append(Collection::Subscribe_OnDocumentViewDeactivated(
+            collection, boost::bind(&Derived::OnDocumentViewDeactivated, self, source, _1)));
+        made.Append(Collection::Subscribe_OnDocumentViewDestroyed(
+            collection, boost::bind(&Derived::OnDocumentViewDestroyed, self, source, _1)));
+        made.Append(Collection::Subscribe_OnSbSViewCreated(
+            collection, boost::bind(&Derived::OnSbSViewCreated, self, _1)));
+        made.Append(Collection::Subscribe_OnSbSViewActivated(
+            collection, boost::bind(&Derived::OnSbSViewActivated, self, _1)));
+        made.Append(Collection::Subscribe_OnSbSViewDeactivated(
+            collection, boost::bind(&Derived::OnSbSViewDeactivated, self, _1)));
+        made.Append(Collection::Subscribe_OnSbSViewDestroyed(
+            collection, boost::bind(&Derived::OnSbSViewDestroyed, self, _1)));
+        return made;
+    }
+
     SOEvent::SubscriptionList mainFrame_;
-    SOEvent::SubscriptionList collections_;
+    WeakServiceObjectPtr<UIMainFrame> observedFrame_;
+    std::vector<ObservedCollection> collections_;
+    Source lastSource_ = 0;
     SOEvent::SubscriptionList view_;
     WeakServiceObjectPtr<BLDocumentView> observed_;
 };
