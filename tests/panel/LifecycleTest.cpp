@@ -2,6 +2,7 @@
 #include "PanelFixture.h"
 
 #include "platform-libraries/ServiceProviderHost.h"
+#include "platform/Threads.h"
 #include "service-common/ServiceObjectException.h"
 #include "service-common/ServiceProvider.h"
 #include "service-common/SingletonStaticData.h"
@@ -9,7 +10,6 @@
 #include "services/ResourceStore.h"
 
 #include <cstring>
-#include <semaphore>
 #include <thread>
 
 namespace PanelTests {
@@ -306,12 +306,12 @@ public:
     {
         Offer<UIDocumentView::GetDocumentView, &LastingView::GetDocumentView>();
     }
-    std::binary_semaphore isAsked{0};
+    Platform::AutoResetEvent isAsked;
 
 private:
     ResultCode GetDocumentView(BLDocumentView** view)
     {
-        isAsked.release();
+        isAsked.Signal();
         while (handler_->GetRefCount(handler_) != 0) {
             std::this_thread::yield();  // it is there until the event has ended
         }
@@ -335,7 +335,7 @@ TEST_F(Lifecycle, AnEventOfAnotherThreadDoesNotReviveADyingHandler)
         host.State().Fire(host.Collection().Event<UIDocumentsCollection::OnDocumentViewCreated>(),
                           view->AsInterface());
     });
-    view->isAsked.acquire();
+    view->isAsked.Wait();
     handler.Reset();
     firing.join();
     host.State().loop.RunWaiting();  // finds nothing of the handler
