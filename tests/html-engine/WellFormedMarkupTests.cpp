@@ -68,6 +68,7 @@ TEST(WellFormedMarkup, IsReadAsTheStandardSays)
     constexpr std::string_view kRows[] = {
         "<ul><li>a<li><p>b<p>c<li>d</ul>e",
         "<dl><dt>a<dd>b<dt>c</dl>",
+        "<details><dl><dd><p>a<p>b</dl></details><table><tr><td><p>c</table>d",
         "<table><caption>a<colgroup><col><col><thead><tr><th>b<tbody><tr><td>c<td>d<tr></table>e",
         "<table><col><tr><td><table><tr><td>a</table>b</table>",
         "<table> <tr> <td>a</td> </tr> </table>",

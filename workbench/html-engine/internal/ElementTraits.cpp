@@ -110,7 +110,7 @@ constexpr auto kElements = std::to_array<KnownElement>({
     {"optgroup", kOptionGroup | kOptionalEnd},
     {"option", kOption | kOptionalEnd},
     {"output"},
-    {"p", kBlock | kParagraph},
+    {"p", kBlock | kParagraph | kOptionalEnd},
     {"param", kVoid},
     {"picture"},
     {"popup", kTooltip},

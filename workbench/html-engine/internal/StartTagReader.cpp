@@ -203,9 +203,10 @@ void StartTagReader::AddAttribute(std::string_view name, std::string_view value,
     if (!tag.isForeign && (tag.traits & ElementTrait::kForeignRoot) == 0) {
         std::ranges::transform(lowerName_, lowerName_.begin(), ToAsciiLower);
     }
-    if (lowerName_ == "id") {
+    const bool isAsWritten = value.data() != decoded_.data();
+    if (lowerName_ == "id" && isAsWritten) {
         tag.id = value;
-    } else if (lowerName_ == "titleid") {
+    } else if (lowerName_ == "titleid" && isAsWritten) {
         tag.tooltipId = value;
     }
     collector_.Add(lowerName_, name, value);

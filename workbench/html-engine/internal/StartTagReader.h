@@ -31,7 +31,7 @@ struct StartTag {
     bool closesItself = false;
     /// A quoted value holds `<`, and so perhaps what was not meant to be inside.
     bool quotesMarkup = false;
-    /// Values of `id` and `titleid`, as written; empty without them.
+    /// Values of `id` and `titleid`; empty without them, and where they hold references.
     std::string_view id;
     std::string_view tooltipId;
     /// The element that was made from it last, kNoNode before; it may have ended since only with

@@ -17,7 +17,7 @@ constexpr std::string_view kId = " id=\"";
 void TooltipPlaces::FindBeginnings()
 {
     for (std::size_t at = html_.find(kOpening); at != kNowhere; at = html_.find(kOpening, at + 1)) {
-        const std::string_view tag = html_.substr(at, html_.find('>', at) - at);
+        const std::string_view tag = html_.substr(at, html_.find_first_of("<>", at + 1) - at);
         const std::size_t id = tag.find(kId);
         if (id != kNowhere) {
             const std::string_view value = tag.substr(id + kId.size());
