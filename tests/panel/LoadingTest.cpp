@@ -1,6 +1,8 @@
 // Whole lists: rendered on the worker behind the preloader, overtaken, dropped, and failing.
 #include "PanelFixture.h"
 
+#include "RenderQueue.h"
+
 #include "documents/Population.h"
 #include "platform-libraries/ServiceProviderHost.h"
 #include "service-common/ServiceProvider.h"
@@ -8,6 +10,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 
 namespace PanelTests {
@@ -202,6 +205,26 @@ TEST_F(Loading, ManyViewsMayBeClosedInTheMiddle)
     Settle();
     EXPECT_EQ(CountMatches(".panel-content"), 0u);
     EXPECT_EQ(Documents::CountLiveRecords(), before);
+}
+
+// What a job holds of the host must not end on the worker.
+TEST(RenderQueueTest, DestroysItsJobsOnTheThreadThatAddsThem)
+{
+    std::thread::id where;
+    std::promise<void> ran;
+    {
+        RenderQueue queue;
+        const auto noteEnd = [&where](int*) { where = std::this_thread::get_id(); };
+        queue.Add([held = std::shared_ptr<int>(new int(0),
+                                               [noteEnd](int* token) {
+                                                   noteEnd(token);
+                                                   delete token;
+                                               }),
+                   &ran] { ran.set_value(); });
+        ran.get_future().wait();
+        queue.Add([] {});
+    }
+    EXPECT_EQ(where, std::this_thread::get_id());
 }
 
 TEST_F(Loading, ARenderingThatFailsLeavesNoPreloaderAndTheNextOneWorks)

@@ -52,7 +52,7 @@ std::string PageItemSelector(std::uint32_t pageIndex)
 struct CommentsContainerHandler::Loading {
     std::atomic<bool> dropped = false;
     WeakServiceObjectPtr<CommentsContainerHandler> handler;  // used on the UI thread alone
-    BasicServiceObjectPtr<UIThread> thread;
+    BasicServiceObjectPtr<UIThread> thread;  // the worker may still be calling it when it completes
     BasicServiceObjectPtr<BLDocument> document;
     // Written by the worker before the completion is posted, read after that.
     std::string html;            // UTF-8
@@ -78,11 +78,11 @@ struct CommentsContainerHandler::Loading {
     static void Complete(const std::shared_ptr<Loading>& loading)
     {
         loading->document.Reset();
-        loading->thread.Reset();
         const auto handler = loading->handler.Lock();
         if (handler && handler->loading_ == loading) {
             SODetails::RunEventTask(kLoadName, [&] { handler->LandResults(loading); });
         }
+        loading->html = {};  // the job that holds the rest may live on for long
     }
 };
 
@@ -152,6 +152,7 @@ void CommentsContainerHandler::LoadResults()
     container_.SelectAll(kPreloader).SetVisibility(u"visible");
     loading_ = std::make_shared<Loading>();
     loading_->handler = WeakServiceObjectPtr<CommentsContainerHandler>(this);
+    SODetails::RunEventTask(kLoadName, [this] { dispatcher_.EnsureStarted(); });
     loading_->thread = dispatcher_.ThreadObject();
     loading_->document = std::move(document);
     queue_->Add([loading = loading_] {
