@@ -340,6 +340,7 @@ describe('Editing in the browser', () => {
 
     test('keeps the focus on the pages when a comment there is deleted', async () => {
         await window.page.getByRole('tab', {name: 'small.pdf'}).click();
+        await window.expectActive((active) => active.name === 'small.pdf', 'the other tab');
         const annotations = window.page.locator('.page[data-page="0"] .annotation');
         await annotations.first().focus();
         for (let left = (await annotations.count()) - 1; left >= 0; --left) {

@@ -291,6 +291,7 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
         {"undo", {{"document", 2}}, "read-only", "read-only"},
         {"redo", {{"document", 2}}, "read-only", "read-only"},
     };
+    workbench->Settle(*page);
     const Json before = page->documents;
     for (const auto& row : rows) {
         const Json reply =
@@ -321,6 +322,7 @@ TEST_F(Browsing, DoesNothingAtAPlaceOfAnotherRevision)
     };
     for (const auto& row : rows) {
         Json arguments = row.arguments;
+        workbench->Settle(*page);
         const Json focused = page->Document(1).at("focused");
         const std::uint64_t revision = page->Document(1).at("revision");
         arguments["document"] = 1;
@@ -338,8 +340,8 @@ TEST_F(Browsing, RefusesChangesOfLockedCommentsAndTheLastPage)
     Start({"a.pdf"});
     Json locked;
     for (std::uint32_t number = 0; locked.is_null() && number < 7; ++number) {
-        Do("annotations", {{"document", 1}, {"page", number}});
-        for (const Json& annotation : page->others.back().at("annotations")) {
+        const Json list = Do("annotations", {{"document", 1}, {"page", number}});
+        for (const Json& annotation : list.at("annotations")) {
             if (annotation.at("locked")) {
                 locked = {{"document", 1}, {"page", number}, {"index", annotation.at("index")}};
             }
@@ -384,8 +386,8 @@ TEST_F(Browsing, EditsAndTakesBack)
     const std::string name = "1_" + std::to_string(index);
     EXPECT_THAT(page->tree.TextOf(Item(name)), HasSubstr("Ж bold"));
 
-    Do("annotations", {{"document", 1}, {"page", 1}});
-    const Json annotation = page->others.back().at("annotations").back();
+    const Json list = Do("annotations", {{"document", 1}, {"page", 1}});
+    const Json annotation = list.at("annotations").back();
     EXPECT_EQ(annotation.at("index"), index);
     EXPECT_EQ(annotation.at("subtype"), "Highlight");
     EXPECT_EQ(annotation.at("contents"), "Ж <b>bold</b>");
