@@ -1,5 +1,5 @@
-// A long list stays quick. Budgets of time on a clock are those of the benchmarks; here the processor's
-// time is limited, which is the same on a busy machine.
+// A long list stays quick. Budgets of time on a clock are those of the benchmarks; here the time of
+// the processor is limited, which is the same on a busy machine.
 
 import assert from 'node:assert/strict';
 import {after, before, describe, test} from 'node:test';

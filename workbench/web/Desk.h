@@ -141,6 +141,7 @@ private:
     PanelInput ReadInput(SocketNumber socket, const PageMessage& message, bool isKey) const;
     void Take(const PanelInput& input);
     void Act(const PanelInput& input);
+    void RefuseInput(const PanelInput& input, const std::string& error, const std::string& reason);
     bool Deletes(const PanelInput& input) const;
     HtmlEngine::ElementHandle TargetOf(const PanelInput& input) const;
     OpenDocument* DocumentAround(HtmlEngine::ElementHandle element) const;

@@ -71,12 +71,17 @@ void Desk::Act(const PanelInput& input)
             Reply({input.socket, *input.id, nullptr});
         }
     } catch (const CommandRefused& refused) {
-        if (input.id) {
-            Refuse({input.socket, *input.id, nullptr}, refused.what(), refused.Reason());
-        } else {
-            Update();
-            Send(input.socket, DescribeNotice(refused.what(), refused.Reason()));
-        }
+        RefuseInput(input, refused.what(), refused.Reason());
+    }
+}
+
+void Desk::RefuseInput(const PanelInput& input, const std::string& error, const std::string& reason)
+{
+    if (input.id) {
+        Refuse({input.socket, *input.id, nullptr}, error, reason);
+    } else {
+        Update();
+        Send(input.socket, DescribeNotice(error, reason));
     }
 }
 

@@ -66,8 +66,8 @@ export class Edits {
     // --- Comments ---
     //
     // A comment is `{page, annotation, revision}`, as it was read at that revision. The current one
-    // is known to the workbench; `item` is its number in the panel as the user sees it, or undefined
-    // when that may be another one by now.
+    // is known to the workbench; `item` is its number in the panel as the user sees it, undefined
+    // when another one may be current by now.
 
     focus({id}, {page, annotation: {index}, revision}) {
         return this.run('focus', {document: id, page, index, revision});
