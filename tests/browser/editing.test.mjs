@@ -51,16 +51,129 @@ describe('Editing in the browser', () => {
         await window.page.locator('.menu').getByText(item).click();
     };
 
-    test("deletes with the panel's key and takes it back", async () => {
+    const wordsOf = (name) => window.item(name).locator('p').textContent();
+
+    const expectMark = (place) =>
+        window.until(
+            () =>
+                window.page.evaluate(() =>
+                    [...document.querySelectorAll('.annotation.focused')].map(
+                        (mark) => `${mark.closest('.page').dataset.page}_${mark.dataset.index}`,
+                    ),
+                ),
+            (marks) => marks.join() === place,
+            `${place} is marked on its page`,
+        );
+
+    // Where the keyboard focus is: the name of an item of the list, else what it is.
+    const focusedPlace = () =>
+        window.page.evaluate(() => {
+            const outer = document.activeElement;
+            const element = outer.contentDocument?.activeElement ?? outer;
+            return (
+                element.getAttribute('annot-name') ??
+                (element.textContent.trim() || element.className || element.tagName)
+            );
+        });
+
+    // Nothing is waited for between the keys: what is done behind others is meant for where they
+    // lead.
+    test('deletes and edits the highlighted comment, in every way', async () => {
+        const {keyboard} = window.page;
         const count = await window.itemCount();
+        const words = [await wordsOf('0_2'), await wordsOf('0_3')];
+        const deletions = {
+            'a key of the list': () => keyboard.press('Delete'),
+            "the panel's button": () => window.button('delete').click(),
+            'the bin': () => tool('Delete comment').click(),
+            'a key that is held': async () => {
+                for (let times = 0; times < 5; ++times) {
+                    await keyboard.down('Delete');
+                }
+                await keyboard.up('Delete');
+            },
+            'a key on the page': () =>
+                window.page
+                    .locator('.page[data-page="0"] .annotations:not(.stale) [data-index="2"]')
+                    .press('Delete'),
+        };
+        for (const [name, remove] of Object.entries(deletions)) {
+            await window.item('0_0').click();
+            await keyboard.press('ArrowDown');
+            await keyboard.press('ArrowDown');
+            await remove();
+            await window.expectItems(count - 1);
+            await window.expectCurrent('0_2');
+            assert.equal(await wordsOf('0_2'), words[1], name);
+            await expectMark('0_2');
+            await keyboard.press('Control+z');
+            await window.expectItems(count);
+            await window.expectCurrent('0_2');
+            assert.equal(await wordsOf('0_2'), words[0], name);
+        }
+        await window.item('0_0').click();
+        await keyboard.press('ArrowDown');
+        await keyboard.press('F2');
+        const field = window.page.getByRole('textbox', {name: 'Contents'});
+        assert.equal(await field.inputValue(), await wordsOf('0_1'));
+    });
+
+    test('gives the focus back after every question', async () => {
+        const {keyboard} = window.page;
+        const field = window.page.getByRole('textbox', {name: 'Contents'});
+        const dialog = window.page.getByRole('dialog');
+        const inMenu = (menu, item) => async () => {
+            await window.page.getByRole('button', {name: menu, exact: true}).focus();
+            await chooseInMenu(menu, item);
+        };
+        const press = (key) => () => keyboard.press(key);
+        const taken = join(folder, 'taken.pdf');
+        writeFileSync(taken, 'taken');
+        await window.expectCommand('add', {document: 2, page: 0, subtype: 'Text'});
         await window.item('0_1').click();
-        await window.expectCurrent('0_1');
-        await window.page.keyboard.press('Delete');
-        await window.expectItems(count - 1);
-        await window.page.keyboard.press('Control+z');
-        await window.expectItems(count);
-        await window.page.keyboard.press('Control+y');
-        await window.expectItems(count - 1);
+        const questions = [
+            ['0_1', press('F2'), press('Escape')],
+            ['0_1', press('Control+o'), press('Escape')],
+            [
+                '0_1',
+                press('F2'),
+                async () => {
+                    await field.fill('other words');
+                    workbench.interrupt();
+                    await dialog.getByRole('button', {name: 'Go on working'}).click();
+                    await field.press('Control+Enter');
+                },
+            ],
+            ['0_1', () => workbench.interrupt(), press('Escape')],
+            ['Page', inMenu('Page', 'Move page 1 to'), press('Escape')],
+            [
+                'File',
+                inMenu('File', 'Save a copy'),
+                async () => {
+                    const path = window.page.getByRole('textbox', {name: 'Path of the file'});
+                    await path.fill(taken);
+                    await keyboard.press('Enter');
+                    await dialog.getByText('exists already').waitFor();
+                    await dialog.last().getByRole('button', {name: 'Cancel'}).click();
+                    await path.press('Escape');
+                },
+            ],
+            ['File', inMenu('File', 'Close'), press('Escape')],
+        ];
+        for (const [place, open, close] of questions) {
+            if (place === '0_1') {
+                await window.item('0_1').click();
+            }
+            await open();
+            await dialog.waitFor();
+            await close();
+            await dialog.waitFor({state: 'detached'});
+            await window.until(focusedPlace, (now) => now === place, `the focus is on ${place}`);
+            if (place === '0_1') {
+                await keyboard.press('ArrowDown');
+                await window.expectCurrent('0_2');
+            }
+        }
     });
 
     test('adds a highlight where it was dragged, and edits it', async () => {
@@ -268,6 +381,8 @@ describe('Editing in the browser', () => {
         for (const name of ['Add a note', 'Rectangle', 'Delete comment']) {
             assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
+        await window.item('0_0').press('F2');
+        await window.page.locator('#status').getByText('read-only').waitFor();
     });
 
     test('hits no other comment when the document changes under a dialog', async () => {
@@ -340,6 +455,7 @@ describe('Editing in the browser', () => {
 
     test('keeps the focus on the pages when a comment there is deleted', async () => {
         await window.page.getByRole('tab', {name: 'small.pdf'}).click();
+        await window.expectActive((active) => active.name === 'small.pdf', 'the other tab');
         const annotations = window.page.locator('.page[data-page="0"] .annotation');
         await annotations.first().focus();
         for (let left = (await annotations.count()) - 1; left >= 0; --left) {

@@ -291,6 +291,7 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
         {"undo", {{"document", 2}}, "read-only", "read-only"},
         {"redo", {{"document", 2}}, "read-only", "read-only"},
     };
+    workbench->Settle(*page);
     const Json before = page->documents;
     for (const auto& row : rows) {
         const Json reply =
@@ -321,6 +322,7 @@ TEST_F(Browsing, DoesNothingAtAPlaceOfAnotherRevision)
     };
     for (const auto& row : rows) {
         Json arguments = row.arguments;
+        workbench->Settle(*page);
         const Json focused = page->Document(1).at("focused");
         const std::uint64_t revision = page->Document(1).at("revision");
         arguments["document"] = 1;
@@ -338,8 +340,8 @@ TEST_F(Browsing, RefusesChangesOfLockedCommentsAndTheLastPage)
     Start({"a.pdf"});
     Json locked;
     for (std::uint32_t number = 0; locked.is_null() && number < 7; ++number) {
-        Do("annotations", {{"document", 1}, {"page", number}});
-        for (const Json& annotation : page->others.back().at("annotations")) {
+        const Json list = Do("annotations", {{"document", 1}, {"page", number}});
+        for (const Json& annotation : list.at("annotations")) {
             if (annotation.at("locked")) {
                 locked = {{"document", 1}, {"page", number}, {"index", annotation.at("index")}};
             }
@@ -367,6 +369,149 @@ TEST_F(Browsing, RefusesChangesOfLockedCommentsAndTheLastPage)
     EXPECT_EQ(page->Command("delete-page", first).value("reason", ""), "last-page");
 }
 
+// Every edit leaves the highlight where its reader is, and commands act on what is highlighted.
+TEST_F(Browsing, KeepsTheHighlightWithItsReader)
+{
+    workbench = std::make_unique<RunningWorkbench>(std::vector<std::string>{},
+                                                   std::vector<std::string>{"0:6"});
+    page = Connect();
+    const auto current = [&] {
+        workbench->Settle(*page);
+        const Json place = page->Document(1).at("current");
+        if (place.is_null()) {
+            return std::string();
+        }
+        const std::string name = std::to_string(place.at("page").get<int>()) + "_" +
+                                 std::to_string(place.at("index").get<int>());
+        EXPECT_EQ(page->tree.StatesOf(Item(name)), 32u) << name;
+        return name;
+    };
+    const auto add = [](int number, const char* subtype) {
+        return Json{{"page", number}, {"subtype", subtype}, {"contents", "x"}};
+    };
+    const auto at = [](int number, int index) { return Json{{"page", number}, {"index", index}}; };
+    const Json none = Json::object();
+    Json edit = at(3, 0);
+    edit["contents"] = "y";
+    const struct {
+        const char* name;
+        Json arguments;
+        const char* current;
+    } rows[] = {
+        {"add", add(1, "Text"), "1_0"},
+        {"add", add(1, "Text"), "1_1"},
+        {"add", add(1, "Link"), "1_1"},  // not listed
+        {"add", add(1, "Text"), "1_3"},
+        {"add", add(4, "Link"), "1_3"},
+        {"add", add(4, "Text"), "4_1"},
+        {"add", add(5, "Text"), "5_0"},
+        {"focus", at(1, 1), "1_1"},
+        {"remove", none, "1_2"},  // the next one of the page
+        {"undo", none, "1_1"},
+        {"redo", none, "1_2"},
+        {"remove", none, "1_0"},  // the one before
+        {"remove", at(1, 1), "1_0"},
+        {"remove", none, "4_1"},  // that of the nearest page
+        {"focus", at(5, 0), "5_0"},
+        {"remove", none, "4_1"},
+        {"remove", none, ""},
+        {"undo", none, "4_1"},
+        {"undo", none, "5_0"},
+        {"undo", none, "1_0"},
+        {"focus", at(5, 0), "5_0"},
+        {"insert-page", {{"at", 0}}, "6_0"},
+        {"move-page", {{"from", 6}, {"to", 0}}, "0_0"},
+        {"edit", edit, "0_0"},
+        {"undo", none, "3_0"},
+        {"focus", at(0, 0), "0_0"},
+        {"delete-page", {{"page", 0}}, "2_0"},
+        {"undo", none, "0_0"},
+        {"undo", none, "6_0"},
+    };
+    for (const auto& row : rows) {
+        Json arguments = row.arguments;
+        arguments["document"] = 1;
+        Do(row.name, arguments);
+        EXPECT_EQ(current(), row.current) << row.name << " " << row.arguments;
+        EXPECT_EQ(page->Command("current", {{"document", 1}}).value("reason", ""),
+                  *row.current == '\0' ? "no-comment" : "");
+    }
+}
+
+// Of two windows neither deletes what its user does not see highlighted, nor while there is no
+// list.
+TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
+{
+    Start({"a.pdf"});
+    const auto other = Connect();
+    const auto pressDelete = [&](PageClient& client, const Json& item) {
+        client.Send({{"type", "key"}, {"key", "Delete"}, {"item", item}, {"id", 900}});
+        return client
+            .ReadUntil([](const Json& message) {
+                return message.at("type") == "reply" && message.at("id") == 900;
+            })
+            .value("reason", "");
+    };
+    const Json document = {{"document", 1}};
+    const std::uint64_t seen = Item("0_0");
+    other->Send({{"type", "key"}, {"key", "Down"}});
+    other->Fence();
+    EXPECT_EQ(pressDelete(*page, seen), "other-comment");
+    EXPECT_EQ(page->Command("remove", {{"document", 1}, {"item", seen}}).at("reason"),
+              "other-comment");
+    const Json current = Do("current", document);
+    EXPECT_EQ(current.at("page"), 0);
+    EXPECT_EQ(current.at("annotation").at("index"), 1);
+    const std::string words = current.at("annotation").at("contents");
+    EXPECT_EQ(pressDelete(*page, Item("0_1")), "");
+    EXPECT_NE(Do("current", document).at("annotation").at("contents"), words);
+    Do("undo", document);
+    EXPECT_EQ(Do("current", document).at("annotation").at("contents"), words);
+
+    const auto hold = [&](bool on) {
+        workbench->OnUi(
+            [on](BrowserWorkbench& running) { running.TheHost().State().loop.Hold(on); });
+    };
+    hold(true);
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    EXPECT_EQ(page->Document(1).at("current"), nullptr);
+    EXPECT_EQ(pressDelete(*page, nullptr), "listing");
+    EXPECT_EQ(page->Command("current", document).at("reason"), "listing");
+    Do("remove", {{"document", 1}, {"page", 1}, {"index", 0}});
+    Do("undo", document);
+    Do("focus", {{"document", 1}, {"page", 1}, {"index", 1}});
+    hold(false);
+    workbench->Settle(*page);
+    EXPECT_EQ(Do("current", document).at("annotation").at("contents"), words);
+    EXPECT_EQ(page->tree.StatesOf(Item("1_1")), 32u);
+    page->Send({{"type", "click"}, {"element", page->tree.Find("class", "icon document")}});
+    page->Fence();
+    EXPECT_EQ(pressDelete(*page, nullptr), "folded");
+    EXPECT_EQ(page->Document(1).at("undo"), "insert-page");
+}
+
+TEST_F(Browsing, AnswersEachRequestByItself)
+{
+    Start({"a.pdf"});
+    const Json asked = {{"type", "command"}, {"name", "annotations"}, {"document", 1}};
+    for (const int number : {0, 99, 1, 0}) {
+        Json request = asked;
+        request["id"] = 900 + number;
+        request["page"] = number;
+        page->Send(request);
+    }
+    std::size_t answers = 0;
+    while (answers < 4) {
+        const Json reply = page->Read();
+        if (reply.at("type") == "reply") {
+            ++answers;
+            const int number = reply.at("id").get<int>() - 900;
+            EXPECT_EQ(reply.value("page", 99), number);
+            EXPECT_EQ(reply.at("error").is_null(), number != 99);
+        }
+    }
+}
+
 TEST_F(Browsing, EditsAndTakesBack)
 {
     ::setenv("LOGNAME", "Zoë", 1);
@@ -384,8 +529,8 @@ TEST_F(Browsing, EditsAndTakesBack)
     const std::string name = "1_" + std::to_string(index);
     EXPECT_THAT(page->tree.TextOf(Item(name)), HasSubstr("Ж bold"));
 
-    Do("annotations", {{"document", 1}, {"page", 1}});
-    const Json annotation = page->others.back().at("annotations").back();
+    const Json list = Do("annotations", {{"document", 1}, {"page", 1}});
+    const Json annotation = list.at("annotations").back();
     EXPECT_EQ(annotation.at("index"), index);
     EXPECT_EQ(annotation.at("subtype"), "Highlight");
     EXPECT_EQ(annotation.at("contents"), "Ж <b>bold</b>");

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -86,7 +87,8 @@ TEST(LocaleManager, LeavesTextsValidWhenTheLanguageChanges)
 
 TEST(LocaleManager, RefusesLanguagesThatThereAreNotAndKeepsTheOldOne)
 {
-    const auto folder = std::filesystem::path(::testing::TempDir()) / "broken-locales";
+    const auto folder = std::filesystem::path(::testing::TempDir()) /
+                        ("broken-locales-" + std::to_string(std::random_device()()));
     std::filesystem::create_directories(folder);
     std::ofstream(folder / "good.json")
         << R"({"direction": "ltr", "strings": {"A": "good"}, "sections": {}})";

@@ -49,12 +49,19 @@ _PDRect PlaceOfItsOwn(const _PDRect& box, std::uint32_t ordinal)
     return {left, top - cellHeight * 0.4, left + cellWidth * 0.4, top};
 }
 
-std::vector<Change> ChangesOf(const std::vector<AnnotationRef>& annotations,
+// The changes of annotations that come to a page, or go, with these entries, in ascending order.
+template <class Entries>
+std::vector<Change> ChangesOf(const std::vector<AnnotationRef>& annotations, const Entries& entries,
                               PDAnnotOperation operation, std::uint32_t page)
 {
     std::vector<Change> changes;
     for (const AnnotationRef& annotation : annotations) {
-        changes.push_back(AnnotationChange{operation, page, annotation});
+        const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& one) {
+            return one.annotation == annotation;
+        });
+        const auto before = static_cast<std::uint32_t>(entry - entries.begin());
+        const std::uint32_t gone = operation == PDAnnotOperation::kRemoved ? before : 0;
+        changes.push_back(AnnotationChange{operation, page, annotation, entry->position - gone});
     }
     return changes;
 }
@@ -378,7 +385,7 @@ Document::Step Document::EntriesStep(EditKind kind, std::uint32_t page, std::vec
 {
     const bool adds = kind == EditKind::kAdd;
     auto put = [this, page, entries, concerned, write = adds ? prepared.apply : prepared.revert] {
-        std::vector<Change> changes = ChangesOf(concerned, PDAnnotOperation::kAdded, page);
+        std::vector<Change> changes = ChangesOf(concerned, entries, PDAnnotOperation::kAdded, page);
         PageRef changed = PageWith(KnownPage(page), entries);
         write();
         Publish(page, std::move(changed));
@@ -386,7 +393,8 @@ Document::Step Document::EntriesStep(EditKind kind, std::uint32_t page, std::vec
     };
     auto take = [this, page, entries = std::move(entries), concerned = std::move(concerned),
                  write = adds ? prepared.revert : prepared.apply] {
-        std::vector<Change> changes = ChangesOf(concerned, PDAnnotOperation::kRemoved, page);
+        std::vector<Change> changes =
+            ChangesOf(concerned, entries, PDAnnotOperation::kRemoved, page);
         PageRef changed = PageWithout(KnownPage(page), entries);
         write();
         Publish(page, std::move(changed));

@@ -31,6 +31,8 @@ struct AnnotationChange {
     PDAnnotOperation operation;
     std::uint32_t page;
     AnnotationRef annotation;
+    // Added: its first position on the page. Removed: the position of what followed it. Else 0.
+    std::uint32_t position = 0;
 };
 
 struct PagesChange {

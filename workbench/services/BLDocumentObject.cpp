@@ -143,6 +143,9 @@ std::string BLDocumentObject::Publish(Documents::EditResult edit)
     } else {
         fireAll();
     }
+    if (editCallback_) {
+        editCallback_(edit.changes);
+    }
     return {};
 }
 

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Workbench {
@@ -31,6 +32,12 @@ public:
     // edit's error; empty when it succeeded.
     std::string Publish(Documents::EditResult edit);
 
+    using EditCallback = std::function<void(const std::vector<Documents::Change>&)>;
+
+    // Who is told of edits, after their events have been fired or handed to the foreign thread, on
+    // the thread that publishes them; empty: nobody. Before the first edit.
+    void SetEditCallback(EditCallback callback) { editCallback_ = std::move(callback); }
+
     // A view of this document, which adjusts itself to changes until it dies.
     void AddView(BLDocumentViewObject& view);
 
@@ -47,6 +54,7 @@ private:
 
     const HostStatePtr state_;
     const std::shared_ptr<Documents::Document> content_;
+    EditCallback editCallback_;
     std::mutex viewsMutex_;
     std::vector<WeakServiceObjectPtr<BLDocumentViewObject>> views_;
 };

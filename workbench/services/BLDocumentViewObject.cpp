@@ -117,19 +117,27 @@ std::optional<std::string> BLDocumentViewObject::FocusedPlace() const
                      : std::nullopt;
 }
 
+bool BLDocumentViewObject::StoreFocus(std::uint32_t page, Documents::AnnotationRef annotation)
+{
+    Focus focus{page, std::move(annotation)};  // the former one is released after the lock
+    const std::lock_guard lock(focusMutex_);
+    const bool changes = focus_.page != focus.page || focus_.annotation != focus.annotation;
+    std::swap(focus_, focus);
+    return changes;
+}
+
 void BLDocumentViewObject::SetFocus(std::uint32_t page, Documents::AnnotationRef annotation)
 {
-    Focus focus{annotation ? page : kPDNoPage, std::move(annotation)};
-    _PDAnnotRec* const record = focus.annotation.Get();
-    const Documents::AnnotationRef held = focus.annotation;
-    {
-        const std::lock_guard lock(focusMutex_);
-        if (focus_.page == focus.page && focus_.annotation == focus.annotation) {
-            return;
-        }
-        std::swap(focus_, focus);
+    const std::uint32_t focused = annotation ? page : kPDNoPage;
+    if (StoreFocus(focused, annotation)) {
+        FireFocus(focused, annotation.Get());
     }
-    FireFocus(held ? page : kPDNoPage, record);
+}
+
+void BLDocumentViewObject::FocusAnew(std::uint32_t page, Documents::AnnotationRef annotation)
+{
+    StoreFocus(page, annotation);
+    FireFocus(page, annotation.Get());
 }
 
 bool BLDocumentViewObject::AdjustFocus(const Documents::Change& change)

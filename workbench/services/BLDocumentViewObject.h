@@ -66,6 +66,10 @@ public:
     // focused. [ui-thread]
     void SetFocus(std::uint32_t page, Documents::AnnotationRef annotation);
 
+    // The same for an annotation, but fires the events also when it has the focus already: those
+    // who follow the focus may have moved on since. [ui-thread]
+    void FocusAnew(std::uint32_t page, Documents::AnnotationRef annotation);
+
     // Follows a change of the document: the focus keeps its annotation when page indices shift, and
     // is lost with its annotation or page. Whether it was lost; the caller fires the event.
     // [any-thread]
@@ -89,6 +93,8 @@ private:
     ResultCode ShowHighlight(ServiceObject* highlight);
     ResultCode GetViewNumber(std::uint64_t* number) const;
 
+    // Whether that changes what is focused.
+    bool StoreFocus(std::uint32_t page, Documents::AnnotationRef annotation);
     void CheckPage(std::uint32_t pageIndex) const;
 
     const HostStatePtr state_;

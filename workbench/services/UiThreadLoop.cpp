@@ -25,7 +25,7 @@ bool UiThreadLoop::Post(UIThread::Runner runner, void* record, Holding holding)
 
 bool UiThreadLoop::Post(std::function<void()> work)
 {
-    return Append({nullptr, nullptr, std::move(work)}, Holding::kMayBeHeld);
+    return Append({nullptr, nullptr, std::move(work)}, Holding::kNeverHeld);
 }
 
 bool UiThreadLoop::Append(Call call, Holding holding)

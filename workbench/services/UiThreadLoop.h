@@ -31,7 +31,7 @@ public:
     // Appends a call. False, and nothing is taken over, once the loop has ended. [any-thread]
     bool Post(UIThread::Runner runner, void* record, Holding holding = Holding::kMayBeHeld);
 
-    // Appends work of the host itself. [any-thread]
+    // Appends work of the host itself, which is never held. [any-thread]
     bool Post(std::function<void()> work);
 
     // Says that a thread is one of the host's, so that what it posts is not taken for work that a

@@ -1,9 +1,5 @@
 #include "web/Desk.h"
 
-#include "driver/PanelReader.h"
-#include "services/BLDocumentObject.h"
-#include "services/KeyNames.h"
-#include "ui-engine/HtmlElementTypes.h"
 #include "web/Author.h"
 #include "web/JsonText.h"
 
@@ -16,7 +12,6 @@ namespace Workbench {
 namespace {
 
 using HtmlEngine::ElementHandle;
-using HtmlEngine::kNoElement;
 
 std::shared_ptr<const std::string> Shared(std::string text)
 {
@@ -105,13 +100,12 @@ void Desk::SendPanelChanges()
 void Desk::Update()
 {
     for (const Failure& failure : host_.State().failures.Take()) {
-        if (failure.code == kResultCommandRefused) {
-            NotifyOfRefusedDeletion();
-        } else {
-            Notify(Describe(failure));
-        }
+        Notify(Describe(failure));
     }
     host_.State().calls.Take();
+    for (const auto& document : documents_) {
+        document->current.Update(document->view->View(), *host_.Panel().Page());
+    }
     GiveBytesWhenQuiet();
     if (pages_.empty()) {
         return;
@@ -131,13 +125,14 @@ void Desk::Update()
     TellOfEnding();
 }
 
-void Desk::Notify(const std::string& text, const std::string& reason)
+Desk::Json Desk::DescribeNotice(const std::string& text, const std::string& reason)
 {
-    Json notice = {{"type", "notice"}, {"text", text}};
-    if (!reason.empty()) {
-        notice["reason"] = reason;
-    }
-    Broadcast(notice);
+    return {{"type", "notice"}, {"text", text}, {"reason", reason}};
+}
+
+void Desk::Notify(const std::string& text)
+{
+    Broadcast(DescribeNotice(text, {}));
 }
 
 void Desk::SayGoodbye()
@@ -206,7 +201,7 @@ void Desk::Receive(SocketNumber page, const std::string& text)
         const auto message = std::make_shared<const PageMessage>(text);
         const std::string type = message->Text("type");
         if (type == "click" || type == "key") {
-            Take(ReadInput(*message, type == "key"));
+            Take(ReadInput(page, *message, type == "key"));
         } else if (type == "command") {
             Run({page, message->Number("id"), message});
         } else {
@@ -225,75 +220,6 @@ void Desk::RefuseBeginning(SocketNumber page, const std::string& text)
     } else {
         Send(page, {{"type", "refused"}, {"reason", error}});
     }
-}
-
-PanelInput Desk::ReadInput(const PageMessage& message, bool isKey) const
-{
-    PanelInput input;
-    input.container = FindVisibleContainer(*host_.Panel().Page());
-    if (!isKey) {
-        input.element = message.Number("element");
-        return input;
-    }
-    const std::string name = message.Text("key");
-    const auto key = KeyNamed(name);
-    if (!key) {
-        throw MessageError("there is no key \"" + name + "\"");
-    }
-    input.element = message.OptionalNumber("element");
-    input.key = *key;
-    input.modifiers =
-        static_cast<std::uint32_t>(message.OptionalNumber("modifiers").value_or(0) & 0xFFFF);
-    return input;
-}
-
-// Behind input that waits, everything waits that is for the same document.
-void Desk::Take(const PanelInput& input)
-{
-    OpenDocument* const document = ActiveDocument();
-    if (document != nullptr &&
-        (!document->waiting.empty() || (document->fileJobs != 0 && MayEdit(input)))) {
-        document->waiting.emplace_back(input);
-    } else {
-        Act(input);
-    }
-}
-
-void Desk::Act(const PanelInput& input)
-{
-    const ElementHandle target = TargetOf(input);
-    if (input.key) {
-        host_.Panel().PressKey(target, *input.key, input.modifiers);
-    } else {
-        host_.Panel().Click(target);
-    }
-}
-
-// What the panel makes the document's delete command of.
-bool Desk::MayEdit(const PanelInput& input) const
-{
-    if (input.key) {
-        return *input.key == kKeyDelete;
-    }
-    ElementHandle button = kNoElement;
-    host_.Panel().Page()->Closest(TargetOf(input), "#delete", button);
-    return button != kNoElement;
-}
-
-// An element that is gone meanwhile takes no input. A key without an element is for the item that
-// is current when its turn comes.
-ElementHandle Desk::TargetOf(const PanelInput& input) const
-{
-    if (input.element) {
-        return panel_.ElementWith(*input.element);
-    }
-    const HtmlEngine::Document& page = *host_.Panel().Page();
-    ElementHandle target = kNoElement;
-    page.SelectFirst(input.container, "li[annot-name]:current", target);
-    if (target == kNoElement) {
-        page.SelectFirst(input.container, "div.results-container", target);
-    }
-    return target;
 }
 
 OpenDocument* Desk::ActiveDocument() const
@@ -325,10 +251,24 @@ DocumentNumber Desk::Add(std::string name, std::optional<std::filesystem::path> 
     document->name = std::move(name);
     document->path = std::move(path);
     document->stamp = stamp;
-    document->content = content;
-    document->view = host_.OpenView(std::move(content));
+    document->content = std::move(content);
+    OpenView(*document);
     documents_.push_back(std::move(document));
     return lastNumber_;
+}
+
+// The panel may outlive the desk, and with it the view's document.
+void Desk::OpenView(OpenDocument& document)
+{
+    document.view = host_.OpenView(document.content);
+    document.view->View().Document()->SetEditCallback(
+        [desk = weak_from_this(), number = document.number](const auto& changes) {
+            const auto living = desk.lock();
+            if (OpenDocument* const edited = living ? living->Find(number) : nullptr) {
+                edited->current.FollowEdit(changes, edited->view->View(),
+                                           *living->host_.Panel().Page());
+            }
+        });
 }
 
 }  // namespace Workbench

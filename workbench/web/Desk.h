@@ -81,8 +81,8 @@ public:
     // thread.
     void Update();
 
-    // One line for the users; the reason in one word for the pages, or empty.
-    void Notify(const std::string& text, const std::string& reason = {});
+    // One line for the users.
+    void Notify(const std::string& text);
 
     // --- The end ---
 
@@ -133,16 +133,23 @@ private:
     void Refuse(const PageCommand& command, const std::string& error,
                 const std::string& reason = {});
     void Answer(const PageCommand& command, const WriteOutcome& outcome);
-    void NotifyOfRefusedDeletion();
+    static Json DescribeNotice(const std::string& text, const std::string& reason);
     void BroadcastProgress(const std::string& name, const char* state);
 
     // --- Messages of pages ---
 
-    PanelInput ReadInput(const PageMessage& message, bool isKey) const;
+    PanelInput ReadInput(SocketNumber socket, const PageMessage& message, bool isKey) const;
     void Take(const PanelInput& input);
     void Act(const PanelInput& input);
-    bool MayEdit(const PanelInput& input) const;
+    void RefuseInput(const PanelInput& input, const std::string& error, const std::string& reason);
+    bool Deletes(const PanelInput& input) const;
     HtmlEngine::ElementHandle TargetOf(const PanelInput& input) const;
+    OpenDocument* DocumentAround(HtmlEngine::ElementHandle element) const;
+    void CheckInput(const OpenDocument& document, const PanelInput& input) const;
+    // Where the current comment stands. Throws CommandRefused when there is none, and when its item
+    // is another one than the page means that named `item`.
+    CurrentComment::Place CurrentPlace(const OpenDocument& document,
+                                       std::optional<std::uint64_t> item) const;
     void Run(const PageCommand& command);
     void Execute(const CommandEntry& entry, const PageCommand& command);
     static const CommandEntry* FindEntry(const PageCommand& command);
@@ -160,12 +167,14 @@ private:
     void MovePage(const PageCommand& command);
     void Undo(const PageCommand& command);
     void Redo(const PageCommand& command);
+    void Travel(const PageCommand& command, Documents::EditResult (Documents::Document::*step)());
     void Save(const PageCommand& command);
     void SaveAs(const PageCommand& command);
     void SaveCopy(const PageCommand& command);
     void SetReadOnly(const PageCommand& command);
     void SetLocale(const PageCommand& command);
     void Focus(const PageCommand& command);
+    void SendCurrent(const PageCommand& command);
     void SendAnnotations(const PageCommand& command);
     void End(const PageCommand& command);
 
@@ -189,6 +198,10 @@ private:
     // Throws when the document or the annotation does not permit that the annotation is changed.
     static void CheckChangeable(const OpenDocument& document, std::uint32_t page,
                                 std::uint32_t index);
+    // Gives the focus to a comment, so that the panel makes it current.
+    void Show(OpenDocument& document, std::uint32_t page,
+              const Documents::AnnotationRef& annotation);
+    void OpenView(OpenDocument& document);
     void CloseDocument(OpenDocument& document);
     void ReopenView(OpenDocument& document, bool readOnly);
 

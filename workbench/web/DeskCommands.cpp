@@ -4,6 +4,7 @@
 #include "platform-libraries/UnicodeText.h"
 #include "services/AnnotationPlace.h"
 #include "web/Author.h"
+#include "web/CommandRefused.h"
 #include "web/FileCopies.h"
 
 #include <algorithm>
@@ -16,19 +17,6 @@ namespace Workbench {
 namespace fs = std::filesystem;
 
 namespace {
-
-// Why a command does nothing, for the user; the reason in one word for the page, or empty.
-class CommandRefused : public std::runtime_error {
-public:
-    explicit CommandRefused(const std::string& text, std::string reason = {})
-        : std::runtime_error(text), reason_(std::move(reason))
-    {
-    }
-    const std::string& Reason() const noexcept { return reason_; }
-
-private:
-    std::string reason_;
-};
 
 const char* ReasonOf(Documents::EditFailure failure)
 {
@@ -88,6 +76,7 @@ const Desk::CommandEntry Desk::kCommands[] = {
     {"read-only", &Desk::SetReadOnly, true},
     {"locale", &Desk::SetLocale, false},
     {"focus", &Desk::Focus, false, true},
+    {"current", &Desk::SendCurrent, true},
     {"annotations", &Desk::SendAnnotations, false},
     {"end", &Desk::End, false},
 };
@@ -180,23 +169,6 @@ OpenDocument& Desk::EditableDocumentOf(const PageCommand& command) const
     return document;
 }
 
-// The panel's delete command was refused: it says so by a code alone.
-void Desk::NotifyOfRefusedDeletion()
-{
-    const OpenDocument* const document = ActiveDocument();
-    if (document == nullptr) {
-        return;
-    }
-    const bool readOnly = document->content->ReadOnly();
-    const bool permitted = document->content->AnnotationDeletionPermitted();
-    Notify(document->name + (readOnly    ? " is read-only"
-                             : permitted ? ": the comment is locked and cannot be deleted"
-                                         : " does not permit changes of its comments"),
-           readOnly    ? "read-only"
-           : permitted ? "locked"
-                       : "not-permitted");
-}
-
 void Desk::Publish(OpenDocument& document, Documents::EditResult edit)
 {
     const char* const reason = ReasonOf(edit.failure);
@@ -250,10 +222,13 @@ void Desk::EditAnnotation(const PageCommand& command)
 void Desk::RemoveAnnotation(const PageCommand& command)
 {
     OpenDocument& document = EditableDocumentOf(command);
-    const std::uint32_t page = command.message->SmallNumber("page");
-    const std::uint32_t index = command.message->SmallNumber("index");
-    CheckChangeable(document, page, index);
-    Publish(document, document.content->RemoveAnnotation(page, index));
+    const PageMessage& message = *command.message;
+    const CurrentComment::Place place =
+        message.OptionalNumber("page")
+            ? CurrentComment::Place{message.SmallNumber("page"), message.SmallNumber("index")}
+            : CurrentPlace(document, message.OptionalNumber("item"));
+    CheckChangeable(document, place.page, place.index);
+    Publish(document, document.content->RemoveAnnotation(place.page, place.index));
     Reply(command);
 }
 
@@ -266,7 +241,7 @@ void Desk::CheckChangeable(const OpenDocument& document, std::uint32_t page, std
     const Documents::AnnotationRef annotation = document.content->AnnotationAt(page, index);
     const std::string refusal = Documents::Document::DeletionRefusal(annotation.Get());
     if (!refusal.empty()) {
-        throw CommandRefused("the comment is not changed, " + refusal, "locked");
+        throw CommandRefused(document.name + ": the comment is not changed, " + refusal, "locked");
     }
 }
 
@@ -295,15 +270,26 @@ void Desk::MovePage(const PageCommand& command)
 
 void Desk::Undo(const PageCommand& command)
 {
-    OpenDocument& document = EditableDocumentOf(command);
-    Publish(document, document.content->Undo());
-    Reply(command);
+    Travel(command, &Documents::Document::Undo);
 }
 
 void Desk::Redo(const PageCommand& command)
 {
+    Travel(command, &Documents::Document::Redo);
+}
+
+// The comment whose contents are others again is shown, too.
+void Desk::Travel(const PageCommand& command, Documents::EditResult (Documents::Document::*step)())
+{
     OpenDocument& document = EditableDocumentOf(command);
-    Publish(document, document.content->Redo());
+    Documents::EditResult edit = ((*document.content).*step)();
+    const std::vector<Documents::Change> changes = edit.changes;
+    Publish(document, std::move(edit));
+    const auto* const first =
+        changes.empty() ? nullptr : std::get_if<Documents::AnnotationChange>(&changes.front());
+    if (first != nullptr && first->operation == PDAnnotOperation::kPropertiesChanged) {
+        Show(document, first->page, first->annotation);
+    }
     Reply(command);
 }
 
@@ -444,7 +430,8 @@ void Desk::ReopenView(OpenDocument& document, bool readOnly)
     const Host::ViewPtr active = host_.Collection().ActiveView();
     const auto focus = former->View().FocusedAnnotation();
     host_.ForceReadOnly(readOnly ? std::optional(true) : std::nullopt);
-    document.view = host_.OpenView(document.content);
+    document.current.Keep();
+    OpenView(document);
     host_.ForceReadOnly(std::nullopt);
     document.shownBefore += former->View().TargetCount();
     host_.CloseView(former);
@@ -476,15 +463,34 @@ void Desk::Focus(const PageCommand& command)
                                  std::to_string(page),
                              "gone");
     }
-    document.view->View().SetFocus(page, std::move(annotation));
+    Show(document, page, annotation);
     Reply(command);
+}
+
+void Desk::Show(OpenDocument& document, std::uint32_t page,
+                const Documents::AnnotationRef& annotation)
+{
+    document.current.Show({page, annotation}, document.view->View(), *host_.Panel().Page());
+}
+
+void Desk::SendCurrent(const PageCommand& command)
+{
+    const OpenDocument& document = DocumentOf(command);
+    const CurrentComment::Place place =
+        CurrentPlace(document, command.message->OptionalNumber("item"));
+    Reply(
+        command, {},
+        {{"page", place.page},
+         {"revision", document.content->Revision()},
+         {"annotation", DescribeAnnotation(document.content->AnnotationAt(place.page, place.index),
+                                           place.index)}});
 }
 
 void Desk::SendAnnotations(const PageCommand& command)
 {
     struct Result {
         std::string error;
-        Json message;
+        Json annotations;
     };
     const OpenDocument& document = DocumentOf(command);
     const std::uint32_t page = command.message->SmallNumber("page");
@@ -496,10 +502,7 @@ void Desk::SendAnnotations(const PageCommand& command)
             return Result{{}, DescribeAnnotations(number, *content, page)};
         },
         [command](Desk& desk, const Result& result) {
-            if (result.error.empty()) {
-                desk.Send(command.socket, result.message);
-            }
-            desk.Reply(command, result.error);
+            desk.Reply(command, result.error, result.annotations);
         });
 }
 

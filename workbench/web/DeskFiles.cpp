@@ -94,6 +94,8 @@ void Desk::CloseDocument(OpenDocument& document)
             Refuse(*command, closed->name + " was closed", "gone");
         } else if (const auto* const work = std::get_if<DocumentWork>(&waiting)) {
             (*work)(nullptr);
+        } else {
+            RefuseInput(std::get<PanelInput>(waiting), closed->name + " was closed", "gone");
         }
     }
     // A big document takes long to be released.

@@ -67,6 +67,12 @@ Json Focused(const OpenDocument& document)
     return position ? Json{{"page", focus.page}, {"index", *position}} : Json(nullptr);
 }
 
+Json Current(const OpenDocument& document)
+{
+    const auto place = document.current.PlaceIn(*document.content);
+    return place ? Json{{"page", place->page}, {"index", place->index}} : Json(nullptr);
+}
+
 Json Shown(const OpenDocument& document)
 {
     const auto target = document.view->View().LastTarget();
@@ -130,8 +136,25 @@ Json DescribeDocument(const OpenDocument& document, const HtmlEngine::Document& 
             {"undo", NameOf(content.UndoKind())},
             {"redo", NameOf(content.RedoKind())},
             {"warnings", ShortWarnings(content.Warnings(), content.Name())},
+            {"current", Current(document)},
             {"focused", Focused(document)},
             {"shown", Shown(document)}};
+}
+
+Json DescribeAnnotation(const Documents::AnnotationRef& annotation, std::size_t index)
+{
+    if (!annotation) {
+        return nullptr;
+    }
+    const Documents::PropertyBlockRef block = annotation.Get()->properties.Load();
+    const Documents::AnnotationProperties& properties = block->properties;
+    return {{"index", index},
+            {"subtype", properties.subtype},
+            {"rect", properties.rect ? Sides(*properties.rect) : Json(nullptr)},
+            {"listed", block->listed},
+            {"contents", UnicodeText::ToUtf8(properties.contents)},
+            {"title", UnicodeText::ToUtf8(properties.title)},
+            {"locked", !Documents::Document::DeletionRefusal(annotation.Get()).empty()}};
 }
 
 Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, std::uint32_t page)
@@ -141,23 +164,12 @@ Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, s
     const Documents::PageRef snapshot = document.AcquirePage(page);
     const std::size_t count = snapshot ? snapshot.Get()->annotations.size() : 0;
     for (std::size_t index = 0; index < count; ++index) {
-        const Documents::AnnotationRef& annotation = snapshot.Get()->annotations[index];
-        if (!annotation) {
-            continue;
+        Json description = DescribeAnnotation(snapshot.Get()->annotations[index], index);
+        if (!description.is_null()) {
+            annotations.push_back(std::move(description));
         }
-        const Documents::PropertyBlockRef block = annotation.Get()->properties.Load();
-        const Documents::AnnotationProperties& properties = block->properties;
-        annotations.push_back(
-            {{"index", index},
-             {"subtype", properties.subtype},
-             {"rect", properties.rect ? Sides(*properties.rect) : Json(nullptr)},
-             {"listed", block->listed},
-             {"contents", UnicodeText::ToUtf8(properties.contents)},
-             {"title", UnicodeText::ToUtf8(properties.title)},
-             {"locked", !Documents::Document::DeletionRefusal(annotation.Get()).empty()}});
     }
-    return {{"type", "annotations"},
-            {"document", number},
+    return {{"document", number},
             {"revision", revision},
             {"page", page},
             {"annotations", std::move(annotations)}};

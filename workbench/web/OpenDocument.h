@@ -3,6 +3,7 @@
 
 #include "documents/Document.h"
 #include "services/Host.h"
+#include "web/CurrentComment.h"
 #include "web/FileCopies.h"
 #include "web/HttpServer.h"
 #include "web/PageMessage.h"
@@ -34,6 +35,9 @@ struct PageCommand {
 
 // A click or a key for the panel, kept until it may act.
 struct PanelInput {
+    SocketNumber socket = 0;
+    std::optional<std::uint64_t> id;    // of the reply; nothing: none is wanted
+    std::optional<std::uint64_t> item;  // the current item as the page knows it; see Desk::Current
     HtmlEngine::ElementHandle container = HtmlEngine::kNoElement;  // the one that was shown
     std::optional<std::uint64_t> element;  // as pages know it; nothing: what is current then
     std::optional<std::uint32_t> key;      // nothing: a click
@@ -52,6 +56,7 @@ struct OpenDocument {
     std::optional<FileStamp> stamp;  // of the file there when it was read or written last
     std::shared_ptr<Documents::Document> content;
     Host::ViewPtr view;
+    CurrentComment current;
     std::uint64_t shownBefore = 0;  // go-to requests to views of it that are closed
 
     // Jobs on other threads that keep the document's lock for long. What may edit waits until they
@@ -84,7 +89,11 @@ std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
 nlohmann::ordered_json DescribeDocument(const OpenDocument& document,
                                         const HtmlEngine::Document& page);
 
-// {"type":"annotations",...}: the annotations of one of its pages. [any-thread]
+// ANNOTATION of the protocol; null where there is none. [any-thread]
+nlohmann::ordered_json DescribeAnnotation(const Documents::AnnotationRef& annotation,
+                                          std::size_t index);
+
+// What the command "annotations" answers: those of one page. [any-thread]
 nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Document& document,
                                            std::uint32_t page);
 

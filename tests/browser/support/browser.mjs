@@ -15,11 +15,16 @@ const kFlags = [
     '--disable-component-update',
     '--disable-sync',
 ];
-const kPatience = 30000;
+// Against hanging: a busy machine takes its time.
+const kPatience = 120000;
 
 /// Chromium with an empty profile of its own.
 export function startBrowser() {
-    return chromium.launch({executablePath: '/usr/bin/chromium', args: kFlags});
+    return chromium.launch({
+        executablePath: '/usr/bin/chromium',
+        args: kFlags,
+        timeout: kPatience,
+    });
 }
 
 // Each page has a window of its own: a page behind another one would draw no frames.

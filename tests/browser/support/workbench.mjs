@@ -7,7 +7,7 @@ import {tmpdir} from 'node:os';
 import {join} from 'node:path';
 
 const kPrograms = process.env.WORKBENCH_PROGRAMS;
-const kPatience = 20000;
+const kPatience = 120000;
 
 export function makeFolder() {
     return mkdtempSync(join(tmpdir(), 'browser-test-'));

@@ -55,8 +55,9 @@ export class AnnotationsLayer {
     #stop = null;
     element = document.createElement('div');
 
-    /// `actions` has `focus(page, index, revision)`, `remove(...)` and `edit(...)` of the same form;
-    /// what has no place left for the keyboard focus hands it to `giveFocusBack()`.
+    /// `actions` has `focus(page, annotation, revision)`, `remove(...)` and `edit(...)` of the same
+    /// form, and `refuse()` for what is of a revision gone by; what has no place left for the
+    /// keyboard focus hands it to `giveFocusBack()`.
     constructor(page, actions) {
         this.#page = page;
         this.#actions = actions;
@@ -115,6 +116,9 @@ export class AnnotationsLayer {
             this.#setMark(this.#marked, false);
             this.#setMark(button, true);
             this.#marked = button;
+            if (button && !this.element.contains(document.activeElement)) {
+                this.#setStop(button);
+            }
         }
         if (button && pulse) {
             button.classList.remove('pulse');
@@ -248,10 +252,12 @@ export class AnnotationsLayer {
     }
 
     #act(name, {target}) {
-        const place = this.#isStale ? null : this.#placeAt(target);
-        if (place) {
+        const place = this.#placeAt(target);
+        if (place && this.#isStale) {
+            this.#actions.refuse();
+        } else if (place) {
             this.#setStop(place.button);
-            this.#actions[name](this.#page, place.annotation.index, this.#revision);
+            this.#actions[name](this.#page, place.annotation, this.#revision);
         }
     }
 
@@ -261,7 +267,13 @@ export class AnnotationsLayer {
             return;
         }
         if (event.key === 'Delete') {
-            this.#act('remove', event);
+            if (!event.repeat) {
+                this.#act('remove', event);
+            }
+        } else if (event.key === 'F2') {
+            event.stopPropagation(); // means this one, wherever the panel is
+            this.#act('focus', event);
+            this.#act('edit', event);
         } else if (kSteps[event.key]) {
             this.#step(this.#places[at + kSteps[event.key]]);
         } else {
@@ -270,10 +282,11 @@ export class AnnotationsLayer {
         event.preventDefault();
     }
 
+    // The keyboard focus takes the current comment along.
     #step(place) {
         if (place) {
-            this.#setStop(place.button);
             place.button.focus();
+            this.#act('focus', {target: place.button});
         }
     }
 }

@@ -140,6 +140,9 @@ export class Arrangement {
         slot.element.classList.toggle('active', slot.document === this.#active);
         slot.element.classList.toggle('empty', slot.document === null);
         slot.head.hidden = !this.#isSplit;
+        if (!this.#isSplit) {
+            return;
+        }
         slot.head.setAttribute('aria-label', text('split.document'));
         slot.head.replaceChildren(
             ...this.#documents.map(({id, name}) => {

@@ -3,6 +3,8 @@
 
 const kFirstDelay = 250;
 const kLongestDelay = 10000;
+// Commands that leave the current comment as it is.
+const kStill = new Set(['annotations', 'current', 'locale', 'save', 'save-as', 'save-copy']);
 // A connection that lasts this long counts as a good one: the next attempt comes soon again.
 const kGoodConnection = 5000;
 
@@ -20,7 +22,7 @@ export class Connection {
     #socket = null;
     #handlers = new Map();
     #pending = new Map();
-    #lastCommand = 0;
+    #lastId = 0;
     #delay = kFirstDelay;
     #timer = 0;
     #openSince = 0;
@@ -66,22 +68,29 @@ export class Connection {
         return this.#socket?.readyState === WebSocket.OPEN;
     }
 
-    /// Sends when there is a line, and says whether it did. Input that nobody can take is dropped:
-    /// the panel that comes with the next connection may be another one.
-    send(message) {
-        if (!this.isOpen) {
-            return false;
-        }
-        this.#socket.send(JSON.stringify(message));
-        return true;
+    /// Whether what has been sent so far, and may make another comment current, has been answered.
+    get isCaughtUp() {
+        return [...this.#pending.values()].every(({isStill}) => isStill);
     }
 
     /// The reply, always: a command that could not be sent or was cut off has one with an error.
     command(name, fields = {}) {
-        const id = ++this.#lastCommand;
+        return this.#send({type: 'command', name, ...fields}, kStill.has(name));
+    }
+
+    /// A click or a key for the panel; its reply, as above. What nobody can take is dropped: the
+    /// panel that comes with the next connection may be another one.
+    input(message) {
+        return this.#send(message, false);
+    }
+
+    #send(message, isStill) {
+        const id = ++this.#lastId;
         return new Promise((resolve) => {
-            this.#pending.set(id, resolve);
-            if (!this.send({type: 'command', id, name, ...fields})) {
+            this.#pending.set(id, {resolve, isStill});
+            if (this.isOpen) {
+                this.#socket.send(JSON.stringify({id, ...message}));
+            } else {
                 this.#answer({id, error: '', reason: 'disconnected'});
             }
         });
@@ -97,9 +106,9 @@ export class Connection {
     }
 
     #answer(reply) {
-        const resolve = this.#pending.get(reply.id);
+        const pending = this.#pending.get(reply.id);
         this.#pending.delete(reply.id);
-        resolve?.(reply);
+        pending?.resolve(reply);
     }
 
     #closed() {
@@ -113,4 +122,10 @@ export class Connection {
         this.#timer = setTimeout(() => this.open(), this.#delay);
         this.#delay = Math.min(this.#delay * 2, kLongestDelay);
     }
+}
+
+/// The annotations of a page and the revision that they are of; null when they are not to be had.
+export async function askAnnotations(connection, documentId, page) {
+    const reply = await connection.command('annotations', {document: documentId, page});
+    return reply.error === null ? reply : null;
 }

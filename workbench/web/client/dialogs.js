@@ -1,11 +1,15 @@
 // Questions to the user: a dialog with some text, some fields and some buttons.
 
+import {rememberFocus, returnFocus} from './focus-return.js';
 import {text} from './texts.js';
 
 // More buttons than these stand below each other.
 const kInRow = 3;
 
 let countOfDialogs = 0;
+
+// The topmost one last.
+const openDialogs = [];
 
 function makeField({name, label, type, value, hint}) {
     const field = document.createElement(type === 'lines' ? 'textarea' : 'input');
@@ -53,7 +57,7 @@ function makeButton({key, value, isMain}, choose) {
 }
 
 /// Asks, and promises `{choice, values}`: the value of the button and of the fields by their names.
-/// Escape, and a button without a value, give null.
+/// Escape, and a button without a value, give null. The keyboard focus returns to where it was.
 ///
 /// `fields`: `{name, label, type, value, hint}` with the type "lines" for long text.
 /// `buttons`: `{key, value, isMain}`; Enter stands for the main one.
@@ -75,6 +79,7 @@ class Dialog {
     #attempt;
     #result = null;
     #isTrying = false;
+    #origin = [];
     #timer = 0;
 
     constructor(question, resolve) {
@@ -116,6 +121,7 @@ class Dialog {
         this.#element.addEventListener('close', () => {
             clearInterval(this.#timer);
             this.#element.remove();
+            this.#returnFocus();
             resolve(this.#result);
         });
         signal?.addEventListener('abort', () => {
@@ -125,10 +131,24 @@ class Dialog {
     }
 
     open() {
+        this.#origin = rememberFocus();
+        openDialogs.push(this);
         document.body.append(this.#element);
         this.#element.showModal();
         this.#focusFirst();
         this.#fields[0]?.field.select();
+    }
+
+    // One that closes below another one leaves the focus there, and that one its way back.
+    #returnFocus() {
+        const at = openDialogs.indexOf(this);
+        const above = openDialogs[at + 1];
+        openDialogs.splice(at, 1);
+        if (!above) {
+            returnFocus(this.#origin);
+        } else if (above.#origin.includes(this.#element)) {
+            above.#origin = this.#origin;
+        }
     }
 
     #focusFirst() {

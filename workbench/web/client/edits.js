@@ -1,6 +1,7 @@
 // What the user does to documents: commands to the workbench, the questions that some of them need,
 // and a word about the outcome.
 
+import {askAnnotations} from './connection.js';
 import {ask, kCancel} from './dialogs.js';
 import {hasText, text} from './texts.js';
 
@@ -19,31 +20,37 @@ function isSameComment(one, other) {
     return one !== undefined && looks(one) === looks(other);
 }
 
-// A revision goes along only with what was read at one.
-function atRevision({revision}) {
-    return revision === undefined ? {} : {revision};
-}
+// Where nothing is amiss, the line of status is enough.
+const kNothingAmiss = new Set(['no-comment', 'other-comment', 'listing', 'folded', 'disconnected']);
 
 export class Edits {
     #connection;
-    #lists;
     #notices;
+    #asksContents = false;
 
-    constructor(connection, lists, notices) {
+    constructor(connection, notices) {
         this.#connection = connection;
-        this.#lists = lists;
         this.#notices = notices;
     }
 
-    /// One command. An error becomes a notice, success the line `doneKey` of the status.
+    /// One command. Success becomes the line `doneKey` of the status.
     async run(name, fields, doneKey) {
         const reply = await this.#connection.command(name, fields);
         if (reply.error !== null) {
-            this.#notices.show(describeRefusal(reply.reason, reply.error));
+            this.tellRefusal(reply);
         } else if (doneKey) {
             this.#notices.say(text(doneKey));
         }
         return reply;
+    }
+
+    tellRefusal({reason, error}) {
+        const words = describeRefusal(reason, error);
+        if (kNothingAmiss.has(reason)) {
+            this.#notices.say(words);
+        } else {
+            this.#notices.show(words);
+        }
     }
 
     // One command out of a dialog, which shows what went wrong: null when nothing did.
@@ -58,49 +65,41 @@ export class Edits {
 
     // --- Comments ---
     //
-    // A description with a `revision` is one whose pages and indices were read at it.
+    // A comment is `{page, annotation, revision}`, as it was read at that revision. The current one
+    // is known to the workbench; `item` is its number in the panel as the user sees it, undefined
+    // when another one may be current by now.
 
-    focus(description, page, index) {
-        const fields = {document: description.id, page, index, ...atRevision(description)};
-        return this.run('focus', fields);
+    focus({id}, {page, annotation: {index}, revision}) {
+        return this.run('focus', {document: id, page, index, revision});
     }
 
-    remove(description, page, index) {
-        const fields = {document: description.id, page, index, ...atRevision(description)};
-        return this.run('remove', fields, 'done.remove');
+    remove({id}, {page, annotation: {index}, revision}) {
+        return this.run('remove', {document: id, page, index, revision}, 'done.remove');
+    }
+
+    removeCurrent({id}, item) {
+        return this.run('remove', {document: id, item}, 'done.remove');
     }
 
     async add(description, page, subtype, rect) {
-        const {id} = description;
         if (this.#saysWhyNot(description)) {
             return;
         }
-        let index;
-        await this.#askContents(
-            text('contents.new', text(`subtype.${subtype}`)),
-            '',
-            async (contents) => {
-                const fields = {document: id, page, subtype, rect, contents};
-                const reply = await this.#connection.command('add', fields);
-                index = reply.index;
-                return reply.error === null ? null : describeRefusal(reply.reason, reply.error);
-            },
+        const fields = {document: description.id, page, subtype, rect};
+        await this.#askContents(text('contents.new', text(`subtype.${subtype}`)), '', (contents) =>
+            this.#attempt('add', {...fields, contents}, 'done.add'),
         );
-        if (index !== undefined) {
-            this.#notices.say(text('done.add'));
-            await this.focus({id}, page, index);
+    }
+
+    async editCurrent(description, item) {
+        const comment = await this.run('current', {document: description.id, item});
+        if (comment.error === null) {
+            await this.editContents(description, comment);
         }
     }
 
-    async editContents(description, page, index) {
-        const list = await this.#lists.ask(description.id, page);
-        const annotation = list?.annotations.find((one) => one.index === index);
-        const isOther =
-            description.revision !== undefined && list?.revision !== description.revision;
-        if (!annotation || isOther) {
-            this.#notices.say(list ? text('reason.changed') : '');
-            return;
-        }
+    async editContents(description, comment) {
+        const {annotation} = comment;
         if (this.#saysWhyNot(description, annotation)) {
             return;
         }
@@ -110,27 +109,27 @@ export class Edits {
             (contents) =>
                 contents === annotation.contents
                     ? null
-                    : this.#changeContents(description.id, page, annotation, list, contents),
+                    : this.#changeContents(description.id, comment, contents),
         );
     }
 
     // What changed while the user wrote is no matter as long as the comment is the same.
-    async #changeContents(id, page, annotation, list, contents) {
+    async #changeContents(id, {page, annotation, revision}, contents) {
         const {index} = annotation;
-        let {revision} = list;
-        for (;;) {
-            const fields = {document: id, page, index, contents, revision};
+        for (let known = revision; ; ) {
+            const fields = {document: id, page, index, contents, revision: known};
             const reply = await this.#connection.command('edit', fields);
             if (reply.error === null) {
                 this.#notices.say(text('done.edit'));
                 return null;
             }
-            const now = reply.reason === 'changed' ? await this.#lists.ask(id, page) : null;
+            const isOutdated = reply.reason === 'changed';
+            const now = isOutdated ? await askAnnotations(this.#connection, id, page) : null;
             const same = now?.annotations.find((one) => one.index === index);
-            if (!isSameComment(same, annotation) || now.revision === revision) {
+            if (!isSameComment(same, annotation) || now.revision === known) {
                 return describeRefusal(reply.reason, reply.error);
             }
-            ({revision} = now);
+            known = now.revision;
         }
     }
 
@@ -146,13 +145,19 @@ export class Edits {
         return Boolean(reason);
     }
 
-    #askContents(title, value, attempt) {
-        return ask({
+    // One at a time, however often its key was pressed before it came.
+    async #askContents(title, value, attempt) {
+        if (this.#asksContents) {
+            return;
+        }
+        this.#asksContents = true;
+        await ask({
             title,
             fields: [{name: 'contents', label: text('contents.label'), type: 'lines', value}],
             buttons: [kCancel, {key: 'dialog.accept', value: 'accept', isMain: true}],
             attempt: ({values}) => attempt(values.contents),
         });
+        this.#asksContents = false;
     }
 
     // --- Pages ---
@@ -195,11 +200,19 @@ export class Edits {
     // --- Documents ---
 
     undo({id, undo}) {
-        return undo ? this.run('undo', {document: id}, 'done.undo') : null;
+        return this.#travel('undo', id, undo, 'status.noUndo');
     }
 
     redo({id, redo}) {
-        return redo ? this.run('redo', {document: id}, 'done.redo') : null;
+        return this.#travel('redo', id, redo, 'status.noRedo');
+    }
+
+    #travel(name, id, step, noneKey) {
+        if (!step && this.#connection.isCaughtUp) {
+            this.#notices.say(text(noneKey));
+            return null;
+        }
+        return this.run(name, {document: id}, `done.${name}`);
     }
 
     /// Saves; a document that came without a path is asked for one.

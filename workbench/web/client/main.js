@@ -1,9 +1,9 @@
 // The page of the workbench: puts its parts together, and hands each what the workbench says.
 
-import {AnnotationLists} from './annotation-lists.js';
 import {Arrangement} from './arrangement.js';
 import {Connection, socketAddress} from './connection.js';
 import {describeRefusal, Edits} from './edits.js';
+import {setFocusHome} from './focus-return.js';
 import {icon} from './icons.js';
 import {Notices} from './notices.js';
 import {Panel} from './panel.js';
@@ -46,10 +46,15 @@ class Page {
             this.#connectionChanged(state),
         );
         this.notices = new Notices(byId('notices'), byId('status'), byId('banner'));
-        this.lists = new AnnotationLists(this.connection);
-        this.edits = new Edits(this.connection, this.lists, this.notices);
+        this.edits = new Edits(this.connection, this.notices);
         this.tools = new Tools(this.edits, this.notices, () => this.#toolChosen());
-        this.panel = new Panel(frame, this.connection, (done) => this.#showProgress(done));
+        this.panel = new Panel(
+            frame,
+            this.connection,
+            (done) => this.#showProgress(done),
+            (reply) => this.edits.tellRefusal(reply),
+        );
+        setFocusHome(() => this.panel.focusList());
         this.arrangement = new Arrangement(byId('pages'), this.#viewServices());
         this.tabs = new Tabs(byId('tabs'), {
             activate: ({id}) => this.#activate(id),
@@ -78,25 +83,36 @@ class Page {
     // --- Actions on the active document ---
 
     save() {
-        return this.active && this.edits.save(this.active);
+        return this.#withActive((active) => this.edits.save(active));
     }
 
     undo() {
-        return this.active && this.edits.undo(this.active);
+        return this.#withActive((active) => this.edits.undo(active));
     }
 
     redo() {
-        return this.active && this.edits.redo(this.active);
+        return this.#withActive((active) => this.edits.redo(active));
     }
 
-    editFocused() {
-        const {focused} = this.active ?? {};
-        return focused && this.edits.editContents(this.active, focused.page, focused.index);
+    editCurrent() {
+        return this.#withActive((active) => this.edits.editCurrent(active, this.#currentId));
     }
 
-    removeFocused() {
-        const {focused} = this.active ?? {};
-        return focused && this.edits.remove(this.active, focused.page, focused.index);
+    removeCurrent() {
+        return this.#withActive((active) => this.edits.removeCurrent(active, this.#currentId));
+    }
+
+    #withActive(act) {
+        if (this.active) {
+            return act(this.active);
+        }
+        this.notices.say(text('status.noDocument'));
+        return null;
+    }
+
+    // As long as input is under way, another item may be the current one when that has arrived.
+    get #currentId() {
+        return this.connection.isCaughtUp ? this.panel.currentId : undefined;
     }
 
     #activate(id) {
@@ -108,9 +124,9 @@ class Page {
     #viewServices() {
         return {
             connection: this.connection,
-            lists: this.lists,
             edits: this.edits,
             notice: (words) => this.notices.show(words),
+            say: (words) => this.notices.say(words),
             activate: (id) => this.#activate(id),
             serve: (view) => this.tools.serve(view),
         };
@@ -283,7 +299,7 @@ class Page {
             'Ctrl+=': zoom((view) => view.step(true)),
             'Ctrl+-': zoom((view) => view.step(false)),
             'Ctrl+0': zoom((view) => view.fitWidth()),
-            F2: () => this.editFocused(),
+            F2: () => this.editCurrent(),
             F6: (event) => this.#switchRegion(event),
         };
     }

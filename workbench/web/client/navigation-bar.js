@@ -66,6 +66,9 @@ export class NavigationBar {
     }
 
     setCount(count) {
+        if (this.#count === count) {
+            return;
+        }
         this.#count = count;
         this.#total.textContent = `/ ${count}`;
         this.#field.style.width = `${Math.max(3, String(count).length + 2)}ch`;

@@ -1,7 +1,8 @@
 // The annotations on the pages of one view: fetched when a page comes near and whenever the
-// document changes, shown on it, and the one in focus marked.
+// document changes, shown on it, and the current one marked.
 
 import {hasSign} from './annotations-layer.js';
+import {askAnnotations} from './connection.js';
 
 // Corners of one annotation, in points, as two readers round them.
 function cornerOf({subtype, rect}, moreLeft = 0, moreTop = 0) {
@@ -32,16 +33,16 @@ async function readBareCorners(pdf, index) {
 }
 
 export class PageAnnotations {
-    #lists;
+    #connection;
     #document = null;
     #fetched = new Map();
     #bareCorners = new Map();
-    #focused = null;
+    #current = null;
+    #marked = null;
     #mustPulse = false;
 
-    /// `lists` gives the annotations of a page.
-    constructor(lists) {
-        this.#lists = lists;
+    constructor(connection) {
+        this.#connection = connection;
     }
 
     /// What the workbench says of the document. After a change the annotations of `pages` are those
@@ -66,12 +67,11 @@ export class PageAnnotations {
         }
     }
 
-    /// Another annotation has the focus, or none. `pulse` draws the eye to it as soon as it is
-    /// there.
-    focus(focused, pulse, pages) {
-        this.#focused = focused;
+    /// Another annotation is current, or none. `pulse` draws the eye to it as soon as it is there.
+    setCurrent(current, pulse, pages) {
+        this.#current = current;
         this.#mustPulse ||= pulse;
-        for (const page of pages) {
+        for (const page of new Set([this.#marked, ...pages])) {
             this.#mark(page);
         }
     }
@@ -113,7 +113,7 @@ export class PageAnnotations {
             const {id, revision} = this.#document;
             let list = this.#fetched.get(index);
             if (list?.revision !== revision) {
-                list = await this.#lists.ask(id, index);
+                list = await askAnnotations(this.#connection, id, index);
             }
             if (!list) {
                 return null;
@@ -137,9 +137,10 @@ export class PageAnnotations {
     }
 
     #mark(page) {
-        const isHere = this.#focused?.page === page.index;
-        const isMarked = page.layer.mark(isHere ? this.#focused.index : null, this.#mustPulse);
+        const isHere = this.#current?.page === page?.index;
+        const isMarked = page?.layer.mark(isHere ? this.#current.index : null, this.#mustPulse);
         if (isMarked) {
+            this.#marked = page;
             this.#mustPulse = false;
         }
     }

@@ -37,10 +37,10 @@ export class PagesView {
     #column = document.createElement('div');
     #progress = document.createElement('div');
 
-    /// `services` has `connection`, `lists` of annotations, `edits` and `notice(text)`.
+    /// `services` has `connection`, `edits`, `notice(text)` and `say(text)`.
     constructor(services) {
         this.#services = services;
-        this.#annotations = new PageAnnotations(services.lists);
+        this.#annotations = new PageAnnotations(services.connection);
         this.element.className = 'pages-view';
         this.scroller.className = 'scroller';
         this.scroller.tabIndex = 0;
@@ -104,7 +104,7 @@ export class PagesView {
         const isAsked = this.#shownCount !== null && count > this.#shownCount;
         this.#shownCount = count;
         this.#annotations.update(description, this.#near);
-        this.#annotations.focus(description.focused, isAsked, this.#near);
+        this.#annotations.setCurrent(description.current, isAsked, this.#near);
         if (isAsked) {
             this.#mustReveal = true;
             this.#reveal();
@@ -256,12 +256,14 @@ export class PagesView {
     }
 
     #actions() {
-        const withDocument = (action) => (page, index, revision) =>
-            this.#services.edits[action]({...this.#description, revision}, page, index);
+        const {edits, say} = this.#services;
+        const withDocument = (action) => (page, annotation, revision) =>
+            edits[action](this.#description, {page, annotation, revision});
         return {
             focus: withDocument('focus'),
             remove: withDocument('remove'),
             edit: withDocument('editContents'),
+            refuse: () => say(text('reason.changed')),
             giveFocusBack: () => this.scroller.focus({preventScroll: true}),
         };
     }

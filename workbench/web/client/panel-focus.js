@@ -2,7 +2,7 @@
 // long as no item is current or the current one is folded away. When the focus is in the list it
 // goes where the current item goes.
 
-import {kCurrent} from './panel-mirror.js';
+import {kCurrent, recordOf} from './panel-mirror.js';
 
 // So far below the edge of the list that a row lies there, and not the space between two.
 const kRowProbe = 6;
@@ -71,6 +71,12 @@ export class PanelFocus {
             }
         }
         return null;
+    }
+
+    /// The workbench's number of the current item; undefined when there is none.
+    get currentId() {
+        const item = this.currentItem;
+        return item ? recordOf(item).id : undefined;
     }
 
     /// Puts the focus into the list, for somebody at the keyboard.

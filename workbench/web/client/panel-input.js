@@ -27,12 +27,14 @@ class PanelInput {
     #mirror;
     #focus;
     #connection;
+    #onRefusal;
 
-    constructor(frameDocument, mirror, focus, connection) {
+    constructor(frameDocument, mirror, focus, connection, onRefusal) {
         this.#document = frameDocument;
         this.#mirror = mirror;
         this.#focus = focus;
         this.#connection = connection;
+        this.#onRefusal = onRefusal;
     }
 
     click(event) {
@@ -67,6 +69,11 @@ class PanelInput {
             return;
         }
         const target = event.target;
+        // A key that is held down deletes one comment, not all that follow.
+        if (event.repeat && (event.key === 'Delete' || target.closest?.('#delete'))) {
+            event.preventDefault();
+            return;
+        }
         const list = target.closest?.('.results-container');
         const {body, documentElement} = this.#document;
         const isNowhere = target === body || target === documentElement;
@@ -83,7 +90,18 @@ class PanelInput {
     }
 
     #sendClick(element) {
-        this.#connection.send({type: 'click', element: recordOf(element).id});
+        this.#send({type: 'click', element: recordOf(element).id});
+    }
+
+    // What may act on the current comment names the one that its user sees, unless input is under
+    // way that may lead to another one.
+    async #send(message) {
+        const {isCaughtUp} = this.#connection;
+        const item = isCaughtUp ? this.#focus.currentId : undefined;
+        const reply = await this.#connection.input({...message, item});
+        if (reply.error !== null) {
+            this.#onRefusal(reply);
+        }
     }
 
     // Towards the end of a line, in reading direction, opens; towards its beginning closes.
@@ -117,12 +135,8 @@ class PanelInput {
             return false;
         }
         const element = list ? this.#meantBy(target) : null;
-        this.#connection.send({
-            type: 'key',
-            key: kKeys[key],
-            element: element && recordOf(element).id,
-            modifiers: 0,
-        });
+        const id = element && recordOf(element).id;
+        this.#send({type: 'key', key: kKeys[key], element: id, modifiers: 0});
         return true;
     }
 
@@ -170,9 +184,10 @@ class PanelInput {
     }
 }
 
-/// Begins to listen in the frame's document.
-export function listenToInput(frameDocument, mirror, focus, connection) {
-    const input = new PanelInput(frameDocument, mirror, focus, connection);
+/// Begins to listen in the frame's document. `onRefusal(reply)` is told of input that the workbench
+/// refuses.
+export function listenToInput(frameDocument, mirror, focus, connection, onRefusal) {
+    const input = new PanelInput(frameDocument, mirror, focus, connection, onRefusal);
     frameDocument.addEventListener('click', (event) => input.click(event));
     frameDocument.addEventListener('keydown', (event) => input.key(event));
     for (const type of ['auxclick', 'dragstart']) {

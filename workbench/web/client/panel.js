@@ -34,8 +34,8 @@ export class Panel {
     #sheets = [];
 
     /// `frame` has loaded its empty page. `onProgress` is told the part of an insertion that is
-    /// done, from 0 to 1.
-    constructor(frame, connection, onProgress) {
+    /// done, from 0 to 1, and `onRefusal` the reply to input that is refused.
+    constructor(frame, connection, onProgress, onRefusal) {
         this.#frame = frame;
         this.#connection = connection;
         this.#onProgress = onProgress;
@@ -47,7 +47,7 @@ export class Panel {
             (piece) => this.#perform(piece),
             () => this.#settle(),
         );
-        listenToInput(this.document, this.#mirror, this.#focus, connection);
+        listenToInput(this.document, this.#mirror, this.#focus, connection, onRefusal);
     }
 
     get document() {
@@ -62,6 +62,11 @@ export class Panel {
     setListing(isListing) {
         this.#isListing = isListing;
         this.#showLate();
+    }
+
+    /// The workbench's number of the item that is highlighted; undefined when none is.
+    get currentId() {
+        return this.#focus.currentId;
     }
 
     readTree() {

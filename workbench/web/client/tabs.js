@@ -42,6 +42,12 @@ export class Tabs {
             this.#list.append(tab.element);
         }
         tab.description = description;
+        const isBusy = description.busy !== null;
+        const looks = [name, path, modified, isActive, isBusy, text('tabs.close', name)].join('\n');
+        if (tab.looks === looks) {
+            return; // the current comment has changed, or another document
+        }
+        tab.looks = looks;
         tab.words.textContent = name;
         tab.button.title = path ?? name;
         tab.button.setAttribute('aria-selected', String(isActive));
@@ -52,7 +58,7 @@ export class Tabs {
         tab.button.tabIndex = isActive ? 0 : -1;
         tab.element.classList.toggle('active', isActive);
         tab.element.classList.toggle('modified', modified);
-        tab.element.classList.toggle('busy', description.busy !== null);
+        tab.element.classList.toggle('busy', isBusy);
         tab.close.setAttribute('aria-label', text('tabs.close', name));
         tab.close.title = text('tabs.close', name);
     }
@@ -72,7 +78,7 @@ export class Tabs {
         close.append(icon('close'));
         button.append(words);
         element.append(button, close);
-        const tab = {element, button, words, close, description: null};
+        const tab = {element, button, words, close, description: null, looks: ''};
         button.addEventListener('click', () => this.#actions.activate(tab.description));
         element.addEventListener('auxclick', (event) => {
             if (event.button === 1) {

@@ -29,8 +29,12 @@ export class Toolbar {
         this.#addGap();
         this.#addTools();
         this.#addGap();
-        this.#addButton('edit', () => app.editFocused());
-        this.#addButton('remove', () => app.removeFocused());
+        this.#addButton('edit', () => app.editCurrent());
+        // A key that is held down deletes one comment, not all that follow.
+        this.#addButton('remove', () => app.removeCurrent()).addEventListener(
+            'keydown',
+            (event) => event.repeat && event.preventDefault(),
+        );
         this.update();
         this.translate();
     }
@@ -42,8 +46,8 @@ export class Toolbar {
             save: active !== null && active.modified && active.busy !== 'saving',
             undo: isWritable && Boolean(active.undo),
             redo: isWritable && Boolean(active.redo),
-            edit: isWritable && active.focused !== null,
-            remove: isWritable && active.focused !== null,
+            edit: isWritable && active.current !== null,
+            remove: isWritable && active.current !== null,
         };
         for (const [name, isEnabled] of Object.entries(enabled)) {
             this.#buttons.get(name).setAttribute('aria-disabled', String(!isEnabled));

@@ -149,6 +149,12 @@ export default {
     'reason.path': 'Das Dokument hat noch keinen Pfad; speichern Sie es unter einem Namen.',
     'reason.unsaved': 'Das Dokument hat Änderungen, die nicht gespeichert sind.',
     'reason.changed': 'Das Dokument hat sich inzwischen geändert; es wurde nichts getan.',
+    'reason.no-comment': 'In der Liste ist kein Kommentar hervorgehoben.',
+    'reason.other-comment':
+        'Inzwischen ist ein anderer Kommentar hervorgehoben; es ist nichts geschehen.',
+    'reason.listing': 'Die Kommentare werden noch aufgelistet; es ist nichts geschehen.',
+    'reason.folded':
+        'Die Seite des hervorgehobenen Kommentars ist eingeklappt; es wurde nichts gelöscht.',
     'reason.exists': 'Es gibt schon eine solche Datei.',
     'reason.changed-on-disk':
         'Ein anderes Programm hat die Datei geändert; sie wurde nicht gespeichert.',
@@ -168,6 +174,9 @@ export default {
     'status.faults': 'Die Datei hat Fehler …',
     'status.ending': 'Das Programm wird beendet …',
     'status.goesOn': 'Das Programm läuft weiter',
+    'status.noUndo': 'Es gibt nichts rückgängig zu machen.',
+    'status.noRedo': 'Es gibt nichts zu wiederholen.',
+    'status.noDocument': 'Es ist kein Dokument geöffnet.',
     'status.disconnected': 'Es gibt keine Verbindung zur Werkbank.',
     'banner.waiting': 'Die Verbindung zur Werkbank ist unterbrochen. Es wird weiter versucht …',
     'banner.ended': 'Die Werkbank ist beendet.',
