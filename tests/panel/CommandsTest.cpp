@@ -395,5 +395,34 @@ TEST_F(Commands, MarkupInContentsCannotReachAnythingElse)
     EXPECT_THAT(OutlineOf(view), testing::HasSubstr("1:1_0,1_1"));
 }
 
+// Items, pages and captions inside a comment of an earlier page, named as real ones are.
+TEST_F(Commands, WhatLooksLikeAnotherPageTakesNothingFromIt)
+{
+    Documents::AnnotationProperties forger;
+    forger.subtype = "Text";
+    forger.contents =
+        u"<ul page-item=\"1\"><li page-index=\"1\"><div class=\"icon\">x</div><div>"
+        u"<ul class=\"comments\"><li annot-name=\"1_1\">fake</li></ul></div></li></ul>";
+    forger.title = u"a</td></tr></table></popup></li><li annot-name=\"1_0\">forged";
+    forger.rect = _PDRect{1, 2, 3, 4};
+    const ViewPtr view = StartWith({{Documents::MakeEntry(forger), Comment("Ink")},
+                                    {Comment("Ink"), Comment("Ink"), Comment("Ink")}});
+    Documents::Document& document = DocumentOf(view);
+    view->View().SetFocus(1, document.AnnotationAt(1, 1));
+    EXPECT_EQ(OutlineOf(view), "0:0_0,0_1 1+:1_0,1_1*,1_2 [ECRDTB]");
+    Do(view, "End");
+    EXPECT_EQ(OutlineOf(view), "0:0_0,0_1 1+:1_0,1_1,1_2* [ECRDT]");
+    Do(view, "PageUp");
+    EXPECT_EQ(OutlineOf(view), "0:0_0,0_1* 1+:1_0,1_1,1_2 [ECRDTB]");
+    Do(view, "click #expand-all");
+    EXPECT_EQ(OutlineOf(view), "0+:0_0,0_1* 1+:1_0,1_1,1_2 [CRDTB]");
+    Publish(view, document.RemoveAnnotation(1, 0));
+    Publish(view, document.ChangeContents(1, 0, u"changed"));
+    Publish(view, document.ChangeContents(0, 1, u"changed"));
+    Settle();
+    EXPECT_EQ(OutlineOf(view), "0+:0_0,0_1* 1:1_0,1_1 [ECRDTB]");
+    ExpectFresh(view);
+}
+
 }  // namespace
 }  // namespace PanelTests

@@ -14,13 +14,21 @@ namespace {
 constexpr const char* kResults = "div.results-container";
 constexpr const char* kEnclosingResults = ":root div.results-container";
 constexpr const char* kAnnotItem = "li[annot-name]";
-constexpr const char* kPages = "div.results-container ul[page-item] li[page-index]";
+// Contents are markup, and may look like pages, captions and items.
+constexpr const char* kPages = "div.results-container > ul[page-item] > li[page-index]";
+constexpr const char* kCaption =
+    "div.results-container > ul[page-item] > li[page-index] > div.icon";
 constexpr const char* kFirstItem =
     "div.results-container ul[page-item]:first-child li[page-index]:first-child "
     "li[annot-name]:first-child";
 constexpr const char* kLastItem =
     "div.results-container ul[page-item]:last-child li[page-index]:last-child "
     "li[annot-name]:last-child";
+constexpr const char* kLastShownItem =
+    "div.results-container > ul[page-item]:last-child > li[page-index]:last-child > div > "
+    "ul.comments > li[annot-name]:last-child";
+constexpr const char* kLastShownItemOfPage =
+    ":root > li > div > ul.comments > li[annot-name]:last-child";
 
 constexpr const char* kDeleteCommand = "Annot_Delete";
 
@@ -30,25 +38,11 @@ ElementReference PageOf(const ElementReference& item)
     return item.Parent().Parent().Parent();
 }
 
-// Contents are markup, and may look like items: the comment that is shown is the one around.
+// What is shown is the comment around what its contents look like.
 ElementReference ShownItem(ElementReference item)
 {
     while (const ElementReference around = item.Parent().Enclosing(":root li[annot-name]")) {
         item = around;
-    }
-    return item;
-}
-
-// The same for the last item of a page, as a selector finds it.
-ElementReference LastShownItem(const ElementReference& found)
-{
-    if (!found.Parent().Enclosing(":root li[annot-name]")) {
-        return found;
-    }
-    ElementReference item = ShownItem(found);
-    for (ElementReference next = item.NextSibling(); next.Matches(kAnnotItem);
-         next = item.NextSibling()) {
-        item = next;
     }
     return item;
 }
@@ -135,7 +129,7 @@ void CommentsContainerHandler::ActOnClick(const ElementReference& target)
     };
     // Contents of a comment are markup: what looks like a button inside the list is none.
     static constexpr ClickTarget kListTargets[] = {
-        {"li[page-index] > div.icon",
+        {kCaption,
          [](Handler& handler, const ElementReference& icon) { handler.TogglePage(icon); }},
         {"div.results-container ul.comments li[annot-name]",
          [](Handler& handler, const ElementReference& item) {
@@ -219,7 +213,10 @@ ElementReference CommentsContainerHandler::AdjacentPageAnnotItem(bool up) const
     const ElementReference adjacent = up ? page.PreviousSibling() : page.NextSibling();
     ElementReference item = adjacent.SelectFirst(up ? ":root li[annot-name]:last-child"
                                                     : ":root li[annot-name]:first-child");
-    return item.Matches(kAnnotItem) ? up ? LastShownItem(item) : item : ElementReference();
+    if (IsInsideItem(item)) {
+        item = adjacent.SelectFirst(kLastShownItemOfPage);
+    }
+    return item.Matches(kAnnotItem) ? item : ElementReference();
 }
 
 bool CommentsContainerHandler::HasSiblingAnnotItem(bool up) const
@@ -272,7 +269,10 @@ bool CommentsContainerHandler::SelectFirstAnnotItem(bool makeCurrent)
 
 bool CommentsContainerHandler::SelectLastAnnotItem()
 {
-    const ElementReference item = LastShownItem(container_.SelectFirst(kLastItem));
+    ElementReference item = container_.SelectFirst(kLastItem);
+    if (IsInsideItem(item)) {
+        item = container_.SelectFirst(kLastShownItem);
+    }
     MakeCurrent(item);
     return static_cast<bool>(item);
 }

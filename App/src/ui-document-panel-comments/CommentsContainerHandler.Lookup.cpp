@@ -167,15 +167,21 @@ ElementReference CommentsContainerHandler::FindAnnotItem(std::uint32_t pageIndex
     if (!document) {
         return {};
     }
-    return container_.SelectFirst(AnnotItemSelector(*document.Get(), pageIndex, annotation));
+    const std::string name = ToNarrow(MakeAnnotUniqueName(document.Get(), pageIndex, annotation));
+    ElementReference item = container_.SelectFirst(
+        (boost::format("div.results-container li[annot-name=\"%1%\"]") % name).str());
+    if (IsInsideItem(item)) {
+        item = PageItem(pageIndex).SelectFirst(
+            (boost::format(":root > li > div > ul.comments > li[annot-name=\"%1%\"]") % name)
+                .str());
+    }
+    return item;
 }
 
-std::string CommentsContainerHandler::AnnotItemSelector(BLDocument& document,
-                                                        std::uint32_t pageIndex,
-                                                        const PDFL::Annotation& annotation)
+// Contents are markup, and may look like items and pages: they are none.
+bool CommentsContainerHandler::IsInsideItem(const ElementReference& element)
 {
-    const std::wstring name = MakeAnnotUniqueName(&document, pageIndex, annotation);
-    return (boost::format("div.results-container li[annot-name=\"%1%\"]") % ToNarrow(name)).str();
+    return static_cast<bool>(element.Parent().Enclosing(":root li[annot-name]"));
 }
 
 ElementReference CommentsContainerHandler::CurrentItem() const

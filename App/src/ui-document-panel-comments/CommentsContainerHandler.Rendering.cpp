@@ -285,6 +285,22 @@ void WriteWithBreaks(std::wstring_view source, std::wstring& text)
     }
 }
 
+// Keeps a text of the tooltip inside the tooltip: whatever else it holds, an engine closes the
+// tooltip, and with it the item, at its end tag alone. What is shown stays as it was written.
+void KeepInTooltip(std::wstring& text)
+{
+    constexpr std::wstring_view kEnd = L"</popup";
+    const auto isSame = [](wchar_t left, wchar_t right) {
+        return left == right || (left >= L'A' && left <= L'Z' && left + (L'a' - L'A') == right);
+    };
+    for (std::size_t at = text.find(L'<'); at != text.npos; at = text.find(L'<', at + 1)) {
+        const std::wstring_view rest = std::wstring_view(text).substr(at, kEnd.size());
+        if (std::equal(rest.begin(), rest.end(), kEnd.begin(), kEnd.end(), isSame)) {
+            text.replace(at, 1, L"&lt;");
+        }
+    }
+}
+
 // Calls `render` with the index of each page, while the rendering is wanted, and the share of the
 // document, above 0 to 1, that is done with it.
 template <class Render>
@@ -468,15 +484,19 @@ void CommentsContainerHandler::AppendAnnotTooltip(Rendering& rendering, const Re
         rendering.scratch;
     annotation.ReadTitle(title);
     annotation.ReadSubject(subject);
+    for (std::wstring* const value : {&title, &subject}) {
+        if (value->empty()) {
+            *value = kind.displayName;
+        }
+        KeepInTooltip(*value);
+    }
     WriteAnnotDate(annotation.CreationDate(), rendering.dateFormat, created);
     WriteAnnotDate(annotation.ModificationDate(), rendering.dateFormat, modified);
 
     TemplatesPreprocessor& preprocessor = rendering.templates->tooltip;
     preprocessor.ChangeRule(kTooltipId, TemplateAction::kReplace, tooltipId);
-    preprocessor.ChangeRule(kTitle, TemplateAction::kReplace,
-                            title.empty() ? kind.displayName : title);
-    preprocessor.ChangeRule(kSubject, TemplateAction::kReplace,
-                            subject.empty() ? kind.displayName : subject);
+    preprocessor.ChangeRule(kTitle, TemplateAction::kReplace, title);
+    preprocessor.ChangeRule(kSubject, TemplateAction::kReplace, subject);
     ChangeDateRules(preprocessor, kCreatedRow, rendering.createdLabel, created);
     ChangeDateRules(preprocessor, kModifiedRow, rendering.modifiedLabel, modified);
     preprocessor.AppendTo(target);

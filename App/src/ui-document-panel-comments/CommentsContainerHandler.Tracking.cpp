@@ -41,7 +41,7 @@ std::string InPlace(std::wstring_view html)
 
 std::string PageItemSelector(std::uint32_t pageIndex)
 {
-    return "div.results-container ul[page-item=\"" + std::to_string(pageIndex) + "\"]";
+    return "ul[page-item=\"" + std::to_string(pageIndex) + "\"]";
 }
 
 }  // namespace
@@ -57,6 +57,8 @@ struct CommentsContainerHandler::Loading {
     // Written by the worker before the completion is posted, read after that.
     std::string html;            // UTF-8
     std::exception_ptr failure;  // null: rendered
+    // Set by the worker when the host does not take the completion.
+    std::atomic<bool> refused = false;
 
     // Runs on the worker.
     void Render() noexcept
@@ -157,10 +159,12 @@ void CommentsContainerHandler::LoadResults()
     loading_->document = std::move(document);
     queue_->Add([loading = loading_] {
         loading->Render();
+        bool taken = false;
         SODetails::RunEventTask(kLoadName, [&] {
-            UIThreadDispatcher::PostTo(loading->thread.Get(),
-                                       [loading] { Loading::Complete(loading); });
+            taken = UIThreadDispatcher::PostTo(loading->thread.Get(),
+                                               [loading] { Loading::Complete(loading); });
         });
+        loading->refused.store(!taken);
     });
 }
 
@@ -252,6 +256,9 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation, std:
     }
     if (loading_) {
         touchedPages_.insert(pageIndex);  // applied when the list lands
+        if (const auto waiting = loading_; waiting->refused.load()) {
+            Loading::Complete(waiting);
+        }
         return;
     }
     const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
@@ -364,7 +371,12 @@ void CommentsContainerHandler::RenewItem(const ElementReference& item, std::wstr
 
 ElementReference CommentsContainerHandler::PageItem(std::uint32_t pageIndex) const
 {
-    return container_.SelectFirst(PageItemSelector(pageIndex));
+    const std::string selector = PageItemSelector(pageIndex);
+    ElementReference page = container_.SelectFirst("div.results-container " + selector);
+    if (IsInsideItem(page)) {
+        page = container_.SelectFirst("div.results-container > " + selector);
+    }
+    return page;
 }
 
 void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
@@ -378,7 +390,7 @@ void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
     const std::string html = InPlace(RenderPageItem(rendering, pageIndex));
     const ElementReference present = PageItem(pageIndex);
     if (present && html.empty()) {
-        container_.SelectAll(PageItemSelector(pageIndex)).Delete();
+        container_.SelectAll("div.results-container > " + PageItemSelector(pageIndex)).Delete();
     } else if (present) {
         present.SetHtml(html, HtmlPosition::kReplaceWhole);
     } else if (!html.empty()) {

@@ -215,8 +215,8 @@ private:
     void RefreshNoItemsMessage();
     ElementReference PageItem(std::uint32_t pageIndex) const;
 
-    static std::string AnnotItemSelector(BLDocument& document, std::uint32_t pageIndex,
-                                         const PDFL::Annotation& annotation);
+    // Whether an element belongs to what a comment says.
+    static bool IsInsideItem(const ElementReference& element);
     ElementReference CurrentItem() const;
     ElementReference SiblingAnnotItem(bool up) const;
     ElementReference AdjacentPageAnnotItem(bool up) const;

@@ -41,6 +41,10 @@ bool AttributeCollector::AddPointedClasses(std::string_view written)
 
 void AttributeCollector::AddClass(std::string_view word)
 {
+    constexpr std::size_t kMostClasses = 512;
+    if (classes_.size() == kMostClasses) {
+        return;
+    }
     const Atom value = tree_.Atoms().Acquire(word);
     const auto same = [&](const AttributeEntry& entry) { return entry.value == value; };
     if (std::any_of(classes_.begin(), classes_.end(), same)) {

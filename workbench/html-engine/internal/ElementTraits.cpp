@@ -120,7 +120,7 @@ constexpr auto kElements = std::to_array<KnownElement>({
     {"rb", kRuby},
     {"rp", kRuby},
     {"rt", kRuby},
-    {"rtc", kRuby},
+    {"rtc", kRubyContainer | kOptionalEnd},
     {"ruby"},
     {"s"},
     {"samp"},

@@ -31,6 +31,7 @@ constexpr ElementTraits kTableColumn = 1U << 11;
 constexpr ElementTraits kOption = 1U << 12;
 constexpr ElementTraits kOptionGroup = 1U << 13;
 constexpr ElementTraits kRubyText = 1U << 14;
+constexpr ElementTraits kRubyContainer = 1U << 24;
 /// Its content is text up to its end tag.
 constexpr ElementTraits kRawText = 1U << 15;
 /// The same, with character references.

@@ -427,6 +427,10 @@ void MarkupReader::EndImplied(ElementTraits traits)
     if ((traits & (kListItem | kDefinition | kRubyText)) != 0) {
         endIf(traits & (kListItem | kDefinition | kRubyText));
     }
+    if ((traits & kRubyContainer) != 0) {
+        endIf(kRubyText);
+        endIf(kRubyContainer);
+    }
     if ((traits & (kOption | kOptionGroup)) != 0) {
         endIf(kOption);
     }

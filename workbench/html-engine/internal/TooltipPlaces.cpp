@@ -38,13 +38,14 @@ std::size_t TooltipPlaces::Beginning(std::string_view id, std::size_t from)
 
 std::size_t TooltipPlaces::End(std::string_view owner, std::size_t from)
 {
-    if (from >= endSearchedFrom_ && from <= end_) {
+    if (owner == endOwner_ && from >= endSearchedFrom_ && from <= end_) {
         return end_;
     }
     std::size_t at = html_.find(kClosing, from);
     while (at != kNowhere && !IsEndTagNext(owner, at + kClosing.size())) {
         at = html_.find(kClosing, at + 1);
     }
+    endOwner_ = owner;
     endSearchedFrom_ = from;
     end_ = at;
     return at;

@@ -35,7 +35,8 @@ private:
     bool isSearched_ = false;
     /// Ids and places, sorted.
     std::vector<std::pair<std::string_view, std::size_t>> beginnings_;
-    /// What End found last, and from where.
+    /// What End found last, for which name and from where.
+    std::string_view endOwner_;
     std::size_t endSearchedFrom_ = 1;
     std::size_t end_ = 0;
 };
