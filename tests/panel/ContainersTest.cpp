@@ -153,11 +153,11 @@ TEST_F(Containers, EventsOfAForeignThreadAreActedOnInTheirOrder)
         Fire<Collection::OnDocumentViewActivated>(first);
     }).join();
     EXPECT_EQ(CountMatches(kAnyContainer), 0u) << "nothing is done on that thread";
+    Fire<Collection::OnDocumentViewDestroyed>(second);  // overtakes none of them
     Settle();
-    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
     EXPECT_THAT(Shown(), ElementsAre(KeyOf(first)));
     ExpectFresh(first);
-    ExpectFresh(second);
 }
 
 TEST_F(Containers, AChildFrameBringsItsDocuments)
@@ -261,9 +261,24 @@ TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
     EXPECT_EQ(CountMatches(kAnyContainer), 1u);
 }
 
-TEST_F(Containers, AHandlerThatCouldNotBeSentForComesWithTheNextEvent)
+TEST_F(Containers, AHandlerThatCouldNotBeSentForOrAttachedComesWithTheNextEvent)
 {
     const ViewPtr view = StartWith(FivePages());
+    using Engine = UIHtmlEngine;
+    auto& engine = *reinterpret_cast<SODetails::ServiceObjectTable<Engine>*>(host.Engine());
+    MethodEntry& attach = engine.methods[Engine::AttachHandler::kSlot];
+    const Engine::AttachHandler::Function refuse = [](Engine* self, HtmlElementHandle, UIHandler*) {
+        return CallMethodUnchecked<Engine::DeleteElement>(self, nullptr).code;  // fails
+    };
+    const MethodEntry sound = std::exchange(attach, reinterpret_cast<MethodEntry>(refuse));
+    const ViewPtr refused = Open(MakeDocument({{Comment("Stamp")}}));
+    EXPECT_EQ(OutlineOf(refused), "[ECRDTB]") << "as the template has it";
+    attach = sound;
+    host.Collection().Activate(view);
+    Settle();
+    EXPECT_EQ(OutlineOf(refused), "0:0_0* [ECRD]");
+    TakeError();
+
     BasicServiceObjectPtr<ServiceObject> service;
     ServiceProviderGetServiceObject(AtomService::Resolve(UIService::kName), service.Receive());
     BasicServiceObjectPtr<UIThread> thread;
@@ -271,8 +286,8 @@ TEST_F(Containers, AHandlerThatCouldNotBeSentForComesWithTheNextEvent)
                                            host.State().loop.ThreadId(), thread.Receive());
     const std::uint32_t whole = std::exchange(thread->methodTableSize, 8u);
     const ViewPtr late = Open(MakeDocument({{Comment("Ink")}}));
-    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
-    EXPECT_EQ(OutlineOf(late), "[ECRDTB]") << "as the template has it";
+    EXPECT_EQ(CountMatches(kAnyContainer), 3u);
+    EXPECT_EQ(OutlineOf(late), "[ECRDTB]");
     thread->methodTableSize = whole;
     host.Collection().Activate(view);
     Settle();

@@ -307,8 +307,11 @@ void CommentsPanelHandler::RunOnUIThread(const char* name, std::function<void()>
         // The handler may be dying on another thread while its event runs here: a reference is only
         // taken where it still lives.
         WeakServiceObjectPtr<CommentsPanelHandler> self(this);
-        if (!dispatcher_.IsUIThread()) {
-            dispatcher_.Post([weak = std::move(self), name, run = std::move(task)] {
+        // An event of the UI thread does not overtake those that other threads have posted.
+        if (!dispatcher_.IsUIThread() || waiting_.use_count() > 1) {
+            dispatcher_.Post([weak = std::move(self), name, run = std::move(task),
+                              waiting = waiting_]() mutable {
+                waiting.reset();  // what this event leads to need not wait for it
                 if (const auto handler = weak.Lock()) {
                     handler->RunTask(name, run);
                 }

@@ -10,6 +10,7 @@
 #include "ui-engine/internal/DocumentViewObserverBase.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -64,8 +65,8 @@ private:
         Attaching attaching = Attaching::kNotPosted;
     };
 
-    // Runs `task` on the UI thread, now or posted, with this handler kept alive while it runs;
-    // failures end it. A dying handler runs nothing. [any-thread]
+    // Runs `task` on the UI thread, now or posted after what is waiting, with this handler kept
+    // alive while it runs; failures end it. A dying handler runs nothing. [any-thread]
     void RunOnUIThread(const char* name, std::function<void()> task);
     // As above, on the UI thread and with the handler held by the caller.
     void RunTask(const char* name, const std::function<void()>& task);
@@ -115,6 +116,8 @@ private:
     std::vector<Collection> ChildCollections() const;
 
     UIThreadDispatcher dispatcher_;
+    // Held by every posted event that waits.
+    const std::shared_ptr<const char> waiting_ = std::make_shared<const char>('\0');
     bool isDetached_ = false;  // was attached, and is not any more
     ElementReference root_;
     Collection collection_;
