@@ -22,7 +22,7 @@ using testing::ElementsAre;
 
 using Collection = UIDocumentsCollection;
 
-constexpr const char* kAnyContainer = ".panel-content[doc-view-addr]";
+constexpr const char* kAnyContainer = "body > .panel-content[doc-view-addr]";
 
 class Containers : public PanelTest {
 protected:
@@ -153,11 +153,11 @@ TEST_F(Containers, EventsOfAForeignThreadAreActedOnInTheirOrder)
         Fire<Collection::OnDocumentViewActivated>(first);
     }).join();
     EXPECT_EQ(CountMatches(kAnyContainer), 0u) << "nothing is done on that thread";
+    Fire<Collection::OnDocumentViewDestroyed>(second);  // overtakes none of them
     Settle();
-    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
     EXPECT_THAT(Shown(), ElementsAre(KeyOf(first)));
     ExpectFresh(first);
-    ExpectFresh(second);
 }
 
 TEST_F(Containers, AChildFrameBringsItsDocuments)
@@ -192,7 +192,8 @@ TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
     const ViewPtr shared = Open(MakeDocument({{Comment("Ink")}}));
     const ViewPtr lent = Open(MakeDocument({{Comment("Ink")}}));
     const auto child = UIDocumentsCollectionObject::Make(state);
-    const ViewPtr inChild = MakeView(MakeDocument({{Comment("Stamp")}}));
+    const ViewPtr inChild = MakeView(MakeDocument(
+        {{Comment("Stamp", u"<div class=\"panel-content\" doc-view-addr=\"7\">is none</div>")}}));
     child->Add(inChild);
     child->Add(lent);
     host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(child).Get());
@@ -202,6 +203,7 @@ TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
     other->Add(shared);
     other->Add(fresh);
     other->Activate(fresh);
+    const auto idle = UIDocumentsCollectionObject::Make(state);
 
     UIDocumentsCollectionObject& first = host.Collection();
     struct Row {
@@ -216,6 +218,7 @@ TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
         {"another", other.Get(), &first, {shared, fresh, lent, inChild}, fresh},
         {"that of the child frame", child.Get(), other.Get(), {lent, inChild}, inChild},
         {"the first again", &first, other.Get(), {own, shared, lent, inChild}, lent},
+        {"with no active view", idle.Get(), &first, {lent, inChild}, nullptr},
     };
     child->Activate(inChild);
     for (const Row& row : rows) {
@@ -225,7 +228,8 @@ TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
         Settle();
         EXPECT_EQ(CountMatches(kAnyContainer), row.views.size());
         EXPECT_EQ(host.Panel().AttachedHandlerCount(), row.views.size() + 1);
-        EXPECT_THAT(Shown(), ElementsAre(KeyOf(row.active)));
+        EXPECT_EQ(Shown(),
+                  row.active ? std::vector{KeyOf(row.active)} : std::vector<std::string>());
         for (const ViewPtr& view : row.views) {
             ExpectFresh(view);
         }
@@ -244,11 +248,37 @@ TEST_F(Containers, AnotherCollectionTakesThePlaceOfTheFormerOneAlone)
         child->Close(late);
         EXPECT_EQ(CountMatches(kAnyContainer), row.views.size());
     }
+
+    // One view in two collections: what the one shows or has is not the other's to hide or remove.
+    child->Activate(lent);
+    idle->Add(lent);
+    host.State().Fire(idle->Event<Collection::OnDocumentViewDeactivated>(), lent->AsInterface());
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(lent)));
+    child->Close(lent);
+    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+    EXPECT_THAT(Shown(), ElementsAre(KeyOf(inChild)));
+    idle->Close(lent);
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
 }
 
-TEST_F(Containers, AHandlerThatCouldNotBeSentForComesWithTheNextEvent)
+TEST_F(Containers, AHandlerThatCouldNotBeSentForOrAttachedComesWithTheNextEvent)
 {
     const ViewPtr view = StartWith(FivePages());
+    using Engine = UIHtmlEngine;
+    auto& engine = *reinterpret_cast<SODetails::ServiceObjectTable<Engine>*>(host.Engine());
+    MethodEntry& attach = engine.methods[Engine::AttachHandler::kSlot];
+    const Engine::AttachHandler::Function refuse = [](Engine* self, HtmlElementHandle, UIHandler*) {
+        return CallMethodUnchecked<Engine::DeleteElement>(self, nullptr).code;  // fails
+    };
+    const MethodEntry sound = std::exchange(attach, reinterpret_cast<MethodEntry>(refuse));
+    const ViewPtr refused = Open(MakeDocument({{Comment("Stamp")}}));
+    EXPECT_EQ(OutlineOf(refused), "[ECRDTB]") << "as the template has it";
+    attach = sound;
+    host.Collection().Activate(view);
+    Settle();
+    EXPECT_EQ(OutlineOf(refused), "0:0_0* [ECRD]");
+    TakeError();
+
     BasicServiceObjectPtr<ServiceObject> service;
     ServiceProviderGetServiceObject(AtomService::Resolve(UIService::kName), service.Receive());
     BasicServiceObjectPtr<UIThread> thread;
@@ -256,8 +286,8 @@ TEST_F(Containers, AHandlerThatCouldNotBeSentForComesWithTheNextEvent)
                                            host.State().loop.ThreadId(), thread.Receive());
     const std::uint32_t whole = std::exchange(thread->methodTableSize, 8u);
     const ViewPtr late = Open(MakeDocument({{Comment("Ink")}}));
-    EXPECT_EQ(CountMatches(kAnyContainer), 2u);
-    EXPECT_EQ(OutlineOf(late), "[ECRDTB]") << "as the template has it";
+    EXPECT_EQ(CountMatches(kAnyContainer), 3u);
+    EXPECT_EQ(OutlineOf(late), "[ECRDTB]");
     thread->methodTableSize = whole;
     host.Collection().Activate(view);
     Settle();
@@ -268,6 +298,11 @@ TEST_F(Containers, AttachedAgainThePanelHasOneContainerForEachView)
 {
     const ViewPtr view = StartWith(FivePages());
     const ViewPtr closed = Open(MakeDocument({{Comment("Ink")}}));
+    const auto child = UIDocumentsCollectionObject::Make(state);
+    const ViewPtr inChild = MakeView(MakeDocument({{Comment("Stamp")}}));
+    child->Add(inChild);
+    host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(child).Get());
+    Settle();
     UIElement body{};
     CallMethod<UIHandler::GetElementAttachedTo>(host.PanelHandler(), &body);
     for (const bool isDetached : {true, false}) {
@@ -278,10 +313,11 @@ TEST_F(Containers, AttachedAgainThePanelHasOneContainerForEachView)
         CallMethod<UIHandler::Attached>(host.PanelHandler(), host.Window(), &body);
         host.HandOverDocuments();
         Settle();
-        EXPECT_EQ(CountMatches(kAnyContainer), 1u);
-        EXPECT_EQ(host.Panel().AttachedHandlerCount(), 2u);
+        EXPECT_EQ(CountMatches(kAnyContainer), 2u);
+        EXPECT_EQ(host.Panel().AttachedHandlerCount(), 3u);
         EXPECT_THAT(Shown(), ElementsAre(KeyOf(view)));
         ExpectFresh(view);
+        ExpectFresh(inChild);
     }
 }
 
@@ -431,8 +467,13 @@ TEST_F(Containers, AKeyIsTheLowHalfOfTheAddressAsASignedNumber)
     EXPECT_THAT(Shown(), ElementsAre("-1879048192", "-1879048192"));
     fire(destroyed, first);
     EXPECT_EQ(CountMatches(kAnyContainer), 0u);
+    fire(created, first);
+    first.Reset();  // unheard; the next view with its key has a container of its own
+    const std::size_t attached = host.Panel().AttachedHandlerCount();
+    fire(created, second);
+    EXPECT_EQ(CountMatches(kAnyContainer), 1u);
+    EXPECT_EQ(host.Panel().AttachedHandlerCount(), attached);
     fire(destroyed, second);
-    first.Reset();
     second.Reset();
     for (void* const place : places) {
 #if defined(_WIN32)

@@ -82,6 +82,7 @@ ResultCode CommentsPanelHandler::Attached(UIWnd& window, const UIElement& elemen
     containers_.clear();
     SODetails::RunEventTask("CommentsPanelHandler::Attached",
                             [this] { dispatcher_.EnsureStarted(); });
+    SODetails::RunEventTask("CommentsPanelHandler::Attached", [this] { PostPendingCollection(); });
     // Of collections that came before the panel had its element.
     SODetails::RunEventTask("CommentsPanelHandler::Attached", [this] { SynchroniseWithViews(); });
     return kResultOk;
@@ -94,8 +95,9 @@ ResultCode CommentsPanelHandler::Detached()
     selection_.Reset();
     root_ = {};
     collection_.Reset();
+    pending_.Reset();
+    shownFor_ = 0;
     containers_.clear();
-    childCollections_.clear();
     dispatcher_.Detach();
     isDetached_ = true;
     return kResultOk;
@@ -106,13 +108,23 @@ void CommentsPanelHandler::SetDocumentsCollection(UIDocumentsCollection* collect
     if (collection == nullptr || isDetached_) {
         return;
     }
+    pending_ = Collection::Retain(collection);
     dispatcher_.EnsureStarted();
-    // The caller holds the handler, so that the task may hold it too.
-    dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
-                      held = Collection::Retain(collection)] {
-        self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
-                      [&] { self->AdoptCollection(held.Get()); });
-    });
+    PostPendingCollection();
+}
+
+void CommentsPanelHandler::PostPendingCollection()
+{
+    if (!pending_) {
+        return;
+    }
+    if (dispatcher_.Post(
+            [self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this), held = pending_] {
+                self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
+                              [&] { self->AdoptCollection(held.Get()); });
+            })) {
+        pending_.Reset();
+    }
 }
 
 void CommentsPanelHandler::TryAgain()
@@ -126,6 +138,7 @@ void CommentsPanelHandler::TryAgain()
     }
     SODetails::RunEventTask("CommentsPanelHandler::TryAgain", [&] {
         dispatcher_.EnsureStarted();
+        PostPendingCollection();
         for (const View& view : waiting) {
             PostAttaching(view.Get());
         }
@@ -137,12 +150,24 @@ void CommentsPanelHandler::AdoptCollection(UIDocumentsCollection* collection)
     // A host without its main frame still has its documents.
     SODetails::RunEventTask("CommentsPanelHandler::SetDocumentsCollection",
                             [this] { ObserveHostMainFrame(); });
-    const Collection former = std::exchange(collection_, Collection::Retain(collection));
-    const Source formerSource = former ? SourceOf(former.Get()) : 0;
-    ObserveCollection(collection);
-    if (former && former != collection_ && !IsOfChildFrame(former)) {
-        StopObservingCollection(formerSource);
-        RemoveContainersOf(formerSource);
+    const Source former = collection_ ? SourceOf(collection_.Get()) : 0;
+    // Released before it is asked which child frames' collections live.
+    collection_ = Collection::Retain(collection);
+    const Source source = ObserveCollection(collection);
+    if (former != source) {
+        if (!IsOfChildFrame(CollectionOf(former))) {
+            StopObservingCollection(former);
+        }
+        const View shown = ObservedView();
+        if (shown && (shownFor_ == former || shownFor_ == source)) {
+            DeactivateContainer(shown.Get());
+        }
+    }
+    for (const Collection& child : ChildCollections()) {
+        if (SourceOf(child.Get()) == 0) {  // known since before the handler was detached
+            SODetails::RunEventTask("CommentsPanelHandler::SetDocumentsCollection",
+                                    [&] { ObserveCollection(child.Get()); });
+        }
     }
     SynchroniseWithViews();
 }
@@ -168,6 +193,7 @@ void CommentsPanelHandler::SynchroniseWithViews()
     }
     // A step that fails leaves the others standing.
     constexpr const char* kName = "CommentsPanelHandler::SynchroniseWithViews";
+    SODetails::RunEventTask(kName, [this] { RemoveForlornContainers(); });
     SODetails::RunEventTask(kName, [this] { RemoveStrayContainers(); });
     SODetails::RunEventTask(kName, [this] { CreateContainersOf(collection_.Get()); });
     for (const Collection& child : ChildCollections()) {
@@ -177,7 +203,7 @@ void CommentsPanelHandler::SynchroniseWithViews()
         BasicServiceObjectPtr<UIDocumentView> active;
         CallMethod<UIDocumentsCollection::GetActiveView>(collection_.Get(), active.Receive());
         if (const View view = ViewObject(active.Get())) {
-            ActivateContainer(view.Get());
+            ActivateContainer(view.Get(), SourceOf(collection_.Get()));
         }
     });
     SODetails::RunEventTask(kName, [this] {
@@ -197,42 +223,81 @@ void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
     }
 }
 
-void CommentsPanelHandler::RemoveContainersOf(Source source)
+bool CommentsPanelHandler::IsForlorn(const Container& container) const
 {
-    constexpr const char* kName = "CommentsPanelHandler::RemoveContainersOf";
+    return !container.view.Lock() || !CollectionOf(container.source);
+}
+
+void CommentsPanelHandler::RemoveForlornContainers()
+{
+    constexpr const char* kName = "CommentsPanelHandler::RemoveForlornContainers";
+    const auto isForlorn = [this](const Container& known) { return IsForlorn(known); };
+    if (std::none_of(containers_.begin(), containers_.end(), isForlorn)) {
+        return;
+    }
     std::vector<Collection> remaining = ChildCollections();
-    remaining.push_back(collection_);
-    std::vector<View> kept;
+    if (collection_) {
+        remaining.push_back(collection_);
+    }
     for (const Collection& collection : remaining) {
         SODetails::RunEventTask(kName, [&] {
-            for (View& view : ViewObjectsOf(collection.Get())) {
-                kept.push_back(std::move(view));
+            for (const View& view : ViewObjectsOf(collection.Get())) {
+                if (Container* const known = ContainerOf(view.Get())) {
+                    known->source = SourceOf(collection.Get());
+                }
             }
         });
     }
     std::vector<std::pair<View, std::string>> removed;
-    for (const Container& container : containers_) {
-        View view = container.view.Lock();
-        if (container.source == source && std::find(kept.begin(), kept.end(), view) == kept.end()) {
-            removed.emplace_back(std::move(view), container.key);
+    for (const Container& known : containers_) {
+        if (IsForlorn(known)) {
+            removed.emplace_back(known.view.Lock(), known.key);
         }
     }
     for (const auto& container : removed) {
         StopObservingView(container.first.Get());
-        SODetails::RunEventTask(kName, [&] { RemoveContainers(container.second); });
+        SODetails::RunEventTask(kName, [&] { RemoveIfForlorn(container.second); });
+    }
+}
+
+void CommentsPanelHandler::RemoveIfForlorn(const std::string& key)
+{
+    bool isKnown = false;
+    for (const Container& known : containers_) {
+        if (known.key == key) {
+            if (!IsForlorn(known)) {
+                return;
+            }
+            isKnown = true;
+        }
+    }
+    if (isKnown) {
+        RemoveContainers(key);
     }
 }
 
 void CommentsPanelHandler::RemoveStrayContainers()
 {
-    const ElementSet all = root_.SelectAll(kAllContainers);
-    for (const UIElement& element : all.Elements()) {
-        const ElementReference container = root_.SameWindow(element.handle);
+    ForEachContainer([this](const ElementReference& container) {
         const std::wstring key = container.Attribute("doc-view-addr");
         if (std::none_of(containers_.begin(), containers_.end(),
                          [&](const Container& known) { return FromAscii(known.key) == key; })) {
             container.Delete();
         }
+    });
+}
+
+void CommentsPanelHandler::ForEachContainer(
+    const std::function<void(const ElementReference&)>& step) const
+{
+    const ElementSet all = root_.SelectAll(kAllContainers);
+    for (const UIElement& element : all.Elements()) {
+        SODetails::RunEventTask("CommentsPanelHandler::ForEachContainer", [&] {
+            const ElementReference container = root_.SameWindow(element.handle);
+            if (!container.Parent().Enclosing(kAllContainers)) {
+                step(container);
+            }
+        });
     }
 }
 
@@ -242,8 +307,11 @@ void CommentsPanelHandler::RunOnUIThread(const char* name, std::function<void()>
         // The handler may be dying on another thread while its event runs here: a reference is only
         // taken where it still lives.
         WeakServiceObjectPtr<CommentsPanelHandler> self(this);
-        if (!dispatcher_.IsUIThread()) {
-            dispatcher_.Post([weak = std::move(self), name, run = std::move(task)] {
+        // An event of the UI thread does not overtake those that other threads have posted.
+        if (!dispatcher_.IsUIThread() || waiting_.use_count() > 1) {
+            dispatcher_.Post([weak = std::move(self), name, run = std::move(task),
+                              waiting = waiting_]() mutable {
+                waiting.reset();  // what this event leads to need not wait for it
                 if (const auto handler = weak.Lock()) {
                     handler->RunTask(name, run);
                 }
@@ -286,19 +354,30 @@ void CommentsPanelHandler::OnDocumentViewCreated(Source source, UIDocumentView* 
 void CommentsPanelHandler::OnDocumentViewActivated(Source source, UIDocumentView* view)
 {
     RunForView("CommentsPanelHandler::OnDocumentViewActivated", source, view,
-               [this](BLDocumentView* object) { ActivateContainer(object); });
+               [this, source](BLDocumentView* object) { ActivateContainer(object, source); });
 }
 
 void CommentsPanelHandler::OnDocumentViewDeactivated(Source source, UIDocumentView* view)
 {
     RunForView("CommentsPanelHandler::OnDocumentViewDeactivated", source, view,
-               [this](BLDocumentView* object) { DeactivateContainer(object); });
+               [this, source](BLDocumentView* object) {
+                   // What another collection shows is not this one's to hide.
+                   if (shownFor_ == source || ObservedView().Get() != object ||
+                       !Has(shownFor_, object)) {
+                       DeactivateContainer(object);
+                   }
+               });
 }
 
 void CommentsPanelHandler::OnDocumentViewDestroyed(Source source, UIDocumentView* view)
 {
     RunForView("CommentsPanelHandler::OnDocumentViewDestroyed", source, view,
-               [this](BLDocumentView* object) { DestroyContainer(object); });
+               [this, source](BLDocumentView* object) {
+                   const Container* const known = ContainerOf(object);
+                   if (known == nullptr || known->source == source || !Has(known->source, object)) {
+                       DestroyContainer(object);
+                   }
+               });
 }
 
 void CommentsPanelHandler::OnChildDocumentFrameCreated(UIDocumentFrame* frame)
@@ -314,9 +393,21 @@ void CommentsPanelHandler::OnChildDocumentFrameCreated(UIDocumentFrame* frame)
                       childCollections_.emplace_back(collection.Get());
                       if (collection != collection_) {
                           ObserveCollection(collection.Get());
+                          RemoveForlornContainers();
                           CreateContainersOf(collection.Get());
                       }
                   });
+}
+
+bool CommentsPanelHandler::Has(Source source, BLDocumentView* view) const
+{
+    const Collection collection = CollectionOf(source);
+    if (!collection) {
+        return false;
+    }
+    const std::vector<View> views = ViewObjectsOf(collection.Get());
+    return std::any_of(views.begin(), views.end(),
+                       [view](const View& listed) { return listed.Get() == view; });
 }
 
 bool CommentsPanelHandler::IsOfChildFrame(const Collection& collection) const
@@ -344,18 +435,24 @@ CommentsPanelHandler::Container* CommentsPanelHandler::ContainerOf(BLDocumentVie
     return found == containers_.end() ? nullptr : &*found;
 }
 
-void CommentsPanelHandler::OnSbSViewActivated(UIDocumentViewSbS* view)
+void CommentsPanelHandler::OnSbSViewActivated(Source source, UIDocumentViewSbS* view)
 {
     RunOnUIThread("CommentsPanelHandler::OnSbSViewActivated",
-                  [this, held = BasicServiceObjectPtr<UIDocumentViewSbS>::Retain(view)] {
-                      sideBySideView_ = WeakServiceObjectPtr<UIDocumentViewSbS>(held.Get());
+                  [this, source, held = BasicServiceObjectPtr<UIDocumentViewSbS>::Retain(view)] {
+                      if (IsObserved(source)) {
+                          sideBySideView_ = WeakServiceObjectPtr<UIDocumentViewSbS>(held.Get());
+                      }
                   });
 }
 
-void CommentsPanelHandler::OnSbSViewDeactivated(UIDocumentViewSbS*)
+void CommentsPanelHandler::OnSbSViewDeactivated(Source source, UIDocumentViewSbS* view)
 {
     RunOnUIThread("CommentsPanelHandler::OnSbSViewDeactivated",
-                  [this] { sideBySideView_.Reset(); });
+                  [this, source, held = BasicServiceObjectPtr<UIDocumentViewSbS>::Retain(view)] {
+                      if (IsObserved(source) && sideBySideView_.Lock() == held) {
+                          sideBySideView_.Reset();
+                      }
+                  });
 }
 
 void CommentsPanelHandler::OnSelectionChanged(BLSelection* selection)
@@ -386,6 +483,7 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
     CallMethod<BLDocumentView::GetViewNumber>(view, &viewNumber);
 
     const std::string key = ContainerKey(view);
+    RemoveIfForlorn(key);  // of a view that died unheard at the same address
     const std::wstring address = FromAscii(key);
     const std::wstring reply = LocalizedString(L"REPLY");
     const std::wstring remove = LocalizedString(L"DELETE");
@@ -412,12 +510,7 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
 
 void CommentsPanelHandler::PostAttaching(BLDocumentView* view)
 {
-    const auto note = [this, view](Attaching attaching) {
-        if (Container* const container = ContainerOf(view)) {
-            container->attaching = attaching;
-        }
-    };
-    note(Attaching::kPosted);
+    NoteAttaching(view, Attaching::kPosted);
     try {
         // Only called while the handler is held.
         if (!dispatcher_.Post([self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
@@ -428,10 +521,10 @@ void CommentsPanelHandler::PostAttaching(BLDocumentView* view)
                     }
                 });
             })) {
-            note(Attaching::kNotPosted);
+            NoteAttaching(view, Attaching::kNotPosted);
         }
     } catch (...) {
-        note(Attaching::kNotPosted);
+        NoteAttaching(view, Attaching::kNotPosted);
         throw;
     }
 }
@@ -442,20 +535,35 @@ void CommentsPanelHandler::AttachContainerHandler(BLDocumentView* view)
     if (container == nullptr || container->attaching == Attaching::kDone) {
         return;
     }
-    container->attaching = Attaching::kDone;
-    const std::string key = container->key;  // the host may lead to a change of the containers
-    const ElementSet containers = ContainersWithKey(key);
-    if (containers.IsEmpty()) {
-        return;
+    // The host may lead to a change of the containers.
+    const std::string key = container->key;
+    try {
+        const ElementSet containers = ContainersWithKey(key);
+        if (!containers.IsEmpty()) {
+            const auto handler =
+                SODetails::ServiceObjectCppTheConcrete<CommentsContainerHandler>::Create(*view);
+            root_.SameWindow(containers.Elements().front().handle)
+                .AttachHandler(handler->AsInterface());
+        }
+    } catch (...) {
+        NoteAttaching(view, Attaching::kNotPosted);
+        throw;
     }
-    const auto handler =
-        SODetails::ServiceObjectCppTheConcrete<CommentsContainerHandler>::Create(*view);
-    root_.SameWindow(containers.Elements().front().handle).AttachHandler(handler->AsInterface());
+    NoteAttaching(view, Attaching::kDone);
 }
 
-void CommentsPanelHandler::ActivateContainer(BLDocumentView* view)
+void CommentsPanelHandler::NoteAttaching(BLDocumentView* view, Attaching attaching)
 {
-    root_.SelectAll(kAllContainers).Collapse();
+    if (Container* const container = ContainerOf(view)) {
+        container->attaching = attaching;
+    }
+}
+
+void CommentsPanelHandler::ActivateContainer(BLDocumentView* view, Source source)
+{
+    ForEachContainer(
+        [](const ElementReference& container) { container.SetStyle("visibility", u"collapse"); });
+    shownFor_ = source;
     ContainersWithKey(ContainerKey(view)).SetVisibility(u"visible");
     ObserveView(view);
 }

@@ -1,8 +1,7 @@
 // The handler of the panel's body: keeps one comments container per document view of the host's
 // documents collection and of its child frames' collections, shows that of the active view, and
-// removes it with its view. Containers
-// fill themselves (CommentsContainerHandler). Methods are called on the UI thread; events arrive
-// on any thread and are acted on on the UI thread.
+// removes it with its view. Containers fill themselves (CommentsContainerHandler). Methods are
+// called on the UI thread; events arrive on any thread and are acted on on the UI thread.
 #pragma once
 
 #include "ui-engine/ElementAccess.h"
@@ -11,6 +10,7 @@
 #include "ui-engine/internal/DocumentViewObserverBase.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,13 +26,15 @@ public:
     UIElement ElementAttachedTo() const noexcept { return root_.AsElement(); }
     std::uint32_t SubscribedEvents() const noexcept { return kEventGroupBehaviour; }
     ResultCode Attached(UIWnd& window, const UIElement& element);
-    // Drops every subscription, the collection and the dispatcher. May come twice.
+    // Drops every subscription, the collection and the dispatcher; child frames are remembered for
+    // another attachment, as the host announces them once. May come twice.
     ResultCode Detached();
 
     // --- The panel model's way in ----------------------------------------------------------------
 
-    // Posts the change to the new collection, or to the same one anew; nothing for null, when
-    // detached, or without a dispatcher. Throws ServiceObjectException when the host fails to post.
+    // Posts the change to the new collection, or to the same one anew; nothing for null or when
+    // detached. Throws ServiceObjectException when the host fails to post. What could not be posted
+    // is kept until the next chance.
     void SetDocumentsCollection(UIDocumentsCollection* collection);
 
     // --- Events of the host [any-thread] ---------------------------------------------------------
@@ -42,8 +44,8 @@ public:
     void OnDocumentViewActivated(Source source, UIDocumentView* view);
     void OnDocumentViewDeactivated(Source source, UIDocumentView* view);
     void OnDocumentViewDestroyed(Source source, UIDocumentView* view);
-    void OnSbSViewActivated(UIDocumentViewSbS* view);
-    void OnSbSViewDeactivated(UIDocumentViewSbS* view);
+    void OnSbSViewActivated(Source source, UIDocumentViewSbS* view);
+    void OnSbSViewDeactivated(Source source, UIDocumentViewSbS* view);
     void OnSelectionChanged(BLSelection* selection);
 
 private:
@@ -63,8 +65,8 @@ private:
         Attaching attaching = Attaching::kNotPosted;
     };
 
-    // Runs `task` on the UI thread, now or posted, with this handler kept alive while it runs;
-    // failures end it. A dying handler runs nothing. [any-thread]
+    // Runs `task` on the UI thread, now or posted after what is waiting, with this handler kept
+    // alive while it runs; failures end it. A dying handler runs nothing. [any-thread]
     void RunOnUIThread(const char* name, std::function<void()> task);
     // As above, on the UI thread and with the handler held by the caller.
     void RunTask(const char* name, const std::function<void()>& task);
@@ -76,35 +78,51 @@ private:
     // Catches up on what the host could not do before: a missing thread object, and tasks that were
     // not taken.
     void TryAgain();
+    // Only called while the handler is held.
+    void PostPendingCollection();
 
     void AdoptCollection(UIDocumentsCollection* collection);
     void ObserveHostMainFrame();
     // Makes containers for the views of all collections and shows that of the active one.
     void SynchroniseWithViews();
     void CreateContainersOf(UIDocumentsCollection* collection);
-    // Removes the containers of a collection's views, except of those that another one has too.
-    void RemoveContainersOf(Source source);
+    // A container is forlorn when its view died or its collection is not observed any more.
+    bool IsForlorn(const Container& container) const;
+    // Removes forlorn containers; one whose view another observed collection has too is that one's.
+    void RemoveForlornContainers();
+    // Removes the containers with a key, unless one of them is not forlorn.
+    void RemoveIfForlorn(const std::string& key);
     // Removes what an earlier attachment left in the element.
     void RemoveStrayContainers();
 
     void CreateContainer(BLDocumentView* view, Source source);
     void PostAttaching(BLDocumentView* view);
     void AttachContainerHandler(BLDocumentView* view);
-    void ActivateContainer(BLDocumentView* view);
+    void NoteAttaching(BLDocumentView* view, Attaching attaching);
+    void ActivateContainer(BLDocumentView* view, Source source);
     void DeactivateContainer(BLDocumentView* view);
     void DestroyContainer(BLDocumentView* view);
     void RemoveContainers(const std::string& key);
 
+    // Calls `step` for every container, not for what looks like one inside a comment. A failure
+    // ends the step alone.
+    void ForEachContainer(const std::function<void(const ElementReference&)>& step) const;
     ElementSet ContainersWithKey(const std::string& key) const;
     // Null when the view has no container.
     Container* ContainerOf(BLDocumentView* view);
+    // Whether a collection is observed and has the view.
+    bool Has(Source source, BLDocumentView* view) const;
     bool IsOfChildFrame(const Collection& collection) const;
     std::vector<Collection> ChildCollections() const;
 
     UIThreadDispatcher dispatcher_;
+    // Held by every posted event that waits.
+    const std::shared_ptr<const char> waiting_ = std::make_shared<const char>('\0');
     bool isDetached_ = false;  // was attached, and is not any more
     ElementReference root_;
     Collection collection_;
+    Collection pending_;   // handed over, and not posted yet
+    Source shownFor_ = 0;  // the collection whose active view was shown last
     WeakServiceObjectPtr<UIDocumentViewSbS> sideBySideView_;
     WeakServiceObjectPtr<BLSelection> selection_;
     // Collections of child frames, which may be the same as `collection_`.

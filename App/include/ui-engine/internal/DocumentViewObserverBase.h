@@ -1,6 +1,6 @@
 // Base of a handler that follows documents collections and the active document view: owns the
 // subscriptions and forwards each event to the handler's member function of the same name; events
-// of a view tell besides which collection they come from. The handler hides those that it acts on.
+// of a collection tell besides which one they come from. The handler hides those that it acts on.
 // Callables are bound to the handler's raw pointer, so the handler calls DropSubscriptions before
 // it is destroyed. Events arrive on any thread.
 #pragma once
@@ -23,8 +23,8 @@ public:
     DocumentViewObserverBase& operator=(const DocumentViewObserverBase&) = delete;
 
     // Events of the documents collection that a handler need not act on.
-    void OnSbSViewCreated(UIDocumentViewSbS*) {}
-    void OnSbSViewDestroyed(UIDocumentViewSbS*) {}
+    void OnSbSViewCreated(unsigned, UIDocumentViewSbS*) {}
+    void OnSbSViewDestroyed(unsigned, UIDocumentViewSbS*) {}
 
     // Events of the active view that a handler need not act on.
     void OnZoomChanged(BLZoomType, float) {}
@@ -61,23 +61,32 @@ protected:
             frame, boost::bind(&Derived::OnChildDocumentFrameCreated, Self(), _1)));
     }
 
-    // Subscribes to a collection, besides those that are observed; to one of these anew.
+    // Subscribes to a collection, besides those that are observed; to one of these anew. Forgets
+    // those that died. It is observed while it is subscribed to: the host may fire meanwhile.
     Source ObserveCollection(UIDocumentsCollection* collection)
     {
         std::erase_if(collections_, [](const auto& known) { return !known.collection.Lock(); });
         const Source known = SourceOf(collection);
         StopObservingCollection(known);
         const Source source = known == 0 ? ++lastSource_ : known;
-        collections_.push_back({source, WeakServiceObjectPtr<UIDocumentsCollection>(collection),
-                                SubscriptionsTo(collection, source)});
+        collections_.push_back(
+            {source, WeakServiceObjectPtr<UIDocumentsCollection>(collection), {}});
+        try {
+            SOEvent::SubscriptionList made = SubscriptionsTo(collection, source);
+            const auto entry = Find(source);
+            if (entry != collections_.end()) {
+                std::swap(entry->subscriptions, made);
+            }
+        } catch (...) {
+            StopObservingCollection(source);
+            throw;
+        }
         return source;
     }
 
     void StopObservingCollection(Source source)
     {
-        const auto found =
-            std::find_if(collections_.begin(), collections_.end(),
-                         [source](const auto& known) { return known.source == source; });
+        const auto found = Find(source);
         if (found != collections_.end()) {
             SOEvent::SubscriptionList released = std::move(found->subscriptions);
             collections_.erase(found);
@@ -91,6 +100,17 @@ protected:
                            [source](const auto& known) { return known.source == source; });
     }
 
+    // Empty when it is not observed, or died.
+    BasicServiceObjectPtr<UIDocumentsCollection> CollectionOf(Source source) const
+    {
+        for (const ObservedCollection& known : collections_) {
+            if (known.source == source) {
+                return known.collection.Lock();
+            }
+        }
+        return nullptr;
+    }
+
     // 0 for a collection that is not observed.
     Source SourceOf(UIDocumentsCollection* collection) const
     {
@@ -101,6 +121,9 @@ protected:
         }
         return 0;
     }
+
+    // The view that is observed; empty when none is, or it died.
+    BasicServiceObjectPtr<BLDocumentView> ObservedView() const { return observed_.Lock(); }
 
     // Subscribes to a view instead of the one before.
     void ObserveView(BLDocumentView* view)
@@ -168,6 +191,12 @@ private:
 
     Derived* Self() noexcept { return static_cast<Derived*>(this); }
 
+    typename std::vector<ObservedCollection>::iterator Find(Source source)
+    {
+        return std::find_if(collections_.begin(), collections_.end(),
+                            [source](const auto& known) { return known.source == source; });
+    }
+
     SOEvent::SubscriptionList SubscriptionsTo(UIDocumentsCollection* collection, Source source)
     {
         using namespace boost::placeholders;
@@ -183,13 +212,13 @@ private:
         made.Append(Collection::Subscribe_OnDocumentViewDestroyed(
             collection, boost::bind(&Derived::OnDocumentViewDestroyed, self, source, _1)));
         made.Append(Collection::Subscribe_OnSbSViewCreated(
-            collection, boost::bind(&Derived::OnSbSViewCreated, self, _1)));
+            collection, boost::bind(&Derived::OnSbSViewCreated, self, source, _1)));
         made.Append(Collection::Subscribe_OnSbSViewActivated(
-            collection, boost::bind(&Derived::OnSbSViewActivated, self, _1)));
+            collection, boost::bind(&Derived::OnSbSViewActivated, self, source, _1)));
         made.Append(Collection::Subscribe_OnSbSViewDeactivated(
-            collection, boost::bind(&Derived::OnSbSViewDeactivated, self, _1)));
+            collection, boost::bind(&Derived::OnSbSViewDeactivated, self, source, _1)));
         made.Append(Collection::Subscribe_OnSbSViewDestroyed(
-            collection, boost::bind(&Derived::OnSbSViewDestroyed, self, _1)));
+            collection, boost::bind(&Derived::OnSbSViewDestroyed, self, source, _1)));
         return made;
     }
 
