@@ -116,6 +116,7 @@ describe('Editing in the browser', () => {
         await keyboard.press('F2');
         const field = window.page.getByRole('textbox', {name: 'Contents'});
         assert.equal(await field.inputValue(), await wordsOf('0_1'));
+        await expectMark('0_1');
     });
 
     test('gives the focus back after every question', async () => {
