@@ -34,8 +34,8 @@ constexpr auto kIsPlainText = [] {
 /// Elements of SVG and MathML whose content is HTML.
 bool HoldsHtml(std::string_view name)
 {
-    constexpr std::string_view kNames[] = {
-        "foreignobject", "desc", "title", "annotation-xml", "mi", "mo", "mn", "ms", "mtext"};
+    constexpr std::string_view kNames[] = {"foreignobject", "desc", "title", "mi", "mo", "mn", "ms",
+                                           "mtext"};
     return std::ranges::any_of(
         kNames, [&](std::string_view known) { return EqualsIgnoringCase(known, name); });
 }
