@@ -124,16 +124,6 @@ TEST_F(FunctionTableTest, RefusesNullsAndClearsItsValues)
     EXPECT_EQ(record, nullptr);
 }
 
-TEST_F(FunctionTableTest, HandsOutTextsWhole)
-{
-    const std::u16string texts[] = {u"", std::u16string(u"a\0b", 3), u"half \xD83D of a pair",
-                                    u"\xDC00", std::u16string(1'000'000, u'x')};
-    for (const std::u16string& text : texts) {
-        const auto document = OnePage({Note(text)});
-        EXPECT_EQ(TextOf(&PDFunctionTable::AnnotGetContents, document->AnnotationAt(0, 0)), text);
-    }
-}
-
 TEST_F(FunctionTableTest, EqualityIsThatOfTheAnnotationObject)
 {
     const MemoryEntry note = Note(u"same text");
@@ -236,36 +226,6 @@ TEST_F(FunctionTableTest, FaultsStrikeTheNthCallAndNoOther)
     for (const Query& query : Queries()) {
         EXPECT_EQ(query.call(note.Get()), kResultOk) << "a fault is over with its handle";
     }
-}
-
-TEST_F(FunctionTableTest, FaultsStrikePagesAndSingleAnnotations)
-{
-    const auto document = OnePage({Note(u"a"), Note(u"b")});
-    const AnnotationRef second = document->AnnotationAt(0, 1);
-    const PageRef page = document->AcquirePage(0);
-    {
-        const FaultInjection fault{
-            {.entry = TableEntry::kPageGetAnnot, .times = Fault::kEveryTime, .annotation = second}};
-        const FaultInjection title{{.entry = TableEntry::kAnnotGetTitle,
-                                    .times = Fault::kEveryTime,
-                                    .annotation = second}};
-        for (int round = 0; round < 3; ++round) {
-            _PDAnnotRec* record = nullptr;
-            EXPECT_EQ(table_.PageGetAnnot(page.Get(), 0, &record), kResultOk);
-            EXPECT_EQ(table_.AnnotGetTitle(record, kIgnore, nullptr), kResultOk);
-            table_.AnnotRelease(record);
-            EXPECT_EQ(table_.PageGetAnnot(page.Get(), 1, &record), kResultUnexpected);
-            EXPECT_EQ(record, nullptr);
-            EXPECT_EQ(table_.AnnotGetTitle(second.Get(), kIgnore, nullptr), kResultUnexpected);
-        }
-    }
-    const FaultInjection counts{{.entry = TableEntry::kPageGetAnnotCount, .code = 5}};
-    const FaultInjection acquires{{.entry = TableEntry::kAcquirePage}};
-    std::uint32_t count = 9;
-    EXPECT_EQ(table_.PageGetAnnotCount(page.Get(), &count), 5u);
-    EXPECT_EQ(count, 0u);
-    EXPECT_FALSE(document->AcquirePage(0));
-    EXPECT_TRUE(document->AcquirePage(0));
 }
 
 }  // namespace

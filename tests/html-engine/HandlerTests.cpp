@@ -131,27 +131,6 @@ TEST_F(Handlers, AreFoundFromAnElementUpToTheRoot)
     EXPECT_EQ(path[3].handler, root);
 }
 
-TEST_F(Handlers, AreRefusedTwiceNullAndDetached)
-{
-    const auto handler = Attach("#b", "b");
-    const ElementHandle b = page.Find("#b");
-    EXPECT_EQ(page->AttachHandler(b, handler), Result::HandlerRefused);
-    EXPECT_EQ(page->AttachHandler(b, nullptr), Result::HandlerRefused);
-    EXPECT_EQ(page->AttachHandler(page.Find("#e"), nullptr), Result::HandlerRefused);
-    EXPECT_EQ(page->DetachHandler(page.Find("#e"), handler.get()), Result::NotHeld);
-    EXPECT_EQ(page->DetachHandler(b, nullptr), Result::NotHeld);
-    EXPECT_EQ(page->AttachHandler(page.Find("#e"), handler), Result::Success)
-        << "one handler, two elements";
-    page->Use(b);
-    EXPECT_EQ(page->DetachHandler(b, handler.get()), Result::Success);
-    EXPECT_EQ(TakeLog(), "b ");
-    EXPECT_EQ(page->DetachHandler(b, handler.get()), Result::NotHeld);
-    page->Delete(b);
-    EXPECT_EQ(TakeLog(), "");
-    EXPECT_EQ(page->AttachHandler(b, handler), Result::NoPlace);
-    EXPECT_EQ(handler.use_count(), 2);
-}
-
 TEST_F(Handlers, OfAUsedElementEndWithItsPlaceInThePage)
 {
     const ElementHandle c = page.Find("#c");

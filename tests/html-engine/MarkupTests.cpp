@@ -75,25 +75,6 @@ TEST(Markup, MalformedUtf8IsReplaced)
     }
 }
 
-TEST(Markup, ContentsOfAHostileItemStayInsideIt)
-{
-    for (const std::string_view contents :
-         {"</p></li></ul></div><h1 id=out>", "<b><i><u>", "<li annot-name='0_0'>",
-          "<table><tr><div></table>x", "<!-- ", "<script>alert(1)</script>", "<p onclick='x'>",
-          "<svg><style><a b=\"</style>", "</body></html><p>", "<frameset>", "<select><option>",
-          "<plaintext>"}) {
-        TestPage page("<div class=results-container></div>");
-        const ElementHandle results = page.Find("div.results-container");
-        page->SetHtml(results,
-                      "<ul page-item=0><li annot-name='0_0'><p>" + std::string(contents) +
-                          "</p></li></ul>",
-                      InsertPosition::ReplaceContent);
-        EXPECT_EQ(page->Parent(results), page.Body()) << contents;
-        EXPECT_EQ(page->ChildCount(page.Body()), 1U) << contents;
-        EXPECT_EQ(page->ChildCount(page->Root()), 2U) << contents;
-    }
-}
-
 TEST(Markup, DeepOrExplodingMarkupIsMastered)
 {
     std::string formatting = "<p>";
@@ -157,33 +138,6 @@ TEST(Markup, WithinTheLimitsLosesNothing)
     EXPECT_EQ(wide->TextContent(wide.Find("#k")), "t");
 }
 
-TEST(Markup, TreeOfAnyDepthIsHandledWithoutRecursion)
-{
-    TestPage page("<div id=top></div>");
-    ElementHandle place = page.Find("#top");
-    constexpr int kDepth = 100000;
-    for (int depth = 0; depth < kDepth; depth += 250) {
-        page->SetHtml(place, Repeat("<div>", 250) + "<i></i>", InsertPosition::AppendLast);
-        while (page->ChildCount(place) > 0 && page->TagName(page->Child(place, 0)) == "div") {
-            place = page->Child(place, 0);
-        }
-    }
-    page->SetAttribute(place, "id", "bottom");
-    const ElementHandle body = page.Body();
-    EXPECT_EQ(page.Names("div div #bottom"), "bottom");
-    EXPECT_EQ(page.Names("#top #bottom > i"), "i");
-    EXPECT_EQ(page.Names("p div div #bottom"), "");
-    const std::string_view ends = "<div id=\"top\"></div><div id=\"bottom\"></div>";
-    const std::size_t between = (kDepth - 1) * std::string_view("<div></div>").size();
-    const std::size_t marks = kDepth / 250 * std::string_view("<i></i>").size();
-    EXPECT_EQ(page->InnerHtml(body).size(), ends.size() + between + marks);
-    ElementHandle closest = kNoElement;
-    page->Closest(place, "body > div", closest);
-    EXPECT_EQ(page.NameOf(closest), "top");
-    page->SetText(body, "");
-    EXPECT_FALSE(page->IsKnown(place));
-}
-
 TEST(Markup, RandomBytesDoNoHarm)
 {
     const unsigned seed = std::random_device{}();
@@ -221,18 +175,6 @@ TEST(Markup, RandomBytesDoNoHarm)
         }
         ASSERT_EQ(page.All(page->Root(), "*").size(), elements) << html;
         ASSERT_EQ(page.All(page->Root(), ":root *:not(nothing)").size(), elements) << html;
-    }
-}
-
-// What is set into an element is read as in a page that has a doctype, whatever the memory held
-// that the parser is given.
-TEST(Markup, FragmentsAreNeverInQuirksMode)
-{
-    TestPage page("");
-    for (int round = 0; round < 8; ++round) {
-        std::vector<std::uint32_t>(std::size_t{64} * 1024, 1u).shrink_to_fit();
-        page->SetHtml(page.Body(), "<p>a<table></table></b>", InsertPosition::ReplaceContent);
-        ASSERT_EQ(page.BodyHtml(), "<p>a</p><table></table>") << round;
     }
 }
 

@@ -78,44 +78,6 @@ TEST(Selector, FindsInDocumentOrder)
     }
 }
 
-TEST(Selector, CountsAncestorsOutsideTheQueryRootAndGivesOnlyWhatIsInside)
-{
-    TestPage page(kBody);
-    const ElementHandle list = page.Find("#u");
-    EXPECT_EQ(page.Names(list, "div li[annot-name]"), "l1 l2");
-    EXPECT_EQ(page.Names(list, "div.wide > ul > li:last-child"), "l3");
-    EXPECT_EQ(page.Names(list, "p ~ ul > li"), "l1 l2 l3");
-    EXPECT_EQ(page.Names(list, "section li"), "");
-    EXPECT_EQ(page.Names(list, ":root li[annot-name]:first-child"), "l1");
-    EXPECT_EQ(page.Names(list, ":root > li"), "l1 l2 l3");
-    EXPECT_EQ(page.Names(list, "div > :root > li"), "l1 l2 l3");
-    EXPECT_EQ(page.Names(list, "ul"), "");
-    EXPECT_EQ(page.Names(page.Find("#d"), ":root > *"), "p1 p2 u v");
-}
-
-TEST(Selector, OfAnAncestorTestTakesThePageRootForRoot)
-{
-    TestPage page(kBody);
-    const struct {
-        std::string_view from;
-        std::string_view selector;
-        std::string_view nearest;
-    } rows[] = {
-        {"#l2", ":root ul", "u"},        {"#l2", "li", "l2"},
-        {"#l2", ":root div.box", "d"},   {"#l2", ":root", "html"},
-        {"#p3", "section, div", "e"},    {"#l2", "section", ""},
-        {"#l2", ":root > body", "body"},
-    };
-    for (const auto& row : rows) {
-        ElementHandle match = kNoElement;
-        EXPECT_EQ(page->Closest(page.Find(row.from), row.selector, match), Result::Success);
-        EXPECT_EQ(match == kNoElement ? "" : page.NameOf(match), row.nearest) << row.selector;
-        bool matches = false;
-        EXPECT_EQ(page->Matches(page.Find(row.from), row.selector, matches), Result::Success);
-        EXPECT_EQ(matches, match == page.Find(row.from)) << row.selector;
-    }
-}
-
 TEST(Selector, RefusesWhatIsMalformedAndSaysWhere)
 {
     TestPage page(kBody);
@@ -173,73 +135,6 @@ TEST(Selector, RefusesWhatIsMalformedAndSaysWhere)
     EXPECT_NE(Document::DescribeSelectorProblem(tooLong), "");
 }
 
-TEST(Selector, FollowsChangesOfTheList)
-{
-    TestPage page("<div class=results-container></div><div class=other></div>");
-    const ElementHandle results = page.Find("div.results-container");
-    const ElementHandle body = page.Body();
-    page->SetHtml(results, ListHtml(4, 3), InsertPosition::ReplaceContent);
-    page->SetHtml(page.Find(".other"), ListHtml(4, 3), InsertPosition::ReplaceContent);
-    const auto annotNames = [&](std::string_view selector) {
-        std::string names;
-        for (const ElementHandle match : page.All(body, selector)) {
-            names += names.empty() ? "" : " ";
-            names += *page->Attribute(match, "annot-name");
-        }
-        return names;
-    };
-    constexpr std::string_view kFirst = "div.results-container ul[page-item]:first-child "
-                                        "li[page-index]:first-child li[annot-name]:first-child";
-    constexpr std::string_view kLast = "div.results-container ul[page-item]:last-child "
-                                       "li[page-index]:last-child li[annot-name]:last-child";
-    constexpr std::string_view kCurrent = "div.results-container li[annot-name]:current";
-    const auto find = [&](std::string_view selector) { return page.FindIn(results, selector); };
-
-    const struct {
-        std::string_view what;
-        std::function<void()> change;
-        std::string_view first;
-        std::string_view last;
-        std::string_view current;
-    } steps[] = {
-        {"loaded", [] {}, "0_0", "3_2", ""},
-        {"current", [&] { page->SetState(find("[annot-name='1_1']"), ElementState::kCurrent, 0); },
-         "0_0", "3_2", "1_1"},
-        {"first item gone", [&] { page->Delete(find("[annot-name='0_0']")); }, "0_1", "3_2", "1_1"},
-        {"last page gone", [&] { page->Delete(find("[page-item='3']")); }, "0_1", "2_2", "1_1"},
-        {"page before the first",
-         [&] { page->SetHtml(results, PageItemHtml(9, 2), InsertPosition::InsertFirst); }, "9_0",
-         "2_2", "1_1"},
-        {"page after the last",
-         [&] {
-             page->SetHtml(find("[page-item='2']"), PageItemHtml(7, 2),
-                           InsertPosition::InsertAfter);
-         },
-         "9_0", "7_1", "1_1"},
-        {"page with the current item replaced",
-         [&] {
-             page->SetHtml(find("[page-item='1']"), PageItemHtml(1, 5),
-                           InsertPosition::ReplaceElement);
-         },
-         "9_0", "7_1", ""},
-        {"item renamed", [&] { page->SetAttribute(find("[annot-name='9_0']"), "annot-name", "x"); },
-         "x", "7_1", ""},
-        {"no item any more", [&] { page->RemoveAttribute(find("[annot-name='x']"), "annot-name"); },
-         "", "7_1", ""},
-        {"something behind the last",
-         [&] { page->SetHtml(results, "<p>", InsertPosition::AppendLast); }, "", "", ""},
-        {"and away again", [&] { page->Delete(find("p:last-child")); }, "", "7_1", ""},
-        {"all gone", [&] { page->SetText(results, ""); }, "", "", ""},
-    };
-    for (const auto& step : steps) {
-        step.change();
-        EXPECT_EQ(annotNames(kFirst), step.first) << step.what;
-        EXPECT_EQ(annotNames(kLast), step.last) << step.what;
-        EXPECT_EQ(annotNames(kCurrent), step.current) << step.what;
-    }
-    EXPECT_EQ(page.All(body, ".other li[annot-name]").size(), 12U);
-}
-
 TEST(Selector, CallbackMayStopAndMayChangeTheTree)
 {
     TestPage page("<p id=a></p><p id=b></p><p id=c></p>");
@@ -260,61 +155,6 @@ TEST(Selector, CallbackMayStopAndMayChangeTheTree)
     });
     EXPECT_EQ(seen, "ac");
     EXPECT_EQ(page.Names("p"), "a n c n");
-}
-
-TEST(Selector, FindsEachMatchOnceInNestedContainers)
-{
-    TestPage page("<div class=box><div class=box id=inner></div></div>");
-    page->SetHtml(page.Find("#inner"), ListHtml(1, 40), InsertPosition::ReplaceContent);
-    page->SetHtml(page.Find(".box"), ListHtml(1, 40), InsertPosition::AppendLast);
-    EXPECT_EQ(page.All(page->Root(), ".box li[annot-name]").size(), 80U);
-    EXPECT_EQ(page.All(page->Root(), ".box .box li[annot-name]").size(), 40U);
-    EXPECT_EQ(page.All(page->Root(), ".box > .box > ul li[annot-name]").size(), 40U);
-    EXPECT_EQ(page.All(page.Find("#inner"), ".box li[annot-name]").size(), 40U);
-}
-
-TEST(Selector, KnowsTheEdgesOfAListWhileItGrowsAndShrinks)
-{
-    TestPage page("<ul></ul>");
-    const ElementHandle list = page.Find("ul");
-    for (int round = 0; round < 200; ++round) {
-        page->SetHtml(list, "<li x .c></li><li x .c></li>",
-                      round % 2 == 0 ? InsertPosition::InsertFirst : InsertPosition::AppendLast);
-        page->Delete(page->Child(list, round % 3 == 0 ? page->ChildCount(list) - 1 : 0));
-        if (round % 50 == 49) {
-            page->SetHtml(list, "t<li x .c></li>", InsertPosition::ReplaceContent);
-        }
-        const std::vector<ElementHandle> first{page->Child(list, 0)};
-        const std::vector<ElementHandle> last{page->Child(list, page->ChildCount(list) - 1)};
-        for (const std::string_view item : {"[x]", ".c"}) {
-            const std::string selector(item);
-            ASSERT_EQ(page.All(page->Root(), selector + ":first-child"), first) << round;
-            ASSERT_EQ(page.All(page->Root(), selector + ":last-child"), last) << round;
-        }
-    }
-}
-
-TEST(Selector, KeepsDocumentOrderUnderInsertionsAtOnePlace)
-{
-    TestPage page("<ul><li class=x id=first></li><li class=x id=last></li></ul>");
-    const ElementHandle last = page.Find("#last");
-    constexpr std::size_t kCount = 3000;
-    for (std::size_t count = 0; count < kCount; ++count) {
-        page->SetHtml(last, "<li class=x><b class=x></b></li>",
-                      count % 2 == 0 ? InsertPosition::InsertBefore : InsertPosition::InsertAfter);
-    }
-    const ElementHandle list = page.Find("ul");
-    std::vector<ElementHandle> expected;
-    for (std::size_t index = 0; index < page->ChildCount(list); ++index) {
-        const ElementHandle item = page->Child(list, index);
-        EXPECT_EQ(page->IndexInParent(item), index);
-        expected.push_back(item);
-        if (page->ChildCount(item) == 1) {
-            expected.push_back(page->Child(item, 0));
-        }
-    }
-    EXPECT_EQ(expected.size(), 2 * kCount + 2);
-    EXPECT_EQ(page.All(page->Root(), ".x"), expected);
 }
 
 }  // namespace

@@ -61,44 +61,6 @@ TEST(Tree, TakesHtmlInEveryPosition)
     }
 }
 
-TEST(Tree, ParsesAFragmentAsItsPlaceWould)
-{
-    const struct {
-        std::string_view body;
-        std::string_view place;
-        InsertPosition position;
-        std::string_view html;
-        std::string_view result;
-    } rows[] = {
-        {"<ul></ul>", "ul", InsertPosition::AppendLast, "<li>a<li>b",
-         "<ul><li>a</li><li>b</li></ul>"},
-        {"<table></table>", "table", InsertPosition::AppendLast, "<tr><td>a",
-         "<table><tbody><tr><td>a</td></tr></tbody></table>"},
-        {"<table><tr></tr></table>", "tr", InsertPosition::AppendLast, "<td>a</td>",
-         "<table><tbody><tr><td>a</td></tr></tbody></table>"},
-        {"<table><tr id=r></tr></table>", "tr", InsertPosition::InsertAfter, "<tr><td>b",
-         "<table><tbody><tr id=\"r\"></tr><tr><td>b</td></tr></tbody></table>"},
-        {"<div></div>", "div", InsertPosition::AppendLast, "<tr><td>a", "<div>a</div>"},
-        {"<ul><li></li></ul>", "li", InsertPosition::AppendLast,
-         "<popup id=p><table><tr><td>s:</td></tr></table><div></div></popup>",
-         "<ul><li><popup "
-         "id=\"p\"><table><tbody><tr><td>s:</td></tr></tbody></table><div></div></popup></li></"
-         "ul>"},
-        {"<popup></popup>", "popup", InsertPosition::ReplaceContent, "<p>a<p>b",
-         "<popup><p>a</p><p>b</p></popup>"},
-        {"<textarea></textarea>", "textarea", InsertPosition::ReplaceContent, "<b>&amp;",
-         "<textarea>&lt;b&gt;&amp;</textarea>"},
-        {"<style></style>", "style", InsertPosition::ReplaceContent, "a > b { } <i>",
-         "<style>a > b { } <i></style>"},
-    };
-    for (const auto& row : rows) {
-        TestPage page(row.body);
-        EXPECT_EQ(page->SetHtml(page.Find(row.place), row.html, row.position), Result::Success)
-            << row.html;
-        EXPECT_EQ(page.BodyHtml(), row.result);
-    }
-}
-
 TEST(Tree, RefusesWhatHasNoPlace)
 {
     TestPage page("<br id=b><p id=p></p>");
@@ -214,40 +176,6 @@ TEST(Handle, OfAUsedElementSurvivesLoadingAnotherPage)
     EXPECT_TRUE(page->IsKnown(a));
     EXPECT_FALSE(page->IsAttached(a));
     EXPECT_EQ(page.Names("p"), "b");
-}
-
-TEST(Tree, KnowsPositionsAmongManySiblings)
-{
-    TestPage page("<ul></ul>");
-    const ElementHandle list = page.Find("ul");
-    std::string html;
-    for (int index = 0; index < 2000; ++index) {
-        html += "<li>" + std::to_string(index) + "</li> ";
-    }
-    page->SetHtml(list, html, InsertPosition::ReplaceContent);
-    const auto agrees = [&] {
-        std::size_t index = 0;
-        for (ElementHandle item = page->Child(list, 0); item != kNoElement;
-             item = page->NextSibling(item), ++index) {
-            if (page->IndexInParent(item) != index || page->Child(list, index) != item) {
-                return false;
-            }
-        }
-        return index == page->ChildCount(list);
-    };
-    EXPECT_TRUE(agrees());
-    page->SetHtml(list, "<li>a</li><li>b</li>", InsertPosition::InsertFirst);
-    EXPECT_TRUE(agrees());
-    page->Delete(page->Child(list, 500));
-    page->SetHtml(page->Child(list, 1000), "<li></li>t<li></li><li></li>",
-                  InsertPosition::ReplaceElement);
-    EXPECT_TRUE(agrees());
-    for (int count = 0; count < 300; ++count) {
-        page->SetHtml(page->Child(list, 10), "<li>n</li>", InsertPosition::InsertBefore);
-    }
-    EXPECT_TRUE(agrees());
-    page->SetHtml(list, "<li>only</li>", InsertPosition::ReplaceContent);
-    EXPECT_TRUE(agrees());
 }
 
 }  // namespace

@@ -102,33 +102,6 @@ TEST(PanelStream, CutsBigInsertionsAnywhere)
     }
 }
 
-TEST(PanelStream, NamesElementsUntilTheyAreGone)
-{
-    HtmlEngine::Document page;
-    page.LoadPage("<p id=a>text</p>");
-    HtmlEngine::ElementHandle element = HtmlEngine::kNoElement;
-    page.SelectFirst(page.Root(), "#a", element);
-    PanelStream stream(page);
-    Follower follower;
-    follower.Take(stream.Snapshot());
-    const std::uint64_t number = follower.copy.Find("id", "a");
-    EXPECT_EQ(stream.ElementWith(number), element);
-    EXPECT_EQ(stream.NumberOf(element), number);
-    EXPECT_EQ(stream.ElementWith(number + 1), HtmlEngine::kNoElement) << "a text";
-    EXPECT_EQ(stream.ElementWith(0), HtmlEngine::kNoElement);
-    page.Use(element);
-    page.Delete(element);
-    EXPECT_EQ(stream.ElementWith(number), HtmlEngine::kNoElement);
-    follower.Take(stream.TakeChanges());
-    stream.Rest();
-    page.LoadPage("<p id=b>");
-    EXPECT_TRUE(stream.TakeChanges().empty()) << "nobody follows";
-    Follower next;
-    next.Take(stream.Snapshot());
-    EXPECT_EQ(next.copy.Text(), TreeText(page));
-    EXPECT_GT(next.copy.Find("id", "b"), number) << "numbers are never given twice";
-}
-
 TEST(NodeNumbers, AgreeWithAMapThroughAnyChanges)
 {
     NodeNumbers numbers;

@@ -103,20 +103,6 @@ protected:
     std::vector<SOEvent::SubscriptionHandle> subscriptions;
 };
 
-TEST_F(DocumentServices, HandOutPagesWithinTheCount)
-{
-    std::int32_t count = 0;
-    EXPECT_TRUE(CallMethod<BLDocument::GetPageCount>(document->AsInterface(), &count).Succeeded());
-    EXPECT_EQ(count, 3);
-    _PDPageRec* page = nullptr;
-    EXPECT_TRUE(
-        CallMethod<BLDocument::AcquirePage>(document->AsInterface(), 2u, &page).Succeeded());
-    EXPECT_TRUE(Documents::PageRef::Adopt(page));
-    EXPECT_EQ(CallMethodUnchecked<BLDocument::AcquirePage>(document->AsInterface(), 3u, &page).code,
-              kResultOutOfRange);
-    EXPECT_EQ(page, nullptr);
-}
-
 TEST_F(DocumentServices, DeleteWhatMayBeDeletedAndSayWhyNot)
 {
     struct Row {
@@ -228,90 +214,6 @@ TEST_F(DocumentServices, FireOnTheForeignThreadInTheOrderOfTheEdits)
                   i % 3 == 0 ? "annot 0 on 0" : "annot 0 on 2");
     }
     EXPECT_THAT(eventThreads, ::testing::Each(::testing::Ne(std::this_thread::get_id())));
-}
-
-TEST_F(DocumentServices, WriteDownWhatTheyWereAskedFor)
-{
-    const BLGoToRequest request{1, kGoToModeRectangle, {1.5, 2, 1.5, 2}};
-    CallMethod<BLDocumentView::GoTo>(view->AsInterface(), &request);
-    CallMethod<BLDocumentView::FocusAnnotation>(view->AsInterface(), 1u, At(1, 1).Get());
-    CallMethod<BLDocumentView::EndEditing>(view->AsInterface(), 1u);
-    Delete(1, At(1, 2));
-    bool permitted = false;
-    CallMethod<BLDocumentView::IsPermitted>(view->AsInterface(), 4u, 2u, 1u, &permitted);
-    EXPECT_TRUE(permitted);
-    CallMethod<BLDocumentView::IsPermitted>(view->AsInterface(), 4u, 2u, 2u, &permitted);
-    EXPECT_FALSE(permitted);
-    EXPECT_EQ(state->calls.Take().dump(),
-              R"([["BLDocumentView.GoTo",1,4,[1.5,2.0,1.5,2.0]],)"
-              R"(["BLDocumentView.FocusAnnotation",1,"1_1"],["BLDocumentView.EndEditing",1],)"
-              R"(["BLDocument.ExecuteCommand","Annot_Delete",1,"1_2"]])");
-    state->calls.LogQueries(true);
-    CallMethod<BLDocumentView::IsPermitted>(view->AsInterface(), 4u, 2u, 1u, &permitted);
-    EXPECT_EQ(state->calls.Take().dump(), R"([["BLDocumentView.IsPermitted",4,2,1]])");
-}
-
-TEST_F(DocumentServices, ShowHighlightsThatTheNavigatorMakes)
-{
-    const auto service = BLServiceObject::Make();
-    BasicServiceObjectPtr<BLAnnotNavigator> navigator;
-    CallMethod<BLService::GetAnnotNavigator>(service->AsInterface(), navigator.Receive());
-    const Documents::AnnotationRef square = At(0, 2);
-    const BLGoToRequest target{0, kGoToModeRectangle, {}};
-    const BLHighlightArguments arguments{document->AsInterface(), &target, square.Get(), 1, 0, 0};
-    BasicServiceObjectPtr<ServiceObject> highlight;
-    CallMethod<BLAnnotNavigator::BuildHighlight>(navigator.Get(), &arguments, highlight.Receive());
-    ASSERT_EQ(CheckServiceObject(highlight.Get(), "BLHighlight"), kResultOk);
-    CallMethod<BLDocumentView::ShowHighlight>(view->AsInterface(), highlight.Get());
-    highlight.Reset();
-    ASSERT_TRUE(view->Highlight());
-    _PDAnnotRec* marked = nullptr;
-    double scale = 0;
-    CallMethod<BLHighlight::GetAnnotation>(static_cast<BLHighlight*>(view->Highlight().Get()),
-                                           &marked, &scale);
-    EXPECT_EQ(Documents::AnnotationRef::Adopt(marked), square);
-}
-
-TEST_F(DocumentServices, TellTheLifeOfViews)
-{
-    const auto collection = UIDocumentsCollectionObject::Make(state);
-    std::vector<UIDocumentsCollectionObject::ViewPtr> views;
-    for (int i = 0; i < 3; ++i) {
-        views.push_back(UIDocumentViewObject::Make(BLDocumentViewObject::Make(state, document)));
-    }
-    const auto note = [&](const char* what) {
-        return [&, what](UIDocumentView* told) {
-            for (std::size_t i = 0; i < views.size(); ++i) {
-                if (views[i]->AsInterface() == told) {
-                    Note(what + std::to_string(i));
-                }
-            }
-        };
-    };
-    using Collection = UIDocumentsCollection;
-    const std::vector<SOEvent::SubscriptionHandle> handles = {
-        Collection::Subscribe_OnDocumentViewCreated(collection->AsInterface(), note("created ")),
-        Collection::Subscribe_OnDocumentViewActivated(collection->AsInterface(),
-                                                      note("activated ")),
-        Collection::Subscribe_OnDocumentViewDeactivated(collection->AsInterface(),
-                                                        note("deactivated ")),
-        Collection::Subscribe_OnDocumentViewDestroyed(collection->AsInterface(),
-                                                      note("destroyed "))};
-    for (const auto& opened : views) {
-        collection->Add(opened);
-    }
-    collection->Activate(views[1]);
-    collection->Activate(views[1]);
-    EXPECT_THAT(TakeEvents(), ElementsAre("created 0", "created 1", "created 2", "activated 1"));
-    EXPECT_TRUE(collection->Close(views[1]));
-    EXPECT_FALSE(collection->Close(views[1]));
-    EXPECT_THAT(TakeEvents(), ElementsAre("deactivated 1", "destroyed 1", "activated 2"));
-    EXPECT_TRUE(collection->Close(views[0]));
-    EXPECT_TRUE(collection->Close(collection->ActiveView()));
-    EXPECT_THAT(TakeEvents(), ElementsAre("destroyed 0", "deactivated 2", "destroyed 2"));
-    UIDocumentView* active = views[0]->AsInterface();
-    CallMethod<Collection::GetActiveView>(collection->AsInterface(), &active);
-    EXPECT_EQ(active, nullptr);
 }
 
 }  // namespace

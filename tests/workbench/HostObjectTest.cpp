@@ -84,53 +84,6 @@ private:
     ResultCode GetKind(std::uint32_t*) { return answer(); }
 };
 
-TEST(HostObjects, TurnFailuresIntoCodesWithRecords)
-{
-    struct Row {
-        std::function<ResultCode()> answer;
-        ResultCode code;
-        std::wstring message;  // empty: nothing is recorded
-    };
-    const std::vector<Row> rows = {
-        {[] { return kResultOk; }, kResultOk, L""},
-        {[] { return kResultDeclined; }, kResultDeclined, L""},
-        {[] { return kResultNotReported; }, kResultNotReported, L""},
-        {[] { return kResultNotFound; }, kResultNotFound,
-         L"BLSelection::GetKind() failed, code: 8"},
-        {[]() -> ResultCode { FailCall(0x123, "page \xC3\xA9 is missing"); }, 0x123,
-         L"page \u00E9 is missing"},
-        {[]() -> ResultCode { throw std::runtime_error("boom"); }, kResultUnexpected, L"boom"},
-    };
-    const auto object = ScriptedSelection::Make();
-    for (const Row& row : rows) {
-        ClearThreadLastError();
-        object->answer = row.answer;
-        std::uint32_t kind = 0;
-        EXPECT_EQ(CallMethodUnchecked<BLSelection::GetKind>(object->AsInterface(), &kind).code,
-                  row.code);
-        const ErrorRecord* const record = ThreadLastError();
-        ASSERT_EQ(record != nullptr, !row.message.empty()) << row.code;
-        if (record != nullptr) {
-            EXPECT_EQ(record->code, row.code);
-            EXPECT_EQ(record->message, row.message);
-            EXPECT_THAT(record->file, HasSubstr("BLDocumentView.SO.h"));
-            EXPECT_NE(record->line, 0u);
-        }
-    }
-    ClearThreadLastError();
-}
-
-TEST(HostObjects, AreCountedWhileTheyLive)
-{
-    const std::vector<std::string> before = DescribeLiveObjects();
-    {
-        const auto first = BLSelectionObject::Make(kSelectionEmpty);
-        const auto second = BLSelectionObject::Make(kSelectionEmpty);
-        EXPECT_THAT(DescribeLiveObjects(), ::testing::Contains("BLSelection: 2"));
-    }
-    EXPECT_EQ(DescribeLiveObjects(), before);
-}
-
 TEST(UIService, KnowsOnlyTheUiThread)
 {
     const auto state = std::make_shared<HostState>();

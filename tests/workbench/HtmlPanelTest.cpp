@@ -163,30 +163,6 @@ TEST_F(Panel, DetachesEverythingOnceWhenThePageCloses)
         kResultNotInitialized);
 }
 
-TEST_F(Panel, RefusesWhatCannotBeAttached)
-{
-    const auto attach = [&](HtmlElementHandle element, UIHandler* handler) {
-        return CallMethodUnchecked<UIHtmlEngine::AttachHandler>(engine->AsInterface(), element,
-                                                                handler)
-            .code;
-    };
-    const HtmlElementHandle container = HandleOf(Element("container"));
-    EXPECT_EQ(attach(container, nullptr), kResultNullArgument);
-    EXPECT_EQ(attach(nullptr, inner->AsInterface()), kResultNotFound);
-    ServiceObject* const noHandler = engine->AsInterface();
-    EXPECT_EQ(attach(container, static_cast<UIHandler*>(noHandler)), kResultWrongInterface);
-    EXPECT_EQ(attach(container, inner->AsInterface()), kResultOk);
-    EXPECT_EQ(attach(container, inner->AsInterface()), kResultUnexpected) << "twice";
-
-    outer->attachAnswer = 0x77;
-    EXPECT_EQ(attach(container, outer->AsInterface()), 0x77u);
-    EXPECT_EQ(outer->AsInterface()->GetRefCount(outer->AsInterface()), 1u);
-    panel->Close();
-    EXPECT_THAT(record, ElementsAre("inner.Attached", "outer.Attached", "inner.Detached"))
-        << "a handler that was refused is not told that it is detached";
-    EXPECT_EQ(state->failures.Take().size(), 1u);
-}
-
 TEST_F(Panel, RaisesAClickOnTheNearestClickableElement)
 {
     AttachBoth();
@@ -305,48 +281,6 @@ TEST_F(Panel, TranslatesByTokenOrOriginalTextAndTellsTheHandlers)
         EXPECT_EQ(panel->Page()->Attribute(root, "lang"), row.language);
         EXPECT_THAT(TakeRecord(), ElementsAre("outer.OnLocaleChanged", "inner.OnLocaleChanged"));
     }
-}
-
-TEST_F(Panel, CollectsMatchesAndTellsMalformedSelectors)
-{
-    std::vector<std::string> texts;
-    struct Context {
-        std::vector<std::string>& texts;
-        HtmlPanel& panel;
-    } context{texts, *panel};
-    const auto collect = [](void* data, HtmlElementHandle element, UIHtmlEngine* handedEngine) {
-        EXPECT_NE(handedEngine, nullptr);
-        auto& [list, page] = *static_cast<Context*>(data);
-        list.push_back(page.Page()->Attribute(ElementOf(element), "id").value_or(""));
-    };
-    const HtmlElementHandle container = HandleOf(Element("container"));
-    EXPECT_TRUE(CallMethod<UIWnd::SelectElements>(window->AsInterface(), container,
-                                                  ":root > button", collect, &context)
-                    .Succeeded());
-    EXPECT_THAT(texts, ElementsAre("delete", "reply"));
-    EXPECT_THROW(CallMethod<UIWnd::SelectElements>(window->AsInterface(), container, "li[", collect,
-                                                   &context),
-                 ServiceObjectException);
-    EXPECT_EQ(CallMethodUnchecked<UIWnd::SelectElements>(window->AsInterface(), nullptr, "li",
-                                                         collect, &context)
-                  .code,
-              kResultNotFound);
-}
-
-TEST_F(Panel, HandsOutTheObjectsOfTheWindowsScope)
-{
-    Atom frame = kAtomNone;
-    VxGetAtomFromString("UIMainFrame", &frame);
-    BasicServiceObjectPtr<ServiceObject> found;
-    EXPECT_EQ(CallMethodUnchecked<UIWnd::QueryServiceObject>(window->AsInterface(), frame,
-                                                             found.Receive())
-                  .code,
-              kResultNotFound);
-    window->Provide("UIMainFrame",
-                    BasicServiceObjectPtr<ServiceObject>::Retain(engine->AsInterface()));
-    EXPECT_TRUE(CallMethod<UIWnd::QueryServiceObject>(window->AsInterface(), frame, found.Receive())
-                    .Succeeded());
-    EXPECT_EQ(found.Get(), engine->AsInterface());
 }
 
 }  // namespace

@@ -63,17 +63,6 @@ TEST(LocaleManager, ShipsEveryTextOfThePanelInEveryLanguage)
     }
 }
 
-TEST(LocaleManager, KeepsSectionsApartAndKnowsNothingUnknown)
-{
-    const auto locale = LocaleManagerObject::Make(WORKBENCH_LOCALES);
-    EXPECT_EQ(String(locale, u"REPLY"), nullptr) << "no language is spoken yet";
-    locale->SwitchTo("de");
-    EXPECT_EQ(String(locale, u"Date created"), nullptr);
-    EXPECT_EQ(SectionString(locale, u"Coments annot info", u"REPLY"), nullptr);
-    EXPECT_EQ(SectionString(locale, u"Other", u"Date created"), nullptr);
-    EXPECT_EQ(String(locale, u""), nullptr);
-}
-
 TEST(LocaleManager, LeavesTextsValidWhenTheLanguageChanges)
 {
     auto locale = LocaleManagerObject::Make(WORKBENCH_LOCALES);
@@ -83,34 +72,6 @@ TEST(LocaleManager, LeavesTextsValidWhenTheLanguageChanges)
     EXPECT_NE(std::u16string(String(locale, u"DELETE")), german);
     locale.Reset();
     EXPECT_EQ(german, std::u16string(u"L\u00F6schen"));
-}
-
-TEST(LocaleManager, RefusesLanguagesThatThereAreNotAndKeepsTheOldOne)
-{
-    const auto folder = std::filesystem::path(::testing::TempDir()) /
-                        ("broken-locales-" + std::to_string(std::random_device()()));
-    std::filesystem::create_directories(folder);
-    std::ofstream(folder / "good.json")
-        << R"({"direction": "ltr", "strings": {"A": "good"}, "sections": {}})";
-    std::ofstream(folder / "cut.json") << R"({"direction": "ltr", "strings": {"A": "cu)";
-    std::ofstream(folder / "number.json")
-        << R"({"direction": "ltr", "strings": {"A": 1}, "sections": {}})";
-    std::ofstream(folder / "empty.json");
-
-    const auto locale = LocaleManagerObject::Make(folder);
-    locale->SwitchTo("good");
-    for (const char* const language :
-         {"cut", "number", "empty", "absent", "", "../good", "go od"}) {
-        try {
-            locale->SwitchTo(language);
-            FAIL() << language;
-        } catch (const std::runtime_error& error) {
-            EXPECT_THAT(error.what(), HasSubstr(language));
-        }
-        EXPECT_EQ(locale->Language(), "good");
-        EXPECT_EQ(String(locale, u"A"), std::u16string(u"good"));
-    }
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace
