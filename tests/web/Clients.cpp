@@ -162,6 +162,10 @@ Json PageClient::Read()
         tree.Apply(message);
     } else if (type == "documents") {
         documents = message;
+    } else if (type == "document") {
+        for (Json& known : documents.at("documents")) {
+            known = known.at("id") == message.at("document").at("id") ? message.at("document") : known;
+        }
     } else if (type == "locale") {
         locale = message.at("name");
     } else if (type != "reply") {

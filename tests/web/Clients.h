@@ -83,7 +83,7 @@ public:
     std::vector<std::uint64_t> Ids() const;
 
     TreeCopy tree;
-    Json documents;  // the last message of that type
+    Json documents;  // the last message of that type, with the changes since
     std::string locale;
     std::vector<Json> others;  // messages of other types, oldest first; replies left out
 

@@ -2,32 +2,25 @@
 #include "web/PanelStream.h"
 #include "RandomPage.h"
 #include "TreeCopy.h"
-#include "web/NodeNumbers.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <random>
 
 namespace WebTests {
 namespace {
 
 using HtmlEngine::InsertPosition;
-using Workbench::NodeNumbers;
 using Workbench::PanelMessage;
 using Workbench::PanelStream;
 
-// A page in a browser.
+// A browser client.
 struct Follower {
     TreeCopy copy;
-    std::uint64_t sequence = 0;
 
     void Take(const std::vector<PanelMessage>& messages)
     {
         for (const PanelMessage& message : messages) {
-            copy.Apply(nlohmann::json::parse(
-                std::string("{") + (message.reset ? "\"reset\":true," : "") +
-                "\"sequence\":" + std::to_string(++sequence) + "," + message.rest));
+            copy.Apply(nlohmann::json::parse(message));
         }
     }
 };
@@ -55,7 +48,7 @@ TEST(PanelStream, KeepsCopiesEqualToThePageThroughAnyChanges)
         }
         ASSERT_EQ(late.copy.Text(), first.copy.Text());
         ASSERT_EQ(late.copy.Find("id", "a"), first.copy.Find("id", "a"))
-            << "the numbers are shared";
+            << "the ids are shared";
     });
 }
 
@@ -100,34 +93,6 @@ TEST(PanelStream, CutsBigInsertionsAnywhere)
         late.Take(stream.Snapshot());
         EXPECT_TRUE(late.copy.Text() == TreeText(page));
     }
-}
-
-TEST(NodeNumbers, AgreeWithAMapThroughAnyChanges)
-{
-    NodeNumbers numbers;
-    std::map<HtmlEngine::NodeHandle, std::uint64_t> model;
-    std::mt19937 random(7);
-    std::uint64_t last = 0;
-    for (int step = 0; step < 200'000; ++step) {
-        // Few slots, many generations, as the engine's handles are.
-        const HtmlEngine::NodeHandle node =
-            (HtmlEngine::NodeHandle{random() % 3} << 32) + 1 + random() % 3000;
-        if (random() % 3 == 0) {
-            numbers.Forget(node);
-            model.erase(node);
-        } else {
-            last += model.try_emplace(node, last + 1).second ? 1u : 0u;
-            ASSERT_EQ(numbers.Give(node), model.at(node));
-        }
-        ASSERT_EQ(numbers.Count(), model.size());
-    }
-    for (const auto& [node, number] : model) {
-        ASSERT_EQ(numbers.Of(node), number);
-        ASSERT_EQ(numbers.NodeWith(number), node);
-    }
-    numbers.ForgetAll();
-    EXPECT_EQ(numbers.NodeWith(model.begin()->second), HtmlEngine::kNoNodeHandle);
-    EXPECT_EQ(numbers.Give(1), last + 1);
 }
 
 }  // namespace

@@ -16,8 +16,7 @@ namespace WebTests {
 class TreeCopy {
 public:
     // Applies one `panel` message. Throws std::runtime_error for one that does not fit the copy: a
-    // parent, sibling or node that is not known, a number given twice, too many nodes, or a
-    // sequence with a gap.
+    // parent, sibling or node that is not known, a number given twice, or too many nodes.
     void Apply(const nlohmann::json& message);
 
     // The whole tree: names, attributes, states, texts, comments.
@@ -55,7 +54,6 @@ private:
 
     std::unordered_map<std::uint64_t, Node> nodes_;
     std::uint64_t root_ = 0;
-    std::uint64_t sequence_ = 0;
     std::uint64_t remaining_ = 0;
     std::size_t messages_ = 0;
     std::size_t nodesInMessage_ = 0;

@@ -1,4 +1,5 @@
 #include "driver/CommandLine.h"
+#include "actions/ActionRefused.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -115,7 +116,7 @@ TEST(CommandLine, ShowsInTheBrowserWhatItIsNotToldToPrint)
     EXPECT_EQ(RunWith({}, browse).status, 7) << "no file at all: the sample";
 
     const auto fail = [](const auto&, auto&, auto&) -> int {
-        throw Workbench::OpenError("a.pdf: missing");
+        throw Workbench::ActionRefused("a.pdf: missing");
     };
     EXPECT_EQ(RunWith({"a.pdf"}, fail).status, Workbench::kExitNoDocument);
     EXPECT_EQ(RunWith({"--port", "65536"}, browse).status, Workbench::kExitFailed);

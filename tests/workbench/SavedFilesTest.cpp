@@ -3,6 +3,7 @@
 #include "PdfBuilder.h"
 #include "PdfComparison.h"
 
+#include "actions/ActionRefused.h"
 #include "driver/Script.h"
 
 #include <gtest/gtest.h>
@@ -83,14 +84,16 @@ protected:
     }
 
     // The items of a view whose annotations the document lets go, in the order of the list.
-    static std::vector<std::string> Deletable(const Workbench::Session& session, std::size_t view)
+    static std::vector<std::string> Deletable(const Workbench::Session& session,
+                                              Workbench::DocumentNumber number)
     {
-        Documents::Document& content = session.View(view)->View().Document()->Content();
+        const Workbench::OpenDocument& document = session.Documents().Require(number);
+        Documents::Document& content = *document.content;
         std::vector<std::string> names;
         if (content.ReadOnly() || !content.AnnotationDeletionPermitted()) {
             return names;
         }
-        for (const Workbench::PanelPage& page : session.ReadView(view).pages) {
+        for (const Workbench::PanelPage& page : session.ReadView(document).pages) {
             for (const Workbench::PanelItem& item : page.items) {
                 const auto [index, position] = PlaceOf(item.annotName);
                 const auto annotation = content.AnnotationAt(static_cast<std::uint32_t>(index),
@@ -112,10 +115,10 @@ TEST_F(SavedFiles, LackTheCommentsDeletedInThePanelAndNothingElse)
     for (const fs::path& path : Files()) {
         SCOPED_TRACE(path.filename().string());
         Workbench::Session session({});
-        std::optional<Workbench::NamedDocument> document;
+        std::optional<Workbench::DocumentFile> document;
         try {
-            document = session.ReadFile(path.string());
-        } catch (const Workbench::OpenError&) {
+            document = session.Read(path.string());
+        } catch (const Workbench::ActionRefused&) {
             continue;
         }
         session.Start({*document});

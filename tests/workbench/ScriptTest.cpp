@@ -164,8 +164,8 @@ TEST(Script, EndsAtABadStep)
         {"fire both", "\"both\" is neither"},
         {"open no-such-file.pdf", "no-such-file.pdf"},
         {"open memory:2:0", "\"2:0\""},
-        {"activate 1", "no open view has the number 1"},
-        {"close 1", "no open view has the number 1"},
+        {"activate 1", "no open document 1"},
+        {"close 1", "no open document 1"},
         {"save saved.pdf", "memory"},
     };
     for (const Row& row : rows) {
@@ -267,7 +267,7 @@ TEST(Script, CheckFindsAListThatItsDocumentHasLeft)
 {
     Workbench::Session session({});
     session.Start({session.Read("memory:0:1"), session.Read("memory:3:2")});
-    Documents::Document& content = session.View(1)->View().Document()->Content();
+    Documents::Document& content = *session.Documents().Require(1).content;
     const auto check = [&] {
         std::istringstream steps("check");
         std::ostringstream output;

@@ -1,5 +1,6 @@
 #include "driver/CommandLine.h"
 
+#include "actions/ActionRefused.h"
 #include "driver/PanelReport.h"
 #include "driver/Script.h"
 #include "driver/Session.h"
@@ -59,21 +60,22 @@ void Declare(CLI::App& app, ProgramOptions& options)
     app.add_option("--wait", options.waitSeconds, "Seconds after which a busy panel is given up");
 }
 
-std::vector<NamedDocument> ReadDocuments(const ProgramOptions& options, const Session& session)
+std::vector<DocumentFile> ReadDocuments(const ProgramOptions& options, const Session& session)
 {
-    std::vector<NamedDocument> documents;
+    std::vector<DocumentFile> documents;
     auto file = options.files.begin();
     auto description = options.memoryDocuments.begin();
     for (const bool isFile : options.isFile) {
-        documents.push_back(isFile ? session.ReadFile(*file++)
-                                   : session.MakeMemoryDocument(*description++));
+        documents.push_back(
+            isFile ? session.Read(*file++)
+                   : MakeMemoryDocument(*description++, options.session.listAll));
     }
     return documents;
 }
 
 void PrintWarnings(Session& session, std::ostream& errors)
 {
-    for (const std::string& warning : session.TakeWarnings()) {
+    for (const std::string& warning : session.Documents().TakeWarnings()) {
         errors << "warning: " << OneLine(warning) << "\n";
     }
 }
@@ -87,8 +89,8 @@ std::string Listing(const ProgramOptions& options, std::ostream& errors)
     if (options.json) {
         listing = ToLine(session.Report()) + "\n";
     } else {
-        for (const std::size_t number : session.OpenViews()) {
-            listing += ToText(session.ReadView(number), session.NameOf(number));
+        for (const auto& document : session.Documents().All()) {
+            listing += ToText(session.ReadView(*document), document->name);
         }
     }
     PrintWarnings(session, errors);
@@ -166,7 +168,7 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
     } catch (const StepError& error) {
         errors << "workbench: " << OneLine(error.what()) << "\n";
         return kExitBadStep;
-    } catch (const OpenError& error) {
+    } catch (const ActionRefused& error) {
         errors << "workbench: " << OneLine(error.what()) << "\n";
         return kExitNoDocument;
     } catch (const std::exception& error) {

@@ -40,9 +40,7 @@ ElementHandle ContainerOf(const Host& host, const Host::ViewPtr& view)
 std::string ListIn(const Host& host, ElementHandle container)
 {
     const HtmlEngine::Document& page = *host.Panel().Page();
-    ElementHandle list = kNoElement;
-    page.SelectFirst(container, "div.results-container", list);
-    return WithoutIndents(WithNumberedTooltips(page.InnerHtml(list)));
+    return WithoutIndents(WithNumberedTooltips(page.InnerHtml(FindList(page, container))));
 }
 
 }  // namespace

@@ -180,41 +180,6 @@ PanelPage ReadPage(const Document& page, ElementHandle element)
 
 }  // namespace
 
-std::string ContainerKey(const void* documentView)
-{
-    const auto address = reinterpret_cast<std::uintptr_t>(documentView);
-    return std::to_string(static_cast<std::int32_t>(static_cast<std::uint32_t>(address)));
-}
-
-std::vector<std::string> ContainerKeys(const Document& page)
-{
-    std::vector<std::string> keys;
-    for (const ElementHandle container : All(page, page.Root(), ".panel-content[doc-view-addr]")) {
-        keys.push_back(AttributeOf(page, container, "doc-view-addr"));
-    }
-    return keys;
-}
-
-ElementHandle FindContainer(const Document& page, const std::string& key)
-{
-    return First(page, page.Root(), ".panel-content[doc-view-addr=\"" + key + "\"]");
-}
-
-ElementHandle FindVisibleContainer(const Document& page)
-{
-    for (const ElementHandle container : All(page, page.Root(), ".panel-content[doc-view-addr]")) {
-        if (IsVisible(page, container)) {
-            return container;
-        }
-    }
-    return kNoElement;
-}
-
-bool IsLoading(const Document& page, ElementHandle container)
-{
-    return IsVisible(page, First(page, container, "div.picture[preloader]"));
-}
-
 std::optional<PanelView> ReadPanelView(const Document& page, const std::string& key)
 {
     const ElementHandle container = FindContainer(page, key);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "html-engine/Document.h"
+#include "services/PanelElements.h"
 
 #include <array>
 #include <cstdint>
@@ -50,21 +51,6 @@ struct PanelView {
     std::array<bool, kPanelButtons.size()> buttonDisabled{};
     std::vector<PanelPage> pages;
 };
-
-// Key of the container of the view object at that address: its low 32 bits as a signed number.
-std::string ContainerKey(const void* documentView);
-
-// Keys of all containers that the panel has, in their order.
-std::vector<std::string> ContainerKeys(const HtmlEngine::Document& page);
-
-// Element of the container with that key; kNoElement when the panel has none.
-HtmlEngine::ElementHandle FindContainer(const HtmlEngine::Document& page, const std::string& key);
-
-// The container that is shown; kNoElement when none is.
-HtmlEngine::ElementHandle FindVisibleContainer(const HtmlEngine::Document& page);
-
-// Whether the container shows its preloader in place of a list.
-bool IsLoading(const HtmlEngine::Document& page, HtmlEngine::ElementHandle container);
 
 // What the container with that key holds; nothing when the panel has none.
 std::optional<PanelView> ReadPanelView(const HtmlEngine::Document& page, const std::string& key);

@@ -1,5 +1,7 @@
 #include "driver/Script.h"
 
+#include "actions/ActionRefused.h"
+
 #include <istream>
 #include <ostream>
 
@@ -110,13 +112,15 @@ void RunScript(Session& session, std::istream& steps, std::ostream& output, std:
             RunStep(session, output, words);
         } catch (const StepError& error) {
             throw StepError(place + error.what());
+        } catch (const ActionRefused& error) {
+            throw StepError(place + error.what());
         }
         session.AwaitIdle();
         output << std::flush;
         for (const std::string& failure : session.TakeFailures()) {
             errors << "warning: " << place << OneLine(failure) << "\n";
         }
-        for (const std::string& warning : session.TakeWarnings()) {
+        for (const std::string& warning : session.Documents().TakeWarnings()) {
             errors << "warning: " << OneLine(warning) << "\n";
         }
         errors << std::flush;

@@ -25,7 +25,7 @@ public:
 std::vector<std::string> SplitWords(std::string_view line);
 
 // Carries out one step, given as its words, at least one. What it prints goes to `output`. Does not
-// wait. Throws StepError, and std::runtime_error when the panel is broken.
+// wait. Throws StepError, ActionRefused, and std::runtime_error when the panel is broken.
 void RunStep(Session& session, std::ostream& output, const std::vector<std::string>& words);
 
 // Carries out the steps of a text, and returns when all are done. After each the panel is idle,

@@ -1,8 +1,8 @@
 // The steps of a script: a table, and one function for each row.
 #include "driver/Script.h"
 
+#include "actions/Edits.h"
 #include "driver/PanelReport.h"
-#include "platform-libraries/UnicodeText.h"
 #include "services/KeyNames.h"
 
 #include <charconv>
@@ -99,35 +99,18 @@ ElementHandle Match(const StepCall& call, const std::string& selector, std::uint
     return match;
 }
 
-Host::ViewPtr OpenView(const StepCall& call, const std::string& word)
+OpenDocument& ActiveDocument(const StepCall& call)
 {
-    const Host::ViewPtr view = call.session.View(Number(word));
-    if (!view) {
-        throw StepError("no open view has the number " + word);
-    }
-    return view;
-}
-
-BLDocumentViewObject& ActiveView(const StepCall& call)
-{
-    const Host::ViewPtr& view = call.TheHost().Collection().ActiveView();
-    if (!view) {
+    OpenDocument* const document = call.session.Documents().FindActive();
+    if (document == nullptr) {
         throw StepError("no view is open");
     }
-    return view->View();
+    return *document;
 }
 
-Documents::Document& ActiveContent(const StepCall& call)
+CommentPosition Position(const StepCall& call)
 {
-    return ActiveView(call).Document()->Content();
-}
-
-void PublishEdit(const StepCall& call, Documents::EditResult edit)
-{
-    const std::string error = ActiveView(call).Document()->Publish(std::move(edit));
-    if (!error.empty()) {
-        throw StepError(error);
-    }
+    return {Number(call.words[0]), Number(call.words[1])};
 }
 
 // --- The user of the panel ---
@@ -138,36 +121,22 @@ void Click(const StepCall& call)
     call.TheHost().Panel().Click(Match(call, call.words[0], number));
 }
 
-// What has the keyboard focus as long as nobody says otherwise: the current item, or the list when
-// no item is current, or it is out of sight on a collapsed page.
-ElementHandle KeyTarget(const StepCall& call)
-{
-    const HtmlPanel& panel = call.TheHost().Panel();
-    ElementHandle current = kNoElement;
-    panel.Page()->SelectFirst(VisibleContainer(call), "li[annot-name]:current", current);
-    return current != kNoElement && panel.IsShown(current)
-               ? current
-               : Match(call, "div.results-container", 1);
-}
-
 void PressKey(const StepCall& call)
 {
     const std::uint32_t key = Key(call.words[0]);
-    call.TheHost().Panel().PressKey(
-        call.words.size() == 1 ? KeyTarget(call) : Match(call, call.words[1], 1), key);
+    HtmlPanel& panel = call.TheHost().Panel();
+    panel.PressKey(call.words.size() == 1 ? FindKeyTarget(panel, VisibleContainer(call))
+                                          : Match(call, call.words[1], 1),
+                   key);
 }
 
 // --- The view and its document ---
 
 void Focus(const StepCall& call)
 {
-    const std::uint32_t page = Number(call.words[0]);
-    Documents::AnnotationRef annotation =
-        ActiveContent(call).AnnotationAt(page, Number(call.words[1]));
-    if (!annotation) {
-        throw StepError("there is no annotation " + call.words[1] + " on page " + call.words[0]);
-    }
-    ActiveView(call).SetFocus(page, std::move(annotation));
+    const OpenDocument& document = ActiveDocument(call);
+    const CommentPosition position = Position(call);
+    document.view->View().SetFocus(position.page, CommentAt(document, position));
 }
 
 void FocusNone(const StepCall& call)
@@ -175,42 +144,38 @@ void FocusNone(const StepCall& call)
     if (call.words[0] != "none") {
         throw StepError("focus takes a page and an index, or none");
     }
-    ActiveView(call).SetFocus(kPDNoPage, {});
+    ActiveDocument(call).view->View().SetFocus(kPDNoPage, {});
 }
 
 void Add(const StepCall& call)
 {
-    const std::string contents = call.words.size() == 3 ? call.words[2] : std::string();
-    PublishEdit(call, ActiveContent(call).AddAnnotation(Number(call.words[0]), call.words[1],
-                                                        UnicodeText::ToUtf16(contents)));
+    AddComment(ActiveDocument(call), {Number(call.words[0]), call.words[1],
+                                      call.words.size() == 3 ? call.words[2] : std::string()});
 }
 
 void Edit(const StepCall& call)
 {
-    PublishEdit(call,
-                ActiveContent(call).ChangeContents(Number(call.words[0]), Number(call.words[1]),
-                                                   UnicodeText::ToUtf16(call.words[2])));
+    EditComment(ActiveDocument(call), Position(call), call.words[2]);
 }
 
 void Remove(const StepCall& call)
 {
-    PublishEdit(call,
-                ActiveContent(call).RemoveAnnotation(Number(call.words[0]), Number(call.words[1])));
+    RemoveComment(ActiveDocument(call), Position(call));
 }
 
-void InsertPage(const StepCall& call)
+void InsertPageAt(const StepCall& call)
 {
-    PublishEdit(call, ActiveContent(call).InsertPage(Number(call.words[0])));
+    InsertPage(ActiveDocument(call), Number(call.words[0]));
 }
 
-void DeletePage(const StepCall& call)
+void DeletePageAt(const StepCall& call)
 {
-    PublishEdit(call, ActiveContent(call).DeletePage(Number(call.words[0])));
+    DeletePage(ActiveDocument(call), Number(call.words[0]));
 }
 
-void MovePage(const StepCall& call)
+void MovePageTo(const StepCall& call)
 {
-    PublishEdit(call, ActiveContent(call).MovePage(Number(call.words[0]), Number(call.words[1])));
+    MovePage(ActiveDocument(call), Number(call.words[0]), Number(call.words[1]));
 }
 
 // --- The host ---
@@ -239,24 +204,21 @@ void LockInteraction(const StepCall& call)
     call.TheHost().State().interactionLocked = IsOn(call.words[0]);
 }
 
-void OpenDocument(const StepCall& call)
+void Open(const StepCall& call)
 {
-    try {
-        call.session.Open(call.session.Read(call.words[0]));
-    } catch (const OpenError& error) {
-        throw StepError(error.what());
-    }
+    call.session.Documents().Open(call.session.Read(call.words[0]));
 }
 
 void Activate(const StepCall& call)
 {
-    call.TheHost().Collection().Activate(OpenView(call, call.words[0]));
+    OpenDocuments& documents = call.session.Documents();
+    documents.Activate(documents.Require(Number(call.words[0])));
 }
 
 void Close(const StepCall& call)
 {
-    OpenView(call, call.words[0]);
-    call.session.Close(Number(call.words[0]));
+    OpenDocuments& documents = call.session.Documents();
+    documents.Close(documents.Require(Number(call.words[0])));
 }
 
 void FireOn(const StepCall& call)
@@ -271,11 +233,9 @@ void Hold(const StepCall& call)
 
 void Save(const StepCall& call)
 {
-    const Documents::SaveResult saved =
-        ActiveContent(call).Save(std::filesystem::path(call.words[0]));
-    if (!saved.Succeeded()) {
-        throw StepError(saved.error);
-    }
+    const std::filesystem::path path = call.words[0];
+    Documents::Document& content = *ActiveDocument(call).content;
+    WriteDocument(path, Replaceable::kAnything, {}, [&] { return content.Save(path); });
 }
 
 // --- What is printed ---
@@ -309,14 +269,14 @@ constexpr Step kSteps[] = {
     {"add PAGE SUBTYPE [CONTENTS]", Add},
     {"edit PAGE INDEX CONTENTS", Edit},
     {"remove PAGE INDEX", Remove},
-    {"insert-page AT", InsertPage},
-    {"delete-page N", DeletePage},
-    {"move-page FROM TO", MovePage},
+    {"insert-page AT", InsertPageAt},
+    {"delete-page N", DeletePageAt},
+    {"move-page FROM TO", MovePageTo},
     {"locale NAME", SwitchLocale},
     {"readonly on|off", SetReadOnly},
     {"permit-delete on|off", PermitDeletion},
     {"interaction-lock on|off", LockInteraction},
-    {"open FILE", OpenDocument},
+    {"open FILE", Open},
     {"activate N", Activate},
     {"close N", Close},
     {"fire ui|foreign", FireOn},

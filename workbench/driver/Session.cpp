@@ -1,97 +1,40 @@
 #include "driver/Session.h"
 
-#include "documents/Population.h"
 #include "driver/ConsistencyCheck.h"
 #include "driver/PanelReport.h"
 
-#if defined(WORKBENCH_READS_PDF)
-#include "documents/QpdfDocument.h"
-#endif
+#include <nlohmann/json.hpp>
 
-#include <charconv>
-#include <cstddef>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
 namespace Workbench {
 
-namespace {
-
-// Numbers between colons; empty when there is anything else.
-std::vector<std::uint32_t> NumbersIn(std::string_view text)
+Session::Session(SessionOptions options, DocumentNumber firstNumber)
+    : options_(std::move(options)), host_(options_.host), documents_(host_, firstNumber)
 {
-    std::vector<std::uint32_t> numbers;
-    const char* position = text.data();
-    const char* const end = text.data() + text.size();
-    for (;;) {
-        std::uint32_t number = 0;
-        const auto [rest, error] = std::from_chars(position, end, number);
-        if (error != std::errc()) {
-            return {};
-        }
-        numbers.push_back(number);
-        if (rest == end) {
-            return numbers;
-        }
-        if (*rest != ':') {
-            return {};
-        }
-        position = rest + 1;
-    }
 }
 
-}  // namespace
-
-Session::Session(SessionOptions options) : options_(std::move(options)), host_(options_.host) {}
-
-NamedDocument Session::ReadFile(const std::string& file) const
-{
-#if defined(WORKBENCH_READS_PDF)
-    const Documents::OpenResult opened =
-        Documents::QpdfDocument::Open(file, {options_.password, options_.listAll});
-    if (opened.document == nullptr) {
-        throw OpenError(opened.message);
-    }
-    return {file, opened.document};
-#else
-    throw OpenError(file + ": this build of the workbench reads no PDF files");
-#endif
-}
-
-NamedDocument Session::Read(const std::string& name) const
+DocumentFile Session::Read(const std::string& name) const
 {
     constexpr std::string_view kMemory = "memory:";
-    return name.starts_with(kMemory) ? MakeMemoryDocument(name.substr(kMemory.size()))
-                                     : ReadFile(name);
-}
-
-NamedDocument Session::MakeMemoryDocument(const std::string& description) const
-{
-    const std::vector<std::uint32_t> numbers = NumbersIn(description);
-    if (numbers.size() < 2 || numbers.size() > 3 || numbers[1] == 0) {
-        throw OpenError("\"" + description +
-                        "\" is no document in memory: COMMENTS:PAGES or COMMENTS:PAGES:SEED");
+    if (name.starts_with(kMemory)) {
+        return MakeMemoryDocument(name.substr(kMemory.size()), options_.listAll);
     }
-    Documents::MemoryOptions options;
-    options.listAll = options_.listAll;
-    return {"memory:" + description,
-            Documents::MakePopulationDocument({numbers[0], numbers[1]},
-                                              numbers.size() == 3 ? numbers[2] : 1, options)};
+    DocumentFile file = ReadDocument(name, {options_.password, options_.listAll});
+    file.name = name;
+    return file;
 }
 
-void Session::Start(const std::vector<NamedDocument>& documents)
+void Session::Start(std::vector<DocumentFile> documents)
 {
     host_.StartPanel();
-    for (const NamedDocument& document : documents) {
-        Open(document);
+    for (DocumentFile& document : documents) {
+        documents_.Open(std::move(document));
     }
     host_.HandOverDocuments();
     Settle();
-}
-
-void Session::Open(const NamedDocument& document)
-{
-    views_.push_back({document.name, document.content, host_.OpenView(document.content), 0});
 }
 
 std::vector<std::string> Session::TakeFailures()
@@ -126,34 +69,12 @@ void Session::Settle()
     ThrowFailures();
 }
 
-std::vector<std::size_t> Session::OpenViews() const
+PanelView Session::ReadView(const OpenDocument& document) const
 {
-    std::vector<std::size_t> numbers;
-    for (std::size_t number = 0; number < views_.size(); ++number) {
-        if (views_[number].view) {
-            numbers.push_back(number);
-        }
-    }
-    return numbers;
-}
-
-Host::ViewPtr Session::View(std::size_t number) const
-{
-    return number < views_.size() ? views_[number].view : nullptr;
-}
-
-void Session::Close(std::size_t number)
-{
-    host_.CloseView(std::exchange(views_.at(number).view, nullptr));
-}
-
-PanelView Session::ReadView(std::size_t number) const
-{
-    const OpenedView& opened = views_.at(number);
     auto view =
-        ReadPanelView(*host_.Panel().Page(), ContainerKey(opened.view->View().AsInterface()));
+        ReadPanelView(*host_.Panel().Page(), ContainerKey(document.view->View().AsInterface()));
     if (!view) {
-        throw std::runtime_error(opened.name + ": the panel has no container for its view");
+        throw std::runtime_error(document.name + ": the panel has no container for its view");
     }
     return *std::move(view);
 }
@@ -161,8 +82,8 @@ PanelView Session::ReadView(std::size_t number) const
 nlohmann::ordered_json Session::Report() const
 {
     nlohmann::ordered_json views = nlohmann::ordered_json::array();
-    for (const std::size_t number : OpenViews()) {
-        views.push_back(ToJson(ReadView(number), NameOf(number)));
+    for (const auto& document : documents_.All()) {
+        views.push_back(ToJson(ReadView(*document), document->name));
     }
     return {{"views", std::move(views)}};
 }
@@ -170,9 +91,8 @@ nlohmann::ordered_json Session::Report() const
 nlohmann::ordered_json Session::ReportWithViews() const
 {
     nlohmann::ordered_json report = Report();
-    const std::vector<std::size_t> numbers = OpenViews();
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        report["views"][i]["view"] = ToJson(View(numbers[i])->View());
+    for (std::size_t i = 0; i < documents_.All().size(); ++i) {
+        report["views"][i]["view"] = ToJson(documents_.All()[i]->view->View());
     }
     return report;
 }
@@ -180,17 +100,18 @@ nlohmann::ordered_json Session::ReportWithViews() const
 nlohmann::ordered_json Session::CheckConsistency()
 {
     std::vector<std::string> keys;
-    for (const std::size_t number : OpenViews()) {
-        keys.push_back(ContainerKey(View(number)->View().AsInterface()));
+    for (const auto& document : documents_.All()) {
+        keys.push_back(ContainerKey(document->view->View().AsInterface()));
     }
     if (const auto containers = ContainerKeys(*host_.Panel().Page()); containers != keys) {
         return {{"consistent", false}, {"view", nullptr}, {"panel", containers}, {"fresh", keys}};
     }
-    for (const std::size_t number : OpenViews()) {
-        if (const auto difference = CompareWithFreshList(host_, View(number), options_.waitLimit)) {
+    for (const auto& document : documents_.All()) {
+        if (const auto difference =
+                CompareWithFreshList(host_, document->view, options_.waitLimit)) {
             return {{"consistent", false},
-                    {"view", number},
-                    {"file", NameOf(number)},
+                    {"view", document->number},
+                    {"file", document->name},
                     {"panel", difference->left},
                     {"fresh", difference->right}};
         }
@@ -198,21 +119,9 @@ nlohmann::ordered_json Session::CheckConsistency()
     return {{"consistent", true}};
 }
 
-std::vector<std::string> Session::TakeWarnings()
-{
-    std::vector<std::string> lines;
-    for (OpenedView& opened : views_) {
-        const std::vector<std::string> warnings = opened.content->Warnings();
-        const auto taken =
-            static_cast<std::ptrdiff_t>(std::exchange(opened.warningsTaken, warnings.size()));
-        lines.insert(lines.end(), warnings.begin() + taken, warnings.end());
-    }
-    return lines;
-}
-
 void Session::Finish()
 {
-    views_.clear();
+    documents_.ReleaseAll();
     const std::vector<std::string> lost = host_.ShutDown();
     if (!lost.empty()) {
         std::string all;

@@ -117,6 +117,13 @@ std::optional<std::string> BLDocumentViewObject::FocusedPlace() const
                      : std::nullopt;
 }
 
+void BLDocumentViewObject::TellChange() const
+{
+    if (changed_) {
+        changed_();
+    }
+}
+
 bool BLDocumentViewObject::StoreFocus(std::uint32_t page, Documents::AnnotationRef annotation)
 {
     Focus focus{page, std::move(annotation)};  // the former one is released after the lock
@@ -130,6 +137,7 @@ void BLDocumentViewObject::SetFocus(std::uint32_t page, Documents::AnnotationRef
 {
     const std::uint32_t focused = annotation ? page : kPDNoPage;
     if (StoreFocus(focused, annotation)) {
+        TellChange();
         FireFocus(focused, annotation.Get());
     }
 }
@@ -137,6 +145,7 @@ void BLDocumentViewObject::SetFocus(std::uint32_t page, Documents::AnnotationRef
 void BLDocumentViewObject::FocusAnew(std::uint32_t page, Documents::AnnotationRef annotation)
 {
     StoreFocus(page, annotation);
+    TellChange();
     FireFocus(page, annotation.Get());
 }
 
@@ -223,6 +232,7 @@ ResultCode BLDocumentViewObject::GoTo(const BLGoToRequest* request)
     const bool isOtherPage = !target_ || target_->pageIndex != request->pageIndex;
     target_ = *request;
     ++targetCount_;
+    TellChange();
     if (isOtherPage) {
         state_->Fire(Event<BLDocumentView::OnFocusPageChanged>(), request->pageIndex);
     }

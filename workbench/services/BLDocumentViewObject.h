@@ -9,9 +9,11 @@
 #include "ui-engine/BLDocumentView.SO.h"
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Workbench {
 
@@ -70,6 +72,10 @@ public:
     // who follow the focus may have moved on since. [ui-thread]
     void FocusAnew(std::uint32_t page, Documents::AnnotationRef annotation);
 
+    // Who is told, on the thread of the change, that there was a go-to request or that the focus was
+    // set; empty: nobody.
+    void SetChangeCallback(std::function<void()> callback) { changed_ = std::move(callback); }
+
     // Follows a change of the document: the focus keeps its annotation when page indices shift, and
     // is lost with its annotation or page. Whether it was lost; the caller fires the event.
     // [any-thread]
@@ -93,6 +99,7 @@ private:
     ResultCode ShowHighlight(ServiceObject* highlight);
     ResultCode GetViewNumber(std::uint64_t* number) const;
 
+    void TellChange() const;
     // Whether that changes what is focused.
     bool StoreFocus(std::uint32_t page, Documents::AnnotationRef annotation);
     void CheckPage(std::uint32_t pageIndex) const;
@@ -103,6 +110,7 @@ private:
     std::optional<BLGoToRequest> target_;
     std::uint64_t targetCount_ = 0;
     BasicServiceObjectPtr<ServiceObject> highlight_;
+    std::function<void()> changed_;
 
     mutable std::mutex focusMutex_;
     Focus focus_;

@@ -2,6 +2,7 @@
 
 #include "platform-libraries/AtomLibraryHost.h"
 #include "platform-libraries/ServiceProviderHost.h"
+#include "services/PanelElements.h"
 #include "services/ResourceStore.h"
 
 #include <stdexcept>
@@ -13,7 +14,6 @@ namespace Workbench {
 namespace {
 
 constexpr const char16_t* kPanelPage = u"document-panel-comments/panel.htm";
-constexpr const char* kPreloader = "div.picture[preloader]";
 
 template <class T>
 void ListService(const BasicServiceObjectPtr<T>& object)
@@ -184,15 +184,7 @@ void Host::ForceDeletionPermitted(std::optional<bool> permitted)
 
 std::size_t Host::LoadingCount() const
 {
-    const HtmlEngine::Document* const document = panel_->Page();
-    std::size_t count = 0;
-    if (document != nullptr) {
-        document->SelectAll(document->Root(), kPreloader, [&](HtmlEngine::ElementHandle element) {
-            count += document->Style(element, "visibility") == "visible" ? 1u : 0u;
-            return true;
-        });
-    }
-    return count;
+    return panel_->Page() == nullptr ? 0 : CountLoading(*panel_->Page());
 }
 
 bool Host::IsIdle() const

@@ -1,6 +1,6 @@
 #include "web/BrowserWorkbench.h"
 
-#include "web/FileCopies.h"
+#include "web/RecoveryCopies.h"
 #include "web/SampleFile.h"
 #include "web/StopSignals.h"
 
@@ -15,9 +15,9 @@ namespace fs = std::filesystem;
 
 BrowserWorkbench::BrowserWorkbench(BrowserOptions options)
     : options_(std::move(options)),
-      session_(options_.request.session),
+      session_(options_.request.session, 1),
       workers_(TheHost().State().loop),
-      pages_(TheHost().State().loop, options_.folders)
+      router_(TheHost().State().loop, options_.folders)
 {
     OpenDocuments();
 }
@@ -32,83 +32,75 @@ BrowserWorkbench::~BrowserWorkbench()
 
 void BrowserWorkbench::OpenDocuments()
 {
-    struct Opened {
-        std::string name;
-        std::optional<fs::path> path;
-        std::shared_ptr<Documents::Document> content;
-        std::optional<FileStamp> stamp{};
-    };
-    std::vector<Opened> documents;
+    std::vector<DocumentFile> documents;
     for (const std::string& file : options_.request.files) {
-        const fs::path path = fs::absolute(file).lexically_normal();
-        const std::optional<FileStamp> stamp = StampOf(path);
-        documents.push_back(
-            {path.filename().string(), path, session_.ReadFile(file).content, stamp});
+        documents.push_back(session_.Read(file));
+        documents.back().name = documents.back().path->filename().string();
     }
+    const bool listAll = options_.request.session.listAll;
     for (const std::string& description : options_.request.memoryDocuments) {
-        NamedDocument document = session_.MakeMemoryDocument(description);
-        documents.push_back({document.name, std::nullopt, document.content});
+        documents.push_back(MakeMemoryDocument(description, listAll));
     }
     if (documents.empty()) {
-        documents.push_back(
-            {kSampleName, std::nullopt, OpenSample(options_.request.session.listAll)});
+        documents.push_back({kSampleName, OpenSample(listAll)});
     }
     session_.Start({});
     // Takes the port before lists are rendered, so that one that is taken is told of at once.
     HttpServerOptions server = options_.server;
     server.port = options_.request.port;
-    server_ = std::make_unique<HttpServer>(server, pages_);
-    desk_ =
-        std::make_shared<Desk>(TheHost(), workers_, options_.request.session.listAll,
-                               [this](SocketNumber page, std::shared_ptr<const std::string> text) {
-                                   server_->Send(page, std::move(text));
-                               });
-    for (Opened& document : documents) {
-        desk_->Add(std::move(document.name), std::move(document.path), std::move(document.content),
-                   document.stamp);
+    server_ = std::make_unique<HttpServer>(server, router_);
+    browser_ = std::make_shared<BrowserSession>(
+        TheHost(), session_.Documents(), workers_, listAll,
+        [this](SocketNumber client, std::shared_ptr<const std::string> text) {
+            server_->Send(client, std::move(text));
+        });
+    for (DocumentFile& document : documents) {
+        browser_->Open(std::move(document));
     }
-    pages_.Serve(desk_, *server_);
+    router_.Serve(browser_, *server_);
     server_->Start();
 }
 
 bool BrowserWorkbench::TakeSignal(int signal) noexcept
 {
-    if (ending_ == Ending::kNow) {
+    if (exit_ == Exit::kNow) {
         return false;
     }
-    Ending none = Ending::kNo;
-    if (signal != SIGINT || !ending_.compare_exchange_strong(none, Ending::kWanted)) {
-        ending_ = Ending::kNow;
+    Exit none = Exit::kNo;
+    if (signal != SIGINT || !exit_.compare_exchange_strong(none, Exit::kRequested)) {
+        exit_ = Exit::kNow;
     }
     return true;
 }
 
-// A signal may come in between: what it wants then stands.
-void BrowserWorkbench::FollowEnding(std::ostream& errors)
+// A signal may come in between: what it requests then stands.
+void BrowserWorkbench::FollowExit(std::ostream& errors)
 {
-    Ending state = ending_;
-    if (state == Ending::kWanted) {
-        const bool asks = desk_->AskBeforeEnding(options_.endPatience);
+    Exit state = exit_;
+    if (state == Exit::kRequested) {
+        const bool asks = browser_->Prompt().Open(options_.endPatience);
         if (asks) {
             errors << "workbench: there are unsaved changes; the browser asks what becomes of them "
                       "(Ctrl-C once more ends at once, with recovery copies)"
                    << std::endl;
         }
-        ending_.compare_exchange_strong(state, asks ? Ending::kAsked : Ending::kNow);
-    } else if (const EndQuestion question = desk_->QuestionOfEnding();
-               state == Ending::kAsked && question != EndQuestion::kStands) {
-        ending_.compare_exchange_strong(state, question == EndQuestion::kTakenBack ? Ending::kNo
-                                                                                   : Ending::kNow);
+        exit_.compare_exchange_strong(state, asks ? Exit::kPrompted : Exit::kNow);
+    } else if (state == Exit::kPrompted) {
+        const SavePromptState prompt = browser_->Prompt().State();
+        if (prompt != SavePromptState::kOpen) {
+            exit_.compare_exchange_strong(
+                state, prompt == SavePromptState::kWithdrawn ? Exit::kNo : Exit::kNow);
+        }
     }
 }
 
 void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& isDone)
 {
-    // The loop asks before each call, and so the pages are told after each.
+    // The loop asks before each call, and so the clients are told after each.
     const auto update = [&] {
-        desk_->Update();
-        FollowEnding(errors);
-        return ending_ == Ending::kNow || (isDone && isDone());
+        browser_->Update();
+        FollowExit(errors);
+        return exit_ == Exit::kNow || (isDone && isDone());
     };
     TheHost().State().loop.RunUntil(update, std::chrono::steady_clock::time_point::max());
 }
@@ -116,8 +108,8 @@ void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& is
 std::vector<std::string> BrowserWorkbench::WriteRecoveryCopies()
 {
     std::vector<std::string> lines;
-    for (const auto& document : desk_->OpenDocuments()) {
-        if (!document->content->Modified() || desk_->DiscardsChanges()) {
+    for (const auto& document : session_.Documents().All()) {
+        if (!document->content->Modified() || browser_->Prompt().DiscardsChanges()) {
             continue;
         }
         const RecoveryCopy copy = WriteRecoveryCopy(*document->content, document->name,
@@ -139,11 +131,11 @@ void BrowserWorkbench::Finish(std::ostream& errors)
     workers_.Stop();
     for (const std::string& line : WriteRecoveryCopies()) {
         errors << "workbench: " << line << std::endl;
-        desk_->Notify(line);
+        browser_->Clients().Notify(line);
     }
-    desk_->SayGoodbye();
+    browser_->SayGoodbye();
     server_->Stop();
-    desk_.reset();
+    browser_.reset();
     session_.Finish();
 }
 
@@ -151,10 +143,8 @@ int RunInBrowser(const BrowserRequest& request, std::ostream& output, std::ostre
 {
     BrowserWorkbench workbench({.request = request, .recoveryFolders = RecoveryFolders()});
     const StopSignals signals([&](int signal) { return workbench.TakeSignal(signal); });
-    for (const auto& document : workbench.TheDesk().OpenDocuments()) {
-        for (const std::string& warning : document->content->Warnings()) {
-            errors << "warning: " << warning << std::endl;
-        }
+    for (const std::string& warning : workbench.TheSession().Documents().TakeWarnings()) {
+        errors << "warning: " << warning << std::endl;
     }
     output << workbench.Address() << std::endl;
     workbench.Run(errors);

@@ -4,9 +4,9 @@
 
 #include "driver/CommandLine.h"
 #include "driver/Session.h"
-#include "web/Desk.h"
+#include "web/BrowserSession.h"
 #include "web/HttpServer.h"
-#include "web/PageServer.h"
+#include "web/RequestRouter.h"
 #include "web/WorkerThreads.h"
 
 #include <atomic>
@@ -27,14 +27,14 @@ struct BrowserOptions {
     ServedFolders folders = DefaultServedFolders();
     // Where recovery copies go that cannot stand beside their originals.
     std::vector<std::filesystem::path> recoveryFolders;
-    // How long the pages may ask what becomes of changes that are not saved.
+    // How long the save-before-exit prompt stays open.
     std::chrono::milliseconds endPatience = std::chrono::seconds(60);
 };
 
 class BrowserWorkbench {
 public:
     // Reads the documents, the sample where none is named, starts the panel, opens them and begins
-    // to serve. Throws OpenError and std::runtime_error.
+    // to serve. Throws ActionRefused and std::runtime_error.
     explicit BrowserWorkbench(BrowserOptions options);
     ~BrowserWorkbench();
     BrowserWorkbench(const BrowserWorkbench&) = delete;
@@ -43,45 +43,45 @@ public:
     const std::string& Address() const noexcept { return server_->Address(); }
 
     // Serves until Stop was called, a signal or a user has ended it, or until `isDone` says so. One
-    // line on `errors` whenever the pages ask how to end.
+    // line on `errors` whenever the save-before-exit prompt opens.
     void Run(std::ostream& errors, const std::function<bool()>& isDone = {});
 
     // Lets Run return soon. [any-thread]
-    void Stop() noexcept { ending_ = Ending::kNow; }
+    void Stop() noexcept { exit_ = Exit::kNow; }
 
-    // What a signal brings about. SIGINT has the pages ask what becomes of changes that are not
-    // saved, where there are both; a second one, or another signal, lets Run return soon. False for
-    // one that comes when that is under way: whoever sends it has no patience left. [any-thread]
+    // SIGINT opens the save-before-exit prompt where there are unsaved changes and clients to ask; a
+    // second one, or another signal, lets Run return soon. Returns false on the third signal; the
+    // process then exits. [any-thread]
     bool TakeSignal(int signal) noexcept;
 
     // Writes recovery copies of what is not saved, unless a user wants none, says goodbye to the
-    // pages, and ends server and panel. One line on `errors` for each copy, and for what could not
+    // clients, and ends server and panel. One line on `errors` for each copy, and for what could not
     // be recovered. Throws std::runtime_error when the panel lost service objects. A second call
     // does nothing.
     void Finish(std::ostream& errors);
 
     Host& TheHost() noexcept { return session_.TheHost(); }
-    Desk& TheDesk() noexcept { return *desk_; }
+    Session& TheSession() noexcept { return session_; }
 
 private:
-    enum class Ending : std::uint8_t {
+    enum class Exit : std::uint8_t {
         kNo,
-        kWanted,  // and the pages have not been told yet
-        kAsked,
+        kRequested,  // the prompt has not been opened yet
+        kPrompted,
         kNow,
     };
 
     void OpenDocuments();
-    void FollowEnding(std::ostream& errors);
+    void FollowExit(std::ostream& errors);
     std::vector<std::string> WriteRecoveryCopies();
 
     const BrowserOptions options_;
     Session session_;
     WorkerThreads workers_;
-    PageServer pages_;
+    RequestRouter router_;
     std::unique_ptr<HttpServer> server_;
-    std::shared_ptr<Desk> desk_;
-    std::atomic<Ending> ending_ = Ending::kNo;
+    std::shared_ptr<BrowserSession> browser_;
+    std::atomic<Exit> exit_ = Exit::kNo;
     bool finished_ = false;
 };
 

@@ -1,13 +1,9 @@
 #include "web/CurrentComment.h"
 
 #include "documents/Records.h"
-#include "driver/PanelReader.h"
 #include "services/AnnotationPlace.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string>
-#include <string_view>
 #include <utility>
 
 namespace Workbench {
@@ -22,32 +18,6 @@ using HtmlEngine::kNoElement;
 bool IsListed(const AnnotationRef& annotation)
 {
     return annotation && annotation.Get()->properties.Load()->listed;
-}
-
-// Leading digits; 0 where there are none.
-std::uint32_t NumberIn(std::string_view text)
-{
-    std::uint32_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
-
-// What an item stands for, read as the panel reads it: the page is that of the enclosing page's
-// item, the index what its name holds besides.
-std::optional<CurrentComment::Place> PlaceOf(const HtmlEngine::Document& panel, ElementHandle item)
-{
-    ElementHandle page = kNoElement;
-    panel.Closest(item, "li[page-index]", page);
-    std::string name = panel.Attribute(item, "annot-name").value_or("");
-    if (page == kNoElement || name.empty()) {
-        return std::nullopt;
-    }
-    const std::uint32_t index = NumberIn(panel.Attribute(page, "page-index").value_or(""));
-    const std::string prefix = std::to_string(index) + "_";
-    if (const std::size_t found = name.find(prefix); found != name.npos) {
-        name.erase(found, prefix.size());
-    }
-    return CurrentComment::Place{index, NumberIn(name)};
 }
 
 // The listed comment of a page at a position or behind it, else the last one before.
@@ -98,24 +68,27 @@ std::uint32_t PageShowing(Documents::Document& document, const Comment& comment)
 void CurrentComment::ReadList(BLDocumentViewObject& view, const HtmlEngine::Document& panel)
 {
     const ElementHandle container = FindContainer(panel, ContainerKey(view.AsInterface()));
-    ElementHandle results = kNoElement;
-    panel.SelectFirst(container, "div.results-container", results);
-    stands_ = panel.Child(results, 0) != kNoElement && !IsLoading(panel, container);
-    item_ = kNoElement;
-    if (stands_) {
-        panel.SelectFirst(results, "li[annot-name]:current", item_);
-        const auto place = item_ == kNoElement ? std::nullopt : PlaceOf(panel, item_);
-        comment_ = place
-                       ? Comment{place->page,
-                                 view.Document()->Content().AnnotationAt(place->page, place->index)}
-                       : Comment{};
+    State state;
+    state.isLoading = Workbench::IsLoading(panel, container);
+    state.hasList =
+        !state.isLoading && panel.Child(FindList(panel, container), 0) != kNoElement;
+    if (state.hasList) {
+        state.item = FindCurrentItem(panel, container);
+        const auto position = PositionOfItem(panel, state.item);
+        comment_ = position ? Comment{position->page, view.Document()->Content().AnnotationAt(
+                                                          position->page, position->index)}
+                            : Comment{};
+    }
+    if (state_ != state) {
+        state_ = state;
+        changed_();
     }
 }
 
 void CurrentComment::Update(BLDocumentViewObject& view, const HtmlEngine::Document& panel)
 {
     ReadList(view, panel);
-    if (stands_ && wanted_.annotation) {
+    if (state_.hasList && wanted_.annotation) {
         const Comment wanted = std::exchange(wanted_, {});
         const std::uint32_t page = PageShowing(view.Document()->Content(), wanted);
         if (page != kPDNoPage) {
@@ -170,13 +143,13 @@ void CurrentComment::FollowEdit(const std::vector<Documents::Change>& changes,
     Update(view, panel);
 }
 
-std::optional<CurrentComment::Place> CurrentComment::PlaceIn(Documents::Document& document) const
+std::optional<CommentPosition> CurrentComment::PositionIn(Documents::Document& document) const
 {
-    if (item_ == kNoElement) {
+    if (state_.item == kNoElement) {
         return std::nullopt;
     }
     const auto index = PositionOnPage(document, comment_.page, comment_.annotation.Get());
-    return index ? std::optional(Place{comment_.page, *index}) : std::nullopt;
+    return index ? std::optional(CommentPosition{comment_.page, *index}) : std::nullopt;
 }
 
 }  // namespace Workbench

@@ -6,48 +6,58 @@
 #include "documents/Document.h"
 #include "html-engine/Document.h"
 #include "services/BLDocumentViewObject.h"
+#include "services/PanelElements.h"
 
-#include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Workbench {
 
 class CurrentComment {
 public:
-    struct Place {
-        std::uint32_t page = kPDNoPage;
-        std::uint32_t index = 0;
-    };
     using Comment = BLDocumentViewObject::Focus;  // without an annotation: none
 
-    // The list as it stands after a call of the UI thread. What Show and an edit have asked for
-    // gets the focus of the view here when the list did not stand before.
+    // `changed` is called when the item, or the state of the list, is another one.
+    explicit CurrentComment(std::function<void()> changed) : changed_(std::move(changed)) {}
+
+    // Reads the list as it is after a call of the UI thread. What Show and an edit have asked for
+    // gets the focus of the view here when there was no list before.
     void Update(BLDocumentViewObject& view, const HtmlEngine::Document& panel);
 
     // The document has been edited; its list follows already, or is loading.
     void FollowEdit(const std::vector<Documents::Change>& changes, BLDocumentViewObject& view,
                     const HtmlEngine::Document& panel);
 
-    // Gives the focus of the view to a comment; once more when the list stands, if it does not yet.
+    // Gives the focus of the view to a comment; once more when the list has come, if there is none.
     void Show(Comment comment, BLDocumentViewObject& view, const HtmlEngine::Document& panel);
 
     // The list is made anew, as that of another view: the comment is to be current there too.
     void Keep();
 
     // Whether there is a list, and not one that is being made.
-    bool ListStands() const noexcept { return stands_; }
-    // Its current item; kNoElement for none.
-    HtmlEngine::ElementHandle Item() const noexcept { return item_; }
-    // Where the current comment stands in the document; nothing for none.
-    std::optional<Place> PlaceIn(Documents::Document& document) const;
+    bool HasList() const noexcept { return state_.hasList; }
+    bool IsLoading() const noexcept { return state_.isLoading; }
+    // The current item of the list; kNoElement for none.
+    HtmlEngine::ElementHandle Item() const noexcept { return state_.item; }
+    // Position of the current comment in the document; nothing for none.
+    std::optional<CommentPosition> PositionIn(Documents::Document& document) const;
 
 private:
     void ReadList(BLDocumentViewObject& view, const HtmlEngine::Document& panel);
 
-    bool stands_ = false;
-    HtmlEngine::ElementHandle item_ = HtmlEngine::kNoElement;
-    Comment comment_;  // of the list that stands, or stood last
+    struct State {
+        bool hasList = false;
+        bool isLoading = false;
+        HtmlEngine::ElementHandle item = HtmlEngine::kNoElement;
+
+        bool operator==(const State&) const = default;
+    };
+
+    const std::function<void()> changed_;
+    State state_;
+    Comment comment_;  // of the list that there is, or was last
     Comment wanted_;
 };
 

@@ -2,7 +2,7 @@
 
 #include "web/AccessGuard.h"
 #include "web/internal/HttpConnection.h"
-#include "web/internal/PageSocket.h"
+#include "web/internal/ClientSocket.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/io_context.hpp>
@@ -22,7 +22,7 @@ using asio::ip::tcp;
 
 class HttpServer::Core final : public std::enable_shared_from_this<Core>,
                                public HttpConnection::Owner,
-                               public PageSocket::Owner {
+                               public ClientSocket::Owner {
 public:
     Core(const HttpServerOptions& options, HttpListener& listener);
 
@@ -38,7 +38,7 @@ public:
     {
         asio::post(io_, [this, number, work = std::move(work)] {
             if (const auto found = sockets_.find(number); found != sockets_.end()) {
-                work(*std::shared_ptr<PageSocket>(found->second));
+                work(*std::shared_ptr<ClientSocket>(found->second));
             }
         });
     }
@@ -54,12 +54,12 @@ private:
                         const HttpConnection::Request& request) override;
     void OnEnded(HttpConnection& connection) override;
 
-    void OnOpened(PageSocket& socket) override { listener_.OnSocketOpened(socket.Number()); }
-    void OnMessage(PageSocket& socket, std::string text, bool isWhole) override
+    void OnOpened(ClientSocket& socket) override { listener_.OnSocketOpened(socket.Number()); }
+    void OnMessage(ClientSocket& socket, std::string text) override
     {
-        listener_.OnSocketMessage(socket.Number(), std::move(text), isWhole);
+        listener_.OnSocketMessage(socket.Number(), std::move(text));
     }
-    void OnClosed(PageSocket& socket) override;
+    void OnClosed(ClientSocket& socket) override;
 
     void Listen();
     void AcceptNext();
@@ -78,7 +78,7 @@ private:
     asio::steady_timer retry_{io_};
     asio::steady_timer closing_{io_};
     std::unordered_map<HttpConnection*, std::shared_ptr<HttpConnection>> connections_;
-    std::unordered_map<SocketNumber, std::shared_ptr<PageSocket>> sockets_;
+    std::unordered_map<SocketNumber, std::shared_ptr<ClientSocket>> sockets_;
     SocketNumber lastSocket_ = 0;
     bool stopping_ = false;
     std::thread thread_;
@@ -199,7 +199,7 @@ void HttpServer::Core::OnSocketWanted(boost::beast::tcp_stream stream,
                                       const HttpConnection::Request& request)
 {
     const auto socket =
-        std::make_shared<PageSocket>(++lastSocket_, std::move(stream), options_, *this);
+        std::make_shared<ClientSocket>(++lastSocket_, std::move(stream), options_, *this);
     sockets_.emplace(socket->Number(), socket);
     socket->Accept(request);
 }
@@ -210,7 +210,7 @@ void HttpServer::Core::OnEnded(HttpConnection& connection)
     EndIfAlone();
 }
 
-void HttpServer::Core::OnClosed(PageSocket& socket)
+void HttpServer::Core::OnClosed(ClientSocket& socket)
 {
     if (sockets_.erase(socket.Number()) != 0) {
         listener_.OnSocketClosed(socket.Number());
@@ -294,17 +294,17 @@ void HttpServer::Start()
 
 void HttpServer::Send(SocketNumber socket, std::shared_ptr<const std::string> text)
 {
-    core_->WithSocket(socket, [text = std::move(text)](PageSocket& page) { page.Send(text); });
+    core_->WithSocket(socket, [text = std::move(text)](ClientSocket& client) { client.Send(text); });
 }
 
 void HttpServer::TakeNext(SocketNumber socket)
 {
-    core_->WithSocket(socket, [](PageSocket& page) { page.ReadNext(); });
+    core_->WithSocket(socket, [](ClientSocket& client) { client.ReadNext(); });
 }
 
 void HttpServer::CloseSocket(SocketNumber socket)
 {
-    core_->WithSocket(socket, [](PageSocket& page) { page.Close(); });
+    core_->WithSocket(socket, [](ClientSocket& client) { client.Close(); });
 }
 
 void HttpServer::Stop()

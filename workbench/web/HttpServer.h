@@ -1,4 +1,4 @@
-// A small HTTP server for one page on this machine: requests, WebSockets, bounds and time limits.
+// A small HTTP server for one web page on this machine: requests, WebSockets, bounds and time limits.
 // It serves on a thread of its own and knows nothing of documents. Peers are not trusted: what
 // AccessGuard does not admit, is too big, too slow or malformed is refused without being handed on.
 #pragma once
@@ -61,9 +61,8 @@ public:
     virtual void OnRequest(HttpRequest request, PendingAnswerPtr answer) = 0;
 
     virtual void OnSocketOpened(SocketNumber socket) = 0;
-    // A message of a page; of one beyond the bound only the beginning, which is not whole. The next
-    // one comes after HttpServer::TakeNext.
-    virtual void OnSocketMessage(SocketNumber socket, std::string text, bool isWhole) = 0;
+    // The next message comes after HttpServer::TakeNext. One beyond the bound ends the WebSocket.
+    virtual void OnSocketMessage(SocketNumber socket, std::string text) = 0;
     virtual void OnSocketClosed(SocketNumber socket) = 0;
 };
 
@@ -71,8 +70,8 @@ struct HttpServerOptions {
     std::uint16_t port = 0;  // 0: a free one
     std::size_t mostHeaderBytes = std::size_t{16} << 10;
     std::size_t mostBodyBytes = std::size_t{512} << 20;
-    std::size_t mostMessageBytes = std::size_t{4} << 20;  // what exceeds it eightfold is not read
-    // What waits to be sent to one page; one that lets more pile up is cut off.
+    std::size_t mostMessageBytes = std::size_t{4} << 20;
+    // What waits to be sent to one client; one that lets more pile up is cut off.
     std::size_t mostUnsentBytes = std::size_t{1} << 30;
     std::size_t mostConnections = 128;
     std::chrono::milliseconds headerTime = std::chrono::seconds(15);  // for a whole header
@@ -96,13 +95,13 @@ public:
     // Begins to serve. Once.
     void Start();
 
-    // Sends one message to a page; nothing when it is gone. [any-thread]
+    // Sends one message to a client; nothing when it is gone. [any-thread]
     void Send(SocketNumber socket, std::shared_ptr<const std::string> text);
 
     // The message that was handed on last has been dealt with. [any-thread]
     void TakeNext(SocketNumber socket);
 
-    // Closes one page's WebSocket behind what was sent to it. [any-thread]
+    // Closes one WebSocket behind what was sent to it. [any-thread]
     void CloseSocket(SocketNumber socket);
 
     // Closes every connection, WebSockets behind what was sent to them but in bounded time, and

@@ -5,22 +5,22 @@ namespace Workbench {
 using HtmlEngine::ElementHandle;
 using HtmlEngine::NodeHandle;
 
-PanelStream::PanelStream(HtmlEngine::Document& page)
-    : page_(page), reader_(page), changes_(reader_, numbers_)
+PanelStream::PanelStream(HtmlEngine::Document& panel)
+    : panel_(panel), reader_(panel), changes_(reader_)
 {
 }
 
 PanelStream::~PanelStream()
 {
-    Rest();
+    Stop();
 }
 
 std::vector<PanelMessage> PanelStream::Snapshot()
 {
-    PanelWriter writer(reader_, numbers_);
-    writer.Reset(page_.NodeOf(page_.Root()));
+    PanelWriter writer(reader_);
+    writer.Reset(panel_.NodeOf(panel_.Root()));
     if (!follows_) {
-        page_.SetObserver(this);
+        panel_.SetObserver(this);
         follows_ = true;
     }
     return writer.Take();
@@ -31,24 +31,24 @@ std::vector<PanelMessage> PanelStream::TakeChanges()
     return changes_.Take();
 }
 
-void PanelStream::Rest()
+void PanelStream::Stop()
 {
     if (follows_) {
-        page_.SetObserver(nullptr);
+        panel_.SetObserver(nullptr);
         follows_ = false;
     }
     changes_.Take();
-    numbers_.ForgetAll();
 }
 
-ElementHandle PanelStream::ElementWith(std::uint64_t number) const
+// Clients know what is in the tree; a handle may also name an element that has left it.
+ElementHandle PanelStream::ElementWith(std::uint64_t id) const
 {
-    return page_.ElementOf(numbers_.NodeWith(number));
-}
-
-std::uint64_t PanelStream::NumberOf(ElementHandle element) const
-{
-    return numbers_.Of(page_.NodeOf(element));
+    const NodeHandle root = panel_.NodeOf(panel_.Root());
+    NodeHandle top = NodeWith(id);
+    while (top != HtmlEngine::kNoNodeHandle && top != root) {
+        top = reader_.Parent(top);
+    }
+    return top == root ? panel_.ElementOf(NodeWith(id)) : HtmlEngine::kNoElement;
 }
 
 void PanelStream::OnInserted(NodeHandle, NodeHandle, NodeHandle first, NodeHandle last) noexcept
@@ -78,8 +78,7 @@ void PanelStream::OnStatesChanged(NodeHandle element) noexcept
 
 void PanelStream::OnPageReplaced() noexcept
 {
-    numbers_.ForgetAll();
-    changes_.Reset(page_.NodeOf(page_.Root()));
+    changes_.Reset(panel_.NodeOf(panel_.Root()));
 }
 
 }  // namespace Workbench

@@ -1,10 +1,9 @@
-// The panel's page as pages in browsers follow it: the whole tree for one that comes, then what
+// The panel's tree as browser clients follow it: the whole tree for one that connects, then the
 // changes, for all of them alike. [ui-thread]
 #pragma once
 
 #include "html-engine/Document.h"
 #include "html-engine/TreeObserver.h"
-#include "web/NodeNumbers.h"
 #include "web/PanelWriter.h"
 
 #include <cstdint>
@@ -14,23 +13,23 @@ namespace Workbench {
 
 class PanelStream : private HtmlEngine::TreeObserver {
 public:
-    // `page` outlives the stream.
-    explicit PanelStream(HtmlEngine::Document& page);
+    // `panel` outlives the stream.
+    explicit PanelStream(HtmlEngine::Document& panel);
     ~PanelStream() override;
 
     // The whole tree. From the first call on changes are noted; TakeChanges must be empty.
     std::vector<PanelMessage> Snapshot();
 
-    // What has changed since the last call, in order. Empty before the first Snapshot.
+    bool HasChanges() const noexcept { return !changes_.IsEmpty(); }
+
+    // The changes since the last call, in order. Empty before the first Snapshot.
     std::vector<PanelMessage> TakeChanges();
 
-    // Nobody follows any more: nothing is noted until the next Snapshot.
-    void Rest();
+    // Notes no changes until the next Snapshot.
+    void Stop();
 
-    // The element with a number that pages know; kNoElement when there is none.
-    HtmlEngine::ElementHandle ElementWith(std::uint64_t number) const;
-    // 0 for an element that pages do not know.
-    std::uint64_t NumberOf(HtmlEngine::ElementHandle element) const;
+    // The element of the tree that clients know by an id (see IdOf); kNoElement when there is none.
+    HtmlEngine::ElementHandle ElementWith(std::uint64_t id) const;
 
 private:
     void OnInserted(HtmlEngine::NodeHandle parent, HtmlEngine::NodeHandle previous,
@@ -42,9 +41,8 @@ private:
     void OnStatesChanged(HtmlEngine::NodeHandle element) noexcept override;
     void OnPageReplaced() noexcept override;
 
-    HtmlEngine::Document& page_;
+    HtmlEngine::Document& panel_;
     const HtmlEngine::TreeReader reader_;
-    NodeNumbers numbers_;
     PanelWriter changes_;
     bool follows_ = false;
 };

@@ -13,32 +13,26 @@ using HtmlEngine::TreeReader;
 
 namespace {
 
-// Calls `visit` for the siblings from `first` to `last` and all inside them, parents first.
-template <class Visit>
-void VisitAll(const TreeReader& reader, NodeHandle first, NodeHandle last, Visit visit)
+// Number of nodes from `first` to `last` with all inside them.
+std::size_t CountNodes(const TreeReader& reader, NodeHandle first, NodeHandle last)
 {
+    std::size_t count = 0;
     std::size_t depth = 0;
     NodeHandle node = first;
     for (;;) {
-        visit(node);
+        ++count;
         if (const NodeHandle child = reader.FirstChild(node); child != kNoNodeHandle) {
             node = child;
             ++depth;
             continue;
         }
-        for (;;) {
-            if (depth == 0 && node == last) {
-                return;
-            }
-            if (const NodeHandle next = reader.NextSibling(node); next != kNoNodeHandle) {
-                node = next;
-                break;
-            }
-            if (depth-- == 0) {
-                return;
-            }
+        for (; depth > 0 && reader.NextSibling(node) == kNoNodeHandle; --depth) {
             node = reader.Parent(node);
         }
+        if (depth == 0 && node == last) {
+            return count;
+        }
+        node = reader.NextSibling(node);
     }
 }
 
@@ -48,10 +42,12 @@ void VisitAll(const TreeReader& reader, NodeHandle first, NodeHandle last, Visit
 class PanelWriter::Insertion {
 public:
     Insertion(PanelWriter& writer, NodeHandle first, NodeHandle last)
-        : writer_(writer), reader_(writer.reader_), node_(first), last_(last)
+        : writer_(writer),
+          reader_(writer.reader_),
+          node_(first),
+          last_(last),
+          remaining_(CountNodes(reader_, first, last))
     {
-        VisitAll(reader_, first, last, [this](NodeHandle) { ++remaining_; });
-        writer_.numbers_.Reserve(writer_.numbers_.Count() + remaining_);
     }
 
     void Write()
@@ -76,9 +72,9 @@ private:
     {
         writer_.BeginChange();
         writer_.changes_ += "[\"i\",";
-        writer_.WriteNumber(reader_.Parent(node_));
+        writer_.WriteId(reader_.Parent(node_));
         writer_.changes_ += ',';
-        writer_.WriteNumber(reader_.PreviousSibling(node_));
+        writer_.WriteId(reader_.PreviousSibling(node_));
         writer_.changes_ += ",[";
         open_ = true;
     }
@@ -143,16 +139,11 @@ private:
     const TreeReader& reader_;
     NodeHandle node_;
     const NodeHandle last_;
-    std::size_t remaining_ = 0;
+    std::size_t remaining_;
     std::size_t depth_ = 0;  // nodes whose children are being written
     bool open_ = false;
     bool isFirstChild_ = false;
 };
-
-PanelWriter::PanelWriter(TreeReader reader, NodeNumbers& numbers)
-    : reader_(reader), numbers_(numbers)
-{
-}
 
 bool PanelWriter::IsFull() const noexcept
 {
@@ -171,20 +162,21 @@ void PanelWriter::BeginChange()
 
 void PanelWriter::EndMessage(std::size_t remaining)
 {
-    PanelMessage message{std::exchange(reset_, false), "\"changes\":["};
-    message.rest.reserve(changes_.size() + 50);
-    message.rest += changes_;
-    message.rest += "],\"remaining\":";
-    AppendNumber(message.rest, remaining);
-    message.rest += '}';
+    PanelMessage message = R"({"type":"panel",)";
+    message.reserve(changes_.size() + 80);
+    message += std::exchange(reset_, false) ? R"("reset":true,"changes":[)" : R"("changes":[)";
+    message += changes_;
+    message += R"(],"remaining":)";
+    AppendNumber(message, remaining);
+    message += '}';
     messages_.push_back(std::move(message));
     changes_.clear();
     nodes_ = 0;
 }
 
-void PanelWriter::WriteNumber(NodeHandle node)
+void PanelWriter::WriteId(NodeHandle node)
 {
-    AppendNumber(changes_, numbers_.Of(node));
+    AppendNumber(changes_, IdOf(node));
 }
 
 // The whole node when it is a text or a comment; of an element, what stands before its children.
@@ -192,7 +184,7 @@ void PanelWriter::WriteNode(NodeHandle node)
 {
     ++nodes_;
     changes_ += '[';
-    AppendNumber(changes_, numbers_.Give(node));
+    WriteId(node);
     const NodeKind kind = reader_.Kind(node);
     if (kind == NodeKind::Element) {
         changes_ += ',';
@@ -265,20 +257,19 @@ void PanelWriter::Remove(NodeHandle first, NodeHandle last)
     changes_ += "[\"r\"";
     for (NodeHandle node = first;; node = reader_.NextSibling(node)) {
         changes_ += ',';
-        WriteNumber(node);
+        WriteId(node);
         if (node == last) {
             break;
         }
     }
     changes_ += ']';
-    VisitAll(reader_, first, last, [this](NodeHandle node) { numbers_.Forget(node); });
 }
 
 void PanelWriter::Text(NodeHandle text)
 {
     BeginChange();
     changes_ += "[\"t\",";
-    WriteNumber(text);
+    WriteId(text);
     changes_ += ',';
     AppendJsonText(changes_, reader_.Text(text));
     changes_ += ']';
@@ -288,7 +279,7 @@ void PanelWriter::Attributes(NodeHandle element)
 {
     BeginChange();
     changes_ += "[\"a\",";
-    WriteNumber(element);
+    WriteId(element);
     changes_ += ',';
     WriteAttributes(element);
     changes_ += ']';
@@ -298,7 +289,7 @@ void PanelWriter::States(NodeHandle element)
 {
     BeginChange();
     changes_ += "[\"s\",";
-    WriteNumber(element);
+    WriteId(element);
     changes_ += ',';
     AppendNumber(changes_, reader_.State(element));
     changes_ += ']';

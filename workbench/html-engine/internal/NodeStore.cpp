@@ -30,7 +30,7 @@ void NodeStore::Destroy(NodeId id)
     node.End();
     --live_;
     // A place whose generations are used up is given up rather than letting a handle come back.
-    if (++node.generation == 0) {
+    if (++node.generation == kMostGenerations) {
         return;
     }
     node.next = firstFree_;

@@ -5,6 +5,7 @@
 // Memory of ended nodes is kept for later ones.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -47,6 +48,8 @@ public:
     std::size_t LiveCount() const { return live_; }
 
 private:
+    /// Keeps handles within the 53 bits that a browser's numbers hold exactly.
+    static constexpr std::uint32_t kMostGenerations = std::uint32_t{1} << 21;
     static constexpr unsigned kBlockBits = 10;
     static constexpr NodeId kBlockMask = (1U << kBlockBits) - 1;
 

@@ -27,6 +27,8 @@ export class Connection {
     #timer = 0;
     #openSince = 0;
     #onState;
+    /// What the workbench takes; it closes the line at a longer message.
+    mostMessageBytes = Infinity;
 
     /// `onState` is told "open", or "waiting" when the connection is lost or was not to be had.
     constructor(address, onState) {
@@ -88,10 +90,13 @@ export class Connection {
         const id = ++this.#lastId;
         return new Promise((resolve) => {
             this.#pending.set(id, {resolve, isStill});
-            if (this.isOpen) {
-                this.#socket.send(JSON.stringify({id, ...message}));
-            } else {
+            const words = JSON.stringify({id, ...message});
+            if (!this.isOpen) {
                 this.#answer({id, error: '', reason: 'disconnected'});
+            } else if (new Blob([words]).size > this.mostMessageBytes) {
+                this.#answer({id, error: '', reason: 'too-long'});
+            } else {
+                this.#socket.send(words);
             }
         });
     }

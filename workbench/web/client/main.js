@@ -138,9 +138,16 @@ class Page {
         const {connection} = this;
         connection.on('hello', (message) => {
             this.language.locales = message.locales;
+            connection.mostMessageBytes = message.mostMessageBytes;
         });
         connection.on('locale', (message) => this.#setLocale(message.name));
         connection.on('documents', (message) => this.#setDocuments(message));
+        connection.on('document', ({document: changed}) =>
+            this.#setDocuments({
+                documents: this.documents.map((one) => (one.id === changed.id ? changed : one)),
+                active: this.activeId,
+            }),
+        );
         connection.on('panel', (message) => this.panel.receive(message));
         connection.on('scroll', (message) => this.panel.scrollTo(message.element));
         connection.on('progress', (message) => this.statusLine.tellProgress(message));

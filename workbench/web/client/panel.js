@@ -29,7 +29,6 @@ export class Panel {
     #comeItems = 0;
     #late = [];
     #shownLate = [];
-    #sequence = 0;
     #renamedPages = new Set();
     #sheets = [];
 
@@ -83,11 +82,7 @@ export class Panel {
         if (message.reset) {
             this.#work.clear();
             pieces.unshift({reset: true});
-        } else if (message.sequence !== this.#sequence + 1) {
-            this.#startAnew(`panel message ${message.sequence} after ${this.#sequence}`);
-            return;
         }
-        this.#sequence = message.sequence;
         pieces.push({remaining: message.remaining});
         this.#work.push(pieces);
     }

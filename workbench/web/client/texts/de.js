@@ -158,6 +158,7 @@ export default {
     'reason.exists': 'Es gibt schon eine solche Datei.',
     'reason.changed-on-disk':
         'Ein anderes Programm hat die Datei geändert; sie wurde nicht gespeichert.',
+    'reason.too-long': 'Der Text ist zu lang für die Werkbank; es wurde nichts gesendet.',
     'reason.gone': 'Das gibt es nicht mehr.',
     'reason.last-page': 'Die einzige Seite eines Dokuments kann nicht gelöscht werden.',
     'reason.write': 'Die Datei konnte nicht geschrieben werden: {0}',

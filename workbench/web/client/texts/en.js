@@ -148,6 +148,7 @@ export default {
     'reason.folded': 'The page of the highlighted comment is folded; nothing was deleted.',
     'reason.exists': 'There is such a file already.',
     'reason.changed-on-disk': 'Another program has changed the file; it was not saved.',
+    'reason.too-long': 'The text is too long for the workbench; nothing was sent.',
     'reason.gone': 'It is no longer there.',
     'reason.last-page': 'The only page of a document cannot be deleted.',
     'reason.write': 'The file could not be written: {0}',

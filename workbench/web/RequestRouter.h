@@ -1,5 +1,5 @@
-// Between the HTTP server and the desk: answers what needs no UI thread by itself (files, panel
-// resources), and posts everything else to the UI thread.
+// Routes requests and WebSocket messages: answers files and panel resources on the server's thread,
+// and posts everything else to the session on the UI thread.
 #pragma once
 
 #include "services/UiThreadLoop.h"
@@ -11,29 +11,29 @@
 
 namespace Workbench {
 
-class Desk;
+class BrowserSession;
 
 // Folders that are served. A missing one serves nothing.
 struct ServedFolders {
-    std::filesystem::path client;  // the page's own files
+    std::filesystem::path client;  // the web page's own files
     std::filesystem::path pdfjs;
 };
 
 // The folders as they lie beside the running program.
 ServedFolders DefaultServedFolders();
 
-class PageServer final : public HttpListener {
+class RequestRouter final : public HttpListener {
 public:
     // `loop` outlives the server.
-    PageServer(UiThreadLoop& loop, ServedFolders folders);
+    RequestRouter(UiThreadLoop& loop, ServedFolders folders);
 
-    // To be called before requests come, on the UI thread. Held weakly: what comes when the desk is
-    // gone is dropped.
-    void Serve(const std::shared_ptr<Desk>& desk, HttpServer& server);
+    // To be called before requests come, on the UI thread. Held weakly: what comes when the
+    // session has ended is dropped.
+    void Serve(const std::shared_ptr<BrowserSession>& session, HttpServer& server);
 
     void OnRequest(HttpRequest request, PendingAnswerPtr answer) override;
     void OnSocketOpened(SocketNumber socket) override;
-    void OnSocketMessage(SocketNumber socket, std::string text, bool isWhole) override;
+    void OnSocketMessage(SocketNumber socket, std::string text) override;
     void OnSocketClosed(SocketNumber socket) override;
 
 private:
@@ -44,7 +44,7 @@ private:
 
     UiThreadLoop& loop_;
     const ServedFolders folders_;
-    std::weak_ptr<Desk> desk_;
+    std::weak_ptr<BrowserSession> session_;
     HttpServer* server_ = nullptr;
 };
 

@@ -18,21 +18,21 @@
 
 namespace Workbench {
 
-class PageSocket : public std::enable_shared_from_this<PageSocket> {
+class ClientSocket : public std::enable_shared_from_this<ClientSocket> {
 public:
     // Who is told what happens. Outlives the socket.
     class Owner {
     public:
-        virtual void OnOpened(PageSocket& socket) = 0;
-        virtual void OnMessage(PageSocket& socket, std::string text, bool isWhole) = 0;
+        virtual void OnOpened(ClientSocket& socket) = 0;
+        virtual void OnMessage(ClientSocket& socket, std::string text) = 0;
         // The last call; also for one that was never opened.
-        virtual void OnClosed(PageSocket& socket) = 0;
+        virtual void OnClosed(ClientSocket& socket) = 0;
 
     protected:
         ~Owner() = default;
     };
 
-    PageSocket(SocketNumber number, boost::beast::tcp_stream stream,
+    ClientSocket(SocketNumber number, boost::beast::tcp_stream stream,
                const HttpServerOptions& options, Owner& owner);
 
     SocketNumber Number() const noexcept { return number_; }
@@ -40,7 +40,7 @@ public:
     // Answers the request that asked for it.
     void Accept(const boost::beast::http::request<boost::beast::http::string_body>& request);
 
-    // A page that does not take what it is sent is cut off once too much waits for it.
+    // A client that does not take what it is sent is cut off once too much waits for it.
     void Send(std::shared_ptr<const std::string> text);
 
     void ReadNext();
@@ -50,7 +50,6 @@ public:
     void Abort();
 
 private:
-    void ReadPiece();
     void WriteNext();
     void SayGoodbye();
     void End();
@@ -60,8 +59,6 @@ private:
     Owner& owner_;
     boost::beast::websocket::stream<boost::beast::tcp_stream> stream_;
     boost::beast::flat_buffer buffer_;
-    std::string text_;  // of the message that is being read, up to the bound
-    bool isWhole_ = true;
     std::deque<std::shared_ptr<const std::string>> unsent_;  // the first one is being written
     std::size_t unsentBytes_ = 0;
     bool open_ = false;

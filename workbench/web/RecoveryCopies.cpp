@@ -1,4 +1,4 @@
-#include "web/FileCopies.h"
+#include "web/RecoveryCopies.h"
 
 #include "documents/FileReplacement.h"
 
@@ -60,34 +60,6 @@ std::string Stem(const std::string& name)
 }
 
 }  // namespace
-
-std::optional<FileStamp> StampOf(const fs::path& path)
-{
-    std::error_code error;
-    FileStamp stamp;
-    stamp.time = fs::last_write_time(path, error);
-    if (!error) {
-        stamp.size = fs::file_size(path, error);
-    }
-    return error ? std::nullopt : std::optional(stamp);
-}
-
-WriteOutcome WriteGuarded(const fs::path& path, Replaceable replaceable,
-                          const std::optional<FileStamp>& known,
-                          const std::function<Documents::SaveResult()>& write)
-{
-    const std::optional<FileStamp> present = StampOf(path);
-    if (present && replaceable == Replaceable::kNothing) {
-        return {path.string() + " is there already", "exists", {}};
-    }
-    if (present && replaceable == Replaceable::kOwnFile && known && *present != *known) {
-        return {path.string() + " has been changed by another program", "changed-on-disk", {}};
-    }
-    if (Documents::SaveResult result = write(); !result.Succeeded()) {
-        return {std::move(result.error), "write", {}};
-    }
-    return {{}, {}, StampOf(path)};
-}
 
 Documents::SaveResult WriteCopy(Documents::Document& document, const fs::path& path)
 {

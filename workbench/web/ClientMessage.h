@@ -1,4 +1,4 @@
-// A message of a page, read without trust: each value is asked for under the type that it must
+// A message of a browser client, read without trust: each value is asked for under the type that it must
 // have, and a message that does not fit is refused with one line. [any-thread]
 #pragma once
 
@@ -19,10 +19,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-class PageMessage {
+class ClientMessage {
 public:
     // Throws MessageError for what is no JSON object.
-    explicit PageMessage(const std::string& text);
+    explicit ClientMessage(const std::string& text);
 
     // Each throws MessageError for a value that is missing or of another kind; those with an
     // optional result give nothing for a missing value and for null.
@@ -40,8 +40,5 @@ private:
 
     nlohmann::json json_;
 };
-
-// The "id" of a message of which only the beginning is there; nothing where that has none.
-std::optional<std::uint64_t> CommandIdIn(const std::string& beginning);
 
 }  // namespace Workbench

@@ -1,9 +1,10 @@
-#include "web/PageServer.h"
+#include "web/RequestRouter.h"
 
 #include "platform-libraries/UnicodeText.h"
 #include "services/ModuleLibrary.h"
 #include "services/ResourceStore.h"
-#include "web/Desk.h"
+#include "web/BrowserSession.h"
+#include "web/FileCommands.h"
 #include "web/StaticFiles.h"
 #include "web/StyleAdapter.h"
 
@@ -43,18 +44,18 @@ ServedFolders DefaultServedFolders()
     return {ProgramFolder() / "web", ProgramFolder() / "pdfjs"};
 }
 
-PageServer::PageServer(UiThreadLoop& loop, ServedFolders folders)
+RequestRouter::RequestRouter(UiThreadLoop& loop, ServedFolders folders)
     : loop_(loop), folders_(std::move(folders))
 {
 }
 
-void PageServer::Serve(const std::shared_ptr<Desk>& desk, HttpServer& server)
+void RequestRouter::Serve(const std::shared_ptr<BrowserSession>& session, HttpServer& server)
 {
-    desk_ = desk;
+    session_ = session;
     server_ = &server;
 }
 
-void PageServer::OnRequest(HttpRequest request, PendingAnswerPtr answer)
+void RequestRouter::OnRequest(HttpRequest request, PendingAnswerPtr answer)
 {
     if (request.isPost) {
         PostUpload(std::move(request), std::move(answer));
@@ -65,7 +66,7 @@ void PageServer::OnRequest(HttpRequest request, PendingAnswerPtr answer)
     }
 }
 
-HttpAnswer PageServer::FileAnswer(const Url& url) const
+HttpAnswer RequestRouter::FileAnswer(const Url& url) const
 {
     const std::string& folder = url.path.front();
     if (folder.empty()) {
@@ -87,7 +88,7 @@ HttpAnswer PageServer::FileAnswer(const Url& url) const
 }
 
 // Style sheets and images. `common` is the host's part of them, and comes from the client's folder.
-HttpAnswer PageServer::PanelResource(const Url& url) const
+HttpAnswer RequestRouter::PanelResource(const Url& url) const
 {
     const std::string_view type = ContentTypeOf(url.path.back());
     if (url.path.size() < 2 || (type != kStyleType && !type.starts_with("image/"))) {
@@ -116,58 +117,54 @@ HttpAnswer PageServer::PanelResource(const Url& url) const
             .body = std::make_shared<const std::string>(std::move(*bytes))};
 }
 
-void PageServer::PostUpload(HttpRequest request, PendingAnswerPtr answer)
+void RequestRouter::PostUpload(HttpRequest request, PendingAnswerPtr answer)
 {
     const auto held = std::make_shared<HttpRequest>(std::move(request));
-    loop_.Post([desk = desk_, held, answer = std::move(answer)] {
-        if (const auto living = desk.lock()) {
-            living->OpenUpload(QueryText(held->url, "name"), QueryText(held->url, "password"),
+    loop_.Post([session = session_, held, answer = std::move(answer)] {
+        if (const auto living = session.lock()) {
+            OpenUpload(*living, QueryText(held->url, "name"), QueryText(held->url, "password"),
                                std::move(held->body), answer);
         }
     });
 }
 
-bool PageServer::PostContent(const Url& url, const PendingAnswerPtr& answer)
+bool RequestRouter::PostContent(const Url& url, const PendingAnswerPtr& answer)
 {
     if (url.path.size() != 3 || (url.path[2] != "content" && url.path[2] != "download")) {
         return false;
     }
-    loop_.Post([desk = desk_, number = NumberIn(url.path[1]),
+    loop_.Post([session = session_, number = NumberIn(url.path[1]),
                 asDownload = url.path[2] == "download", answer] {
-        if (const auto living = desk.lock()) {
-            living->GiveContent(number, asDownload, answer);
+        if (const auto living = session.lock()) {
+            living->Contents().Give(number, asDownload, answer);
         }
     });
     return true;
 }
 
-void PageServer::OnSocketOpened(SocketNumber socket)
+void RequestRouter::OnSocketOpened(SocketNumber socket)
 {
-    loop_.Post([desk = desk_, socket] {
-        if (const auto living = desk.lock()) {
+    loop_.Post([session = session_, socket] {
+        if (const auto living = session.lock()) {
             living->Connect(socket);
         }
     });
 }
 
-void PageServer::OnSocketMessage(SocketNumber socket, std::string text, bool isWhole)
+void RequestRouter::OnSocketMessage(SocketNumber socket, std::string text)
 {
-    loop_.Post([desk = desk_, server = server_, socket, text = std::move(text), isWhole] {
-        if (const auto living = desk.lock()) {
-            if (isWhole) {
-                living->Receive(socket, text);
-            } else {
-                living->RefuseBeginning(socket, text);
-            }
+    loop_.Post([session = session_, server = server_, socket, text = std::move(text)] {
+        if (const auto living = session.lock()) {
+            living->Receive(socket, text);
             server->TakeNext(socket);
         }
     });
 }
 
-void PageServer::OnSocketClosed(SocketNumber socket)
+void RequestRouter::OnSocketClosed(SocketNumber socket)
 {
-    loop_.Post([desk = desk_, socket] {
-        if (const auto living = desk.lock()) {
+    loop_.Post([session = session_, socket] {
+        if (const auto living = session.lock()) {
             living->Disconnect(socket);
         }
     });

@@ -1,9 +1,10 @@
-#include "web/OpenDocument.h"
+#include "web/DocumentJson.h"
 
 #include "documents/Records.h"
-#include "driver/PanelReader.h"
 #include "platform-libraries/UnicodeText.h"
 #include "services/AnnotationPlace.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -41,22 +42,6 @@ Json Sides(const _PDRect& rect)
     return Json::array({rect.left, rect.bottom, rect.right, rect.top});
 }
 
-bool IsListing(const OpenDocument& document, const HtmlEngine::Document& page)
-{
-    const std::string key = ContainerKey(document.view->View().AsInterface());
-    HtmlEngine::ElementHandle preloader = HtmlEngine::kNoElement;
-    page.SelectFirst(FindContainer(page, key), "div.picture[preloader]", preloader);
-    return page.Style(preloader, "visibility") == "visible";
-}
-
-Json Busy(const OpenDocument& document, const HtmlEngine::Document& page)
-{
-    if (document.saving) {
-        return "saving";
-    }
-    return IsListing(document, page) ? Json("listing") : Json(nullptr);
-}
-
 Json Focused(const OpenDocument& document)
 {
     const auto focus = document.view->View().FocusedAnnotation();
@@ -67,19 +52,13 @@ Json Focused(const OpenDocument& document)
     return position ? Json{{"page", focus.page}, {"index", *position}} : Json(nullptr);
 }
 
-Json Current(const OpenDocument& document)
-{
-    const auto place = document.current.PlaceIn(*document.content);
-    return place ? Json{{"page", place->page}, {"index", place->index}} : Json(nullptr);
-}
-
 Json Shown(const OpenDocument& document)
 {
     const auto target = document.view->View().LastTarget();
     if (!target) {
         return nullptr;
     }
-    return {{"count", document.shownBefore + document.view->View().TargetCount()},
+    return {{"count", document.targetsOfFormerViews + document.view->View().TargetCount()},
             {"page", target->pageIndex},
             {"target", Sides(target->target)},
             {"mode", target->mode}};
@@ -121,7 +100,8 @@ std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
     return lines;
 }
 
-Json DescribeDocument(const OpenDocument& document, const HtmlEngine::Document& page)
+Json DescribeDocument(const OpenDocument& document, const char* busy,
+                      const std::optional<CommentPosition>& current)
 {
     const Documents::Document& content = *document.content;
     return {{"id", document.number},
@@ -132,11 +112,11 @@ Json DescribeDocument(const OpenDocument& document, const HtmlEngine::Document& 
             {"modified", content.Modified()},
             {"readOnly", content.ReadOnly()},
             {"deletionPermitted", content.AnnotationDeletionPermitted()},
-            {"busy", Busy(document, page)},
+            {"busy", busy == nullptr ? Json(nullptr) : Json(busy)},
             {"undo", NameOf(content.UndoKind())},
             {"redo", NameOf(content.RedoKind())},
             {"warnings", ShortWarnings(content.Warnings(), content.Name())},
-            {"current", Current(document)},
+            {"current", current ? Json{{"page", current->page}, {"index", current->index}} : Json(nullptr)},
             {"focused", Focused(document)},
             {"shown", Shown(document)}};
 }
@@ -173,6 +153,13 @@ Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, s
             {"revision", revision},
             {"page", page},
             {"annotations", std::move(annotations)}};
+}
+
+HttpAnswer JsonAnswer(unsigned status, const Json& json)
+{
+    return {.status = status,
+            .contentType = "application/json",
+            .body = std::make_shared<const std::string>(ToText(json))};
 }
 
 std::string ToText(const Json& json)

@@ -1,0 +1,59 @@
+// Edits of open documents, with their events told to the panel before each function returns.
+// Scripts edit as a host does, whatever the document permits; who acts for a reader asks first
+// whether it may (RequireEditable and its like). All throw ActionRefused, and nothing has changed
+// then. [ui-thread]
+#pragma once
+
+#include "actions/OpenDocuments.h"
+#include "services/PanelElements.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+// --- What a reader may do ---
+
+// Fails for a read-only document.
+void RequireEditable(const OpenDocument& document);
+// Fails when the document does not permit changes of its comments.
+void RequireCommentsEditable(const OpenDocument& document);
+// Fails likewise, and for a locked comment. A position without a comment passes.
+void RequireCommentEditable(const OpenDocument& document, const CommentPosition& position);
+
+// --- Comments ---
+
+// Fails where there is none.
+Documents::AnnotationRef CommentAt(const OpenDocument& document, const CommentPosition& position);
+
+struct NewComment {
+    std::uint32_t page = 0;
+    std::string subtype;
+    std::string contents;  // UTF-8
+    std::optional<_PDRect> rect{};
+    std::optional<Documents::Authorship> authorship{};
+};
+
+// Where the comment stands then.
+CommentPosition AddComment(const OpenDocument& document, const NewComment& comment);
+
+// The contents are UTF-8.
+void EditComment(const OpenDocument& document, const CommentPosition& position,
+                 const std::string& contents, const std::optional<_PDDateRec>& time = std::nullopt);
+
+void RemoveComment(const OpenDocument& document, const CommentPosition& position);
+
+// --- Pages ---
+
+void InsertPage(const OpenDocument& document, std::uint32_t at);
+void DeletePage(const OpenDocument& document, std::uint32_t page);
+void MovePage(const OpenDocument& document, std::uint32_t from, std::uint32_t to);
+
+// --- History ---
+
+// What has changed.
+std::vector<Documents::Change> Undo(const OpenDocument& document);
+std::vector<Documents::Change> Redo(const OpenDocument& document);
+
+}  // namespace Workbench

@@ -1,0 +1,42 @@
+// The browser clients that are connected. All see the same and may all act. [ui-thread]
+#pragma once
+
+#include "actions/ActionRefused.h"
+#include "web/HttpServer.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+class BrowserClients {
+public:
+    using Json = nlohmann::ordered_json;
+    using Sender = std::function<void(SocketNumber, std::shared_ptr<const std::string>)>;
+
+    explicit BrowserClients(Sender send) : send_(std::move(send)) {}
+
+    void Add(SocketNumber client) { clients_.push_back(client); }
+    void Remove(SocketNumber client) { std::erase(clients_, client); }
+    bool IsEmpty() const noexcept { return clients_.empty(); }
+
+    void Send(SocketNumber client, const Json& message) const;
+    void Broadcast(const Json& message) const;
+    // The same for a message that is text already.
+    void Send(SocketNumber client, std::string message) const;
+    void Broadcast(std::string message) const;
+
+    // One line for the users of all clients, or of one.
+    void Notify(const std::string& text) const;
+    void Notify(SocketNumber client, const std::string& text, RefusalReason reason) const;
+
+private:
+    const Sender send_;
+    std::vector<SocketNumber> clients_;
+};
+
+}  // namespace Workbench

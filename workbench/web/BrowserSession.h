@@ -1,0 +1,167 @@
+// Open documents and connected browser clients: takes the clients' messages, and tells all of them
+// what has changed after each call of the UI thread. Reading, writing and releasing files happens
+// on other threads. [ui-thread]
+#pragma once
+
+#include "actions/ActionRefused.h"
+#include "actions/OpenDocuments.h"
+#include "services/PanelElements.h"
+#include "web/BrowserClients.h"
+#include "web/Commands.h"
+#include "web/CurrentComment.h"
+#include "web/DocumentContents.h"
+#include "web/DocumentJobs.h"
+#include "web/PanelStream.h"
+#include "web/SavePrompt.h"
+#include "web/WorkerThreads.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Workbench {
+
+class BrowserSession : public std::enable_shared_from_this<BrowserSession> {
+public:
+    using Json = nlohmann::ordered_json;
+
+    // The host's panel has been started. Host, documents and workers outlive the session.
+    // `listAll`: documents that clients open list every annotation.
+    BrowserSession(Host& host, OpenDocuments& documents, WorkerThreads& workers, bool listAll,
+                   BrowserClients::Sender send);
+    ~BrowserSession();
+    BrowserSession(const BrowserSession&) = delete;
+    BrowserSession& operator=(const BrowserSession&) = delete;
+
+    // --- Clients ---
+
+    // A client has connected: it is sent everything.
+    void Connect(SocketNumber client);
+    void Disconnect(SocketNumber client);
+    void Receive(SocketNumber client, const std::string& text);
+
+    // Tells the clients what has changed since the last call. To be called after each call of the
+    // UI thread.
+    void Update();
+
+    // Tells the clients that the workbench ends.
+    void SayGoodbye();
+
+    // --- Answers to commands; what they have changed is told first ---
+
+    void Reply(const ClientRequest& request, const Json& more);
+    void Refuse(const ClientRequest& request, const std::string& error, RefusalReason reason);
+    // Replies with what `act` returns, unless it replies later, and refuses what it throws.
+    void Answer(const ClientRequest& request, const std::function<CommandReply()>& act);
+
+    // --- Documents ---
+
+    // Opens a view of a document, which becomes the active one.
+    OpenDocument& Open(DocumentFile file);
+    void Close(OpenDocument& document);
+    void Activate(const OpenDocument& document);
+    void ReopenView(OpenDocument& document, bool readOnly);
+
+    // The document's description is another one, apart from what edits, views and lists change.
+    void MarkChanged(DocumentNumber number) { changed_.insert(number); }
+
+    // Gives the focus to a comment, so that the panel makes it current.
+    void Show(const OpenDocument& document, std::uint32_t page,
+              const Documents::AnnotationRef& annotation);
+
+    // Position of the current comment. Throws ActionRefused when there is none, and when its item
+    // is another one than `item`, the one that the client shows as the current item.
+    CommentPosition RequireCurrent(const OpenDocument& document, std::optional<std::uint64_t> item);
+
+    // Runs `work` on another thread and `then` with what it gave or threw on this one, unless the
+    // session has ended by then.
+    template <class Result>
+    void RunOnWorker(std::function<Result()> work,
+                     std::function<void(BrowserSession&, std::future<Result>)> then);
+    // The same for work that holds the document's lock for long.
+    template <class Result>
+    void RunJob(const OpenDocument& document, DocumentJobs::Kind kind,
+                std::function<Result()> work,
+                std::function<void(BrowserSession&, std::future<Result>)> then);
+
+    // --- Parts ---
+
+    bool ListsAll() const noexcept { return listAll_; }
+    Host& TheHost() noexcept { return host_; }
+    OpenDocuments& Documents() noexcept { return documents_; }
+    BrowserClients& Clients() noexcept { return clients_; }
+    DocumentJobs& Jobs() noexcept { return jobs_; }
+    DocumentContents& Contents() noexcept { return contents_; }
+    SavePrompt& Prompt() noexcept { return prompt_; }
+    const PanelStream& PanelTree() const noexcept { return panel_; }
+    CurrentComment& Current(const OpenDocument& document);
+
+private:
+    const HtmlEngine::Document& PanelDocument() const { return *host_.Panel().Page(); }
+
+    void FollowView(const OpenDocument& document);
+    void FollowEdit(DocumentNumber number, const std::vector<Documents::Change>& changes);
+    void FollowPanel();
+
+    Json DescribeLocales() const;
+    Json Describe(const OpenDocument& document);
+    Json DescribeDocuments();
+    void TellPanelChanges();
+    void TellDocumentChanges();
+
+    Host& host_;
+    OpenDocuments& documents_;
+    WorkerThreads& workers_;
+    const bool listAll_;
+    BrowserClients clients_;
+    DocumentJobs jobs_;
+    DocumentContents contents_;
+    SavePrompt prompt_;
+    PanelStream panel_;
+    std::map<DocumentNumber, CurrentComment> currents_;
+
+    // What clients have not been told yet.
+    bool listChanged_ = false;           // which documents are open, or which one is active
+    std::set<DocumentNumber> changed_;   // documents with another description
+    std::uint64_t scrollTo_ = 0;         // element to be scrolled into view; 0: none
+};
+
+template <class Result>
+void BrowserSession::RunOnWorker(std::function<Result()> work,
+                                 std::function<void(BrowserSession&, std::future<Result>)> then)
+{
+    workers_.Post([work = std::move(work), then = std::move(then), session = weak_from_this(),
+                   &loop = host_.State().loop] {
+        std::packaged_task<Result()> task(work);
+        const auto result = std::make_shared<std::future<Result>>(task.get_future());
+        task();
+        loop.Post([then, session, result] {
+            if (const auto living = session.lock()) {
+                then(*living, std::move(*result));
+            }
+        });
+    });
+}
+
+template <class Result>
+void BrowserSession::RunJob(const OpenDocument& document, DocumentJobs::Kind kind,
+                            std::function<Result()> work,
+                            std::function<void(BrowserSession&, std::future<Result>)> then)
+{
+    jobs_.Begin(document.number, kind);
+    RunOnWorker<Result>(std::move(work), [number = document.number, kind, then = std::move(then)](
+                                             BrowserSession& session, std::future<Result> result) {
+        session.jobs_.End(number, kind, [&] { then(session, std::move(result)); });
+    });
+}
+
+}  // namespace Workbench

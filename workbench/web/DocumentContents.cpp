@@ -1,0 +1,141 @@
+#include "web/DocumentContents.h"
+
+#include "web/BrowserSession.h"
+#include "web/DocumentJson.h"
+
+#include <optional>
+#include <utility>
+
+namespace Workbench {
+
+namespace {
+
+using Documents::Encryption;
+
+bool IsPlain(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
+           c == '_' || c == '.';
+}
+
+// A name in both forms that browsers take (RFC 6266): plain letters, and all of it in escapes.
+std::string AttachmentNamed(const std::string& name)
+{
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string plain;
+    std::string escaped;
+    for (const char c : name) {
+        plain += IsPlain(c) ? c : '_';
+        if (IsPlain(c)) {
+            escaped += c;
+        } else {
+            escaped += '%';
+            escaped += kDigits[static_cast<unsigned char>(c) >> 4];
+            escaped += kDigits[static_cast<unsigned char>(c) & 15];
+        }
+    }
+    return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" + escaped;
+}
+
+}  // namespace
+
+void DocumentContents::Give(DocumentNumber number, bool asDownload, PendingAnswerPtr answer)
+{
+    if (session_.Documents().Find(number) == nullptr) {
+        answer->Give({.status = 404});
+        return;
+    }
+    File& file = files_[number];
+    if (file.wanted.empty()) {
+        file.wantedSince = Clock::now();
+    }
+    file.wanted.push_back({std::move(answer), asDownload});
+}
+
+void DocumentContents::NoteEdit(DocumentNumber number)
+{
+    files_[number].editedAt = Clock::now();
+}
+
+// Edits come in bursts, and each would have to wait for the file of the one before.
+void DocumentContents::WriteDue()
+{
+    constexpr std::chrono::milliseconds kQuiet(200);
+    constexpr std::chrono::seconds kLongest(2);
+    const auto now = Clock::now();
+    for (auto& [number, file] : files_) {
+        const bool isDue = now - file.editedAt >= kQuiet || now - file.wantedSince >= kLongest;
+        if (!file.wanted.empty() && !file.isBeingWritten && isDue) {
+            Write(session_.Documents().Require(number), file);
+        }
+    }
+}
+
+void DocumentContents::Write(OpenDocument& document, File& file)
+{
+    const std::uint64_t revision = document.content->Revision();
+    std::optional<Encryption> missing;
+    for (Wanted& wanted : std::exchange(file.wanted, {})) {
+        // Who looks at the document here has been admitted to it; what leaves keeps its lock.
+        const Encryption encryption = document.content->Encrypted() && !wanted.asDownload
+                                          ? Encryption::kDropped
+                                          : Encryption::kKept;
+        if (file.bytes == nullptr || file.revision != revision || file.encryption != encryption) {
+            missing = encryption;
+            file.wanted.push_back(std::move(wanted));
+            continue;
+        }
+        HttpAnswer given{.contentType = "application/pdf", .body = file.bytes};
+        if (wanted.asDownload) {
+            given.headers.emplace_back("Content-Disposition", AttachmentNamed(document.name));
+        }
+        wanted.answer->Give(std::move(given));
+    }
+    if (!missing) {
+        return;
+    }
+    file.isBeingWritten = true;
+    session_.RunJob<Documents::BytesResult>(
+        document, DocumentJobs::Kind::kRead,
+        [content = document.content, encryption = *missing] {
+            return content->WriteBytes(encryption);
+        },
+        [number = document.number, encryption = *missing,
+         revision](BrowserSession& session, std::future<Documents::BytesResult> written) {
+            Documents::BytesResult result;
+            try {
+                result = written.get();
+            } catch (const std::exception& error) {
+                result.error = error.what();
+            }
+            session.Contents().Take(number, encryption, revision, std::move(result));
+        });
+}
+
+void DocumentContents::Take(DocumentNumber number, Encryption encryption, std::uint64_t revision,
+                            Documents::BytesResult result)
+{
+    OpenDocument* const document = session_.Documents().Find(number);
+    if (document == nullptr) {
+        return;
+    }
+    File& file = files_[number];
+    file.isBeingWritten = false;
+    if (!result.Succeeded()) {
+        for (const Wanted& wanted : std::exchange(file.wanted, {})) {
+            wanted.answer->Give(JsonAnswer(500, {{"error", result.error}}));
+        }
+        return;
+    }
+    // An edit may have come in between: the bytes are of one of both states then, and it is tried
+    // again.
+    file.bytes.reset();
+    if (document->content->Revision() == revision) {
+        file.bytes = std::make_shared<const std::string>(std::move(result.bytes));
+        file.revision = revision;
+        file.encryption = encryption;
+        Write(*document, file);
+    }
+}
+
+}  // namespace Workbench

@@ -1,0 +1,59 @@
+// The files of open documents as they stand, for browser clients that show their pages or download
+// them. They are written on other threads, once no edit has come for a moment. [ui-thread]
+#pragma once
+
+#include "actions/OpenDocuments.h"
+#include "web/HttpServer.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+class BrowserSession;
+
+class DocumentContents {
+public:
+    // The session outlives this.
+    explicit DocumentContents(BrowserSession& session) : session_(session) {}
+
+    // Answers with the file: for a client that shows it without the encryption that it may have, as
+    // a download encrypted as its file is. 404 for a number that no document has.
+    void Give(DocumentNumber number, bool asDownload, PendingAnswerPtr answer);
+
+    void NoteEdit(DocumentNumber number);
+    void Forget(DocumentNumber number) { files_.erase(number); }
+
+    // Begins to write what is wanted and due. To be called often.
+    void WriteDue();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Wanted {
+        PendingAnswerPtr answer;
+        bool asDownload = false;
+    };
+    struct File {
+        std::shared_ptr<const std::string> bytes;  // null: none yet, or not of a known revision
+        std::uint64_t revision = 0;                // of the bytes, and so is the encryption
+        Documents::Encryption encryption = Documents::Encryption::kKept;
+        bool isBeingWritten = false;
+        std::vector<Wanted> wanted;
+        Clock::time_point wantedSince;
+        Clock::time_point editedAt;
+    };
+
+    void Write(OpenDocument& document, File& file);
+    void Take(DocumentNumber number, Documents::Encryption encryption, std::uint64_t revision,
+              Documents::BytesResult result);
+
+    BrowserSession& session_;
+    std::map<DocumentNumber, File> files_;
+};
+
+}  // namespace Workbench

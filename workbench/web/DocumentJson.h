@@ -1,0 +1,40 @@
+// Documents and annotations as JSON, as docs/web-protocol.md has them.
+#pragma once
+
+#include "actions/OpenDocuments.h"
+#include "services/PanelElements.h"
+#include "web/HttpServer.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Workbench {
+
+// Warnings about a file for clients: without the file's name and folder in front, none long, and
+// not many of them.
+std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
+                                       const std::string& name);
+
+// DOCUMENT of the protocol. `busy` is "saving", "listing" or null, `current` the position of the
+// current comment. [ui-thread]
+nlohmann::ordered_json DescribeDocument(const OpenDocument& document, const char* busy,
+                                        const std::optional<CommentPosition>& current);
+
+// ANNOTATION of the protocol; null for an empty reference. [any-thread]
+nlohmann::ordered_json DescribeAnnotation(const Documents::AnnotationRef& annotation,
+                                          std::size_t index);
+
+// What the command "annotations" answers: those of one page. [any-thread]
+nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Document& document,
+                                           std::uint32_t page);
+
+// JSON as text; what is no UTF-8 (names of files) comes with replacement characters. [any-thread]
+std::string ToText(const nlohmann::ordered_json& json);
+
+HttpAnswer JsonAnswer(unsigned status, const nlohmann::ordered_json& json);
+
+}  // namespace Workbench

@@ -1,0 +1,120 @@
+// The commands that edit a document.
+#include "actions/Edits.h"
+#include "web/Author.h"
+#include "web/BrowserSession.h"
+#include "web/ClientMessage.h"
+#include "web/Commands.h"
+
+#include <nlohmann/json.hpp>
+
+#include <ctime>
+
+namespace Workbench {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+CommandReply Done()
+{
+    return Json::object();
+}
+
+_PDDateRec Now()
+{
+    return DateOf(std::time(nullptr));
+}
+
+CommentPosition PositionIn(const ClientMessage& message)
+{
+    return {message.SmallNumber("page"), message.SmallNumber("index")};
+}
+
+CommandReply Add(const CommandCall& call)
+{
+    const ClientMessage& message = call.Message();
+    const OpenDocument& document = call.EditableDocument();
+    RequireCommentsEditable(document);
+    const CommentPosition added =
+        AddComment(document, {message.SmallNumber("page"), message.Text("subtype"),
+                              message.OptionalText("contents").value_or(""),
+                              message.OptionalRect("rect"),
+                              Documents::Authorship{UserName(), Now()}});
+    return Json{{"index", added.index}};
+}
+
+CommandReply Edit(const CommandCall& call)
+{
+    const OpenDocument& document = call.EditableDocument();
+    const CommentPosition position = PositionIn(call.Message());
+    const std::string contents = call.Message().Text("contents");
+    RequireCommentEditable(document, position);
+    EditComment(document, position, contents, Now());
+    return Done();
+}
+
+CommandReply Remove(const CommandCall& call)
+{
+    const ClientMessage& message = call.Message();
+    const OpenDocument& document = call.EditableDocument();
+    const CommentPosition position =
+        message.OptionalNumber("page")
+            ? PositionIn(message)
+            : call.session.RequireCurrent(document, message.OptionalNumber("item"));
+    RequireCommentEditable(document, position);
+    RemoveComment(document, position);
+    return Done();
+}
+
+// A comment whose contents are others again is shown.
+CommandReply Travel(const CommandCall& call,
+                    std::vector<Documents::Change> (*step)(const OpenDocument&))
+{
+    const OpenDocument& document = call.EditableDocument();
+    const std::vector<Documents::Change> changes = step(document);
+    const auto* const first =
+        changes.empty() ? nullptr : std::get_if<Documents::AnnotationChange>(&changes.front());
+    if (first != nullptr && first->operation == PDAnnotOperation::kPropertiesChanged) {
+        call.session.Show(document, first->page, first->annotation);
+    }
+    return Done();
+}
+
+constexpr bool kWaits = true;
+constexpr bool kNamesPositions = true;
+
+constexpr Command kCommands[] = {
+    {"add", Add, kWaits},
+    {"edit", Edit, kWaits, kNamesPositions},
+    {"remove", Remove, kWaits, kNamesPositions},
+    {"insert-page",
+     [](const CommandCall& call) {
+         InsertPage(call.EditableDocument(), call.Message().SmallNumber("at"));
+         return Done();
+     },
+     kWaits, kNamesPositions},
+    {"delete-page",
+     [](const CommandCall& call) {
+         DeletePage(call.EditableDocument(), call.Message().SmallNumber("page"));
+         return Done();
+     },
+     kWaits, kNamesPositions},
+    {"move-page",
+     [](const CommandCall& call) {
+         MovePage(call.EditableDocument(), call.Message().SmallNumber("from"),
+                  call.Message().SmallNumber("to"));
+         return Done();
+     },
+     kWaits, kNamesPositions},
+    {"undo", [](const CommandCall& call) { return Travel(call, Undo); }, kWaits},
+    {"redo", [](const CommandCall& call) { return Travel(call, Redo); }, kWaits},
+};
+
+}  // namespace
+
+std::span<const Command> EditCommands()
+{
+    return kCommands;
+}
+
+}  // namespace Workbench

@@ -1,0 +1,163 @@
+#include "web/PanelInput.h"
+
+#include "actions/Edits.h"
+#include "services/KeyNames.h"
+#include "ui-engine/HtmlElementTypes.h"
+#include "web/BrowserSession.h"
+#include "web/ClientMessage.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Workbench {
+
+namespace {
+
+using HtmlEngine::ElementHandle;
+using HtmlEngine::kNoElement;
+
+// A click or a key, kept until it may act.
+struct PanelInput {
+    SocketNumber socket = 0;
+    std::optional<std::uint64_t> id;      // of the reply; nothing: none is wanted
+    std::optional<std::uint64_t> item;    // the current item as the client knows it
+    ElementHandle container = kNoElement;  // the one that was shown
+    std::optional<std::uint64_t> element;  // as clients know it; nothing: what is current then
+    std::optional<std::uint32_t> key;      // nothing: a click
+    std::uint32_t modifiers = 0;
+};
+
+PanelInput ReadInput(BrowserSession& session, SocketNumber socket, const ClientMessage& message,
+                     bool isKey)
+{
+    PanelInput input;
+    input.socket = socket;
+    input.id = message.OptionalNumber("id");
+    input.item = message.OptionalNumber("item");
+    input.container = FindVisibleContainer(*session.TheHost().Panel().Page());
+    if (!isKey) {
+        input.element = message.Number("element");
+        return input;
+    }
+    const std::string name = message.Text("key");
+    const auto key = KeyNamed(name);
+    if (!key) {
+        throw MessageError("there is no key \"" + name + "\"");
+    }
+    input.element = message.OptionalNumber("element");
+    input.key = *key;
+    input.modifiers =
+        static_cast<std::uint32_t>(message.OptionalNumber("modifiers").value_or(0) & 0xFFFF);
+    return input;
+}
+
+// Whether the panel makes a delete command of it.
+bool Deletes(BrowserSession& session, const PanelInput& input)
+{
+    return input.key ? *input.key == kKeyDelete
+                     : IsInDeleteButton(*session.TheHost().Panel().Page(),
+                                        session.PanelTree().ElementWith(*input.element));
+}
+
+// A key without an element, or with one that is gone meanwhile, is for what is current when its
+// turn comes.
+ElementHandle TargetOf(BrowserSession& session, const PanelInput& input)
+{
+    const ElementHandle target =
+        input.element ? session.PanelTree().ElementWith(*input.element) : kNoElement;
+    if (target != kNoElement) {
+        return target;
+    }
+    if (!input.key) {
+        throw ActionRefused("what was clicked is no longer there", RefusalReason::kGone);
+    }
+    return FindKeyTarget(session.TheHost().Panel(), input.container);
+}
+
+// Without a comment to act on the panel would fail, and it deletes without a word or not at all.
+void RequireActing(BrowserSession& session, const OpenDocument& document, const PanelInput& input)
+{
+    const bool deletes = Deletes(session, input);
+    if (!deletes && input.key != kKeyEnter) {
+        return;
+    }
+    if (deletes) {
+        RequireEditable(document);
+    }
+    const CommentPosition position = session.RequireCurrent(document, input.item);
+    if (deletes) {
+        RequireCommentEditable(document, position);
+    }
+    // Of a page that is folded no item is seen.
+    if (deletes && input.key &&
+        !session.TheHost().Panel().IsShown(session.Current(document).Item())) {
+        throw ActionRefused("the current comment of " + document.name + " is folded away",
+                            RefusalReason::kFolded);
+    }
+}
+
+void Act(BrowserSession& session, const PanelInput& input)
+{
+    HtmlPanel& panel = session.TheHost().Panel();
+    const ElementHandle target = TargetOf(session, input);
+    OpenDocument* const document = session.Documents().FindAround(target);
+    if (document != nullptr) {
+        RequireActing(session, *document, input);
+    }
+    if (input.key) {
+        panel.PressKey(target, *input.key, input.modifiers);
+    } else {
+        panel.Click(target);
+    }
+    // What comes next may act on the comment that is current now.
+    if (document != nullptr) {
+        session.Current(*document).Update(document->view->View(), *panel.Page());
+    }
+}
+
+// Acts, and answers the client that wants a reply; another one is told of a refusal.
+void Carry(BrowserSession& session, const PanelInput& input, const std::function<void()>& act)
+{
+    if (input.id) {
+        session.Answer({input.socket, *input.id, nullptr}, [&] {
+            act();
+            return CommandReply(nlohmann::ordered_json::object());
+        });
+        return;
+    }
+    try {
+        act();
+    } catch (const ActionRefused& refused) {
+        session.Update();
+        session.Clients().Notify(input.socket, refused.what(), refused.Reason());
+    }
+}
+
+}  // namespace
+
+void TakePanelInput(BrowserSession& session, SocketNumber client, const ClientMessage& message,
+                    bool isKey)
+{
+    const PanelInput input = ReadInput(session, client, message, isKey);
+    const OpenDocument* const active = session.Documents().FindActive();
+    DocumentJobs& jobs = session.Jobs();
+    if (active == nullptr ||
+        !(jobs.HasWaiting(active->number) ||
+          (jobs.IsHeld(active->number) && Deletes(session, input)))) {
+        Carry(session, input, [&] { Act(session, input); });
+        return;
+    }
+    jobs.Append(active->number, [&session, input, name = active->name](OpenDocument* document) {
+        Carry(session, input, [&] {
+            if (document == nullptr) {
+                throw ActionRefused(name + " was closed", RefusalReason::kGone);
+            }
+            Act(session, input);
+        });
+    });
+}
+
+}  // namespace Workbench

@@ -1,0 +1,114 @@
+// The commands that show documents and comments, and those that ask for them.
+#include "actions/Edits.h"
+#include "web/BrowserSession.h"
+#include "web/ClientMessage.h"
+#include "web/Commands.h"
+#include "web/DocumentJson.h"
+
+#include <nlohmann/json.hpp>
+
+namespace Workbench {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+CommandReply Done()
+{
+    return Json::object();
+}
+
+CommandReply SetReadOnly(const CommandCall& call)
+{
+    OpenDocument& document = call.Document();
+    const bool on = call.Message().Flag("on");
+    call.session.ReopenView(document, on);
+    if (!on && document.content->ReadOnly()) {
+        throw ActionRefused(document.name + " itself does not permit changes",
+                            RefusalReason::kReadOnly);
+    }
+    return Done();
+}
+
+CommandReply SetLocale(const CommandCall& call)
+{
+    const std::string locale = call.Message().Text("locale");
+    call.session.TheHost().SwitchLanguage(locale);
+    call.session.Clients().Broadcast(Json{{"type", "locale"}, {"name", locale}});
+    return Done();
+}
+
+CommandReply Focus(const CommandCall& call)
+{
+    const OpenDocument& document = call.Document();
+    const ClientMessage& message = call.Message();
+    if (!message.OptionalNumber("page")) {
+        document.view->View().SetFocus(kPDNoPage, {});
+        return Done();
+    }
+    const CommentPosition position{message.SmallNumber("page"), message.SmallNumber("index")};
+    call.session.Show(document, position.page, CommentAt(document, position));
+    return Done();
+}
+
+CommandReply GiveCurrent(const CommandCall& call)
+{
+    const OpenDocument& document = call.Document();
+    const CommentPosition position =
+        call.session.RequireCurrent(document, call.Message().OptionalNumber("item"));
+    return Json{{"page", position.page},
+                {"revision", document.content->Revision()},
+                {"annotation",
+                 DescribeAnnotation(document.content->AnnotationAt(position.page, position.index),
+                                    position.index)}};
+}
+
+CommandReply GiveAnnotations(const CommandCall& call)
+{
+    const OpenDocument& document = call.Document();
+    const std::uint32_t page = call.Message().SmallNumber("page");
+    if (page >= document.content->PageCount()) {
+        throw ActionRefused(document.name + " has no page " + std::to_string(page),
+                            RefusalReason::kGone);
+    }
+    call.session.RunOnWorker<Json>(
+        [content = document.content, number = document.number, page] {
+            return DescribeAnnotations(number, *content, page);
+        },
+        [request = call.request, content = document.content, number = document.number,
+         warnings = document.content->Warnings().size()](BrowserSession& session,
+                                                         std::future<Json> annotations) {
+            // A page that is read for the first time may bring some.
+            if (content->Warnings().size() != warnings) {
+                session.MarkChanged(number);
+            }
+            session.Answer(request, [&] { return CommandReply(annotations.get()); });
+        });
+    return kRepliesLater;
+}
+
+constexpr bool kWaits = true;
+constexpr bool kNamesPositions = true;
+
+constexpr Command kCommands[] = {
+    {"activate",
+     [](const CommandCall& call) {
+         call.session.Activate(call.Document());
+         return Done();
+     }},
+    {"read-only", SetReadOnly, kWaits},
+    {"locale", SetLocale},
+    {"focus", Focus, false, kNamesPositions},
+    {"current", GiveCurrent, kWaits},
+    {"annotations", GiveAnnotations},
+    {"end", [](const CommandCall& call) { return call.session.Prompt().Answer(call.request); }},
+};
+
+}  // namespace
+
+std::span<const Command> ViewCommands()
+{
+    return kCommands;
+}
+
+}  // namespace Workbench
