@@ -54,10 +54,8 @@ public:
     template <class U>
     requires std::is_convertible_v<U*, T*>
     // NOLINTNEXTLINE: as pointers convert
-    BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other) noexcept
-        : BasicServiceObjectPtr(Retain(other.Get()))
-    {
-    }
+    BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other)
+    noexcept : BasicServiceObjectPtr(Retain(other.Get())) {}
     ~BasicServiceObjectPtr() { Reset(); }
 
     BasicServiceObjectPtr& operator=(BasicServiceObjectPtr other) noexcept
