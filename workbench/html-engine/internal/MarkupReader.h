@@ -27,9 +27,9 @@
 #include <utility>
 #include <vector>
 
-#include <html-engine/internal/StartTagReader.h>
-#include <html-engine/internal/TooltipPlaces.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/StartTagReader.h"
+#include "html-engine/internal/TooltipPlaces.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 
