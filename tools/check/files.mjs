@@ -18,8 +18,8 @@ export function exists(path) {
     return existsSync(join(kRoot, path));
 }
 
-export function read(path) {
-    return readFileSync(join(kRoot, path), 'utf8');
+export function read(path, encoding = 'utf8') {
+    return readFileSync(join(kRoot, path), encoding);
 }
 
 /// Prints the findings; with one or more the program fails.
