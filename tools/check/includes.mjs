@@ -3,9 +3,10 @@
 //
 // Each folder may include what its row names, and itself. Headers of this tree stand in quotation
 // marks and are written from an include root, or from the file's own folder; others stand in angle
-// brackets.
+// brackets. A source includes the header of its name first, which proves that this one needs no
+// other in front of it; tests/build compiles those without a source.
 
-import {dirname, join, normalize} from 'node:path';
+import {basename, dirname, join, normalize} from 'node:path';
 
 import {conclude, exists, filesBelow, read} from './files.mjs';
 
@@ -41,6 +42,12 @@ const kIncludeRoots = [
     'tests/web',
 ];
 
+const kFolders = ['Support', 'App', 'workbench', 'tools', 'fuzz', 'benchmarks', 'tests'];
+const kFiles = kFolders.flatMap((folder) => filesBelow(folder, '.h', '.cpp'));
+const kHeaders = new Set(
+    kFiles.map((file) => basename(file)).filter((name) => name.endsWith('.h')),
+);
+
 function isIn(folder, path) {
     return folder === '' || path.startsWith(`${folder}/`);
 }
@@ -49,7 +56,12 @@ function findingsOf(file) {
     const [folder, allowed] = kDirections.find(([each]) => isIn(each, file));
     const source = read(file);
     const findings = [];
-    for (const [, mark, name] of source.matchAll(/^ *# *include *([<"])([^>"]+)[>"]/gm)) {
+    const includes = [...source.matchAll(/^ *# *include *([<"])([^>"]+)[>"]/gm)];
+    const own = basename(file).replace(/\.cpp$/, '.h');
+    if (file.endsWith('.cpp') && kHeaders.has(own) && basename(includes[0][2]) !== own) {
+        findings.push(`${file}: ${own} is not its first include`);
+    }
+    for (const [, mark, name] of includes) {
         const target = [dirname(file), ...kIncludeRoots]
             .map((root) => normalize(join(root, name)))
             .find(exists);
@@ -76,5 +88,4 @@ function findingsOf(file) {
     return findings;
 }
 
-const kFolders = ['Support', 'App', 'workbench', 'tools', 'fuzz', 'benchmarks', 'tests'];
-conclude(kFolders.flatMap((folder) => filesBelow(folder, '.h', '.cpp')).flatMap(findingsOf));
+conclude(kFiles.flatMap(findingsOf));
