@@ -1,8 +1,9 @@
 # Third-party code under the same target names on both systems:
 #
 #   boost::headers  nlohmann::json  cli11::cli11      headers only
-#   GTest::gtest  GTest::gtest_main  GTest::gmock  GTest::gmock_main
-#   qpdf::qpdf  benchmark::benchmark  gumbo::gumbo    Linux only
+#   qpdf::qpdf                                        Linux only
+#   GTest::gtest  GTest::gtest_main  GTest::gmock  GTest::gmock_main    for tests
+#   benchmark::benchmark  gumbo::gumbo                for tests, Linux only
 #
 # A Linux machine has them as packages. For Windows the headers are those same packages' files,
 # seen through a folder that holds nothing else, and libraries are built from their sources.
@@ -39,12 +40,17 @@ if(WIN32)
 endif()
 
 if(NOT WIN32)
-    find_package(GTest REQUIRED)
     find_package(qpdf REQUIRED)
-    find_package(benchmark REQUIRED)
     add_library(qpdf::qpdf INTERFACE IMPORTED GLOBAL)
     target_link_libraries(qpdf::qpdf INTERFACE qpdf::libqpdf)
+endif()
+if(NOT COMMENTS_TESTS)
+    return()
+endif()
 
+if(NOT WIN32)
+    find_package(GTest REQUIRED)
+    find_package(benchmark REQUIRED)
     find_library(GUMBO_LIBRARY gumbo REQUIRED)
     find_path(GUMBO_INCLUDE_DIR gumbo.h REQUIRED)
     mark_as_advanced(GUMBO_LIBRARY GUMBO_INCLUDE_DIR)

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <html-engine/Document.h>
+#include "html-engine/Document.h"
 
 #include "FuzzTarget.h"
 

@@ -243,9 +243,9 @@ describe('Editing in the browser', () => {
     });
 
     test('saves, and what is opened again is what was saved', async () => {
-        const before = await window.active();
+        const {id} = await window.active();
         const added = await window.expectCommand('add', {
-            document: before.id,
+            document: id,
             page: 2,
             subtype: 'Text',
             contents: 'kept',
@@ -420,20 +420,20 @@ describe('Editing in the browser', () => {
 
     test('asks what becomes of changes before the workbench ends', async () => {
         const {id, path} = await window.active();
-        const before = readFileSync(path);
+        const original = readFileSync(path);
         await window.expectCommand('add', {document: id, page: 0, subtype: 'Text'});
         workbench.interrupt();
         const dialog = window.page.getByRole('dialog', {name: 'The workbench is about to end'});
         await dialog.getByRole('button', {name: 'Go on working'}).click();
         await dialog.waitFor({state: 'detached'});
         assert.ok(workbench.isAlive);
-        assert.deepEqual(readFileSync(path), before);
+        assert.deepEqual(readFileSync(path), original);
 
         workbench.interrupt();
         await dialog.getByRole('button', {name: 'Save all and end'}).click();
         await window.page.getByText('The workbench has ended.').waitFor();
         await workbench.expectEnd();
-        assert.ok(readFileSync(path).length > before.length, 'it is saved');
+        assert.ok(readFileSync(path).length > original.length, 'it is saved');
         ended = true;
     });
 

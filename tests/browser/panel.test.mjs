@@ -41,10 +41,10 @@ describe('The panel in the browser', () => {
             () =>
                 window.page.evaluate(() => {
                     const view = document.querySelector('.scroller').getBoundingClientRect();
-                    const mark = document
+                    const box = document
                         .querySelector('.annotation.focused')
                         .getBoundingClientRect();
-                    return Math.abs(mark.top + mark.height / 2 - view.top - view.height / 2);
+                    return Math.abs(box.top + box.height / 2 - view.top - view.height / 2);
                 }),
             (distance) => distance < 40,
             'the annotation is in the middle',

@@ -1,6 +1,6 @@
 #include "Containment.h"
 
-#include <html-engine/internal/Ascii.h>
+#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Test {
 

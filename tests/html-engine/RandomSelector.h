@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include <html-engine/Document.h>
+#include "html-engine/Document.h"
 
 namespace HtmlEngine::Test {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <html-engine/internal/Ascii.h>
+#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Test {
 

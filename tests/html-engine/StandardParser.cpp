@@ -4,9 +4,9 @@
 
 #include <gumbo.h>
 
-#include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/MarkupReader.h>
-#include <html-engine/internal/TreeWalk.h>
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/MarkupReader.h"
+#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Test {
 

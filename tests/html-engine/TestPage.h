@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include <html-engine/Document.h>
+#include "html-engine/Document.h"
 
 namespace HtmlEngine::Test {
 

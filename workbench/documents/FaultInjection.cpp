@@ -1,3 +1,5 @@
+#include "documents/FaultInjection.h"
+
 #include "documents/FaultPlan.h"
 
 #include <algorithm>

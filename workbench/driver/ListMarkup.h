@@ -11,7 +11,8 @@ namespace Workbench {
 // order of appearance.
 std::string WithNumberedTooltips(const std::string& html);
 
-// Without the white space of the templates that parts one tag from the next; that of contents stays.
+// Without the white space of the templates that parts one tag from the next; that of contents
+// stays.
 std::string WithoutIndents(const std::string& html);
 
 // Where two texts part: a short piece of each from there on, beginning a little before, at the tag

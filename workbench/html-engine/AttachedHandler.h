@@ -4,7 +4,7 @@
 // events; it keeps handlers with their elements, says which ones an event passes on its way up
 // (`Document::HandlersOf`), and tells each when its attachment ends. UI thread.
 
-#include <html-engine/Types.h>
+#include "html-engine/Types.h"
 
 namespace HtmlEngine {
 

@@ -1,11 +1,11 @@
-#include <html-engine/Document.h>
+#include "html-engine/Document.h"
 
-#include <html-engine/internal/DocumentParts.h>
-#include <html-engine/internal/MarkupReader.h>
-#include <html-engine/internal/NewContent.h>
-#include <html-engine/internal/Serializer.h>
-#include <html-engine/internal/TreeWalk.h>
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/internal/DocumentParts.h"
+#include "html-engine/internal/MarkupReader.h"
+#include "html-engine/internal/NewContent.h"
+#include "html-engine/internal/Serializer.h"
+#include "html-engine/internal/TreeWalk.h"
+#include "html-engine/internal/Utf8.h"
 
 namespace HtmlEngine {
 

@@ -24,9 +24,9 @@
 #include <utility>
 #include <vector>
 
-#include <html-engine/AttachedHandler.h>
-#include <html-engine/TreeObserver.h>
-#include <html-engine/Types.h>
+#include "html-engine/AttachedHandler.h"
+#include "html-engine/TreeObserver.h"
+#include "html-engine/Types.h"
 
 namespace HtmlEngine {
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <bit>
 
-#include <html-engine/Document.h>
-#include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/DocumentParts.h>
-#include <html-engine/internal/InlineStyle.h>
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/Document.h"
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/DocumentParts.h"
+#include "html-engine/internal/InlineStyle.h"
+#include "html-engine/internal/Utf8.h"
 
 namespace HtmlEngine {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include <html-engine/Document.h>
-#include <html-engine/internal/DocumentParts.h>
+#include "html-engine/Document.h"
+#include "html-engine/internal/DocumentParts.h"
 
 namespace HtmlEngine {
 

@@ -1,10 +1,10 @@
 // Selector queries of a Document.
 
-#include <html-engine/Document.h>
-#include <html-engine/internal/DocumentParts.h>
-#include <html-engine/internal/Selector.h>
-#include <html-engine/internal/SelectorMatcher.h>
-#include <html-engine/internal/SelectorQuery.h>
+#include "html-engine/Document.h"
+#include "html-engine/internal/DocumentParts.h"
+#include "html-engine/internal/Selector.h"
+#include "html-engine/internal/SelectorMatcher.h"
+#include "html-engine/internal/SelectorQuery.h"
 
 namespace HtmlEngine {
 

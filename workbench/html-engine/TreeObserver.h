@@ -10,7 +10,7 @@
 // inserted or removed is not told of by itself; nor is anything told when the document is
 // destroyed.
 
-#include <html-engine/Types.h>
+#include "html-engine/Types.h"
 
 namespace HtmlEngine {
 

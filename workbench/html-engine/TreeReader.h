@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include <html-engine/Document.h>
-#include <html-engine/Types.h>
+#include "html-engine/Document.h"
+#include "html-engine/Types.h"
 
 namespace HtmlEngine {
 

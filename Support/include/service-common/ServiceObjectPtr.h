@@ -51,8 +51,7 @@ public:
         : object_(std::exchange(other.object_, nullptr))
     {
     }
-    template <class U>
-    requires std::is_convertible_v<U*, T*>
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     // NOLINTNEXTLINE: as pointers convert
     BasicServiceObjectPtr(const BasicServiceObjectPtr<U>& other) noexcept
         : BasicServiceObjectPtr(Retain(other.Get()))

@@ -5,7 +5,7 @@
 export async function measureFrames(window, presses, {isIdle = false} = {}) {
     await window.items.first().click();
     const times = await window.page.evaluate(
-        async ({presses, isIdle}) => {
+        async ({count, isFrameAlone}) => {
             const panel = document.getElementById('panel-frame').contentDocument;
             // A message after the frame's callback comes when the frame has been drawn.
             const drawn = (whenDrawn) =>
@@ -18,7 +18,7 @@ export async function measureFrames(window, presses, {isIdle = false} = {}) {
                 new Promise((resolve) => {
                     const begin = performance.now();
                     const end = () => resolve(performance.now() - begin);
-                    if (isIdle) {
+                    if (isFrameAlone) {
                         drawn(end);
                         return;
                     }
@@ -34,12 +34,12 @@ export async function measureFrames(window, presses, {isIdle = false} = {}) {
                     );
                 });
             const measured = [];
-            for (let at = 0; at < presses; ++at) {
+            for (let at = 0; at < count; ++at) {
                 measured.push(await measure(at % 4 === 3 ? 'PageDown' : 'ArrowDown'));
             }
             return measured;
         },
-        {presses, isIdle},
+        {count: presses, isFrameAlone: isIdle},
     );
     return times.sort((left, right) => left - right);
 }

@@ -1,4 +1,4 @@
-#include <html-engine/internal/AtomTable.h>
+#include "html-engine/internal/AtomTable.h"
 
 #include <functional>
 #include <stdexcept>

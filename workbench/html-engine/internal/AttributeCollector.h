@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,4 +1,4 @@
-#include <html-engine/internal/AttributeList.h>
+#include "html-engine/internal/AttributeList.h"
 
 #include <algorithm>
 #include <memory>

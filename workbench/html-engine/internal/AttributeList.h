@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-#include <html-engine/internal/AtomTable.h>
+#include "html-engine/internal/AtomTable.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,11 +1,11 @@
-#include <html-engine/internal/CharacterReference.h>
+#include "html-engine/internal/CharacterReference.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 
-#include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/Utf8.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,8 +1,8 @@
-#include <html-engine/internal/ChildPositions.h>
+#include "html-engine/internal/ChildPositions.h"
 
 #include <algorithm>
 
-#include <html-engine/internal/TreeWalk.h>
+#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 

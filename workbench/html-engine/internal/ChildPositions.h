@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include <html-engine/internal/NodeStore.h>
+#include "html-engine/internal/NodeStore.h"
 
 namespace HtmlEngine::Internal {
 

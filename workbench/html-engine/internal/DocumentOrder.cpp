@@ -1,9 +1,9 @@
-#include <html-engine/internal/DocumentOrder.h>
+#include "html-engine/internal/DocumentOrder.h"
 
 #include <algorithm>
 #include <vector>
 
-#include <html-engine/internal/TreeWalk.h>
+#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 

@@ -8,7 +8,7 @@
 #include <limits>
 #include <span>
 
-#include <html-engine/internal/NodeStore.h>
+#include "html-engine/internal/NodeStore.h"
 
 namespace HtmlEngine::Internal {
 

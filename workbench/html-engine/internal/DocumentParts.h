@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include <html-engine/Document.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/Document.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine {
 

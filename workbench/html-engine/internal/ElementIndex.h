@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <span>
 
-#include <html-engine/internal/DocumentOrder.h>
-#include <html-engine/internal/IndexEntries.h>
+#include "html-engine/internal/DocumentOrder.h"
+#include "html-engine/internal/IndexEntries.h"
 
 namespace HtmlEngine::Internal {
 

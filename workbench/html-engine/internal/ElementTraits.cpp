@@ -1,9 +1,9 @@
-#include <html-engine/internal/ElementTraits.h>
+#include "html-engine/internal/ElementTraits.h"
 
 #include <algorithm>
 #include <array>
 
-#include <html-engine/internal/Ascii.h>
+#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,4 +1,4 @@
-#include <html-engine/internal/IndexEntries.h>
+#include "html-engine/internal/IndexEntries.h"
 
 #include <algorithm>
 

@@ -14,8 +14,8 @@
 #include <memory>
 #include <unordered_map>
 
-#include <html-engine/internal/AtomTable.h>
-#include <html-engine/internal/OrderedNodeList.h>
+#include "html-engine/internal/AtomTable.h"
+#include "html-engine/internal/OrderedNodeList.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,9 +1,9 @@
-#include <html-engine/internal/InlineStyle.h>
+#include "html-engine/internal/InlineStyle.h"
 
 #include <algorithm>
 #include <cstddef>
 
-#include <html-engine/internal/Ascii.h>
+#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,4 +1,4 @@
-#include <html-engine/internal/KnownNames.h>
+#include "html-engine/internal/KnownNames.h"
 
 namespace HtmlEngine::Internal {
 

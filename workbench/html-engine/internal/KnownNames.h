@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include <html-engine/internal/AtomTable.h>
-#include <html-engine/internal/ElementTraits.h>
+#include "html-engine/internal/AtomTable.h"
+#include "html-engine/internal/ElementTraits.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,12 +1,12 @@
-#include <html-engine/internal/MarkupReader.h>
+#include "html-engine/internal/MarkupReader.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
-#include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/CharacterReference.h>
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/CharacterReference.h"
+#include "html-engine/internal/Utf8.h"
 
 namespace HtmlEngine::Internal {
 

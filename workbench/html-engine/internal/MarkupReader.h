@@ -9,8 +9,8 @@
 // - A `<` that begins no sound tag (StartTagReader.h) of a known name (ElementTraits.h) is text. So
 //   are comments and raw text, `<style>` say, that are never ended.
 // - What is left open ends with the element that holds it; nothing is opened again.
-// - An end tag closes the nearest open element of its name, unless a list, list item, table, caption
-//   or cell has begun since; then, and without such an element, it does nothing.
+// - An end tag closes the nearest open element of its name, unless a list, list item, table,
+//   caption or cell has begun since; then, and without such an element, it does nothing.
 // - Parts of tables outside of tables do nothing, their content stays.
 // - What would lie more than 512 elements deep becomes part of the 512th.
 //
@@ -27,9 +27,9 @@
 #include <utility>
 #include <vector>
 
-#include <html-engine/internal/StartTagReader.h>
-#include <html-engine/internal/TooltipPlaces.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/StartTagReader.h"
+#include "html-engine/internal/TooltipPlaces.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

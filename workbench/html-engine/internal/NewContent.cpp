@@ -1,4 +1,4 @@
-#include <html-engine/internal/NewContent.h>
+#include "html-engine/internal/NewContent.h"
 
 #include <utility>
 

@@ -5,8 +5,8 @@
 
 #include <string_view>
 
-#include <html-engine/internal/MarkupReader.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/MarkupReader.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

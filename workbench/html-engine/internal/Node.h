@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <new>
 
-#include <html-engine/Types.h>
-#include <html-engine/internal/AtomTable.h>
-#include <html-engine/internal/AttributeList.h>
-#include <html-engine/internal/NodeText.h>
+#include "html-engine/Types.h"
+#include "html-engine/internal/AtomTable.h"
+#include "html-engine/internal/AttributeList.h"
+#include "html-engine/internal/NodeText.h"
 
 namespace HtmlEngine::Internal {
 

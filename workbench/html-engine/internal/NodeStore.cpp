@@ -1,4 +1,4 @@
-#include <html-engine/internal/NodeStore.h>
+#include "html-engine/internal/NodeStore.h"
 
 #include <limits>
 #include <stdexcept>

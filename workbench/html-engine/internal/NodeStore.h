@@ -9,8 +9,8 @@
 #include <memory>
 #include <vector>
 
-#include <html-engine/Types.h>
-#include <html-engine/internal/Node.h>
+#include "html-engine/Types.h"
+#include "html-engine/internal/Node.h"
 
 namespace HtmlEngine::Internal {
 

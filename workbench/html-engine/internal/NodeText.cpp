@@ -1,4 +1,4 @@
-#include <html-engine/internal/NodeText.h>
+#include "html-engine/internal/NodeText.h"
 
 #include <cstring>
 #include <limits>

@@ -1,4 +1,4 @@
-#include <html-engine/internal/OrderedNodeList.h>
+#include "html-engine/internal/OrderedNodeList.h"
 
 #include <algorithm>
 #include <iterator>

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <vector>
 
-#include <html-engine/internal/DocumentOrder.h>
+#include "html-engine/internal/DocumentOrder.h"
 
 namespace HtmlEngine::Internal {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include <html-engine/internal/AtomTable.h>
+#include "html-engine/internal/AtomTable.h"
 
 namespace HtmlEngine::Internal {
 

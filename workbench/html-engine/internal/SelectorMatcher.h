@@ -3,8 +3,8 @@
 // Decides whether one element matches a selector, from right to left, by the rules alone and
 // without the index. Works in detached trees too.
 
-#include <html-engine/internal/Selector.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/Selector.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

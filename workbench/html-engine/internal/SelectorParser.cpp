@@ -2,10 +2,10 @@
 #include <charconv>
 #include <cstddef>
 
-#include <html-engine/Types.h>
-#include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/Selector.h>
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/Types.h"
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/Selector.h"
+#include "html-engine/internal/Utf8.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,9 +1,9 @@
-#include <html-engine/internal/SelectorQuery.h>
+#include "html-engine/internal/SelectorQuery.h"
 
 #include <algorithm>
 #include <bit>
 
-#include <html-engine/internal/TreeWalk.h>
+#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 

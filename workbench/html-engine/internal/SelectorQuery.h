@@ -13,9 +13,9 @@
 #include <functional>
 #include <vector>
 
-#include <html-engine/internal/Selector.h>
-#include <html-engine/internal/SelectorMatcher.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/Selector.h"
+#include "html-engine/internal/SelectorMatcher.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,11 +1,11 @@
-#include <html-engine/internal/StartTagReader.h>
+#include "html-engine/internal/StartTagReader.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-#include <html-engine/internal/Ascii.h>
-#include <html-engine/internal/CharacterReference.h>
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/CharacterReference.h"
 
 namespace HtmlEngine::Internal {
 

@@ -13,9 +13,9 @@
 #include <string_view>
 #include <vector>
 
-#include <html-engine/internal/AttributeCollector.h>
-#include <html-engine/internal/ElementTraits.h>
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/AttributeCollector.h"
+#include "html-engine/internal/ElementTraits.h"
+#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

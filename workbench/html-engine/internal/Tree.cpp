@@ -1,8 +1,8 @@
-#include <html-engine/internal/Tree.h>
+#include "html-engine/internal/Tree.h"
 
 #include <string>
 
-#include <html-engine/internal/TreeWalk.h>
+#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 

@@ -11,13 +11,13 @@
 #include <string_view>
 #include <vector>
 
-#include <html-engine/TreeObserver.h>
-#include <html-engine/internal/AtomTable.h>
-#include <html-engine/internal/ChildPositions.h>
-#include <html-engine/internal/DocumentOrder.h>
-#include <html-engine/internal/ElementIndex.h>
-#include <html-engine/internal/KnownNames.h>
-#include <html-engine/internal/NodeStore.h>
+#include "html-engine/TreeObserver.h"
+#include "html-engine/internal/AtomTable.h"
+#include "html-engine/internal/ChildPositions.h"
+#include "html-engine/internal/DocumentOrder.h"
+#include "html-engine/internal/ElementIndex.h"
+#include "html-engine/internal/KnownNames.h"
+#include "html-engine/internal/NodeStore.h"
 
 namespace HtmlEngine::Internal {
 

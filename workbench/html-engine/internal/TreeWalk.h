@@ -3,7 +3,7 @@
 // Steps from node to node. All are loops over links; none recurses. kNoNode in gives kNoNode out
 // where a step is asked of nothing.
 
-#include <html-engine/internal/NodeStore.h>
+#include "html-engine/internal/NodeStore.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,4 +1,4 @@
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/internal/Utf8.h"
 
 #include <cstring>
 

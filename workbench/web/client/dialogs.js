@@ -67,7 +67,9 @@ function makeButton({key, value, isMain}, choose) {
 /// `countdown()` gives a line that is written anew each second.
 /// `details` are lines of text below the message.
 export function ask(question) {
-    return new Promise((resolve) => new Dialog(question, resolve).open());
+    return new Promise((resolve) => {
+        new Dialog(question, resolve).open();
+    });
 }
 
 class Dialog {

@@ -116,7 +116,7 @@ export class Edits {
     // What changed while the user wrote is no matter as long as the comment is the same.
     async #changeContents(id, {page, annotation, revision}, contents) {
         const {index} = annotation;
-        for (let known = revision; ; ) {
+        for (let known = revision; ;) {
             const fields = {document: id, page, index, contents, revision: known};
             const reply = await this.#connection.command('edit', fields);
             if (reply.error === null) {

@@ -5,9 +5,9 @@ const kStop = '[tabindex="0"]';
 
 let goHome = () => {};
 
-/// `focus()` takes the keyboard focus when nothing near the place to return to can.
-export function setFocusHome(focus) {
-    goHome = focus;
+/// `home()` takes the keyboard focus when nothing near the place to return to can.
+export function setFocusHome(home) {
+    goHome = home;
 }
 
 /// The element that has the keyboard focus, and those around it, innermost first.

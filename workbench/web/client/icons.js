@@ -22,7 +22,6 @@ const kPaths = {
     fitWidth: 'M1.5 3v10M14.5 3v10M3.5 8h9M5.5 6l-2 2 2 2M10.5 6l2 2-2 2',
     close: 'M4 4l8 8M12 4l-8 8',
     check: 'M3 8.500l3.5 3.500L13 4.5',
-    lock: 'M3.5 7.500h9v6h-9zM5.5 7.500V5a2.5 2.5 0 0 1 5 0v2.5',
 };
 
 /// A picture; the button around it has the name.

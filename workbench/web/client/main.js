@@ -23,7 +23,9 @@ async function loadedFrame(frame) {
         frame.contentDocument?.readyState !== 'complete' ||
         frame.contentWindow.location.href === 'about:blank'
     ) {
-        await new Promise((resolve) => frame.addEventListener('load', resolve, {once: true}));
+        await new Promise((resolve) => {
+            frame.addEventListener('load', resolve, {once: true});
+        });
     }
     return frame;
 }

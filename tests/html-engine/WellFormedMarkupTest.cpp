@@ -3,7 +3,7 @@
 #include <fstream>
 #include <iterator>
 
-#include <html-engine/internal/Utf8.h>
+#include "html-engine/internal/Utf8.h"
 
 #include "RandomPage.h"
 #include "RandomWellFormedMarkup.h"

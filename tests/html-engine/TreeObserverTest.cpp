@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include <html-engine/TreeReader.h>
+#include "html-engine/TreeReader.h"
 
 #include "RandomPage.h"
 
