@@ -1,7 +1,7 @@
 #include "PanelFixture.h"
 
 #include "ListRenderer.h"
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "service-common/WideText.h"
 #include "services/HandlerAttachment.h"
 #include "services/KeyNames.h"

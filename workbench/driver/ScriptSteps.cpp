@@ -2,7 +2,7 @@
 #include "driver/Script.h"
 
 #include "driver/PanelReport.h"
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/KeyNames.h"
 
 #include <charconv>

@@ -1,7 +1,7 @@
 // The commands of pages: what each does, and why it may be refused.
 #include "web/Desk.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/AnnotationPlace.h"
 #include "web/Author.h"
 #include "web/CommandRefused.h"

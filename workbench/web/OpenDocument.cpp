@@ -2,7 +2,7 @@
 
 #include "documents/Records.h"
 #include "driver/PanelReader.h"
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/AnnotationPlace.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "web/PageServer.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/ModuleLibrary.h"
 #include "services/ResourceStore.h"
 #include "web/Desk.h"
