@@ -2,7 +2,7 @@
 // selectors by attribute, by state and by structure, beside a walk over the tree.
 #include "PopulationArguments.h"
 
-#include "CommentsContainerHandler.h"
+#include "ListRenderer.h"
 #include "html-engine/Document.h"
 #include "service-common/WideText.h"
 #include "services/BLDocumentObject.h"
@@ -19,8 +19,8 @@ std::string ListHtml(Documents::PopulationSize size)
     host.StartPanel();
     const auto document = Workbench::BLDocumentObject::Make(
         std::make_shared<Workbench::HostState>(), MakePopulationDocument(size));
-    CommentsContainerHandler::Rendering rendering(document->AsInterface());
-    return ToUtf8(CommentsContainerHandler::RenderResults(rendering));
+    ListRenderer renderer(document->AsInterface());
+    return ToUtf8(renderer.RenderResults());
 }
 
 // A page with one container that shows a list whose middle item is current.

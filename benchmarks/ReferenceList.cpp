@@ -1,5 +1,6 @@
 #include "ReferenceList.h"
 
+#include "AnnotDate.h"
 #include "DecimalText.h"
 
 #include "service-common/ServiceProvider.h"
@@ -12,8 +13,6 @@
 #include <algorithm>
 
 namespace {
-
-using Handler = CommentsContainerHandler;
 
 std::wstring TemplateText(const wchar_t* path)
 {
@@ -31,7 +30,7 @@ std::wstring TemplateText(const wchar_t* path)
 
 }  // namespace
 
-ReferenceList::ReferenceList(Handler::Rendering& rendering)
+ReferenceList::ReferenceList(ListRenderer& renderer)
     : page_(Split(L"document-panel-comments/template-page-item.htm",
                   {L"PAGE_INDEX", L"PAGE_NAME", L"PAGE_ITEMS"})),
       item_(Split(L"document-panel-comments/template-annot-item.htm",
@@ -47,28 +46,28 @@ ReferenceList::ReferenceList(Handler::Rendering& rendering)
                  L"DATE_MODIFIED_DISPLAY_ATTRIBUTE", L"DATE_MODIFIED_KEY", L"DATE_MODIFIED_VALUE"}))
 {
     const std::wstring id(36, L'0');
+    const ListRenderer::Captions& captions = renderer.UserCaptions();
     std::int32_t pageCount = 0;
-    CallMethod<BLDocument::GetPageCount>(rendering.document, &pageCount);
+    CallMethod<BLDocument::GetPageCount>(renderer.Document(), &pageCount);
     for (std::uint32_t index = 0; index < static_cast<std::uint32_t>(pageCount); ++index) {
         PDFL::Page record;
-        CallMethod<BLDocument::AcquirePage>(rendering.document, index, record.Receive());
+        CallMethod<BLDocument::AcquirePage>(renderer.Document(), index, record.Receive());
         Page page;
-        page.values = {DecimalText(index),
-                       (boost::wformat(rendering.pageCaption) % (index + 1)).str()};
+        page.values = {DecimalText(index), (boost::wformat(captions.page) % (index + 1)).str()};
         for (std::uint32_t position = 0; position < record.AnnotationCount(); ++position) {
             const auto annotation = PDFL::Annotation::At(record, position);
             if (!annotation.IsListed()) {
                 continue;
             }
-            const std::wstring contents = Handler::ConvertContentsText(annotation);
-            const std::wstring name = Handler::GetAnnotTypeName(rendering, annotation);
+            const std::wstring contents = ListRenderer::ConvertContentsText(annotation);
+            const std::wstring name = renderer.KindOf(annotation).displayName;
             const auto orName = [&](const std::wstring& text) {
                 return text.empty() ? name : text;
             };
-            const std::wstring created =
-                Handler::FormatAnnotDate(annotation.CreationDate(), rendering.dateFormat);
-            const std::wstring modified =
-                Handler::FormatAnnotDate(annotation.ModificationDate(), rendering.dateFormat);
+            std::wstring created;
+            WriteAnnotDate(annotation.CreationDate(), captions.dateFormat, created);
+            std::wstring modified;
+            WriteAnnotDate(annotation.ModificationDate(), captions.dateFormat, modified);
             const auto display = [](const std::wstring& date) {
                 return date.empty() ? L"none" : L"block";
             };
@@ -77,15 +76,15 @@ ReferenceList::ReferenceList(Handler::Rendering& rendering)
             };
             page.items.push_back(
                 {contents.empty(),
-                 {Handler::GetAnnotClassName(annotation),
+                 {std::wstring(renderer.KindOf(annotation).className),
                   DecimalText(index) + L"_" + DecimalText(position),
                   id,
                   name,
                   contents,
                   {}},
                  {id, orName(annotation.Subject()), orName(annotation.Title()), display(created),
-                  label(created, rendering.createdLabel), created, display(modified),
-                  label(modified, rendering.modifiedLabel), modified}});
+                  label(created, captions.created), created, display(modified),
+                  label(modified, captions.modified), modified}});
         }
         if (!page.items.empty()) {
             pages_.push_back(std::move(page));

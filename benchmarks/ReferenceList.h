@@ -2,7 +2,7 @@
 // split and values are fetched beforehand, so that what is timed is appending alone.
 #pragma once
 
-#include "CommentsContainerHandler.h"
+#include "ListRenderer.h"
 
 #include <string>
 #include <vector>
@@ -10,7 +10,7 @@
 class ReferenceList {
 public:
     // Prepares the list of a document.
-    explicit ReferenceList(CommentsContainerHandler::Rendering& rendering);
+    explicit ReferenceList(ListRenderer& renderer);
 
     // The list, appended to one string that is reserved first.
     std::wstring Build() const;

@@ -47,8 +47,8 @@ void BM_Rendering_WholeList(benchmark::State& state)
 {
     const Bench bench(PopulationOf(state));
     for (auto _ : state) {
-        CommentsContainerHandler::Rendering rendering(bench.Document());
-        benchmark::DoNotOptimize(CommentsContainerHandler::RenderResults(rendering));
+        ListRenderer renderer(bench.Document());
+        benchmark::DoNotOptimize(renderer.RenderResults());
     }
     CountComments(state);
 }
@@ -59,8 +59,8 @@ void BM_Rendering_AsLoaded(benchmark::State& state)
 {
     const Bench bench(PopulationOf(state));
     for (auto _ : state) {
-        CommentsContainerHandler::Rendering rendering(bench.Document());
-        benchmark::DoNotOptimize(CommentsContainerHandler::RenderResultsUtf8(rendering));
+        ListRenderer renderer(bench.Document());
+        benchmark::DoNotOptimize(renderer.RenderResultsUtf8());
     }
     CountComments(state);
 }
@@ -69,16 +69,15 @@ BENCHMARK(BM_Rendering_AsLoaded)->Apply(PopulationArguments);
 void BM_Rendering_PlainAppends(benchmark::State& state)
 {
     const Bench bench(PopulationOf(state));
-    CommentsContainerHandler::Rendering rendering(bench.Document());
-    const ReferenceList reference(rendering);
+    ListRenderer renderer(bench.Document());
+    const ReferenceList reference(renderer);
     if (state.range(0) == Documents::kPopulationSmall.comments) {
         // The reference is one only while it builds what the panel renders.
         const std::wregex id(L"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}|0{36}");
         const auto withoutIds = [&](const std::wstring& html) {
             return std::regex_replace(html, id, L"ID");
         };
-        if (withoutIds(CommentsContainerHandler::RenderResults(rendering)) !=
-            withoutIds(reference.Build())) {
+        if (withoutIds(renderer.RenderResults()) != withoutIds(reference.Build())) {
             state.SkipWithError("the reference builds another list");
             return;
         }

@@ -1,6 +1,6 @@
 #include "Listing.h"
 
-#include "documents/PdfText.h"
+#include "service-common/UnicodeText.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ using Documents::FunctionTable;
 std::string Spelled(std::u16string_view text)
 {
     std::string spelled;
-    for (const char c : Documents::ToUtf8(text)) {
+    for (const char c : UnicodeText::ToUtf8(text)) {
         spelled += c == '\r' ? "\\r" : c == '\n' ? "\\n" : c == '\t' ? "\\t" : std::string(1, c);
     }
     return spelled;

@@ -1,4 +1,5 @@
 #include "documents/PdfText.h"
+#include "service-common/UnicodeText.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,7 @@ TEST(TextString, IsDecodedByItsMark)
         {"UTF-8 with mark", "\xEF\xBB\xBF\xE0\xB9\x84\xC3\xA9\xF0\x9F\x93\x9D", u"ไé\U0001F4DD"},
         {"UTF-8 without mark is PDFDocEncoding", "\xC3\xA9", u"Ã©"},
         {"UTF-8: overlong, surrogate, cut short", "\xEF\xBB\xBF\xC0\xAF|\xED\xA0\x80|\xE0\xB9",
-         u"\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD"},
+         u"\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD"},
         {"UTF-8: beyond Unicode", "\xEF\xBB\xBF\xF4\x90\x80\x80x", u"\uFFFD\uFFFD\uFFFD\uFFFDx"},
         {"line breaks and tabs stay", "a\rb\nc\r\nd\te", u"a\rb\nc\r\nd\te"},
         {"NULs and controls go", "a\0b\x01\x0B\x0C\x17z"s, u"abz"},
@@ -77,7 +78,7 @@ TEST(TextString, EncodedTextIsDecodedToItself)
                                     u"lone \xD800 and \xDC00 halves",
                                     u"ï»¿"};
     for (const std::u16string& text : texts) {
-        EXPECT_EQ(DecodeTextString(EncodeTextString(text)), text) << Documents::ToUtf8(text);
+        EXPECT_EQ(DecodeTextString(EncodeTextString(text)), text) << UnicodeText::ToUtf8(text);
     }
     EXPECT_EQ(EncodeTextString(u"plain"), "plain");
 }

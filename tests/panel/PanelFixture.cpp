@@ -1,7 +1,7 @@
 #include "PanelFixture.h"
 
-#include "CommentsContainerHandler.h"
-#include "platform-libraries/UnicodeText.h"
+#include "ListRenderer.h"
+#include "service-common/UnicodeText.h"
 #include "service-common/WideText.h"
 #include "services/HandlerAttachment.h"
 #include "services/KeyNames.h"
@@ -191,8 +191,8 @@ std::string PanelTest::ListHtml(const ViewPtr& view) const
 
 std::string PanelTest::FreshListHtml(const ViewPtr& view) const
 {
-    CommentsContainerHandler::Rendering rendering(view->View().Document()->AsInterface());
-    const std::string html = ToUtf8(CommentsContainerHandler::RenderResults(rendering));
+    ListRenderer renderer(view->View().Document()->AsInterface());
+    const std::string html = ToUtf8(renderer.RenderResults());
     HtmlEngine::Document page;
     page.LoadPage("<!DOCTYPE html><div></div>");  // as the panel's page is
     ElementHandle list = kNoElement;

@@ -11,7 +11,6 @@ namespace PanelTests {
 namespace {
 
 using Documents::MakeEntry;
-using Rendering = CommentsContainerHandler::Rendering;
 
 std::string Tooltip(const std::string& id, const std::string& subject, const std::string& title,
                     const std::string& created = {}, const std::string& modified = {})
@@ -58,8 +57,8 @@ protected:
     std::string Render(const DocumentPtr& document) const
     {
         const auto object = Workbench::BLDocumentObject::Make(state, document);
-        Rendering rendering(object->AsInterface());
-        return WithNumberedTooltips(ToUtf8(CommentsContainerHandler::RenderResults(rendering)));
+        ListRenderer renderer(object->AsInterface());
+        return WithNumberedTooltips(ToUtf8(CommentsContainerHandler::RenderResults(renderer)));
     }
 };
 
@@ -243,13 +242,13 @@ TEST_F(RenderingTest, PositionsAreThoseOfTheArray)
         SCOPED_TRACE(row.what);
         EXPECT_EQ(WithoutIndents(Render(MakeDocument(row.pages))), row.expected);
     }
-    Rendering nothing(nullptr);
+    ListRenderer nothing(nullptr);
     EXPECT_EQ(ToUtf8(CommentsContainerHandler::RenderResults(nothing)), kNoItems);
     const auto document = Workbench::BLDocumentObject::Make(state, MakeDocument(FivePages()));
-    Rendering rendering(document->AsInterface());
-    EXPECT_EQ(CommentsContainerHandler::RenderPageItem(rendering, 1), L"");
-    EXPECT_EQ(CommentsContainerHandler::RenderPageItem(rendering, 5), L"");
-    EXPECT_EQ(CommentsContainerHandler::RenderPageItem(rendering, kPDNoPage), L"");
+    ListRenderer renderer(document->AsInterface());
+    EXPECT_EQ(CommentsContainerHandler::RenderPageItem(renderer, 1), L"");
+    EXPECT_EQ(CommentsContainerHandler::RenderPageItem(renderer, 5), L"");
+    EXPECT_EQ(CommentsContainerHandler::RenderPageItem(renderer, kPDNoPage), L"");
     EXPECT_EQ(TakeError(), "BLDocument::AcquirePage() failed, code: 9") << "says the host";
 }
 
@@ -284,9 +283,9 @@ TEST_F(RenderingTest, TooltipsAreTiedToTheirItemsAndNeverRepeat)
 {
     const auto object =
         Workbench::BLDocumentObject::Make(state, Documents::MakePopulationDocument({300, 7}));
-    Rendering rendering(object->AsInterface());
-    const std::string html = ToUtf8(CommentsContainerHandler::RenderResults(rendering)) +
-                             ToUtf8(CommentsContainerHandler::RenderResults(rendering));
+    ListRenderer renderer(object->AsInterface());
+    const std::string html = ToUtf8(CommentsContainerHandler::RenderResults(renderer)) +
+                             ToUtf8(CommentsContainerHandler::RenderResults(renderer));
     std::set<std::string> ids;
     std::size_t items = 0;
     for (std::size_t at = html.find("titleid=\""); at != html.npos;
@@ -305,10 +304,10 @@ TEST_F(RenderingTest, ARenderingThatIsNotWantedAnyMoreEndsEarly)
     const auto object =
         Workbench::BLDocumentObject::Make(state, Documents::MakePopulationDocument({300, 10}));
     host.State().calls.LogQueries(true);
-    Rendering rendering(object->AsInterface());
+    ListRenderer renderer(object->AsInterface());
     std::uint32_t asked = 0;
-    rendering.wanted = [&] { return ++asked < 40; };
-    CommentsContainerHandler::RenderResults(rendering);
+    renderer.wanted = [&] { return ++asked < 40; };
+    CommentsContainerHandler::RenderResults(renderer);
     std::set<std::string> pages;
     for (const auto& call : host.State().calls.Take()) {
         if (call[0] == "BLDocument.AcquirePage") {

@@ -166,7 +166,7 @@ TEST_F(Templates, AreFilledByRulesInOrder)
     }
 }
 
-// Plain placeholders are searched for by other means than expressions, together and in blocks.
+// Plain placeholders are searched for as text, others as expressions.
 TEST_F(Templates, LiteralAndExpressionSearchesAgree)
 {
     std::mt19937 random(20240501);
@@ -295,8 +295,8 @@ TEST_F(Templates, AreAskedForInEachRun)
     preprocessor.AddRule(L"A", kReplace, L"1");
     preprocessor.AddRule(L"[B]", kReplace, L"2");
     EXPECT_EQ(preprocessor.Do(), L"<1 2>");
-    preprocessor.ChangeRule(0, kErase, L"");
-    preprocessor.ChangeRule(1, kAfter, L"3");
+    preprocessor.SetRule(L"A", kErase, L"");
+    preprocessor.SetRule(L"[B]", kAfter, L"3");
     EXPECT_EQ(preprocessor.Do(), L"< B3>");
 
     // Other bytes at the same place, as many and fewer.
@@ -309,7 +309,7 @@ TEST_F(Templates, AreAskedForInEachRun)
 
     SetText(u"<A B C>");
     EXPECT_EQ(preprocessor.Do(), L"< B3 C>");
-    preprocessor.AddRule(L"C", kReplace, L"4");
+    preprocessor.SetRule(L"C", kReplace, L"4");
     EXPECT_EQ(preprocessor.Do(), L"< B3 4>");
     hasResource_ = false;
     EXPECT_EQ(preprocessor.Do(), L"");

@@ -164,7 +164,8 @@ Json PageClient::Read()
         documents = message;
     } else if (type == "document") {
         for (Json& known : documents.at("documents")) {
-            known = known.at("id") == message.at("document").at("id") ? message.at("document") : known;
+            known =
+                known.at("id") == message.at("document").at("id") ? message.at("document") : known;
         }
     } else if (type == "locale") {
         locale = message.at("name");

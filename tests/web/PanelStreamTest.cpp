@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-
 namespace WebTests {
 namespace {
 
@@ -47,8 +46,7 @@ TEST(PanelStream, KeepsCopiesEqualToThePageThroughAnyChanges)
             ASSERT_EQ(first.copy.Text(), TreeText(*changing.page)) << "seed " << seed;
         }
         ASSERT_EQ(late.copy.Text(), first.copy.Text());
-        ASSERT_EQ(late.copy.Find("id", "a"), first.copy.Find("id", "a"))
-            << "the ids are shared";
+        ASSERT_EQ(late.copy.Find("id", "a"), first.copy.Find("id", "a")) << "the ids are shared";
     });
 }
 

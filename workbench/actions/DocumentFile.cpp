@@ -82,8 +82,7 @@ DocumentFile ReadDocument(const fs::path& path, const ReadingOptions& options)
 {
     DocumentFile file{path.filename().string(), nullptr, fs::absolute(path).lexically_normal(),
                       StampOf(path)};
-    file.content =
-        Opened(Documents::QpdfDocument::Open(path, {options.password, options.listAll}));
+    file.content = Opened(Documents::QpdfDocument::Open(path, {options.password, options.listAll}));
     return file;
 }
 

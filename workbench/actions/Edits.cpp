@@ -1,7 +1,7 @@
 #include "actions/Edits.h"
 
 #include "actions/ActionRefused.h"
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/AnnotationPlace.h"
 
 #include <utility>
@@ -75,10 +75,10 @@ Documents::AnnotationRef CommentAt(const OpenDocument& document, const CommentPo
 
 CommentPosition AddComment(const OpenDocument& document, const NewComment& comment)
 {
-    const auto changes = Publish(
-        document, document.content->AddAnnotation(comment.page, comment.subtype,
-                                                  UnicodeText::ToUtf16(comment.contents),
-                                                  comment.rect, comment.authorship));
+    const auto changes =
+        Publish(document, document.content->AddAnnotation(comment.page, comment.subtype,
+                                                          UnicodeText::ToUtf16(comment.contents),
+                                                          comment.rect, comment.authorship));
     const auto& added = std::get<Documents::AnnotationChange>(changes.front());
     return {comment.page,
             PositionOnPage(*document.content, comment.page, added.annotation.Get()).value_or(0)};

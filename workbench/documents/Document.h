@@ -9,39 +9,21 @@
 #pragma once
 
 #include "documents/AnnotationProperties.h"
-#include "documents/RecordRef.h"
+#include "documents/EditHistory.h"
+#include "documents/PageList.h"
 
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 namespace Documents {
-
-// An event that a host fires for its document's listeners after an edit.
-struct AnnotationChange {
-    PDAnnotOperation operation;
-    std::uint32_t page;
-    AnnotationRef annotation;
-    // Added: its first position on the page. Removed: the position of what followed it. Else 0.
-    std::uint32_t position = 0;
-};
-
-struct PagesChange {
-    PDPageOperation operation;
-    std::vector<std::uint32_t>
-        pages;  // inserted: its index; deleted: its former index; moved: from, to
-};
-
-using Change = std::variant<AnnotationChange, PagesChange>;
 
 // What kind of thing stands in an edit's way.
 enum class EditFailure : std::uint8_t {
@@ -60,9 +42,6 @@ struct EditResult {
 
     bool Succeeded() const noexcept { return error.empty(); }
 };
-
-// What an edit does, for the words of a menu. A removal takes the pop-up with it.
-enum class EditKind : std::uint8_t { kAdd, kEdit, kRemove, kInsertPage, kDeletePage, kMovePage };
 
 // Who changes an annotation, and when: for documents that tell of it.
 struct Authorship {
@@ -97,7 +76,7 @@ public:
     // Short name for titles and messages: the file's name without its folder, or the name given.
     const std::string& Name() const noexcept { return name_; }
 
-    std::uint32_t PageCount() const noexcept;
+    std::uint32_t PageCount() const { return pages_.Count(); }
 
     // The page's present state; empty beyond the page count. The first call for a page of a file
     // reads its annotations (some 30 microseconds each), later calls take some 30 nanoseconds and
@@ -119,12 +98,18 @@ public:
     // --- Permissions. Edits below do not ask them: whoever acts for a user asks first. ---
 
     // Whether the document may not be changed at all: forced, else as the document says.
-    bool ReadOnly() const noexcept;
-    void ForceReadOnly(std::optional<bool> readOnly) noexcept;
+    bool ReadOnly() const noexcept { return forcedReadOnly_.load().value_or(readOnly_); }
+    void ForceReadOnly(std::optional<bool> readOnly) noexcept { forcedReadOnly_ = readOnly; }
 
     // Whether annotations may be deleted: forced, else as the file's encryption permits.
-    bool AnnotationDeletionPermitted() const noexcept;
-    void ForceAnnotationDeletionPermitted(std::optional<bool> permitted) noexcept;
+    bool AnnotationDeletionPermitted() const noexcept
+    {
+        return forcedDeletion_.load().value_or(deletionPermitted_);
+    }
+    void ForceAnnotationDeletionPermitted(std::optional<bool> permitted) noexcept
+    {
+        forcedDeletion_ = permitted;
+    }
 
     // Why this annotation must not be deleted (its flags ReadOnly, Locked), as a phrase for the
     // user; empty when nothing speaks against it, and for null.
@@ -169,16 +154,17 @@ public:
     EditResult Undo();
     EditResult Redo();
 
-    // Of the edit that Undo would take back and that Redo would do again. Never wait.
-    std::optional<EditKind> UndoKind() const noexcept { return undoKind_.load(); }
-    std::optional<EditKind> RedoKind() const noexcept { return redoKind_.load(); }
+    // Of the edit that Undo would take back and that Redo would do again. They wait for no edit,
+    // and neither do Revision and Modified.
+    std::optional<EditKind> UndoKind() const { return history_.UndoKind(); }
+    std::optional<EditKind> RedoKind() const { return history_.RedoKind(); }
 
-    // Grows with everything that edits, takes back or does again. Never waits.
-    std::uint64_t Revision() const noexcept { return revision_.load(); }
+    // Grows with everything that edits, takes back or does again.
+    std::uint64_t Revision() const { return history_.Revision(); }
 
     // Whether the document differs from what was opened or saved last; no longer, once Undo or
     // Redo has led back there.
-    bool Modified() const noexcept;
+    bool Modified() const { return history_.Modified(); }
 
     // Writes the document to `path`: beside it first, then renamed over it, so that a write that
     // fails leaves what was there. The document stays usable, under its old name, in any case.
@@ -194,19 +180,13 @@ public:
 
     // What was amiss with the file so far, one line each: repairs on opening, and damage met while
     // pages were read since. Empty for a sound file.
-    virtual std::vector<std::string> Warnings() const;
+    virtual std::vector<std::string> Warnings() const { return {}; }
 
 protected:
     explicit Document(std::string name, bool listAll);
 
-    struct Page {
-        PageRef snapshot;            // empty: not read yet
-        std::optional<_PDRect> box;  // likewise
-        std::uint64_t number = 0;    // stands for the page wherever it is moved to; set by Document
-    };
-
     // Takes the pages over, before any other thread knows the document.
-    void SetPages(std::vector<Page> pages);
+    void SetPages(std::vector<Page> pages) { pages_.Assign(std::move(pages)); }
     void SetPermissions(bool readOnly, bool deletionPermitted) noexcept;
     bool ListAll() const noexcept { return listAll_; }
 
@@ -226,93 +206,69 @@ protected:
         std::function<void()> revert = [] {};
     };
 
-    // Prepare edits without doing them yet, or throw when they cannot be done.
-    virtual PreparedEdit PrepareAdded(std::uint32_t page, const AnnotationProperties& properties,
-                                      _PDAnnotRec* annotation) = 0;
-    virtual PreparedEdit PrepareContents(std::uint32_t page, std::uint32_t position,
-                                         std::u16string_view contents,
-                                         const std::optional<_PDDateRec>& time) = 0;
+    // Prepare edits without doing them yet, or throw when they cannot be done. A document that
+    // is nothing but its pages has nothing to prepare.
+    virtual PreparedEdit PrepareAdded(std::uint32_t /*page*/, const AnnotationProperties&,
+                                      _PDAnnotRec* /*annotation*/)
+    {
+        return {};
+    }
+    virtual PreparedEdit PrepareContents(std::uint32_t /*page*/, std::uint32_t /*position*/,
+                                         std::u16string_view /*contents*/,
+                                         const std::optional<_PDDateRec>& /*time*/)
+    {
+        return {};
+    }
     // Positions are in ascending order.
-    virtual PreparedEdit PrepareRemoved(std::uint32_t page,
-                                        const std::vector<std::uint32_t>& positions) = 0;
-    virtual PreparedEdit PreparePageInserted(std::uint32_t at, const _PDRect& box) = 0;
-    virtual PreparedEdit PreparePageDeleted(std::uint32_t page) = 0;
-    virtual PreparedEdit PreparePageMoved(std::uint32_t from, std::uint32_t to) = 0;
+    virtual PreparedEdit PrepareRemoved(std::uint32_t /*page*/, const std::vector<std::uint32_t>&)
+    {
+        return {};
+    }
+    virtual PreparedEdit PreparePageInserted(std::uint32_t /*at*/, const _PDRect&) { return {}; }
+    virtual PreparedEdit PreparePageDeleted(std::uint32_t /*page*/) { return {}; }
+    virtual PreparedEdit PreparePageMoved(std::uint32_t /*from*/, std::uint32_t /*to*/)
+    {
+        return {};
+    }
 
     // Write the document as it stands; throw when that fails.
     virtual void WriteFile(const std::filesystem::path& path) = 0;
     virtual std::string FileBytes(Encryption encryption) = 0;
 
     // The page's present state; empty when nobody has asked for it yet, and beyond the page count.
-    PageRef KnownPage(std::uint32_t page) const;
+    PageRef KnownPage(std::uint32_t page) const { return pages_.Snapshot(page); }
 
     // Held while a page is read and during edits and saving.
     mutable std::mutex editMutex_;
 
 private:
+    using Step = EditHistory::Step;
+
     PageRef PageUnderEditLock(std::uint32_t page);
     _PDRect PageBoxUnderEditLock(std::uint32_t page);
-    void Publish(std::uint32_t page, PageRef snapshot);
-    static void NoteHome(const Page& page);
-    std::vector<std::uint32_t> PagesShowing(const _PDAnnotRec* annotation) const;
     void CheckPage(std::uint32_t page) const;
     AnnotationRef CheckAnnotation(std::uint32_t page, const PageRef& snapshot,
                                   std::uint32_t position) const;
 
-    // An edit of the history.
-    struct Step {
-        EditKind kind;
-        std::function<std::vector<Change>()> apply;
-        std::function<std::vector<Change>()> revert;
-        std::uint64_t state = 0;  // number of the state that the edit led to
-    };
-    using Steps = std::list<Step>;
-    struct Entry {
-        std::uint32_t position;
-        AnnotationRef annotation;
-    };
-
-    template <class Prepare>
-    EditResult RunEdit(Prepare prepare);
-    EditResult Travel(Steps& from, Steps& to,
-                      std::function<std::vector<Change>()> Step::*direction);
-    void NoteHistory() noexcept;
-    Step EntriesStep(EditKind kind, std::uint32_t page, std::vector<Entry> entries,
+    template <class Edit>
+    EditResult RunEdit(const Edit& edit);
+    Step EntriesStep(EditKind kind, std::uint32_t page, std::vector<PlacedAnnotation> entries,
                      std::vector<AnnotationRef> concerned, PreparedEdit prepared);
     Step PageStep(EditKind kind, std::uint32_t index, Page page, PreparedEdit prepared);
     std::vector<Change> StoreContents(const AnnotationRef& annotation,
                                       const std::u16string& contents, const _PDDateRec& modified,
                                       const std::function<void()>& write);
-    void PutPage(std::uint32_t at, Page page, const std::function<void()>& write);
-    Page TakePage(std::uint32_t at, const std::function<void()>& write);
-    void RotatePages(std::uint32_t from, std::uint32_t to) noexcept;
 
     const std::string name_;
     const bool listAll_;
 
-    // Held for the few instructions that read or replace entries of the page list; taken after
-    // editMutex_ where both are needed.
-    mutable std::mutex pagesMutex_;
-    std::vector<Page> pages_;
-    std::uint64_t lastPageNumber_ = 0;
-    std::atomic<std::uint32_t> pageCount_{0};
+    PageList pages_;
+    EditHistory history_;  // changed under the edit lock
 
     bool readOnly_ = false;
     bool deletionPermitted_ = true;
-    enum class Forced : std::uint8_t { kNothing, kFalse, kTrue };
-    std::atomic<Forced> forcedReadOnly_{Forced::kNothing};
-    std::atomic<Forced> forcedDeletion_{Forced::kNothing};
-
-    // Guarded by the edit lock, most recent last; the atomics below tell of them without waiting.
-    Steps done_;
-    Steps undone_;
-    std::uint64_t lastState_ = 0;
-
-    std::atomic<std::uint64_t> revision_{0};
-    std::atomic<std::uint64_t> state_{0};
-    std::atomic<std::uint64_t> savedState_{0};
-    std::atomic<std::optional<EditKind>> undoKind_{};
-    std::atomic<std::optional<EditKind>> redoKind_{};
+    std::atomic<std::optional<bool>> forcedReadOnly_{};
+    std::atomic<std::optional<bool>> forcedDeletion_{};
 };
 
 }  // namespace Documents

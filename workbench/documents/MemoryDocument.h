@@ -45,22 +45,6 @@ private:
 
     PageRef ReadPage(std::uint32_t page) override;
     _PDRect ReadPageBox(std::uint32_t page) override;
-    PreparedEdit PrepareAdded(std::uint32_t, const AnnotationProperties&, _PDAnnotRec*) override
-    {
-        return {};
-    }
-    PreparedEdit PrepareContents(std::uint32_t, std::uint32_t, std::u16string_view,
-                                 const std::optional<_PDDateRec>&) override
-    {
-        return {};
-    }
-    PreparedEdit PrepareRemoved(std::uint32_t, const std::vector<std::uint32_t>&) override
-    {
-        return {};
-    }
-    PreparedEdit PreparePageInserted(std::uint32_t, const _PDRect&) override { return {}; }
-    PreparedEdit PreparePageDeleted(std::uint32_t) override { return {}; }
-    PreparedEdit PreparePageMoved(std::uint32_t, std::uint32_t) override { return {}; }
     // Fails: a document in memory is for looking at, not for keeping.
     void WriteFile(const std::filesystem::path& path) override;
     // Blank pages with their annotations.

@@ -1,5 +1,7 @@
 #include "documents/PdfText.h"
 
+#include "service-common/UnicodeText.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -105,16 +107,6 @@ std::u16string DecodePdfDoc(std::string_view bytes)
     return text;
 }
 
-void AppendCodePoint(std::u16string& text, char32_t codePoint)
-{
-    if (codePoint < 0x10000) {
-        text.push_back(static_cast<char16_t>(codePoint));
-    } else {
-        text.push_back(static_cast<char16_t>(0xD7C0 + (codePoint >> 10)));
-        text.push_back(static_cast<char16_t>(0xDC00 + (codePoint & 0x3FF)));
-    }
-}
-
 // Reads digits of a date one field after the other.
 class DateReader {
 public:
@@ -195,7 +187,7 @@ std::u16string DecodeTextString(std::string_view bytes)
     } else if (bytes.starts_with(kMarkUtf16Little)) {
         text = DecodeUtf16(bytes.substr(2), 1);
     } else if (bytes.starts_with(kMarkUtf8)) {
-        text = FromUtf8(bytes.substr(3));
+        text = UnicodeText::ToUtf16(bytes.substr(3));
     } else {
         text = DecodePdfDoc(bytes);
     }
@@ -224,7 +216,7 @@ _PDDateRec DecodeDate(std::string_view bytes)
 {
     std::string narrow;
     if (HasMark(bytes)) {
-        narrow = ToUtf8(DecodeTextString(bytes));
+        narrow = UnicodeText::ToUtf8(DecodeTextString(bytes));
         bytes = narrow;
     }
     bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
@@ -244,76 +236,6 @@ _PDDateRec DecodeDate(std::string_view bytes)
         reader.Field(2, date.minute) && reader.Field(2, date.second);
     date.utcOffsetHours = reader.ZoneHours();
     return date;
-}
-
-std::string ToUtf8(std::u16string_view text)
-{
-    std::string bytes;
-    bytes.reserve(text.size());
-    const auto append = [&](std::uint32_t value) { bytes.push_back(static_cast<char>(value)); };
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        std::uint32_t codePoint = text[at];
-        if ((codePoint & 0xF800) == 0xD800) {
-            const bool paired =
-                codePoint < 0xDC00 && at + 1 < text.size() && (text[at + 1] & 0xFC00) == 0xDC00;
-            codePoint = paired ? 0x10000 + ((codePoint & 0x3FF) << 10) + (text[++at] & 0x3FFu)
-                               : std::uint32_t{kReplacement};
-        }
-        if (codePoint < 0x80) {
-            append(codePoint);
-            continue;
-        }
-        if (codePoint < 0x800) {
-            append(0xC0 | codePoint >> 6);
-        } else if (codePoint < 0x10000) {
-            append(0xE0 | codePoint >> 12);
-            append(0x80 | (codePoint >> 6 & 0x3F));
-        } else {
-            append(0xF0 | codePoint >> 18);
-            append(0x80 | (codePoint >> 12 & 0x3F));
-            append(0x80 | (codePoint >> 6 & 0x3F));
-        }
-        append(0x80 | (codePoint & 0x3F));
-    }
-    return bytes;
-}
-
-std::u16string FromUtf8(std::string_view bytes)
-{
-    std::u16string text;
-    text.reserve(bytes.size());
-    for (std::size_t at = 0; at < bytes.size();) {
-        const std::uint8_t lead = Byte(bytes[at++]);
-        const std::size_t following = lead < 0x80   ? 0
-                                      : lead < 0xC2 ? 4
-                                      : lead < 0xE0 ? 1
-                                      : lead < 0xF0 ? 2
-                                      : lead < 0xF5 ? 3
-                                                    : 4;
-        if (following == 0) {
-            text.push_back(lead);
-            continue;
-        }
-        std::size_t read = 0;
-        char32_t codePoint = following == 4 ? 0 : lead & (0x3Fu >> following);
-        while (following < 4 && read < following && at + read < bytes.size() &&
-               (Byte(bytes[at + read]) & 0xC0) == 0x80) {
-            codePoint = codePoint << 6 | (Byte(bytes[at + read]) & 0x3Fu);
-            ++read;
-        }
-        const bool complete = read == following &&
-                              codePoint >= (following == 3   ? 0x10000u
-                                            : following == 2 ? 0x800u
-                                                             : 0x80u) &&
-                              codePoint <= 0x10FFFF && (codePoint & 0xFFFFF800) != 0xD800;
-        if (complete) {
-            AppendCodePoint(text, codePoint);
-            at += read;
-        } else {
-            text.push_back(kReplacement);
-        }
-    }
-    return text;
 }
 
 }  // namespace Documents

@@ -25,10 +25,4 @@ std::string EncodeTextString(std::u16string_view text);
 // even a year of four digits. The ISO 8601 form is read too.
 _PDDateRec DecodeDate(std::string_view bytes);
 
-// UTF-8 of a UTF-16 text; an unpaired surrogate becomes U+FFFD. For messages and names.
-std::string ToUtf8(std::u16string_view text);
-
-// UTF-16 of a UTF-8 text; invalid bytes become U+FFFD.
-std::u16string FromUtf8(std::string_view text);
-
 }  // namespace Documents

@@ -66,9 +66,8 @@ std::vector<DocumentFile> ReadDocuments(const ProgramOptions& options, const Ses
     auto file = options.files.begin();
     auto description = options.memoryDocuments.begin();
     for (const bool isFile : options.isFile) {
-        documents.push_back(
-            isFile ? session.Read(*file++)
-                   : MakeMemoryDocument(*description++, options.session.listAll));
+        documents.push_back(isFile ? session.Read(*file++)
+                                   : MakeMemoryDocument(*description++, options.session.listAll));
     }
     return documents;
 }

@@ -1,5 +1,5 @@
 #include "platform-libraries/LibraryExport.h"
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "service-common/EncodingConversion.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "services/HandlerAttachment.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 
 #include <exception>
 #include <string>

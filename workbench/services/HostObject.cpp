@@ -1,6 +1,6 @@
 #include "services/HostObject.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "service-common/WideText.h"
 
 namespace Workbench {

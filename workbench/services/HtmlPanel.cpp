@@ -1,6 +1,6 @@
 #include "services/HtmlPanel.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/HostObject.h"
 
 #include <optional>

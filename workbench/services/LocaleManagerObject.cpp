@@ -1,6 +1,6 @@
 #include "services/LocaleManagerObject.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 
 #include <nlohmann/json.hpp>
 

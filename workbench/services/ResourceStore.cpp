@@ -1,6 +1,6 @@
 #include "services/ResourceStore.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 
 #include <algorithm>
 #include <mutex>

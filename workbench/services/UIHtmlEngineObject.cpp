@@ -1,6 +1,6 @@
 #include "services/UIHtmlEngineObject.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 
 #include <string_view>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "web/Author.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 
 #include <pwd.h>
 #include <unistd.h>

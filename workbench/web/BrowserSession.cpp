@@ -22,9 +22,8 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       prompt_(*this),
       panel_(*host.Panel().Page())
 {
-    host_.Panel().SetScrollCallback([this](ElementHandle element) {
-        scrollTo_ = clients_.IsEmpty() ? 0 : IdOf(element);
-    });
+    host_.Panel().SetScrollCallback(
+        [this](ElementHandle element) { scrollTo_ = clients_.IsEmpty() ? 0 : IdOf(element); });
 }
 
 BrowserSession::~BrowserSession()
@@ -39,7 +38,9 @@ void BrowserSession::Connect(SocketNumber client)
     // Nothing has been followed while nobody was there.
     FollowPanel();
     Update();
-    clients_.Send(client, {{"type", "hello"}, {"version", 1}, {"locales", DescribeLocales()},
+    clients_.Send(client, {{"type", "hello"},
+                           {"version", 1},
+                           {"locales", DescribeLocales()},
                            {"mostMessageBytes", HttpServerOptions{}.mostMessageBytes}});
     clients_.Send(client, {{"type", "locale"}, {"name", host_.Locale().Language()}});
     clients_.Send(client, DescribeDocuments());
@@ -272,9 +273,10 @@ BrowserSession::Json BrowserSession::Describe(const OpenDocument& document)
 {
     const CurrentComment& current = Current(document);
     const bool isSaving = jobs_.IsSaving(document.number);
-    return DescribeDocument(document, isSaving              ? "saving"
-                                      : current.IsLoading() ? "listing"
-                                                            : nullptr,
+    return DescribeDocument(document,
+                            isSaving              ? "saving"
+                            : current.IsLoading() ? "listing"
+                                                  : nullptr,
                             current.PositionIn(*document.content));
 }
 

@@ -89,8 +89,7 @@ public:
                      std::function<void(BrowserSession&, std::future<Result>)> then);
     // The same for work that holds the document's lock for long.
     template <class Result>
-    void RunJob(const OpenDocument& document, DocumentJobs::Kind kind,
-                std::function<Result()> work,
+    void RunJob(const OpenDocument& document, DocumentJobs::Kind kind, std::function<Result()> work,
                 std::function<void(BrowserSession&, std::future<Result>)> then);
 
     // --- Parts ---
@@ -130,9 +129,9 @@ private:
     std::map<DocumentNumber, CurrentComment> currents_;
 
     // What clients have not been told yet.
-    bool listChanged_ = false;           // which documents are open, or which one is active
-    std::set<DocumentNumber> changed_;   // documents with another description
-    std::uint64_t scrollTo_ = 0;         // element to be scrolled into view; 0: none
+    bool listChanged_ = false;          // which documents are open, or which one is active
+    std::set<DocumentNumber> changed_;  // documents with another description
+    std::uint64_t scrollTo_ = 0;        // element to be scrolled into view; 0: none
 };
 
 template <class Result>

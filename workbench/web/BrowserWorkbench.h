@@ -49,15 +49,15 @@ public:
     // Lets Run return soon. [any-thread]
     void Stop() noexcept { exit_ = Exit::kNow; }
 
-    // SIGINT opens the save-before-exit prompt where there are unsaved changes and clients to ask; a
-    // second one, or another signal, lets Run return soon. Returns false on the third signal; the
+    // SIGINT opens the save-before-exit prompt where there are unsaved changes and clients to ask;
+    // a second one, or another signal, lets Run return soon. Returns false on the third signal; the
     // process then exits. [any-thread]
     bool TakeSignal(int signal) noexcept;
 
     // Writes recovery copies of what is not saved, unless a user wants none, says goodbye to the
-    // clients, and ends server and panel. One line on `errors` for each copy, and for what could not
-    // be recovered. Throws std::runtime_error when the panel lost service objects. A second call
-    // does nothing.
+    // clients, and ends server and panel. One line on `errors` for each copy, and for what could
+    // not be recovered. Throws std::runtime_error when the panel lost service objects. A second
+    // call does nothing.
     void Finish(std::ostream& errors);
 
     Host& TheHost() noexcept { return session_.TheHost(); }

@@ -1,5 +1,5 @@
-// A message of a browser client, read without trust: each value is asked for under the type that it must
-// have, and a message that does not fit is refused with one line. [any-thread]
+// A message of a browser client, read without trust: each value is asked for under the type that it
+// must have, and a message that does not fit is refused with one line. [any-thread]
 #pragma once
 
 #include "pdf-library/PDTypes.h"

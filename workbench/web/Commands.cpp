@@ -66,15 +66,15 @@ void RunCommand(BrowserSession& session, const ClientRequest& request)
             return RunNow(command, call);
         }
         OpenDocument& document = call.Document();
-        session.Jobs().RunWhenFree(document, [&session, &command, request,
-                                              name = document.name](OpenDocument* free) {
-            session.Answer(request, [&]() -> CommandReply {
-                if (free == nullptr) {
-                    throw ActionRefused(name + " was closed", RefusalReason::kGone);
-                }
-                return RunNow(command, {session, request});
+        session.Jobs().RunWhenFree(
+            document, [&session, &command, request, name = document.name](OpenDocument* free) {
+                session.Answer(request, [&]() -> CommandReply {
+                    if (free == nullptr) {
+                        throw ActionRefused(name + " was closed", RefusalReason::kGone);
+                    }
+                    return RunNow(command, {session, request});
+                });
             });
-        });
         return kRepliesLater;
     });
 }

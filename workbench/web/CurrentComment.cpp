@@ -70,8 +70,7 @@ void CurrentComment::ReadList(BLDocumentViewObject& view, const HtmlEngine::Docu
     const ElementHandle container = FindContainer(panel, ContainerKey(view.AsInterface()));
     State state;
     state.isLoading = Workbench::IsLoading(panel, container);
-    state.hasList =
-        !state.isLoading && panel.Child(FindList(panel, container), 0) != kNoElement;
+    state.hasList = !state.isLoading && panel.Child(FindList(panel, container), 0) != kNoElement;
     if (state.hasList) {
         state.item = FindCurrentItem(panel, container);
         const auto position = PositionOfItem(panel, state.item);

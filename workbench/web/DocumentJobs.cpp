@@ -60,8 +60,7 @@ void DocumentJobs::Begin(DocumentNumber number, Kind kind)
 
 void DocumentJobs::End(DocumentNumber number, Kind kind, const std::function<void()>& then)
 {
-    if (const auto found = states_.find(number);
-        found != states_.end() && kind == Kind::kSave) {
+    if (const auto found = states_.find(number); found != states_.end() && kind == Kind::kSave) {
         found->second.saving = false;
         changed_(number);
     }

@@ -1,7 +1,7 @@
 #include "web/DocumentJson.h"
 
 #include "documents/Records.h"
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/AnnotationPlace.h"
 
 #include <nlohmann/json.hpp>
@@ -116,7 +116,8 @@ Json DescribeDocument(const OpenDocument& document, const char* busy,
             {"undo", NameOf(content.UndoKind())},
             {"redo", NameOf(content.RedoKind())},
             {"warnings", ShortWarnings(content.Warnings(), content.Name())},
-            {"current", current ? Json{{"page", current->page}, {"index", current->index}} : Json(nullptr)},
+            {"current",
+             current ? Json{{"page", current->page}, {"index", current->index}} : Json(nullptr)},
             {"focused", Focused(document)},
             {"shown", Shown(document)}};
 }

@@ -35,11 +35,10 @@ CommandReply Add(const CommandCall& call)
     const ClientMessage& message = call.Message();
     const OpenDocument& document = call.EditableDocument();
     RequireCommentsEditable(document);
-    const CommentPosition added =
-        AddComment(document, {message.SmallNumber("page"), message.Text("subtype"),
-                              message.OptionalText("contents").value_or(""),
-                              message.OptionalRect("rect"),
-                              Documents::Authorship{UserName(), Now()}});
+    const CommentPosition added = AddComment(
+        document, {message.SmallNumber("page"), message.Text("subtype"),
+                   message.OptionalText("contents").value_or(""), message.OptionalRect("rect"),
+                   Documents::Authorship{UserName(), Now()}});
     return Json{{"index", added.index}};
 }
 

@@ -131,11 +131,11 @@ CommandReply Close(const CommandCall& call)
 CommandReply Save(const CommandCall& call)
 {
     const OpenDocument& document = call.Document();
-    SaveDocument(call.session, document, OwnPath(document), MayOverwrite(call),
-                 [request = call.request](BrowserSession& session,
-                                          const std::exception_ptr& failure) {
-                     AnswerSaved(session, request, failure);
-                 });
+    SaveDocument(
+        call.session, document, OwnPath(document), MayOverwrite(call),
+        [request = call.request](BrowserSession& session, const std::exception_ptr& failure) {
+            AnswerSaved(session, request, failure);
+        });
     return kRepliesLater;
 }
 
@@ -186,8 +186,11 @@ CommandReply SaveCopy(const CommandCall& call)
 constexpr bool kWaits = true;
 
 constexpr Command kCommands[] = {
-    {"open", Open},          {"close", Close, kWaits},        {"save", Save, kWaits},
-    {"save-as", SaveAs, kWaits}, {"save-copy", SaveCopy, kWaits},
+    {"open", Open},
+    {"close", Close, kWaits},
+    {"save", Save, kWaits},
+    {"save-as", SaveAs, kWaits},
+    {"save-copy", SaveCopy, kWaits},
 };
 
 }  // namespace
@@ -214,8 +217,7 @@ void OpenUpload(BrowserSession& session, const std::string& name, const std::str
                     JsonAnswer(422, {{"error", error.what()}, {"reason", WordOf(reason)}}));
             };
             try {
-                const OpenDocument& document =
-                    opened.Open(Opened(opened, plain, std::move(read)));
+                const OpenDocument& document = opened.Open(Opened(opened, plain, std::move(read)));
                 opened.Update();
                 answer->Give(JsonAnswer(200, {{"document", document.number}}));
             } catch (const ActionRefused& refused) {

@@ -1,8 +1,8 @@
 #include "web/HttpServer.h"
 
 #include "web/AccessGuard.h"
-#include "web/internal/HttpConnection.h"
 #include "web/internal/ClientSocket.h"
+#include "web/internal/HttpConnection.h"
 
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/io_context.hpp>
@@ -294,7 +294,8 @@ void HttpServer::Start()
 
 void HttpServer::Send(SocketNumber socket, std::shared_ptr<const std::string> text)
 {
-    core_->WithSocket(socket, [text = std::move(text)](ClientSocket& client) { client.Send(text); });
+    core_->WithSocket(socket,
+                      [text = std::move(text)](ClientSocket& client) { client.Send(text); });
 }
 
 void HttpServer::TakeNext(SocketNumber socket)

@@ -1,6 +1,7 @@
-// A small HTTP server for one web page on this machine: requests, WebSockets, bounds and time limits.
-// It serves on a thread of its own and knows nothing of documents. Peers are not trusted: what
-// AccessGuard does not admit, is too big, too slow or malformed is refused without being handed on.
+// A small HTTP server for one web page on this machine: requests, WebSockets, bounds and time
+// limits. It serves on a thread of its own and knows nothing of documents. Peers are not trusted:
+// what AccessGuard does not admit, is too big, too slow or malformed is refused without being
+// handed on.
 #pragma once
 
 #include "web/Url.h"

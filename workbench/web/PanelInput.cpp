@@ -22,8 +22,8 @@ using HtmlEngine::kNoElement;
 // A click or a key, kept until it may act.
 struct PanelInput {
     SocketNumber socket = 0;
-    std::optional<std::uint64_t> id;      // of the reply; nothing: none is wanted
-    std::optional<std::uint64_t> item;    // the current item as the client knows it
+    std::optional<std::uint64_t> id;       // of the reply; nothing: none is wanted
+    std::optional<std::uint64_t> item;     // the current item as the client knows it
     ElementHandle container = kNoElement;  // the one that was shown
     std::optional<std::uint64_t> element;  // as clients know it; nothing: what is current then
     std::optional<std::uint32_t> key;      // nothing: a click
@@ -144,9 +144,8 @@ void TakePanelInput(BrowserSession& session, SocketNumber client, const ClientMe
     const PanelInput input = ReadInput(session, client, message, isKey);
     const OpenDocument* const active = session.Documents().FindActive();
     DocumentJobs& jobs = session.Jobs();
-    if (active == nullptr ||
-        !(jobs.HasWaiting(active->number) ||
-          (jobs.IsHeld(active->number) && Deletes(session, input)))) {
+    if (active == nullptr || !(jobs.HasWaiting(active->number) ||
+                               (jobs.IsHeld(active->number) && Deletes(session, input)))) {
         Carry(session, input, [&] { Act(session, input); });
         return;
     }

@@ -1,6 +1,6 @@
 #include "web/RequestRouter.h"
 
-#include "platform-libraries/UnicodeText.h"
+#include "service-common/UnicodeText.h"
 #include "services/ModuleLibrary.h"
 #include "services/ResourceStore.h"
 #include "web/BrowserSession.h"
@@ -123,7 +123,7 @@ void RequestRouter::PostUpload(HttpRequest request, PendingAnswerPtr answer)
     loop_.Post([session = session_, held, answer = std::move(answer)] {
         if (const auto living = session.lock()) {
             OpenUpload(*living, QueryText(held->url, "name"), QueryText(held->url, "password"),
-                               std::move(held->body), answer);
+                       std::move(held->body), answer);
         }
     });
 }

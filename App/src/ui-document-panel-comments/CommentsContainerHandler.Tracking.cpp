@@ -67,9 +67,9 @@ struct CommentsContainerHandler::Loading {
             return;
         }
         try {
-            Rendering rendering(document.Get());
-            rendering.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
-            html = RenderResultsUtf8(rendering);
+            ListRenderer renderer(document.Get());
+            renderer.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
+            html = renderer.RenderResultsUtf8();
         } catch (...) {
             html.clear();
             failure = std::current_exception();
@@ -304,9 +304,9 @@ bool CommentsContainerHandler::FollowPositions(std::uint32_t pageIndex)
     for (std::size_t i = 0; i < listed.size() && !moved; ++i) {
         moved = itemAt(i).Attribute("annot-name") != listed[i].first;
     }
-    Rendering rendering(document.Get());
+    ListRenderer renderer(document.Get());
     for (std::size_t i = 0; i < listed.size() && moved; ++i) {
-        RenewItem(itemAt(i), RenderAnnotItem(rendering, listed[i].first, listed[i].second));
+        RenewItem(itemAt(i), renderer.RenderAnnotItem(listed[i].first, listed[i].second));
     }
     return true;
 }
@@ -331,9 +331,9 @@ bool CommentsContainerHandler::ReplaceAnnotItem(std::uint32_t pageIndex,
         // Another's item, named before a change of positions whose own event is still to come.
         return FollowPositions(pageIndex);
     }
-    Rendering rendering(document.Get());
+    ListRenderer renderer(document.Get());
     for (const ElementReference& item : named) {
-        RenewItem(item, RenderAnnotItem(rendering, name, annotation));
+        RenewItem(item, renderer.RenderAnnotItem(name, annotation));
     }
     return true;
 }
@@ -386,8 +386,8 @@ void CommentsContainerHandler::UpdatePageItem(std::uint32_t pageIndex)
         Fail(kResultNotInitialized, L"Not initialized", "CommentsContainerHandler::UpdatePageItem",
              __LINE__);
     }
-    Rendering rendering(document.Get());
-    const std::string html = InPlace(RenderPageItem(rendering, pageIndex));
+    ListRenderer renderer(document.Get());
+    const std::string html = InPlace(RenderPageItem(renderer, pageIndex));
     const ElementReference present = PageItem(pageIndex);
     if (present && html.empty()) {
         container_.SelectAll("div.results-container > " + PageItemSelector(pageIndex)).Delete();
@@ -418,7 +418,7 @@ void CommentsContainerHandler::RefreshNoItemsMessage()
     if (hasItems && message) {
         message.Delete();
     } else if (!hasItems && !message) {
-        results.SetHtml(ToUtf8(RenderNoItems()), HtmlPosition::kReplaceContent);
+        results.SetHtml(ToUtf8(ListRenderer::RenderNoItems()), HtmlPosition::kReplaceContent);
     }
 }
 

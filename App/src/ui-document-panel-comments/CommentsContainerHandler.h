@@ -2,7 +2,7 @@
 // document view's document, keeps that list equal to the document, and acts on clicks and keys.
 // One class with four jobs, each in a source file of its own:
 //
-//   rendering   document -> HTML                  CommentsContainerHandler.Rendering.cpp
+//   rendering   document -> HTML                  ListRenderer, forwarded to
 //   tracking    events -> list                    CommentsContainerHandler.Tracking.cpp
 //   lookup      list item <-> annotation          CommentsContainerHandler.Lookup.cpp
 //   commands    clicks and keys -> list and view  CommentsContainerHandler.Commands.cpp
@@ -10,6 +10,9 @@
 // Everything runs on the UI thread except where it says otherwise. The DOM is the only record of
 // which item is current and which pages are collapsed. Failures are ServiceObjectException.
 #pragma once
+
+#include "AnnotDate.h"
+#include "ListRenderer.h"
 
 #include "pdf-library/PDFL.h"
 #include "ui-engine/BLDocument.SO.h"
@@ -21,7 +24,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -52,66 +54,47 @@ public:
     // Posts a fresh loading of the list.
     ResultCode OnLocaleChanged();
 
-    // --- Rendering: touches no DOM and no member, so that it may run on the worker [any-thread] --
+    // --- Rendering: see ListRenderer.h [any-thread]
+    // -----------------------------------------------
 
-    // What one rendering has in common: its document and the texts of the user's language, looked
-    // up once. Made per rendering and used on one thread.
-    struct Rendering {
-        explicit Rendering(BLDocument* document);
-        ~Rendering();
-
-        // What all annotations of a subtype have in common.
-        struct Kind {
-            std::wstring displayName;
-            std::wstring_view className;  // as attribute text, or empty
-        };
-        // Looked up once for each subtype.
-        const Kind& KindOf(const PDFL::Annotation& annotation);
-
-        BLDocument* document;
-        std::wstring pageCaption;  // with %1% for the page number
-        std::wstring createdLabel;
-        std::wstring modifiedLabel;
-        std::wstring dateFormat;  // directives of date_time's output facets
-        std::map<Atom, Kind> kinds;
-        std::function<void(std::wstring&)> newTooltipId;  // a random UUID each time, in lower case
-        // Asked between annotations; the rendering ends early, unfinished, when it answers false.
-        std::function<bool()> wanted = [] { return true; };
-
-        // Texts on their way into the next larger one; kept for the room that they have.
-        struct Scratch {
-            std::wstring page, items, name, text, contents, title, subject, created, modified,
-                tooltipId, tooltip;
-        };
-        Scratch scratch;
-        struct Templates;
-        std::unique_ptr<Templates> templates;
-    };
-
-    // The whole list, in page order, or the no-items message; also as the engine takes it.
-    static std::wstring RenderResults(Rendering& rendering);
-    static std::string RenderResultsUtf8(Rendering& rendering);
-    // The paragraph that says that there is nothing to show.
-    static std::wstring RenderNoItems();
-    // One page; empty when it has no listed annotation or cannot be had.
-    static std::wstring RenderPageItem(Rendering& rendering, std::uint32_t pageIndex);
-    // One `li`, here or with the name made already. Fails as MakeAnnotUniqueName does.
-    static std::wstring RenderAnnotItem(Rendering& rendering, std::uint32_t pageIndex,
-                                        const PDFL::Annotation& annotation);
-    static std::wstring RenderAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
-                                        const PDFL::Annotation& annotation);
-    // One `popup`.
-    static std::wstring RenderAnnotTooltip(Rendering& rendering, const PDFL::Annotation& annotation,
-                                           const std::wstring& tooltipId);
-    // The display name, empty without a subtype.
-    static const std::wstring& GetAnnotTypeName(Rendering& rendering,
-                                                const PDFL::Annotation& annotation);
-    // The class as attribute text, such as L".highlight", or empty.
-    static std::wstring GetAnnotClassName(const PDFL::Annotation& annotation);
-    // The date in local time, or empty when there is none or a field is out of range.
-    static std::wstring FormatAnnotDate(const _PDDateRec& date, const std::wstring& format);
-    // The contents with every line break turned into "<br/>"; nothing is escaped.
-    static std::wstring ConvertContentsText(const PDFL::Annotation& annotation);
+    static std::wstring RenderResults(ListRenderer& renderer) { return renderer.RenderResults(); }
+    static std::wstring RenderPageItem(ListRenderer& renderer, std::uint32_t pageIndex)
+    {
+        return renderer.RenderPageItem(pageIndex);
+    }
+    // Fails as MakeAnnotUniqueName does.
+    static std::wstring RenderAnnotItem(ListRenderer& renderer, std::uint32_t pageIndex,
+                                        const PDFL::Annotation& annotation)
+    {
+        return renderer.RenderAnnotItem(
+            MakeAnnotUniqueName(renderer.Document(), pageIndex, annotation), annotation);
+    }
+    static std::wstring RenderAnnotTooltip(ListRenderer& renderer,
+                                           const PDFL::Annotation& annotation,
+                                           const std::wstring& tooltipId)
+    {
+        return renderer.RenderAnnotTooltip(annotation, tooltipId);
+    }
+    static const std::wstring& GetAnnotTypeName(ListRenderer& renderer,
+                                                const PDFL::Annotation& annotation)
+    {
+        return renderer.KindOf(annotation).displayName;
+    }
+    static std::wstring_view GetAnnotClassName(ListRenderer& renderer,
+                                               const PDFL::Annotation& annotation)
+    {
+        return renderer.KindOf(annotation).className;
+    }
+    static std::wstring FormatAnnotDate(const _PDDateRec& date, const std::wstring& format)
+    {
+        std::wstring text;
+        WriteAnnotDate(date, format, text);
+        return text;
+    }
+    static std::wstring ConvertContentsText(const PDFL::Annotation& annotation)
+    {
+        return ListRenderer::ConvertContentsText(annotation);
+    }
 
     // --- Tracking --------------------------------------------------------------------------------
 
@@ -170,14 +153,6 @@ public:
 private:
     struct Loading;
     using NamedAnnotation = std::pair<std::wstring, PDFL::Annotation>;
-
-    // The same as their namesakes above, behind what `target` holds.
-    static void AppendPageItem(Rendering& rendering, std::uint32_t pageIndex, std::wstring& target);
-    static void AppendAnnotItem(Rendering& rendering, const std::wstring& uniqueName,
-                                const PDFL::Annotation& annotation, std::wstring& target);
-    static void AppendAnnotTooltip(Rendering& rendering, const Rendering::Kind& kind,
-                                   const PDFL::Annotation& annotation,
-                                   const std::wstring& tooltipId, std::wstring& target);
 
     // Throws the failure of an operation of this class.
     [[noreturn]] static void Fail(ResultCode code, const wchar_t* message, const char* function,

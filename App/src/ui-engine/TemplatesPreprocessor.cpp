@@ -10,9 +10,7 @@
 #include <boost/regex.hpp>
 
 #include <algorithm>
-#include <bit>
-#include <iterator>
-#include <limits>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -38,8 +36,6 @@ constexpr std::uint32_t kSmallestTemplate = 3;
              .str(),
          function, line);
 }
-
-constexpr std::size_t kBlock = 16;
 
 // Whether the placeholder matches nothing but its own text.
 bool IsLiteral(std::wstring_view placeholder)
@@ -86,41 +82,6 @@ struct TemplatesPreprocessorBase<Encoding>::Rule {
     std::wstring_view value;
 };
 
-// Matches in order of their start, at most one for each: the one whose rule was added first.
-template <class Encoding>
-class TemplatesPreprocessorBase<Encoding>::MatchMap {
-public:
-    void Add(const Match& match)
-    {
-        auto place = matches_.end();
-        while (place != matches_.begin() && std::prev(place)->start >= match.start) {
-            --place;
-        }
-        if (place == matches_.end() || place->start != match.start) {
-            matches_.insert(place, match);
-        } else if (match.rule < place->rule) {
-            *place = match;
-        }
-    }
-
-    // Those that apply: none that starts inside another which applies.
-    std::vector<Match> Applied() const
-    {
-        std::vector<Match> applied;
-        std::size_t cursor = 0;
-        for (const Match& match : matches_) {
-            if (match.start >= cursor) {
-                applied.push_back(match);
-                cursor = match.start + match.length;
-            }
-        }
-        return applied;
-    }
-
-private:
-    std::vector<Match> matches_;
-};
-
 template <class Encoding>
 TemplatesPreprocessorBase<Encoding>::TemplatesPreprocessorBase(std::wstring path)
     : path_(std::move(path)), hostPath_(ToUtf16(path_))
@@ -135,19 +96,14 @@ template <class Encoding>
 void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
                                                   TemplateAction action, std::wstring_view value)
 {
-    constexpr std::size_t kMostLiterals = std::numeric_limits<RuleBits>::digits;
     try {
         Rule rule{placeholder, nullptr, action, value};
-        const bool literal = rules_.size() < kMostLiterals && IsLiteral(placeholder);
-        if (!literal) {
+        if (!IsLiteral(placeholder)) {
             rule.expression =
                 std::make_unique<const boost::wregex>(placeholder.begin(), placeholder.end());
         }
         rules_.push_back(std::move(rule));
         data_.clear();
-        if (literal) {
-            CompileLiteral(placeholder, RuleBits{1} << (rules_.size() - 1));
-        }
     } catch (const std::exception& failure) {
         FailProcessing(path_, failure,
                        "details::TemplatesPreprocessorBase<struct details::UTF16_Bom_Strategy>::Do",
@@ -156,25 +112,21 @@ void TemplatesPreprocessorBase<Encoding>::AddRule(std::wstring_view placeholder,
 }
 
 template <class Encoding>
-void TemplatesPreprocessorBase<Encoding>::ChangeRule(std::size_t rule, TemplateAction action,
-                                                     std::wstring_view value)
+void TemplatesPreprocessorBase<Encoding>::SetRule(std::wstring_view placeholder,
+                                                  TemplateAction action, std::wstring_view value)
 {
-    rules_[rule].action = action;
-    rules_[rule].value = value;
-}
-
-template <class Encoding>
-void TemplatesPreprocessorBase<Encoding>::CompileLiteral(std::wstring_view literal, RuleBits bit)
-{
-    const auto first = static_cast<std::uint32_t>(literal.front());
-    withFirst_[first] |= bit;
-    smallestFirst_ = std::min(smallestFirst_, first);
-    largestFirst_ = std::max(largestFirst_, first);
-    if (literal.size() == 1) {
-        ofOneCharacter_ |= bit;
-    } else {
-        withSecond_[static_cast<std::size_t>(literal[1])] |= bit;
+    if (nextRule_ >= rules_.size() || rules_[nextRule_].placeholder != placeholder) {
+        const auto rule = std::find_if(rules_.begin(), rules_.end(), [&](const Rule& one) {
+            return one.placeholder == placeholder;
+        });
+        nextRule_ = static_cast<std::size_t>(rule - rules_.begin());
+        if (rule == rules_.end()) {
+            AddRule(placeholder, action, value);
+        }
     }
+    rules_[nextRule_].action = action;
+    rules_[nextRule_].value = value;
+    nextRule_ = (nextRule_ + 1) % rules_.size();
 }
 
 template <class Encoding>
@@ -214,88 +166,38 @@ void TemplatesPreprocessorBase<Encoding>::AppendTo(std::wstring& target)
     }
 }
 
-// Every match of a plain placeholder, those of one rule not overlapping, in one pass over the text
-// that looks closer only where the first two characters of a placeholder stand.
-template <class Encoding>
-void TemplatesPreprocessorBase<Encoding>::FindLiterals(const std::wstring& text,
-                                                       MatchMap& matches) const
-{
-    if (smallestFirst_ > largestFirst_) {
-        return;  // there is none
-    }
-    const auto bits = [](const std::array<RuleBits, kAscii>& table, wchar_t character) {
-        const auto index = static_cast<std::uint32_t>(character);
-        return index < kAscii ? table[index] : 0;
-    };
-    std::size_t nextStarts[std::numeric_limits<RuleBits>::digits] = {};
-    const wchar_t* const characters = text.c_str();
-    const std::size_t size = text.size();
-    for (std::size_t at = 0; at < size;) {
-        // Most blocks of a template hold no character that a placeholder begins with.
-        if (size - at >= kBlock && !MayHoldLiteral(characters + at)) {
-            at += kBlock;
-            continue;
-        }
-        for (const std::size_t end = std::min(size, at + kBlock); at < end; ++at) {
-            // Behind the last character stands a NUL, which is second in no placeholder.
-            const RuleBits candidates = bits(withFirst_, characters[at]) &
-                                        (bits(withSecond_, characters[at + 1]) | ofOneCharacter_);
-            if (candidates != 0) {
-                MatchLiterals(candidates, text, at, nextStarts, matches);
-            }
-        }
-    }
-}
-
-// Whether the block holds a character between the smallest and the largest first one.
-template <class Encoding>
-bool TemplatesPreprocessorBase<Encoding>::MayHoldLiteral(const wchar_t* block) const
-{
-    unsigned within = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) {
-        const bool is =
-            static_cast<std::uint32_t>(block[i]) - smallestFirst_ <= largestFirst_ - smallestFirst_;
-        within |= is ? 1u : 0u;
-    }
-    return within != 0;
-}
-
-// Adds those of the candidates that stand at `at`. `nextStarts`: for each rule, where its search
-// goes on.
-template <class Encoding>
-void TemplatesPreprocessorBase<Encoding>::MatchLiterals(RuleBits candidates,
-                                                        const std::wstring& text, std::size_t at,
-                                                        std::size_t* nextStarts,
-                                                        MatchMap& matches) const
-{
-    for (; candidates != 0; candidates &= candidates - 1) {
-        const auto rule = static_cast<std::size_t>(std::countr_zero(candidates));
-        const std::wstring_view literal = rules_[rule].placeholder;
-        if (at >= nextStarts[rule] && text.compare(at, literal.size(), literal) == 0) {
-            matches.Add({at, literal.size(), rule});
-            nextStarts[rule] = at + literal.size();
-        }
-    }
-}
-
 template <class Encoding>
 void TemplatesPreprocessorBase<Encoding>::FindMatches(const std::uint8_t* data, std::uint32_t size)
 {
     data_.clear();
     text_ = Encoding::Decode(data, size);
-    MatchMap matches;
+    std::map<std::size_t, Match> found;  // by start; of two that start together the first one found
     for (std::size_t i = 0; i < rules_.size(); ++i) {
-        if (rules_[i].expression == nullptr) {
+        const auto add = [&](std::size_t start, std::size_t length) {
+            found.try_emplace(start, Match{start, length, i});
+        };
+        if (rules_[i].expression != nullptr) {
+            for (boost::wsregex_iterator it(text_.begin(), text_.end(), *rules_[i].expression), end;
+                 it != end; ++it) {
+                add(static_cast<std::size_t>(it->position()),
+                    static_cast<std::size_t>(it->length()));
+            }
             continue;
         }
-        for (boost::wsregex_iterator it(text_.begin(), text_.end(), *rules_[i].expression), end;
-             it != end; ++it) {
-            matches.Add({static_cast<std::size_t>(it->position()),
-                         static_cast<std::size_t>(it->length()), i});
+        const std::wstring_view literal = rules_[i].placeholder;
+        for (std::size_t at = text_.find(literal); at != text_.npos;
+             at = text_.find(literal, at + literal.size())) {
+            add(at, literal.size());
         }
     }
-    FindLiterals(text_, matches);
-    matches_ = matches.Applied();
+    matches_.clear();
+    std::size_t cursor = 0;
+    for (const auto& [start, match] : found) {
+        if (start >= cursor) {  // not inside one that applies
+            matches_.push_back(match);
+            cursor = start + match.length;
+        }
+    }
     data_.assign(data, data + size);
 }
 

@@ -1,5 +1,7 @@
 #include "service-common/WideText.h"
 
+#include "service-common/UnicodeText.h"
+
 #include <algorithm>
 #include <iterator>
 #include <type_traits>
@@ -8,23 +10,7 @@ namespace {
 
 constexpr bool kWideIsUtf16 = sizeof(wchar_t) == sizeof(char16_t);
 
-constexpr char32_t kReplacement = 0xFFFD;
-constexpr char32_t kFirstSupplementary = 0x10000;
-constexpr char32_t kLastCodePoint = 0x10FFFF;
-
-constexpr bool IsHighSurrogate(char32_t unit)
-{
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-constexpr bool IsLowSurrogate(char32_t unit)
-{
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-constexpr char32_t Combine(char32_t high, char32_t low)
-{
-    return kFirstSupplementary + ((high - 0xD800) << 10) + (low - 0xDC00);
-}
+using namespace UnicodeText;
 
 constexpr char32_t UnitOf(wchar_t wide)
 {
@@ -62,27 +48,6 @@ bool IsAscii(const wchar_t* block)
     return bits < 0x80;
 }
 
-char* WriteUtf8(char* out, char32_t codePoint)
-{
-    const auto continuation = [](char32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
-    if (codePoint < 0x80) {
-        *out++ = static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        *out++ = static_cast<char>(0xC0 | (codePoint >> 6));
-        *out++ = continuation(codePoint);
-    } else if (codePoint < kFirstSupplementary) {
-        *out++ = static_cast<char>(0xE0 | (codePoint >> 12));
-        *out++ = continuation(codePoint >> 6);
-        *out++ = continuation(codePoint);
-    } else {
-        *out++ = static_cast<char>(0xF0 | (codePoint >> 18));
-        *out++ = continuation(codePoint >> 12);
-        *out++ = continuation(codePoint >> 6);
-        *out++ = continuation(codePoint);
-    }
-    return out;
-}
-
 }  // namespace
 
 std::u16string ToUtf16(std::wstring_view text)
@@ -100,15 +65,7 @@ std::u16string ToUtf16(std::wstring_view text)
     result.clear();
     for (const wchar_t wide : text) {
         const char32_t unit = UnitOf(wide);
-        if (unit < kFirstSupplementary) {
-            result.push_back(static_cast<char16_t>(unit));
-        } else if (unit > kLastCodePoint) {
-            result.push_back(static_cast<char16_t>(kReplacement));
-        } else {
-            const char32_t bits = unit - kFirstSupplementary;
-            result.push_back(static_cast<char16_t>(0xD800 + (bits >> 10)));
-            result.push_back(static_cast<char16_t>(0xDC00 + (bits & 0x3FF)));
-        }
+        Append(result, unit > kLastCodePoint ? kReplacement : unit);
     }
     return result;
 }
@@ -179,7 +136,7 @@ void AppendUtf8(std::string& target, std::wstring_view text)
             if (kWideIsUtf16 && IsHighSurrogate(unit) && i < text.size() &&
                 IsLowSurrogate(UnitOf(text[i]))) {
                 unit = Combine(unit, UnitOf(text[i++]));
-            } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit) || unit > kLastCodePoint) {
+            } else if (IsSurrogate(unit) || unit > kLastCodePoint) {
                 unit = kReplacement;
             }
             out = WriteUtf8(out, unit);

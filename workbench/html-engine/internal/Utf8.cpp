@@ -1,38 +1,15 @@
 #include "html-engine/internal/Utf8.h"
 
+#include <cstdint>
 #include <cstring>
+
+#include <service-common/UnicodeText.h>
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-
-/// Length of the well-formed character at the front, or 0; `bad` is then how many bytes one
-/// replacement stands for.
-std::size_t CharacterLength(std::string_view text, std::size_t& bad)
-{
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    const unsigned char lead = byte(0);
-    bad = 1;
-    if (lead < 0x80) {
-        return lead == 0 ? 0 : 1;
-    }
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 0;
-    }
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    for (; bad < length; ++bad) {
-        if (bad >= text.size() || byte(bad) < low || byte(bad) > high) {
-            return 0;
-        }
-        low = 0x80;
-        high = 0xBF;
-    }
-    return length;
-}
 
 /// Whether eight bytes are ASCII without NUL.
 bool AreEightPlain(const char* bytes)
@@ -72,34 +49,11 @@ std::size_t CommonLength(std::string_view text)
 
 }  // namespace
 
-std::size_t CharacterLength(std::string_view text)
+void AppendUtf8(std::uint32_t number, std::string& out)
 {
-    std::size_t bad = 0;
-    return CharacterLength(text, bad);
-}
-
-void AppendUtf8(std::uint32_t codePoint, std::string& out)
-{
-    const auto put = [&](std::uint32_t value) {
-        out += static_cast<char>(static_cast<unsigned char>(value));
-    };
-    if (codePoint == 0 || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
-        out += kReplacement;
-    } else if (codePoint < 0x80) {
-        put(codePoint);
-    } else if (codePoint < 0x800) {
-        put(0xC0 | (codePoint >> 6));
-        put(0x80 | (codePoint & 0x3F));
-    } else if (codePoint < 0x10000) {
-        put(0xE0 | (codePoint >> 12));
-        put(0x80 | ((codePoint >> 6) & 0x3F));
-        put(0x80 | (codePoint & 0x3F));
-    } else {
-        put(0xF0 | (codePoint >> 18));
-        put(0x80 | ((codePoint >> 12) & 0x3F));
-        put(0x80 | ((codePoint >> 6) & 0x3F));
-        put(0x80 | (codePoint & 0x3F));
-    }
+    const bool isCharacter =
+        number != 0 && number <= UnicodeText::kLastCodePoint && !UnicodeText::IsSurrogate(number);
+    UnicodeText::Append(out, isCharacter ? number : UnicodeText::kReplacement);
 }
 
 std::string_view RepairUtf8(std::string_view text, std::string& storage)
@@ -111,10 +65,9 @@ std::string_view RepairUtf8(std::string_view text, std::string& storage)
         if (at >= text.size()) {
             break;
         }
-        std::size_t bad = 0;
-        const std::size_t length = CharacterLength(text.substr(at), bad);
-        if (length > 0) {
-            at += length;
+        const UnicodeText::Character character = UnicodeText::FirstCharacter(text.substr(at));
+        if (character.isWellFormed && character.codePoint != 0) {
+            at += character.length;
             continue;
         }
         if (!repaired) {
@@ -124,7 +77,7 @@ std::string_view RepairUtf8(std::string_view text, std::string& storage)
         }
         storage.append(text.substr(copied, at - copied));
         storage.append(kReplacement);
-        at += bad;
+        at += character.length;
         copied = at;
     }
     if (!repaired) {

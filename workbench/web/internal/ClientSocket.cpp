@@ -12,7 +12,7 @@ namespace beast = boost::beast;
 namespace websocket = boost::beast::websocket;
 
 ClientSocket::ClientSocket(SocketNumber number, beast::tcp_stream stream,
-                       const HttpServerOptions& options, Owner& owner)
+                           const HttpServerOptions& options, Owner& owner)
     : number_(number), options_(options), owner_(owner), stream_(std::move(stream))
 {
     // The WebSocket keeps time by itself: it pings a silent client, and gives up one that is gone.

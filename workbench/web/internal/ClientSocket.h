@@ -33,7 +33,7 @@ public:
     };
 
     ClientSocket(SocketNumber number, boost::beast::tcp_stream stream,
-               const HttpServerOptions& options, Owner& owner);
+                 const HttpServerOptions& options, Owner& owner);
 
     SocketNumber Number() const noexcept { return number_; }
 
