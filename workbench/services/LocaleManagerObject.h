@@ -4,7 +4,10 @@
 //
 //   { "name": "Deutsch", "direction": "ltr",
 //     "strings": { "Page %1%": "Seite %1%" },
-//     "sections": { "Coments annot info": { "Date created": "Erstellt am" } } }
+//     "sections": { "Coments annot info": { "Date created": "Erstellt am" } },
+//     "workbench": { "close.save": "Speichern" } }
+//
+// "workbench" holds the words of the web page, which reads them itself.
 #pragma once
 
 #include "services/HostObject.h"

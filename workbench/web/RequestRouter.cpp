@@ -8,6 +8,8 @@
 #include "web/StaticFiles.h"
 #include "web/StyleAdapter.h"
 
+#include <nlohmann/json.hpp>
+
 #include <charconv>
 #include <limits>
 #include <span>
@@ -41,7 +43,7 @@ DocumentNumber NumberIn(const std::string& text)
 
 ServedFolders DefaultServedFolders()
 {
-    return {ProgramFolder() / "web", ProgramFolder() / "pdfjs"};
+    return {ProgramFolder() / "web", ProgramFolder() / "pdfjs", {}};
 }
 
 RequestRouter::RequestRouter(UiThreadLoop& loop, ServedFolders folders)
@@ -84,7 +86,27 @@ HttpAnswer RequestRouter::FileAnswer(const Url& url) const
         answer.mayBeKept = answer.status == 200;
         return answer;
     }
+    if (folder == "locales" && url.path.size() == 1) {
+        return LocalesAnswer();
+    }
     return folder == "panel" ? PanelResource(url) : HttpAnswer{.status = 404};
+}
+
+// All languages as members of one object; a file that is no JSON is left out.
+HttpAnswer RequestRouter::LocalesAnswer() const
+{
+    std::string all;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folders_.locales, error)) {
+        const std::string name = entry.path().filename().string();
+        const auto bytes = ReadServedFile(folders_.locales, std::span(&name, 1));
+        if (bytes && entry.path().extension() == ".json" && nlohmann::json::accept(*bytes)) {
+            all += all.empty() ? "{\"" : ",\"";
+            all += entry.path().stem().string() + "\":" + *bytes;
+        }
+    }
+    return {.contentType = "application/json",
+            .body = std::make_shared<const std::string>(all + "}")};
 }
 
 // Style sheets and images. `common` is the host's part of them, and comes from the client's folder.

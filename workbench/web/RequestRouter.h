@@ -17,6 +17,7 @@ class BrowserSession;
 struct ServedFolders {
     std::filesystem::path client;  // the web page's own files
     std::filesystem::path pdfjs;
+    std::filesystem::path locales;  // files of languages; served as one answer
 };
 
 // The folders as they lie beside the running program.
@@ -38,6 +39,7 @@ public:
 
 private:
     HttpAnswer FileAnswer(const Url& url) const;
+    HttpAnswer LocalesAnswer() const;
     HttpAnswer PanelResource(const Url& url) const;
     void PostUpload(HttpRequest request, PendingAnswerPtr answer);
     bool PostContent(const Url& url, const PendingAnswerPtr& answer);

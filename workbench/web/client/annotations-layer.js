@@ -2,7 +2,7 @@
 // the panel lists. Positions are parts of the page, so that they hold at every zoom.
 
 import {nextFrame} from './slices.js';
-import {text} from './texts.js';
+import {subtypeName, text} from './texts.js';
 
 const kSmallestSide = 10;
 const kIconSubtypes = new Set(['Text', 'FileAttachment', 'Sound']);
@@ -136,7 +136,7 @@ export class AnnotationsLayer {
     // An annotation with all that its button shows, as a text to compare.
     #describe(annotation, viewport, isBare) {
         const {subtype, contents, rect} = annotation;
-        const words = [text(`subtype.${subtype}`), contents.slice(0, kLongestName)];
+        const words = [subtypeName(subtype), contents.slice(0, kLongestName)];
         const name = words.filter(Boolean).join(': ');
         const isIcon = hasSign(annotation) && isBare(annotation);
         const size = `${viewport.width} ${viewport.height} ${viewport.rotation}`;

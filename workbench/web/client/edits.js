@@ -3,7 +3,7 @@
 
 import {askAnnotations} from './connection.js';
 import {ask, kCancel} from './dialogs.js';
-import {hasText, text} from './texts.js';
+import {hasText, subtypeName, text} from './texts.js';
 
 /// What a refusal says to the user: the page's own words for the reasons that it knows, else those
 /// of the workbench.
@@ -86,7 +86,7 @@ export class Edits {
             return;
         }
         const fields = {document: description.id, page, subtype, rect};
-        await this.#askContents(text('contents.new', text(`subtype.${subtype}`)), '', (contents) =>
+        await this.#askContents(text('contents.new', subtypeName(subtype)), '', (contents) =>
             this.#attempt('add', {...fields, contents}, 'done.add'),
         );
     }
@@ -104,7 +104,7 @@ export class Edits {
             return;
         }
         await this.#askContents(
-            text('contents.edit', text(`subtype.${annotation.subtype}`)),
+            text('contents.edit', subtypeName(annotation.subtype)),
             annotation.contents,
             (contents) =>
                 contents === annotation.contents

@@ -1,34 +1,29 @@
-// The page's own words in the language of the panel.
+// The words of the web page and the names of comments, in the language of the panel: the tables are
+// those of the host's languages, one file each.
 
-import ar from './texts/ar.js';
-import de from './texts/de.js';
-import en from './texts/en.js';
-import he from './texts/he.js';
-import ru from './texts/ru.js';
+const kTables = await (await fetch(new URL('locales', document.baseURI))).json();
 
-const kTables = {ar, de, en, he, ru};
+let table = kTables.en;
 
-let table = en;
-
-/// Sets the language; one that has no words of its own gets the English ones.
+/// Sets the language; one that is not there gets English words.
 export function setTextLanguage(name) {
-    table = kTables[name] ?? en;
+    table = kTables[name] ?? kTables.en;
 }
 
 /// The words of a key, with values in the place of {0}, {1}, ...
 export function text(key, ...values) {
-    const words = table[key] ?? en[key] ?? key.slice(key.indexOf('.') + 1);
+    const words = table.workbench[key] ?? kTables.en.workbench[key] ?? key;
     return words.replace(/\{(\d)\}/g, (match, at) => String(values[at] ?? match));
 }
 
 /// Whether a key has words.
 export function hasText(key) {
-    return en[key] !== undefined;
+    return kTables.en.workbench[key] !== undefined;
 }
 
-/// Every key of every table, for whoever checks that none is missing.
-export function textTables() {
-    return kTables;
+/// The name of a subtype of annotations, as the panel has it.
+export function subtypeName(subtype) {
+    return table.strings[subtype] ?? subtype;
 }
 
 /// Fills in the elements of the page that name their words: `data-text`, `data-label`.
