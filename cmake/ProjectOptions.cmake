@@ -11,6 +11,10 @@ target_compile_options(project_options INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wnon-virtual-dtor -Wold-style-cast -Werror>)
 target_link_libraries(project_options INTERFACE Threads::Threads)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # clang leaves atomics of odd sizes to a library.
+    target_link_libraries(project_options INTERFACE atomic)
+endif()
 
 # Sanitizers watch every file, third-party sources that are built here too.
 if(COMMENTS_SANITIZERS)

@@ -1,5 +1,7 @@
 // Gives every file of the folders that are named to the fuzz target.
 
+#include "FuzzTarget.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -7,8 +9,6 @@
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include "FuzzTarget.h"
 
 int main(int argumentCount, char** arguments)
 {

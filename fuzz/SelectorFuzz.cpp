@@ -1,12 +1,11 @@
 // Any bytes as a selector: what the index finds must be what asking each element finds, and a
 // selector is either well formed or described as what it is not.
 
-#include <string>
-#include <vector>
-
+#include "FuzzTarget.h"
 #include "html-engine/Document.h"
 
-#include "FuzzTarget.h"
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -39,7 +38,7 @@ struct Page {
     }
 
     Document document;
-    /// The root first.
+    // The root first.
     std::vector<ElementHandle> elements;
 };
 

@@ -37,8 +37,6 @@ private:
     const LiveRecords before_ = CountLiveRecords();
 };
 
-const PDTextSink kIgnore = [](void*, const char16_t*, std::uint32_t) {};
-
 // Every query of the table that takes an annotation, with a value that must be cleared.
 struct Query {
     TableEntry entry;

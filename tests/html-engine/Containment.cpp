@@ -33,7 +33,7 @@ public:
 
     TestPage& Page() { return page_; }
 
-    /// The list of items of a page; kNoElement when the way there is not what it must be.
+    // The list of items of a page; kNoElement when the way there is not what it must be.
     ElementHandle Items(int page)
     {
         const ElementHandle results = page_->Child(page_.Body(), 0);

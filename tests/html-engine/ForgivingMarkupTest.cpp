@@ -139,7 +139,7 @@ constexpr std::string_view kTellingTexts[] = {
     "&#",
 };
 
-/// The text in every place of an item.
+// The text in every place of an item.
 std::vector<ItemTexts> Everywhere(const std::string& text)
 {
     ItemTexts name, simple, contents, subject, title;

@@ -1,12 +1,12 @@
+#include "TestPage.h"
+
 #include <functional>
 #include <memory>
-
-#include "TestPage.h"
 
 namespace HtmlEngine::Test {
 namespace {
 
-/// Writes its name into a log when it is detached, then does what it was told to.
+// Writes its name into a log when it is detached, then does what it was told to.
 class LoggingHandler : public AttachedHandler {
 public:
     LoggingHandler(std::string name, std::string& log) : name_(std::move(name)), log_(log) {}

@@ -23,7 +23,7 @@ constexpr std::array<State, 3> kStates = {State{"current", ElementState::kCurren
                                           State{"expanded", ElementState::kExpanded},
                                           State{"disabled", ElementState::kDisabled}};
 
-/// The parts in one string.
+// The parts in one string.
 std::string Joined(std::initializer_list<std::string_view> parts)
 {
     std::string text;

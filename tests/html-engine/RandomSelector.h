@@ -1,19 +1,18 @@
-#pragma once
-
 // Random selectors as data of their own, with their text and a matcher that walks the public tree
 // by the book: what the indexed engine is held against.
+#pragma once
+
+#include "html-engine/Document.h"
 
 #include <random>
 #include <string>
 #include <vector>
 
-#include "html-engine/Document.h"
-
 namespace HtmlEngine::Test {
 
 using Random = std::mt19937;
 
-/// A number in [0, count).
+// A number in [0, count).
 inline std::size_t Pick(Random& random, std::size_t count)
 {
     return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
@@ -25,12 +24,12 @@ public:
 
     std::string Text() const;
 
-    /// `root` is what :root means.
+    // `root` is what :root means.
     bool Matches(const Document& document, ElementHandle element, ElementHandle root) const;
 
 private:
     struct Test {
-        /// What stands in the selector.
+        // What stands in the selector.
         std::string text;
         bool (*holds)(const Document&, ElementHandle, const Test&, ElementHandle root);
         std::string name;
@@ -40,7 +39,7 @@ private:
     };
 
     struct Part {
-        /// ' ', '>', '+' or '~' to the part before.
+        // ' ', '>', '+' or '~' to the part before.
         char combinator = ' ';
         std::vector<Test> tests;
     };
@@ -54,7 +53,7 @@ private:
     std::vector<Chain> chains_;
 };
 
-/// Random list-like markup out of a few names, so that selectors meet something.
+// Random list-like markup out of a few names, so that selectors meet something.
 std::string RandomMarkup(Random& random, int depth);
 
 }  // namespace HtmlEngine::Test

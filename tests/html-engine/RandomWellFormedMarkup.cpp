@@ -1,9 +1,9 @@
 #include "RandomWellFormedMarkup.h"
 
+#include "html-engine/internal/Ascii.h"
+
 #include <algorithm>
 #include <utility>
-
-#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Test {
 

@@ -1,13 +1,12 @@
-#pragma once
-
 // Random markup without mistakes, by the way it is made: blocks outside of paragraphs, list items
 // in lists, rows and cells in tables, end tags in order, some of those left out that may be.
+#pragma once
+
+#include "RandomSelector.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "RandomSelector.h"
 
 namespace HtmlEngine::Test {
 
@@ -15,7 +14,7 @@ class RandomWellFormedMarkup {
 public:
     explicit RandomWellFormedMarkup(Random& random) : random_(random) {}
 
-    /// For a place like the inside of a `div`.
+    // For a place like the inside of a `div`.
     std::string Next();
 
 private:
@@ -30,7 +29,7 @@ private:
     void AddStartTag(std::string_view name, std::string_view end);
     void AddAttribute(std::string_view name);
     void AddEndTag(std::string_view name);
-    /// The name, perhaps with capital letters.
+    // The name, perhaps with capital letters.
     std::string Cased(std::string_view name);
 
     bool IsOpen(std::string_view name, std::size_t times = 1) const;

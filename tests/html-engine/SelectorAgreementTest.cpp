@@ -43,7 +43,7 @@ public:
         ASSERT_EQ(nearest, walked) << selector.Text();
     }
 
-    /// What is known of each element must be what its links say.
+    // What is known of each element must be what its links say.
     void CompareCounts()
     {
         for (const ElementHandle element : Below(*page_, page_->Root())) {
@@ -57,7 +57,7 @@ public:
         }
     }
 
-    /// Parsed markup, written and parsed again, must be the same tree.
+    // Parsed markup, written and parsed again, must be the same tree.
     void CompareReparsed()
     {
         const TestPage parsed(RandomMarkup(random_, 4));

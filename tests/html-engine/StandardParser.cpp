@@ -1,12 +1,11 @@
 #include "StandardParser.h"
 
-#include <vector>
-
-#include <gumbo.h>
-
 #include "html-engine/internal/Ascii.h"
 #include "html-engine/internal/MarkupReader.h"
 #include "html-engine/internal/TreeWalk.h"
+
+#include <gumbo.h>
+#include <vector>
 
 namespace HtmlEngine::Test {
 
@@ -14,8 +13,8 @@ namespace {
 
 using namespace Internal;
 
-/// Everything that a node says of itself and of its neighbours, which are named by their distance
-/// in document order.
+// Everything that a node says of itself and of its neighbours, which are named by their distance
+// in document order.
 class Description {
 public:
     explicit Description(const Tree& tree) : tree_(tree), nodes_(tree.Nodes()) {}
@@ -117,7 +116,7 @@ std::string AttributeName(const GumboAttribute& attribute)
     }
 }
 
-/// Turns parsed nodes into nodes of the tree, on a stack of its own.
+// Turns parsed nodes into nodes of the tree, on a stack of its own.
 class NodeBuilder {
 public:
     explicit NodeBuilder(Tree& tree) : tree_(tree), collector_(tree) {}

@@ -1,15 +1,13 @@
-#pragma once
-
 // A document with short ways to ask and change it in tests. A selector that is meant to find an
 // element and finds none fails the test at once.
+#pragma once
 
+#include "html-engine/Document.h"
+
+#include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "html-engine/Document.h"
 
 namespace HtmlEngine::Test {
 
@@ -20,11 +18,11 @@ public:
     Document& operator*() { return document; }
     Document* operator->() { return &document; }
 
-    /// The first match in the page.
+    // The first match in the page.
     ElementHandle Find(std::string_view selector) { return FindIn(document.Root(), selector); }
     ElementHandle FindIn(ElementHandle root, std::string_view selector);
 
-    /// All matches, named by their `id`, or else their tag name, with blanks between.
+    // All matches, named by their `id`, or else their tag name, with blanks between.
     std::string Names(ElementHandle root, std::string_view selector);
     std::string Names(std::string_view selector) { return Names(document.Root(), selector); }
     std::string NameOf(ElementHandle element);
@@ -37,12 +35,12 @@ public:
     Document document;
 };
 
-/// A comment list: `pages` page items of `perPage` items each, with captions and tooltips.
+// A comment list: `pages` page items of `perPage` items each, with captions and tooltips.
 std::string ListHtml(int pages, int perPage);
 std::string PageItemHtml(int page, int perPage);
 std::string ItemHtml(int page, int index);
 
-/// The texts of a document that stand in an item.
+// The texts of a document that stand in an item.
 struct ItemTexts {
     std::string name = "Highlight";
     std::string contents = "one<br/>two";
@@ -51,7 +49,7 @@ struct ItemTexts {
 };
 std::string ItemHtml(int page, int index, const ItemTexts& texts);
 
-/// A page item around items.
+// A page item around items.
 std::string PageItemHtml(int page, std::string_view items);
 
 }  // namespace HtmlEngine::Test

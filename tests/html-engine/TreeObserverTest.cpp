@@ -1,13 +1,12 @@
 // A copy of the page that is kept by what the document tells and by what the reader reads then: it
 // must be the page after every operation.
 
+#include "RandomPage.h"
+#include "html-engine/TreeReader.h"
+
 #include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
-
-#include "html-engine/TreeReader.h"
-
-#include "RandomPage.h"
 
 namespace HtmlEngine::Test {
 namespace {
@@ -92,7 +91,7 @@ public:
         Copy();
     }
 
-    /// The copy is the page, node by node and with the same identities.
+    // The copy is the page, node by node and with the same identities.
     void Compare()
     {
         std::size_t count = 0;
@@ -116,7 +115,7 @@ public:
         ASSERT_EQ(count, nodes_.size());
     }
 
-    /// What was told since the last time, in short.
+    // What was told since the last time, in short.
     std::string Told() { return std::exchange(told_, {}); }
 
 private:
@@ -164,7 +163,7 @@ private:
         EXPECT_TRUE(Enter(document_.NodeOf(document_.Root())));
     }
 
-    /// False where a handle is in the copy already, or once was.
+    // False where a handle is in the copy already, or once was.
     bool Enter(NodeHandle top)
     {
         std::vector<NodeHandle> open{top};
@@ -181,7 +180,7 @@ private:
         return isNew;
     }
 
-    /// Takes out by the copy's own links: the tree is told to still have the same.
+    // Takes out by the copy's own links: the tree is told to still have the same.
     void Forget(NodeHandle top)
     {
         std::vector<NodeHandle> open{top};

@@ -1,13 +1,12 @@
 // Markup that needs no repair: the tree is the one of the HTML standard.
 
-#include <fstream>
-#include <iterator>
-
-#include "html-engine/internal/Utf8.h"
-
 #include "RandomPage.h"
 #include "RandomWellFormedMarkup.h"
 #include "StandardParser.h"
+#include "html-engine/internal/Utf8.h"
+
+#include <fstream>
+#include <iterator>
 
 namespace HtmlEngine::Test {
 namespace {
@@ -18,7 +17,7 @@ constexpr std::string_view kContents[] = {
     "a < b, R&D. ",
 };
 
-/// A template of the panel with its place-holders filled.
+// A template of the panel with its place-holders filled.
 std::string FilledTemplate(const std::string& name, std::string_view filling)
 {
     std::ifstream file(std::string(PANEL_TEMPLATES) + "/" + name, std::ios::binary);

@@ -31,7 +31,7 @@ public:
         std::uint32_t page = 0;
         std::uint32_t position = 0;
 
-        friend auto operator<=>(const Place&, const Place&) = default;
+        friend bool operator==(const Place&, const Place&) = default;
     };
     enum class State : char { kNone = '\0', kExpanded = '+', kCollapsed = '-' };
     enum Button { kExpandAll, kCollapseAll, kReply, kDelete, kMoveTop, kMoveBottom };

@@ -120,10 +120,10 @@ TEST_F(ReportingRule, RecordsUnexpectedCodesUnderBothNamesOnly)
 
 // Reads one argument of each width as a method thunk would.
 template <class... T>
-std::tuple<T...> ReadBack(int, ...)
+std::tuple<T...> ReadBack(int last, ...)
 {
     std::va_list list;
-    va_start(list, 0);
+    va_start(list, last);
     SODetails::ArgumentReader reader(list);
     va_end(list);
     return std::tuple<T...>{reader.template Next<T>()...};

@@ -8,6 +8,15 @@
 #include <type_traits>
 #include <vector>
 
+// A catalogue that forgets a declaration is noticed wherever the interface is used.
+struct ForgetfulInterface : ServiceObject {
+    SO_METHOD(ForgetfulInterface, First, 0);
+    SO_METHOD(ForgetfulInterface, Forgotten, 255);
+    using Catalogue = SODetails::MethodCatalogue<First>;
+};
+static_assert(!SODetails::kCatalogueIsComplete<ForgetfulInterface>);
+static_assert(SODetails::kCatalogueIsComplete<ProbeInterface>);
+
 namespace {
 
 using Fakes::Fake;
@@ -31,15 +40,6 @@ protected:
     ResultCode code_ = kResultOk;
     int received_ = 0;
 };
-
-// A catalogue that forgets a declaration is noticed wherever the interface is used.
-struct ForgetfulInterface : ServiceObject {
-    SO_METHOD(ForgetfulInterface, First, 0);
-    SO_METHOD(ForgetfulInterface, Forgotten, 255);
-    using Catalogue = SODetails::MethodCatalogue<First>;
-};
-static_assert(!SODetails::kCatalogueIsComplete<ForgetfulInterface>);
-static_assert(SODetails::kCatalogueIsComplete<ProbeInterface>);
 
 TEST_F(MethodCall, NeedsATableThatReachesBeyondTheSlotsStart)
 {

@@ -1,5 +1,5 @@
 #!/usr/bin/env node
-// The direction of includes, and how they are written.
+// The direction of includes, how they are written, and how comments and headers begin.
 //
 // Each folder may include what its row names, and itself. Headers of this tree stand in quotation
 // marks and are written from an include root, or from the file's own folder; others stand in angle
@@ -17,11 +17,15 @@ const kDirections = [
     ['Support', []],
     ['App/include', ['Support/include']],
     ['App', kSdk],
-    ['workbench/html-engine', []],
+    ['workbench/html-engine', ['Support/include/service-common']],
     ['workbench/platform-libraries', ['Support/include']],
     ['workbench/documents', ['Support/include', 'App/include/pdf-library']],
     ['workbench/services', kHost('platform-libraries', 'html-engine', 'documents')],
-    ['workbench/driver', kHost('platform-libraries', 'html-engine', 'documents', 'services')],
+    ['workbench/actions', kHost('platform-libraries', 'documents', 'services')],
+    [
+        'workbench/driver',
+        kHost('platform-libraries', 'html-engine', 'documents', 'services', 'actions'),
+    ],
     ['workbench', [...kSdk, 'tools/make-document']],
     ['tools', kHost('documents')],
     ['fuzz', [...kHost('html-engine'), 'tests/html-engine']],
@@ -82,8 +86,16 @@ function findingsOf(file) {
             tell(`internal to ${home}`);
         }
     }
-    if (file.endsWith('.h') && source.match(/^#pragma once$/gm)?.length !== 1) {
-        findings.push(`${file}: a header has one line #pragma once`);
+    if (file.endsWith('.h') && !/^(\/\/.*\n)+#pragma once$/.test(source.split('\n\n')[0])) {
+        findings.push(`${file}: a header begins with what it is, and #pragma once`);
+    }
+    const marks = includes.slice(basename(includes[0]?.[2] ?? '') === own ? 1 : 0);
+    const lastOwn = marks.findLastIndex(([, mark, name]) => mark === '"' && !name.endsWith('.inc'));
+    if (marks.findIndex(([, mark]) => mark === '<') < lastOwn && marks[0][1] === '<') {
+        findings.push(`${file}: headers of this tree stand before those of others`);
+    }
+    if (/^ *\/\/\//m.test(source)) {
+        findings.push(`${file}: a comment begins with two slashes`);
     }
     return findings;
 }

@@ -1,8 +1,7 @@
-#pragma once
-
 // The engine's side of a handler that somebody attaches to an element. The engine itself raises no
 // events; it keeps handlers with their elements, says which ones an event passes on its way up
 // (`Document::HandlersOf`), and tells each when its attachment ends. UI thread.
+#pragma once
 
 #include "html-engine/Types.h"
 
@@ -15,14 +14,14 @@ public:
     AttachedHandler& operator=(const AttachedHandler&) = delete;
     virtual ~AttachedHandler() = default;
 
-    /// The attachment to `element` has ended: the element left the tree, the page was loaded anew,
-    /// the document is being destroyed, or `Document::DetachHandler` was called. Told exactly once
-    /// per attachment, after the operation that caused it is complete, in document order where one
-    /// operation ends several attachments.
-    ///
-    /// The tree may be changed and handlers may be attached from here. The handle tells which
-    /// attachment it was; it is known only if the element had uses (or is still in the tree, after
-    /// `DetachHandler`). [ui-thread] Must not throw.
+    // The attachment to `element` has ended: the element left the tree, the page was loaded anew,
+    // the document is being destroyed, or `Document::DetachHandler` was called. Told exactly once
+    // per attachment, after the operation that caused it is complete, in document order where one
+    // operation ends several attachments.
+    //
+    // The tree may be changed and handlers may be attached from here. The handle tells which
+    // attachment it was; it is known only if the element had uses (or is still in the tree, after
+    // `DetachHandler`). [ui-thread] Must not throw.
     virtual void OnDetached(ElementHandle element) noexcept = 0;
 };
 

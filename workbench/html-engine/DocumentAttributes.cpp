@@ -1,13 +1,13 @@
 // Attributes, classes, inline style and states of a Document's elements.
 
-#include <algorithm>
-#include <bit>
-
 #include "html-engine/Document.h"
 #include "html-engine/internal/Ascii.h"
 #include "html-engine/internal/DocumentParts.h"
 #include "html-engine/internal/InlineStyle.h"
 #include "html-engine/internal/Utf8.h"
+
+#include <algorithm>
+#include <bit>
 
 namespace HtmlEngine {
 
@@ -15,7 +15,7 @@ using namespace Internal;
 
 namespace {
 
-/// Whether the parser would read the name back from a tag.
+// Whether the parser would read the name back from a tag.
 bool IsAttributeName(std::string_view name)
 {
     return !name.empty() && std::none_of(name.begin(), name.end(), [](char c) {
@@ -24,14 +24,14 @@ bool IsAttributeName(std::string_view name)
     });
 }
 
-/// Whether an attribute of this name names classes: a point, and something else behind it.
+// Whether an attribute of this name names classes: a point, and something else behind it.
 bool NamesClasses(std::string_view name)
 {
     return name.size() > 1 && name.front() == '.' &&
            name.find_first_not_of('.') != std::string_view::npos;
 }
 
-/// Calls `function` with each class in `.one.two`.
+// Calls `function` with each class in `.one.two`.
 template <typename Function>
 void ForEachPointedClass(std::string_view name, Function&& function)
 {
@@ -40,7 +40,7 @@ void ForEachPointedClass(std::string_view name, Function&& function)
     ForEachWord(words, function);
 }
 
-/// Edits a copy of an element's attributes, which owns its references.
+// Edits a copy of an element's attributes, which owns its references.
 class AttributeEditor {
 public:
     AttributeEditor(Document::Parts& parts, NodeId element)
@@ -97,7 +97,7 @@ public:
         });
     }
 
-    /// Puts the copy in place; false when it says the same as before.
+    // Puts the copy in place; false when it says the same as before.
     bool Commit()
     {
         const auto old = parts_.At(element_).element.attributes.Entries();

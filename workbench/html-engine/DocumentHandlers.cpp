@@ -1,10 +1,10 @@
 // Attached handlers of a Document's elements.
 
-#include <algorithm>
-#include <utility>
-
 #include "html-engine/Document.h"
 #include "html-engine/internal/DocumentParts.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace HtmlEngine {
 

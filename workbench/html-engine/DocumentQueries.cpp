@@ -12,7 +12,7 @@ using namespace Internal;
 
 namespace {
 
-/// Success with `selector` filled, or what forbids the query.
+// Success with `selector` filled, or what forbids the query.
 Result Prepare(const Tree& tree, NodeId element, std::string_view text, Selector& selector)
 {
     if (element == kNoNode) {

@@ -1,8 +1,8 @@
 #include "html-engine/TreeReader.h"
 
-#include <span>
-
 #include "html-engine/internal/DocumentParts.h"
+
+#include <span>
 
 namespace HtmlEngine {
 

@@ -1,6 +1,5 @@
-#pragma once
-
 // Character classes and case of ASCII, independent of any locale; bytes above 127 are left alone.
+#pragma once
 
 #include <algorithm>
 #include <string>
@@ -53,7 +52,7 @@ inline std::string_view TrimAscii(std::string_view text)
     return text;
 }
 
-/// Calls `function` with each word between white space.
+// Calls `function` with each word between white space.
 template <typename Function>
 void ForEachWord(std::string_view text, Function&& function)
 {

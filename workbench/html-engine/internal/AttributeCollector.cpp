@@ -1,9 +1,9 @@
 #include "html-engine/internal/AttributeCollector.h"
 
-#include <algorithm>
-
 #include "html-engine/Types.h"
 #include "html-engine/internal/Ascii.h"
+
+#include <algorithm>
 
 namespace HtmlEngine::Internal {
 

@@ -1,15 +1,14 @@
-#pragma once
-
 // The attributes of one element, pointer-sized: name and value atoms in serialisation order. Each
 // class of the element is an entry of its own, named by the atom of "class", and these come first.
 // Elements that were made alike share one list. Holds numbers only; the references that they stand
 // for, which are held once for a list, are the Tree's business.
+#pragma once
+
+#include "html-engine/internal/AtomTable.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "html-engine/internal/AtomTable.h"
 
 namespace HtmlEngine::Internal {
 
@@ -33,7 +32,7 @@ public:
                                  : std::span<const AttributeEntry>(block_ + 1, block_->name);
     }
 
-    /// The value of the first entry with this name, or kNoAtom.
+    // The value of the first entry with this name, or kNoAtom.
     Atom Find(Atom name) const
     {
         for (const AttributeEntry& entry : Entries()) {
@@ -54,13 +53,13 @@ public:
         return false;
     }
 
-    /// Whether another element has this very list.
+    // Whether another element has this very list.
     bool IsShared() const { return block_ != nullptr && block_->value > 1; }
 
-    /// Takes a copy of `entries`, which must not be this list's own.
+    // Takes a copy of `entries`, which must not be this list's own.
     void Assign(std::span<const AttributeEntry> entries);
 
-    /// Takes part in another list; this one must be empty.
+    // Takes part in another list; this one must be empty.
     void Share(const AttributeList& other)
     {
         block_ = other.block_;
@@ -70,8 +69,8 @@ public:
     }
 
 private:
-    /// The entries, preceded by one whose `name` is their number and whose `value` is the number of
-    /// elements that have them; null when there are none.
+    // The entries, preceded by one whose `name` is their number and whose `value` is the number of
+    // elements that have them; null when there are none.
     AttributeEntry* block_ = nullptr;
 };
 

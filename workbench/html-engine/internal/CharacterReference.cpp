@@ -1,11 +1,11 @@
 #include "html-engine/internal/CharacterReference.h"
 
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/Utf8.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
-
-#include "html-engine/internal/Ascii.h"
-#include "html-engine/internal/Utf8.h"
 
 namespace HtmlEngine::Internal {
 
@@ -37,7 +37,7 @@ constexpr std::array<std::uint16_t, 32> kWindows = {
 
 constexpr std::uint32_t kBeyondUnicode = 0x110000;
 
-/// The value of a digit in base 16, or 16 for what is none.
+// The value of a digit in base 16, or 16 for what is none.
 std::uint32_t DigitValue(char c)
 {
     const char lower = ToAsciiLower(c);

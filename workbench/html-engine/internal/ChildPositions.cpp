@@ -1,17 +1,17 @@
 #include "html-engine/internal/ChildPositions.h"
 
-#include <algorithm>
-
 #include "html-engine/internal/TreeWalk.h"
+
+#include <algorithm>
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Up to this many children are counted through.
+// Up to this many children are counted through.
 constexpr std::size_t kFewChildren = 16;
 
-/// How far from its hint an element is looked for before all hints are renewed.
+// How far from its hint an element is looked for before all hints are renewed.
 constexpr std::size_t kHintReach = 32;
 
 }  // namespace

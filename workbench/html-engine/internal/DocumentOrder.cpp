@@ -1,19 +1,19 @@
 #include "html-engine/internal/DocumentOrder.h"
 
+#include "html-engine/internal/TreeWalk.h"
+
 #include <algorithm>
 #include <vector>
-
-#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Labels at the open end of the document are set this far apart, so that appending does not halve
-/// the remaining room each time.
+// Labels at the open end of the document are set this far apart, so that appending does not halve
+// the remaining room each time.
 constexpr OrderLabel kAppendStride = OrderLabel{1} << 24;
 
-/// A neighbourhood is wide enough for relabelling when it leaves this much room per element.
+// A neighbourhood is wide enough for relabelling when it leaves this much room per element.
 constexpr OrderLabel kRoomWanted = OrderLabel{1} << 16;
 
 }  // namespace

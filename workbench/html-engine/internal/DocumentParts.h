@@ -1,14 +1,13 @@
+// What a Document consists of, shared by its source files.
 #pragma once
 
-// What a Document consists of, shared by its source files.
+#include "html-engine/Document.h"
+#include "html-engine/internal/Tree.h"
 
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
 #include <vector>
-
-#include "html-engine/Document.h"
-#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine {
 
@@ -18,7 +17,7 @@ public:
 
     Internal::Tree tree;
     std::uint64_t changeCount = 0;
-    /// Set while the document is being destroyed: nothing can be named any more.
+    // Set while the document is being destroyed: nothing can be named any more.
     bool isClosing = false;
     std::unordered_map<NodeId, std::vector<std::shared_ptr<AttachedHandler>>> handlers;
 
@@ -36,20 +35,20 @@ public:
 
     ElementHandle HandleOf(NodeId id) const { return tree.Nodes().HandleOf(id); }
 
-    /// Takes a run out of the tree; the handlers that this detaches are added to `ended`, to be
-    /// told with Tell once the operation is complete.
+    // Takes a run out of the tree; the handlers that this detaches are added to `ended`, to be
+    // told with Tell once the operation is complete.
     void Remove(Internal::NodeRun run, std::vector<HandlerOnPath>& ended);
 
     static void Tell(const std::vector<HandlerOnPath>& ended);
 
-    /// The nearest ancestor with handlers, kNoNode when there is none.
+    // The nearest ancestor with handlers, kNoNode when there is none.
     NodeId HandlerElementAbove(NodeId id) const;
 
-    /// Takes the state `current` from the element that gives it up when `element` gets it.
+    // Takes the state `current` from the element that gives it up when `element` gets it.
     void TakeCurrentFor(NodeId element);
 
-    /// A copy of the attributes with references of its own, to be changed and given to
-    /// Tree::SetAttributes.
+    // A copy of the attributes with references of its own, to be changed and given to
+    // Tree::SetAttributes.
     std::vector<Internal::AttributeEntry> CopyAttributes(NodeId element);
 };
 

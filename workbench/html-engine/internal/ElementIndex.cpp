@@ -1,8 +1,8 @@
 #include "html-engine/internal/ElementIndex.h"
 
-#include <bit>
-
 #include "html-engine/internal/TreeWalk.h"
+
+#include <bit>
 
 namespace HtmlEngine::Internal {
 

@@ -1,9 +1,9 @@
 #include "html-engine/internal/ElementTraits.h"
 
+#include "html-engine/internal/Ascii.h"
+
 #include <algorithm>
 #include <array>
-
-#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Internal {
 
@@ -167,7 +167,7 @@ constexpr std::size_t kLongestName =
         return element.name.size();
     }).name.size();
 
-/// The places of names that begin with a letter, from that of `a` on: where each letter's begin.
+// The places of names that begin with a letter, from that of `a` on: where each letter's begin.
 constexpr auto kLetters = [] {
     std::array<std::uint8_t, 27> begins{};
     for (std::size_t letter = 0; letter < begins.size(); ++letter) {

@@ -1,11 +1,13 @@
-#pragma once
-
 // The entries of an ElementIndex by their keys. Addresses of entries stay right until they are
 // erased. UI thread.
 //
 // Most keys of a long list are attribute values that occur once, under one attribute or two (a name
 // and a reference to it). Their entries lie by the number of the value, which grows with the list:
 // entering them touches memory in order and allocates nothing for each.
+#pragma once
+
+#include "html-engine/internal/AtomTable.h"
+#include "html-engine/internal/OrderedNodeList.h"
 
 #include <array>
 #include <cstddef>
@@ -14,12 +16,9 @@
 #include <memory>
 #include <unordered_map>
 
-#include "html-engine/internal/AtomTable.h"
-#include "html-engine/internal/OrderedNodeList.h"
-
 namespace HtmlEngine::Internal {
 
-/// What an entry of the index is for.
+// What an entry of the index is for.
 enum class IndexKind : std::uint8_t {
     TagName,
     Attribute,
@@ -38,10 +37,10 @@ constexpr IndexKey MakeIndexKey(IndexKind kind, Atom first, Atom second = kNoAto
     return (static_cast<IndexKey>(kind) << 60) | (IndexKey{first} << 30) | second;
 }
 
-/// The elements of one key. One alone needs no list.
+// The elements of one key. One alone needs no list.
 struct IndexEntry {
     NodeId only = kNoNode;
-    /// The removal that cleared this entry's range last.
+    // The removal that cleared this entry's range last.
     std::uint32_t removal = 0;
     std::unique_ptr<OrderedNodeList> many;
 
@@ -53,17 +52,17 @@ struct IndexEntry {
 
 class IndexEntries {
 public:
-    /// Null when there is none.
+    // Null when there is none.
     const IndexEntry* Find(IndexKey key) const;
     IndexEntry* Find(IndexKey key)
     {
         return const_cast<IndexEntry*>(static_cast<const IndexEntries&>(*this).Find(key));
     }
 
-    /// The entry of a key, made if need be.
+    // The entry of a key, made if need be.
     IndexEntry& At(IndexKey key);
 
-    /// Ends the entry of a key, which exists.
+    // Ends the entry of a key, which exists.
     void Erase(IndexKey key);
 
     void Clear();
@@ -71,12 +70,12 @@ public:
 private:
     static constexpr std::size_t kNoPlace = ~std::size_t{0};
 
-    /// The entries of one value under different attributes.
+    // The entries of one value under different attributes.
     struct ValuePlaces {
         static constexpr std::size_t kCount = 2;
 
         std::array<Atom, kCount> attributes = {};
-        /// Whether there may be more of them among the others.
+        // Whether there may be more of them among the others.
         bool hasMore = false;
         std::array<IndexEntry, kCount> entries;
 

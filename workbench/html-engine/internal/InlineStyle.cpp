@@ -1,16 +1,16 @@
 #include "html-engine/internal/InlineStyle.h"
 
+#include "html-engine/internal/Ascii.h"
+
 #include <algorithm>
 #include <cstddef>
-
-#include "html-engine/internal/Ascii.h"
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Length of the declaration that `text` begins with: up to a semicolon outside quotes and
-/// brackets.
+// Length of the declaration that `text` begins with: up to a semicolon outside quotes and
+// brackets.
 std::size_t DeclarationLength(std::string_view text)
 {
     char quote = 0;
@@ -42,7 +42,7 @@ bool IsPropertyName(std::string_view name)
            });
 }
 
-/// The keyword of a value: what stands before "!important", without white space.
+// The keyword of a value: what stands before "!important", without white space.
 std::string_view KeywordOf(std::string_view value)
 {
     return TrimAscii(value.substr(0, value.find('!')));

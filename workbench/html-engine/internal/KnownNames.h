@@ -1,11 +1,10 @@
-#pragma once
-
 // The names with a meaning of their own, as atoms of one document that live as long as it does.
-
-#include <vector>
+#pragma once
 
 #include "html-engine/internal/AtomTable.h"
 #include "html-engine/internal/ElementTraits.h"
+
+#include <vector>
 
 namespace HtmlEngine::Internal {
 
@@ -13,7 +12,7 @@ class KnownNames {
 public:
     explicit KnownNames(AtomTable& atoms);
 
-    /// What is known of an element's name; none for a name that is not HTML's.
+    // What is known of an element's name; none for a name that is not HTML's.
     ElementTraits TraitsOf(Atom name) const
     {
         return name < traits_.size() ? traits_[name] : ElementTraits{};
@@ -25,7 +24,7 @@ public:
     Atom disabledAttribute = kNoAtom;
 
 private:
-    /// By atom: a fresh table numbers its atoms in the order in which they come.
+    // By atom: a fresh table numbers its atoms in the order in which they come.
     std::vector<ElementTraits> traits_;
 };
 

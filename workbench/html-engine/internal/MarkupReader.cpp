@@ -1,12 +1,12 @@
 #include "html-engine/internal/MarkupReader.h"
 
-#include <algorithm>
-#include <array>
-#include <utility>
-
 #include "html-engine/internal/Ascii.h"
 #include "html-engine/internal/CharacterReference.h"
 #include "html-engine/internal/Utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
 
 namespace HtmlEngine::Internal {
 
@@ -15,7 +15,7 @@ namespace {
 using namespace ElementTrait;
 
 constexpr std::uint32_t kDeepest = 512;
-/// How far around an end tag in foreign content looks for its element.
+// How far around an end tag in foreign content looks for its element.
 constexpr std::size_t kForeignReach = 512;
 
 constexpr std::string_view kTableBody = "tbody";
@@ -31,7 +31,7 @@ constexpr auto kIsPlainText = [] {
     return isPlain;
 }();
 
-/// Elements of SVG and MathML whose content is HTML.
+// Elements of SVG and MathML whose content is HTML.
 bool HoldsHtml(std::string_view name)
 {
     constexpr std::string_view kNames[] = {"foreignobject", "desc", "title", "mi", "mo", "mn", "ms",
@@ -40,7 +40,7 @@ bool HoldsHtml(std::string_view name)
         kNames, [&](std::string_view known) { return EqualsIgnoringCase(known, name); });
 }
 
-/// How deep in its table a part lies.
+// How deep in its table a part lies.
 int TableLevel(ElementTraits traits)
 {
     return (traits & kTable) != 0          ? 0

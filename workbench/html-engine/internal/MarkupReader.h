@@ -1,5 +1,3 @@
-#pragma once
-
 // Reads HTML into nodes of the tree, in one pass, and forgives everything: any bytes become some
 // tree, and a mistake stays where it was made. UI thread.
 //
@@ -18,6 +16,11 @@
 // kept together (TooltipPlaces.h): no tag ends it before the tooltip, the tooltip ends what was
 // left open before it, and `</popup>` right before the element's own end tag ends what was left
 // open since.
+#pragma once
+
+#include "html-engine/internal/StartTagReader.h"
+#include "html-engine/internal/TooltipPlaces.h"
+#include "html-engine/internal/Tree.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,39 +30,35 @@
 #include <utility>
 #include <vector>
 
-#include "html-engine/internal/StartTagReader.h"
-#include "html-engine/internal/TooltipPlaces.h"
-#include "html-engine/internal/Tree.h"
-
 namespace HtmlEngine::Internal {
 
-/// The element that markup is read into.
+// The element that markup is read into.
 struct MarkupContext {
     std::string_view name;
-    /// NodeFlag::kForeign and kMathMl, where it is SVG's or MathML's.
+    // NodeFlag::kForeign and kMathMl, where it is SVG's or MathML's.
     std::uint8_t flags = 0;
-    /// How many elements lie around what is read.
+    // How many elements lie around what is read.
     std::uint32_t depth = 0;
 };
 
 class MarkupReader {
 public:
-    /// Any bytes; borrowed.
+    // Any bytes; borrowed.
     MarkupReader(Tree& tree, std::string_view html);
     MarkupReader(const MarkupReader&) = delete;
     MarkupReader& operator=(const MarkupReader&) = delete;
 
-    /// The content of an element, in no tree yet. This or ReadPage is called once.
+    // The content of an element, in no tree yet. This or ReadPage is called once.
     NodeRun ReadContent(const MarkupContext& context);
 
-    /// A page: its `html` element with `head` and `body`, in no tree yet.
+    // A page: its `html` element with `head` and `body`, in no tree yet.
     NodeId ReadPage();
 
-    /// The elements that ReadContent has made, in document order.
+    // The elements that ReadContent has made, in document order.
     std::span<const NodeId> Elements() const { return elements_; }
 
 private:
-    /// A place among the open elements, or among the known names.
+    // A place among the open elements, or among the known names.
     using Level = std::uint32_t;
     static constexpr Level kNone = static_cast<Level>(-1);
     static constexpr std::size_t kNowhere = TooltipPlaces::kNowhere;
@@ -67,21 +66,21 @@ private:
     struct OpenElement {
         std::string_view name;
         NodeId element = kNoNode;
-        /// Among the known names.
+        // Among the known names.
         Level place = kNone;
         ElementTraits traits = 0;
         std::uint32_t depth = 0;
-        /// The next element around it that has its name.
+        // The next element around it that has its name.
         Level namesake = kNone;
         // Of this and the elements around it the innermost ...
         Level barrier = 0;
         Level tablePart = kNone;  // ... that is one or a table, and in no list of its own
-        /// From here on inwards, up to this, every end tag may be left out.
+        // From here on inwards, up to this, every end tag may be left out.
         Level optionalFrom = 0;
         std::uint8_t flags = 0;
     };
 
-    /// The outermost open element that names a tooltip.
+    // The outermost open element that names a tooltip.
     struct Owner {
         Level place = kNone;
         bool hasTooltip = false;  // which has begun
@@ -89,7 +88,7 @@ private:
         std::string_view tooltipId;
     };
 
-    /// How much of a page there is; what is no page is all body.
+    // How much of a page there is; what is no page is all body.
     enum class PageStage : std::uint8_t { BeforeHead, Head, AfterHead, Body };
 
     void ReadAll();
@@ -99,7 +98,7 @@ private:
     bool ReadComment();
     bool ReadDoctype();
     bool ReadCData();
-    /// One reference, line break or run of text, which goes no further than `end`.
+    // One reference, line break or run of text, which goes no further than `end`.
     void ReadText(std::size_t end);
     void ReadRawText(ElementTraits traits, std::size_t end);
 
@@ -110,15 +109,15 @@ private:
     void AppendText(std::string_view text);
     void SkipLineBreak();
 
-    /// Where `end` stands before everything that is never ended must have ended; kNowhere if it
-    /// does not.
+    // Where `end` stands before everything that is never ended must have ended; kNowhere if it
+    // does not.
     std::size_t FindEnd(std::string_view end, std::size_t from);
     std::size_t FindRawTextEnd(const StartTag& tag, std::size_t from);
     std::size_t Bound();
 
     void Open(StartTag& tag);
     bool IsTooltipOfOwner(const StartTag& tag) const;
-    /// Whether the open element there is kept open by a tooltip of its own or of one inside.
+    // Whether the open element there is kept open by a tooltip of its own or of one inside.
     bool IsOwned(Level at);
     void BeginTooltip();
     void EndImplied(ElementTraits traits);
@@ -130,9 +129,9 @@ private:
     void Close(std::string_view name, std::size_t place);
     Level NearestOpen(std::string_view name, std::size_t place) const;
     bool MayEnd(Level at);
-    /// Closes everything from `first` inwards.
+    // Closes everything from `first` inwards.
     void CloseFrom(std::size_t first);
-    /// Closes one that names no tooltip.
+    // Closes one that names no tooltip.
     void CloseInnermost();
 
     void EnterStageOf(ElementTraits traits);
@@ -152,9 +151,9 @@ private:
 
     NodeRun top_;
     std::vector<NodeId> elements_;
-    /// The first is what the markup is read into.
+    // The first is what the markup is read into.
     std::vector<OpenElement> open_;
-    /// Of each known name the innermost open element.
+    // Of each known name the innermost open element.
     std::vector<Level> innermost_;
     Owner owner_;
 
@@ -163,7 +162,7 @@ private:
     std::string textBuffer_;
     std::string_view textSlice_;
 
-    /// Ends that were looked for in vain, and up to where.
+    // Ends that were looked for in vain, and up to where.
     std::vector<std::pair<std::string, std::size_t>> missing_;
 
     PageStage stage_ = PageStage::Body;

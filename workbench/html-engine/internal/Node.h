@@ -1,44 +1,43 @@
-#pragma once
-
 // One node of the tree, 64 bytes. Nodes refer to each other by number, not by pointer: half the
 // size, and the number is the lower half of an element's handle.
-
-#include <cstdint>
-#include <new>
+#pragma once
 
 #include "html-engine/Types.h"
 #include "html-engine/internal/AtomTable.h"
 #include "html-engine/internal/AttributeList.h"
 #include "html-engine/internal/NodeText.h"
 
+#include <cstdint>
+#include <new>
+
 namespace HtmlEngine::Internal {
 
-/// Number of a node in its NodeStore; 0 is no node.
+// Number of a node in its NodeStore; 0 is no node.
 using NodeId = std::uint32_t;
 
 constexpr NodeId kNoNode = 0;
 
 namespace NodeFlag {
-/// In the page's tree: labelled and indexed.
+// In the page's tree: labelled and indexed.
 constexpr std::uint8_t kAttached = 1;
-/// Has an entry among the attached handlers.
+// Has an entry among the attached handlers.
 constexpr std::uint8_t kHasHandlers = 2;
-/// From SVG or MathML: not void, whatever its name.
+// From SVG or MathML: not void, whatever its name.
 constexpr std::uint8_t kForeign = 4;
-/// Among the foreign ones: from MathML.
+// Among the foreign ones: from MathML.
 constexpr std::uint8_t kMathMl = 8;
 }  // namespace NodeFlag
 
 struct ElementPart {
     NodeId firstChild = kNoNode;
     NodeId lastChild = kNoNode;
-    /// Children that are elements.
+    // Children that are elements.
     std::uint32_t elementCount = 0;
     std::uint32_t states = 0;
     std::uint32_t uses = 0;
-    /// Where ChildPositions last saw this element among its siblings.
+    // Where ChildPositions last saw this element among its siblings.
     std::uint32_t positionHint = 0;
-    /// Grows in document order among attached elements.
+    // Grows in document order among attached elements.
     std::uint64_t label = 0;
     AttributeList attributes;
 };
@@ -46,9 +45,9 @@ struct ElementPart {
 struct Node {
     NodeId parent = kNoNode;
     NodeId previous = kNoNode;
-    /// The next sibling; in a free node the next free one.
+    // The next sibling; in a free node the next free one.
     NodeId next = kNoNode;
-    /// Counts the nodes that lived in this place; 0 is never used.
+    // Counts the nodes that lived in this place; 0 is never used.
     std::uint32_t generation = 1;
     Atom name = kNoAtom;
     NodeKind kind = NodeKind::None;

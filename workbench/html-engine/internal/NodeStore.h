@@ -1,16 +1,15 @@
-#pragma once
-
 // Where the nodes of a document live: blocks of fixed places that never move. A place is used again
 // after its node ends, under a new generation, so that an old handle never meets a new element.
 // Memory of ended nodes is kept for later ones.
+#pragma once
+
+#include "html-engine/Types.h"
+#include "html-engine/internal/Node.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-#include "html-engine/Types.h"
-#include "html-engine/internal/Node.h"
 
 namespace HtmlEngine::Internal {
 
@@ -19,10 +18,10 @@ public:
     Node& operator[](NodeId id) { return blocks_[id >> kBlockBits][id & kBlockMask]; }
     const Node& operator[](NodeId id) const { return blocks_[id >> kBlockBits][id & kBlockMask]; }
 
-    /// A new node without relations. Fails with std::length_error after 2^32 - 1 nodes.
+    // A new node without relations. Fails with std::length_error after 2^32 - 1 nodes.
     NodeId Create(NodeKind kind);
 
-    /// Ends a node; what it referred to must have been dealt with.
+    // Ends a node; what it referred to must have been dealt with.
     void Destroy(NodeId id);
 
     ElementHandle HandleOf(NodeId id) const
@@ -30,10 +29,10 @@ public:
         return id == kNoNode ? kNoElement : (ElementHandle{(*this)[id].generation} << 32) | id;
     }
 
-    /// The living element that a handle names, or kNoNode.
+    // The living element that a handle names, or kNoNode.
     NodeId Resolve(ElementHandle handle) const;
 
-    /// The living node of any kind that a handle names, or kNoNode.
+    // The living node of any kind that a handle names, or kNoNode.
     NodeId ResolveNode(NodeHandle handle) const
     {
         const auto id = static_cast<NodeId>(handle & 0xFFFFFFFFU);
@@ -48,14 +47,14 @@ public:
     std::size_t LiveCount() const { return live_; }
 
 private:
-    /// Keeps handles within the 53 bits that a browser's numbers hold exactly.
+    // Keeps handles within the 53 bits that a browser's numbers hold exactly.
     static constexpr std::uint32_t kMostGenerations = std::uint32_t{1} << 21;
     static constexpr unsigned kBlockBits = 10;
     static constexpr NodeId kBlockMask = (1U << kBlockBits) - 1;
 
     std::vector<std::unique_ptr<Node[]>> blocks_;
     NodeId firstFree_ = kNoNode;
-    /// First place that was never used; place 0 stays empty.
+    // First place that was never used; place 0 stays empty.
     NodeId unused_ = 1;
     std::size_t live_ = 0;
 };

@@ -1,7 +1,6 @@
-#pragma once
-
 // The characters of one text or comment node. Short text, which most of a list's text is, lies in
 // the node itself.
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -22,7 +21,7 @@ public:
         return {length_ <= kInlineSize ? characters_.here : characters_.elsewhere, length_};
     }
 
-    /// `text` may be part of this text. Fails with std::length_error beyond 4 GiB.
+    // `text` may be part of this text. Fails with std::length_error beyond 4 GiB.
     void Assign(std::string_view text);
 
 private:

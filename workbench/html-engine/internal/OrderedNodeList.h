@@ -1,18 +1,17 @@
-#pragma once
-
 // Elements sorted in document order, in blocks of bounded size: finding a place costs a binary
 // search, adding or removing moves at most one block, and a part of the tree is a contiguous range.
+#pragma once
+
+#include "html-engine/internal/DocumentOrder.h"
 
 #include <cstddef>
 #include <vector>
-
-#include "html-engine/internal/DocumentOrder.h"
 
 namespace HtmlEngine::Internal {
 
 class OrderedNodeList {
 public:
-    /// A place in the list; void after a change of it.
+    // A place in the list; void after a change of it.
     struct Cursor {
         std::size_t block = 0;
         std::size_t position = 0;
@@ -22,16 +21,16 @@ public:
 
     void Insert(NodeId id, const DocumentOrder& order);
 
-    /// Does nothing when the element is not there.
+    // Does nothing when the element is not there.
     void Erase(NodeId id, const DocumentOrder& order);
 
-    /// Removes every element whose label is in [low, high).
+    // Removes every element whose label is in [low, high).
     void EraseRange(OrderLabel low, OrderLabel high, const DocumentOrder& order);
 
-    /// The place of the first element whose label is not below `label`.
+    // The place of the first element whose label is not below `label`.
     Cursor LowerBound(OrderLabel label, const DocumentOrder& order) const;
 
-    /// The element at a place, kNoNode at the end.
+    // The element at a place, kNoNode at the end.
     NodeId At(Cursor cursor) const
     {
         return cursor.block < blocks_.size() ? blocks_[cursor.block][cursor.position] : kNoNode;
@@ -52,10 +51,10 @@ private:
     void InsertAt(Cursor cursor, NodeId id);
     bool FollowsLastInsertion(OrderLabel label, const DocumentOrder& order) const;
 
-    /// None of them is empty.
+    // None of them is empty.
     std::vector<Block> blocks_;
     std::size_t size_ = 0;
-    /// Where the last element went in: the next one often belongs right behind it.
+    // Where the last element went in: the next one often belongs right behind it.
     Cursor lastInsertion_;
 };
 

@@ -1,15 +1,14 @@
-#pragma once
-
 // A selector as data, and the parser that makes it. Names are resolved to the atoms of one document
 // while parsing: a name that the document does not hold is kNoAtom and matches nothing. A Selector
 // is therefore made for one query and not kept.
+#pragma once
+
+#include "html-engine/internal/AtomTable.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "html-engine/internal/AtomTable.h"
 
 namespace HtmlEngine::Internal {
 
@@ -41,18 +40,18 @@ struct Condition {
 
 enum class Combinator : std::uint8_t { Descendant, Child, NextSibling, LaterSibling };
 
-/// The conditions on one element; none for the universal selector.
+// The conditions on one element; none for the universal selector.
 struct Compound {
     std::vector<Condition> conditions;
-    /// How this compound's element stands to that of the compound before.
+    // How this compound's element stands to that of the compound before.
     Combinator combinator = Combinator::Descendant;
 };
 
-/// Compounds from left to right; never empty.
+// Compounds from left to right; never empty.
 using ComplexSelector = std::vector<Compound>;
 
 struct Selector {
-    /// The parts between commas; never empty.
+    // The parts between commas; never empty.
     std::vector<ComplexSelector> alternatives;
 };
 
@@ -60,10 +59,10 @@ class SelectorParser {
 public:
     SelectorParser(std::string_view text, const AtomTable& atoms) : text_(text), atoms_(atoms) {}
 
-    /// False when the text is malformed; Problem() then says how.
+    // False when the text is malformed; Problem() then says how.
     bool Parse(Selector& selector);
 
-    /// "reason at character N", N from 1.
+    // "reason at character N", N from 1.
     const std::string& Problem() const { return problem_; }
 
 private:

@@ -1,9 +1,9 @@
 #include "html-engine/internal/SelectorMatcher.h"
 
-#include <algorithm>
-
 #include "html-engine/Types.h"
 #include "html-engine/internal/TreeWalk.h"
+
+#include <algorithm>
 
 namespace HtmlEngine::Internal {
 

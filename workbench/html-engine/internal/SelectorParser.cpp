@@ -1,17 +1,17 @@
-#include <array>
-#include <charconv>
-#include <cstddef>
-
 #include "html-engine/Types.h"
 #include "html-engine/internal/Ascii.h"
 #include "html-engine/internal/Selector.h"
 #include "html-engine/internal/Utf8.h"
 
+#include <array>
+#include <charconv>
+#include <cstddef>
+
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Matching recurses once per compound.
+// Matching recurses once per compound.
 constexpr std::size_t kMostCompounds = 64;
 
 struct PseudoClass {

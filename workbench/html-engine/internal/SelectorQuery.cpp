@@ -1,15 +1,15 @@
 #include "html-engine/internal/SelectorQuery.h"
 
+#include "html-engine/internal/TreeWalk.h"
+
 #include <algorithm>
 #include <bit>
-
-#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// A compound becomes a step of its own when it is this many times rarer than the step after it.
+// A compound becomes a step of its own when it is this many times rarer than the step after it.
 constexpr std::size_t kWorthAStep = 8;
 
 bool HasCondition(const Compound& compound, ConditionKind kind)

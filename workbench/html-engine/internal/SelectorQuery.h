@@ -1,5 +1,3 @@
-#pragma once
-
 // Finds the elements below a root that match a selector. In the page's tree the index provides the
 // candidates; a detached tree is walked.
 //
@@ -9,13 +7,14 @@
 // on. Every candidate is checked by the rules against all compounds up to its own, so the steps
 // only decide where to look. Matches inside an earlier match of the same step are not entered
 // again: its part of the tree has been searched. So the results come in document order, each once.
-
-#include <functional>
-#include <vector>
+#pragma once
 
 #include "html-engine/internal/Selector.h"
 #include "html-engine/internal/SelectorMatcher.h"
 #include "html-engine/internal/Tree.h"
+
+#include <functional>
+#include <vector>
 
 namespace HtmlEngine::Internal {
 
@@ -26,19 +25,19 @@ public:
     {
     }
 
-    /// The first match in document order, or kNoNode.
+    // The first match in document order, or kNoNode.
     NodeId First() const;
 
-    /// Every match in document order.
+    // Every match in document order.
     std::vector<NodeId> All() const;
 
 private:
-    /// Called with a match; false ends the search.
+    // Called with a match; false ends the search.
     using Found = std::function<bool(NodeId)>;
 
     struct Step {
         std::size_t compound = 0;
-        /// Null: every element is a candidate.
+        // Null: every element is a candidate.
         const IndexEntry* candidates = nullptr;
         bool isRoot = false;
     };
@@ -55,8 +54,8 @@ private:
                const Found& found) const;
     bool RootSatisfies(const ComplexSelector& complex, const Step& step) const;
 
-    /// Calls `candidate` with each candidate of a step below `scope` in document order, until it
-    /// returns false. It returns the label from which on to continue.
+    // Calls `candidate` with each candidate of a step below `scope` in document order, until it
+    // returns false. It returns the label from which on to continue.
     template <typename Candidate>
     bool ForEachCandidate(const Step& step, NodeId scope, Candidate&& candidate) const;
 

@@ -1,9 +1,9 @@
 #include "html-engine/internal/Serializer.h"
 
+#include "html-engine/internal/TreeWalk.h"
+
 #include <cstddef>
 #include <utility>
-
-#include "html-engine/internal/TreeWalk.h"
 
 namespace HtmlEngine::Internal {
 

@@ -1,12 +1,11 @@
-#pragma once
-
 // Writes a part of a tree as HTML: classes first as one `class`, the other attributes in source
 // order, values in double quotes, void elements without end tag, raw text as it is.
+#pragma once
+
+#include "html-engine/internal/Tree.h"
 
 #include <string>
 #include <string_view>
-
-#include "html-engine/internal/Tree.h"
 
 namespace HtmlEngine::Internal {
 

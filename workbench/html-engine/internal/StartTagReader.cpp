@@ -1,17 +1,17 @@
 #include "html-engine/internal/StartTagReader.h"
 
+#include "html-engine/internal/Ascii.h"
+#include "html-engine/internal/CharacterReference.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
-
-#include "html-engine/internal/Ascii.h"
-#include "html-engine/internal/CharacterReference.h"
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Of one tag the first so many attributes count.
+// Of one tag the first so many attributes count.
 constexpr std::size_t kMostAttributes = 512;
 
 // What a byte may be.

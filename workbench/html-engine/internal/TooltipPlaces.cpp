@@ -1,8 +1,8 @@
 #include "html-engine/internal/TooltipPlaces.h"
 
-#include <algorithm>
-
 #include "html-engine/internal/Ascii.h"
+
+#include <algorithm>
 
 namespace HtmlEngine::Internal {
 

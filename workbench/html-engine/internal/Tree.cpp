@@ -1,14 +1,14 @@
 #include "html-engine/internal/Tree.h"
 
-#include <string>
-
 #include "html-engine/internal/TreeWalk.h"
+
+#include <string>
 
 namespace HtmlEngine::Internal {
 
 namespace {
 
-/// Calls `function` for each sibling of a run, which may unlink it.
+// Calls `function` for each sibling of a run, which may unlink it.
 template <typename Function>
 void ForEachSibling(const NodeStore& nodes, NodeRun run, Function&& function)
 {

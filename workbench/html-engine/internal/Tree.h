@@ -1,15 +1,8 @@
-#pragma once
-
 // The nodes of a document and their relations, together with everything that is derived from them:
 // order labels, index, child positions. Every change of the structure goes through Link and Remove,
 // which keep the derived parts true. Operations take node numbers that are known to be right; the
 // checks of handles and arguments are Document's. UI thread.
-
-#include <cstddef>
-#include <cstdint>
-#include <span>
-#include <string_view>
-#include <vector>
+#pragma once
 
 #include "html-engine/TreeObserver.h"
 #include "html-engine/internal/AtomTable.h"
@@ -19,9 +12,15 @@
 #include "html-engine/internal/KnownNames.h"
 #include "html-engine/internal/NodeStore.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
 namespace HtmlEngine::Internal {
 
-/// Consecutive siblings; empty when `first` is kNoNode.
+// Consecutive siblings; empty when `first` is kNoNode.
 struct NodeRun {
     NodeId first = kNoNode;
     NodeId last = kNoNode;
@@ -29,7 +28,7 @@ struct NodeRun {
     bool IsEmpty() const { return first == kNoNode; }
 };
 
-/// An element that left the tree and had handlers.
+// An element that left the tree and had handlers.
 struct LeftElement {
     NodeId id = kNoNode;
     ElementHandle handle = kNoElement;
@@ -53,7 +52,7 @@ public:
     NodeId Root() const { return root_; }
     std::size_t AttachedCount() const { return attachedCount_; }
 
-    /// What is known of an element by its name; none for one from SVG or MathML.
+    // What is known of an element by its name; none for one from SVG or MathML.
     ElementTraits TraitsOf(NodeId element) const
     {
         const Node& node = nodes_[element];
@@ -62,41 +61,41 @@ public:
 
     bool IsVoid(NodeId element) const { return (TraitsOf(element) & ElementTrait::kVoid) != 0; }
 
-    /// Borrowed; null for none.
+    // Borrowed; null for none.
     void SetObserver(TreeObserver* observer) { observer_ = observer; }
 
     // ---- Making nodes: they belong to no tree until they are linked. ----
 
     NodeId CreateElement(std::string_view lowerCaseName, std::uint8_t flags = 0);
 
-    /// Another element with the same name, attributes and states, and without content.
+    // Another element with the same name, attributes and states, and without content.
     NodeId CreateElementLike(NodeId element, std::uint8_t flags);
 
     NodeId CreateCharacters(NodeKind kind, std::string_view text);
 
-    /// Puts a node behind the run, under `parent` where there is one; both are in no tree yet. Text
-    /// behind text becomes one node.
+    // Puts a node behind the run, under `parent` where there is one; both are in no tree yet. Text
+    // behind text becomes one node.
     void Append(NodeId parent, NodeRun& run, NodeId node);
 
-    /// Ends a run that was never linked, or was unlinked, with all that is inside; elements in use
-    /// stay, each as the root of a tree of its own.
+    // Ends a run that was never linked, or was unlinked, with all that is inside; elements in use
+    // stay, each as the root of a tree of its own.
     void Dispose(NodeRun run);
 
     // ---- Changing the structure ----
 
-    /// Makes an unlinked element the page's root, which makes a new page; there must be none.
+    // Makes an unlinked element the page's root, which makes a new page; there must be none.
     void SetRoot(NodeId root);
 
-    /// Puts an unlinked run under `parent`, behind `previous` (kNoNode: first). Text that comes to
-    /// lie beside text is joined: the node that is in its place already takes the text in.
-    /// `elements` are all elements of the run in document order; empty when the caller has no list.
+    // Puts an unlinked run under `parent`, behind `previous` (kNoNode: first). Text that comes to
+    // lie beside text is joined: the node that is in its place already takes the text in.
+    // `elements` are all elements of the run in document order; empty when the caller has no list.
     void Link(NodeId parent, NodeId previous, NodeRun run, std::span<const NodeId> elements = {});
 
-    /// Takes siblings out and disposes of them. The elements among them that had handlers are
-    /// added to `left` in document order. Text that comes to lie beside text is joined.
+    // Takes siblings out and disposes of them. The elements among them that had handlers are
+    // added to `left` in document order. Text that comes to lie beside text is joined.
     void Remove(NodeRun run, std::vector<LeftElement>& left);
 
-    /// Everything inside an element, as a run.
+    // Everything inside an element, as a run.
     NodeRun ContentOf(NodeId element) const
     {
         return {nodes_[element].element.firstChild, nodes_[element].element.lastChild};
@@ -104,7 +103,7 @@ public:
 
     // ---- Changing elements ----
 
-    /// Replaces the attributes; adopts the references of `entries` and gives the old ones back.
+    // Replaces the attributes; adopts the references of `entries` and gives the old ones back.
     void SetAttributes(NodeId element, std::span<const AttributeEntry> entries);
 
     void SetStates(NodeId element, std::uint32_t states);
@@ -115,9 +114,9 @@ private:
     void Detach(NodeRun run, std::vector<LeftElement>& left);
     void Unlink(NodeRun run);
     std::size_t CountElements(NodeRun run) const;
-    /// Gives `into` the text of both, which lie in this order.
+    // Gives `into` the text of both, which lie in this order.
     void JoinText(NodeId first, NodeId second, NodeId into);
-    /// Joins text at the ends of an unlinked run with the neighbours that it will have; the rest.
+    // Joins text at the ends of an unlinked run with the neighbours that it will have; the rest.
     NodeRun JoinNeighbours(NodeId previous, NodeRun run, NodeId next);
     void ReportRemoved(NodeId parent, NodeRun run);
     void ReportTextChanged(NodeId text);

@@ -1,13 +1,12 @@
-#pragma once
-
 // Steps from node to node. All are loops over links; none recurses. kNoNode in gives kNoNode out
 // where a step is asked of nothing.
+#pragma once
 
 #include "html-engine/internal/NodeStore.h"
 
 namespace HtmlEngine::Internal {
 
-/// `id` itself if it is an element or none, else the nearest element among its later siblings.
+// `id` itself if it is an element or none, else the nearest element among its later siblings.
 inline NodeId ElementFrom(const NodeStore& nodes, NodeId id)
 {
     while (id != kNoNode && !nodes[id].IsElement()) {
@@ -16,7 +15,7 @@ inline NodeId ElementFrom(const NodeStore& nodes, NodeId id)
     return id;
 }
 
-/// `id` itself if it is an element or none, else the nearest element among its earlier siblings.
+// `id` itself if it is an element or none, else the nearest element among its earlier siblings.
 inline NodeId ElementBackFrom(const NodeStore& nodes, NodeId id)
 {
     while (id != kNoNode && !nodes[id].IsElement()) {
@@ -48,7 +47,7 @@ inline NodeId LastElementChild(const NodeStore& nodes, NodeId id)
                : ElementBackFrom(nodes, nodes[id].element.lastChild);
 }
 
-/// The first element in document order that comes after everything inside `id`.
+// The first element in document order that comes after everything inside `id`.
 inline NodeId ElementAfterSubtree(const NodeStore& nodes, NodeId id)
 {
     for (; id != kNoNode; id = nodes[id].parent) {
@@ -59,7 +58,7 @@ inline NodeId ElementAfterSubtree(const NodeStore& nodes, NodeId id)
     return kNoNode;
 }
 
-/// The last element in document order of the subtree, which may be `id` itself.
+// The last element in document order of the subtree, which may be `id` itself.
 inline NodeId LastElementInSubtree(const NodeStore& nodes, NodeId id)
 {
     for (NodeId child = LastElementChild(nodes, id); child != kNoNode;
@@ -69,21 +68,21 @@ inline NodeId LastElementInSubtree(const NodeStore& nodes, NodeId id)
     return id;
 }
 
-/// The next element in document order.
+// The next element in document order.
 inline NodeId NextElement(const NodeStore& nodes, NodeId id)
 {
     const NodeId child = FirstElementChild(nodes, id);
     return child != kNoNode ? child : ElementAfterSubtree(nodes, id);
 }
 
-/// The element before in document order.
+// The element before in document order.
 inline NodeId PreviousElement(const NodeStore& nodes, NodeId id)
 {
     const NodeId sibling = PreviousElementSibling(nodes, id);
     return sibling != kNoNode ? LastElementInSubtree(nodes, sibling) : nodes[id].parent;
 }
 
-/// The next element in document order inside `top`, kNoNode at its end.
+// The next element in document order inside `top`, kNoNode at its end.
 inline NodeId NextElementWithin(const NodeStore& nodes, NodeId id, NodeId top)
 {
     if (const NodeId child = FirstElementChild(nodes, id); child != kNoNode) {
@@ -97,8 +96,8 @@ inline NodeId NextElementWithin(const NodeStore& nodes, NodeId id, NodeId top)
     return kNoNode;
 }
 
-/// Visits every node of the subtree of `top`, `enter(id)` on the way in and, for elements,
-/// `leave(id)` on the way out, `top` included.
+// Visits every node of the subtree of `top`, `enter(id)` on the way in and, for elements,
+// `leave(id)` on the way out, `top` included.
 template <typename Enter, typename Leave>
 void VisitSubtree(const NodeStore& nodes, NodeId top, Enter&& enter, Leave&& leave)
 {

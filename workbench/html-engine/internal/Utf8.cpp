@@ -1,9 +1,9 @@
 #include "html-engine/internal/Utf8.h"
 
+#include "service-common/UnicodeText.h"
+
 #include <cstdint>
 #include <cstring>
-
-#include <service-common/UnicodeText.h>
 
 namespace HtmlEngine::Internal {
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-/// Whether eight bytes are ASCII without NUL.
+// Whether eight bytes are ASCII without NUL.
 bool AreEightPlain(const char* bytes)
 {
     constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
@@ -23,8 +23,8 @@ bool AreEightPlain(const char* bytes)
     return ((word | (word - kOnes)) & kHighBits) == 0;
 }
 
-/// Length of the part at the front that is certainly well formed: ASCII without NUL, and the common
-/// characters of two and three bytes.
+// Length of the part at the front that is certainly well formed: ASCII without NUL, and the common
+// characters of two and three bytes.
 std::size_t CommonLength(std::string_view text)
 {
     const char* at = text.data();
