@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include <service-common/UnicodeText.h>
+#include "service-common/UnicodeText.h"
 
 namespace HtmlEngine::Internal {
 
