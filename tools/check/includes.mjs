@@ -17,7 +17,7 @@ const kDirections = [
     ['Support', []],
     ['App/include', ['Support/include']],
     ['App', kSdk],
-    ['workbench/html-engine', []],
+    ['workbench/html-engine', ['Support/include']],
     ['workbench/platform-libraries', ['Support/include']],
     ['workbench/documents', ['Support/include', 'App/include/pdf-library']],
     ['workbench/services', kHost('platform-libraries', 'html-engine', 'documents')],

@@ -1,6 +1,6 @@
 #include "platform-libraries/LibraryExport.h"
-#include "service-common/UnicodeText.h"
 #include "service-common/EncodingConversion.h"
+#include "service-common/UnicodeText.h"
 
 #include <algorithm>
 #include <exception>
