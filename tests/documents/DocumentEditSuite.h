@@ -101,23 +101,6 @@ inline std::vector<EditRow> EditRows()
          [](Document& d) { return d.AddAnnotation(3, "Ink", u"ы\r"); },
          {"added 3 Ink"},
          {o[0], o[1], o[2], "Ink:ы\\r"}},
-        {"add with author and time",
-         [](Document& d) {
-             return d.AddAnnotation(3, "Ink", u"a", std::nullopt,
-                                    Authorship{u"Zoë", {2025, 6, 7, 8, 9, 10, -3}});
-         },
-         {"added 3 Ink"},
-         {o[0], o[1], o[2], "Ink:a"}},
-        {"change at a time",
-         [](Document& d) {
-             return d.ChangeContents(2, 0, u"new", _PDDateRec{2025, 6, 7, 8, 9, 10, 0});
-         },
-         {"changed 1 Circle", "changed 2 Circle"},
-         {o[0], "Square:twice Circle:new Square:twice", "Circle:new", ""}},
-        {"add after others",
-         [](Document& d) { return d.AddAnnotation(0, "Odd Subtype", u""); },
-         {"added 0 Odd Subtype"},
-         {o[0] + " Odd Subtype:", o[1], o[2], ""}},
         {"change",
          [](Document& d) { return d.ChangeContents(0, 0, u"new"); },
          {"changed 0 Text"},

@@ -1,9 +1,12 @@
 #include "Listing.h"
 
+#include "documents/AnnotationSyntax.h"
 #include "documents/FaultInjection.h"
 #include "documents/MemoryDocument.h"
 
 #include <gtest/gtest.h>
+
+#include <set>
 
 #include <functional>
 
@@ -146,44 +149,23 @@ TEST_F(FunctionTableTest, EqualityIsThatOfTheAnnotationObject)
 
 TEST_F(FunctionTableTest, ListsMarkupAnnotationsThatTheScreenShows)
 {
-    const struct {
-        const char* subtype;
+    struct Row {
+        std::string subtype;
         std::uint32_t flags;
         bool listed;
-    } rows[] = {
-        {"Text", 0, true},
-        {"FreeText", 0, true},
-        {"Line", 0, true},
-        {"Square", 0, true},
-        {"Circle", 0, true},
-        {"Polygon", 0, true},
-        {"PolyLine", 0, true},
-        {"Highlight", 0, true},
-        {"Underline", 0, true},
-        {"Squiggly", 0, true},
-        {"StrikeOut", 0, true},
-        {"Stamp", 0, true},
-        {"Caret", 0, true},
-        {"Ink", 0, true},
-        {"FileAttachment", 0, true},
-        {"Sound", 0, true},
-        {"Redact", 0, true},
-        {"Link", 0, false},
-        {"Popup", 0, false},
-        {"Widget", 0, false},
-        {"TrapNet", 0, false},
-        {"Screen", 0, false},
-        {"RichMedia", 0, false},
-        {"Watermark", 0, false},
-        {"line", 0, false},
-        {"Highlights", 0, false},
-        {"", 0, false},
-        {"Text", kFlagHidden, false},
-        {"Text", kFlagNoView | kFlagPrint, false},
-        {"Text", kFlagInvisible, true},
-        {"Text", kFlagPrint | kFlagReadOnly | kFlagLocked, true},
     };
-    for (const auto& row : rows) {
+    std::vector<Row> rows = {
+        {"Screen", 0, false},           {"RichMedia", 0, false},
+        {"Watermark", 0, false},        {"line", 0, false},
+        {"Highlights", 0, false},       {"", 0, false},
+        {"Text", kFlagHidden, false},   {"Text", kFlagNoView | kFlagPrint, false},
+        {"Text", kFlagInvisible, true}, {"Text", kFlagPrint | kFlagReadOnly | kFlagLocked, true},
+    };
+    const std::set<std::string_view> unlisted{"Link", "Popup", "TrapNet", "Widget"};
+    for (const std::string_view known : KnownSubtypes()) {
+        rows.push_back({std::string(known), 0, !unlisted.contains(known)});
+    }
+    for (const Row& row : rows) {
         AnnotationProperties properties;
         properties.subtype = row.subtype;
         properties.flags = row.flags;

@@ -47,7 +47,6 @@ protected:
         const char* typeName;
         std::size_t objectSize;
         BasicServiceObjectPtr<ServiceObject> object;
-        const char* methodName;  // one of the interface
     };
 
     LiveObject()
@@ -59,21 +58,21 @@ protected:
         Provide(service_);
         const auto handler = ServiceObjectCppTheConcrete<CommentsPanelHandler>::Create();
         Add(ServiceObjectCppTheConcrete<CommentsPanelInplacePlugin>::Create(), "UIInplacePlugin",
-            80, "Handshake");
-        Add(handler, "UIHandler", 176, "Detached");
+            80);
+        Add(handler, "UIHandler", 176);
         Add(ServiceObjectCppTheConcrete<CommentsContainerHandler>::Create(*view_.Get()),
-            "UIHandler", 176, "Detached");
+            "UIHandler", 176);
         Add(ServiceObjectCppTheConcrete<CommentsPanelModel>::Create(handler),
-            "UIDocumentPanelModel", 48, "ShellDropTarget_OnDragLeave");
+            "UIDocumentPanelModel", 48);
     }
 
     template <class T>
     void Add(const BasicServiceObjectPtr<T>& object, const char* interfaceName,
-             std::uint32_t tableSize, const char* methodName)
+             std::uint32_t tableSize)
     {
-        rows_.push_back(
-            {interfaceName, tableSize, typeid(T).name(), sizeof(ServiceObjectCppTheConcrete<T>),
-             BasicServiceObjectPtr<ServiceObject>::Retain(object->AsInterface()), methodName});
+        rows_.push_back({interfaceName, tableSize, typeid(T).name(),
+                         sizeof(ServiceObjectCppTheConcrete<T>),
+                         BasicServiceObjectPtr<ServiceObject>::Retain(object->AsInterface())});
     }
 
     Fake<UIService> service_;
@@ -131,31 +130,6 @@ TEST_F(LiveObject, EndsWithCountWeakReferenceAndTag)
         EXPECT_EQ(record->object.load(), object);
         record->functions.ReleaseHolder(record);
     }
-}
-
-TEST_F(LiveObject, IsCalledByTheNamesOfItsOwnClass)
-{
-    for (const Row& row : rows_) {
-        SCOPED_TRACE(row.typeName);
-        ServiceObject* object = row.object.Get();
-        EXPECT_LE(object->CallMethodByName(object, row.methodName), kResultDeclined);
-        EXPECT_EQ(object->CallMethodByName(object, "NoSuchMethod"), kResultNotFound);
-        EXPECT_EQ(object->CallMethodByName(object, nullptr), kResultNullArgument);
-        for (const Row& other : rows_) {
-            if (std::string(other.interfaceName) != row.interfaceName) {
-                EXPECT_EQ(object->CallMethodByName(object, other.methodName), kResultNotFound);
-            }
-        }
-    }
-    // With arguments: the panel handler hands out its class name.
-    ServiceObject* handler = rows_[1].object.Get();
-    const char* name = nullptr;
-    EXPECT_EQ(handler->CallMethodByName(handler, "GetHandlerName", &name), kResultOk);
-    EXPECT_STREQ(name, typeid(CommentsPanelHandler).name());
-    EXPECT_EQ(handler->CallMethodByName(handler, "GetHandlerName", nullptr), kResultNullArgument);
-    const auto error = TakeError();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->message, L"UIHandler::GetHandlerName() failed, code: 3");
 }
 
 }  // namespace

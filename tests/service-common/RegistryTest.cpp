@@ -69,6 +69,9 @@ TEST_F(Registry, TellsApartWhatItCannotCreate)
     const ServiceObjectRegistration unresolvable("", ProbeFactory());  // no name, never an atom
     const ServiceObjectRegistration noFactory("Registry.NoFactory", {});
     const ServiceObjectRegistration noObject("Registry.NoObject", [] { return nullptr; });
+    const ServiceObjectRegistration throwing(
+        "Registry.Throwing",
+        []() -> BasicServiceObjectPtr<ServiceObject> { throw std::bad_alloc(); });
     ServiceObject* object = nullptr;
     EXPECT_EQ(CreateRegisteredObject(kAtomNone, &object), kResultNullArgument);
     EXPECT_EQ(CreateRegisteredObject(AtomOf("Registry.NoObject"), nullptr), kResultNullArgument);
@@ -76,17 +79,9 @@ TEST_F(Registry, TellsApartWhatItCannotCreate)
     EXPECT_EQ(CreateRegisteredObject(kAtomUnresolved, &object), 0x10005u);
     EXPECT_EQ(CreateRegisteredObject(AtomOf("Registry.NoFactory"), &object), 0x10006u);
     EXPECT_EQ(CreateRegisteredObject(AtomOf("Registry.NoObject"), &object), 0x10006u);
+    EXPECT_EQ(CreateRegisteredObject(AtomOf("Registry.Throwing"), &object), 0x10006u);
     EXPECT_EQ(object, nullptr);
     EXPECT_EQ(deaths_, 0);
-}
-
-TEST_F(Registry, AFactoryThatThrowsHasFailed)
-{
-    const ServiceObjectRegistration throwing(
-        "Registry.Throwing",
-        []() -> BasicServiceObjectPtr<ServiceObject> { throw std::bad_alloc(); });
-    ServiceObject* object = nullptr;
-    EXPECT_EQ(CreateRegisteredObject(AtomOf("Registry.Throwing"), &object), 0x10006u);
 }
 
 TEST_F(Registry, ReflectsTheSameArrayOnEveryCallNewestFirst)

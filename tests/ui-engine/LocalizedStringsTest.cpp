@@ -68,15 +68,6 @@ TEST_F(Localized, TheKeyIsTheTextOfAServiceThatHasNone)
     expectKeys();
     knowsKeys_ = true;
     code_ = kResultOk;
-    service_->CutTable(64);
-    expectKeys();
-    service_->CutTable(65);
-    EXPECT_EQ(LocalizedString(L"a"), L"<a>");
-    EXPECT_EQ(LocalizedString(L"s", L"a"), L"a");
-    service_->CutTable(72);
-    EXPECT_EQ(LocalizedString(L"s", L"a"), L"a");
-    service_->CutTable(73);
-    EXPECT_EQ(LocalizedString(L"s", L"a"), L"s/a");
     service_->SetEntry(8, nullptr);
     service_->SetEntry(9, nullptr);
     expectKeys();

@@ -1,5 +1,6 @@
-// The slots of methods, written out once more: both sides of a call are compiled from the same
-// catalogue, and would follow it to a wrong slot together.
+// The slots of methods and events, written out once more: both sides of a call are compiled from
+// the same catalogue, and would follow it to a wrong slot together.
+#include "ui-engine/BLDocument.SO.h"
 #include "ui-engine/BLDocumentView.SO.h"
 #include "ui-engine/LocaleManager.SO.h"
 #include "ui-engine/UIDocumentView.SO.h"
@@ -69,6 +70,29 @@ TEST(SlotNumbers, OfWhatTheHostIsAskedFor)
                 ElementsAre(26, 2, 13));
     EXPECT_THAT((Slots<LocaleManager::GetString, LocaleManager::GetSectionString>()),
                 ElementsAre(8, 9));
+}
+
+TEST(SlotNumbers, OfTheHostsEvents)
+{
+    using testing::ElementsAre;
+    using V = BLDocumentView;
+    EXPECT_THAT(
+        (Slots<V::OnLayoutChanged, V::OnFocusPageChanged, V::OnVisibleRangeChanged,
+               V::OnPagesChanged, V::OnZoomChanged, V::OnSelectionChanged,
+               V::OnAvailableOperationsChanged, V::OnActiveToolChanged, V::OnInputHandleFocusAnnot,
+               V::OnScrollChanged, V::OnViewRulerStateChanged, V::OnViewGridStateChanged,
+               V::OnLockedStateChanged, V::OnViewStateChanged>()),
+        ElementsAre(6, 20, 25, 28, 42, 51, 54, 94, 99, 126, 182, 185, 188, 199));
+    using C = UIDocumentsCollection;
+    EXPECT_THAT(
+        (Slots<C::OnDocumentViewCreated, C::OnDocumentViewActivated, C::OnDocumentViewDeactivated,
+               C::OnDocumentViewDestroyed, C::OnSbSViewCreated, C::OnSbSViewActivated,
+               C::OnSbSViewDeactivated, C::OnSbSViewDestroyed>()),
+        ElementsAre(8, 11, 14, 17, 24, 27, 30, 33));
+    EXPECT_THAT((Slots<BLDocument::OnPagesChanged, BLDocument::OnAnnotChanged,
+                       UIMainFrame::OnChildDocumentFrameCreated>()),
+                ElementsAre(39, 78, 25));
+    EXPECT_EQ(V::OnViewStateChanged::kUnsubscribeSlot, 200u);
 }
 
 }  // namespace

@@ -109,30 +109,6 @@ TEST_F(Dispatcher, FreesARecordThatTheHostDidNotTake)
     }
 }
 
-TEST_F(Dispatcher, NeedsTablesThatReachBeyondItsSlots)
-{
-    service_->CutTable(96);
-    dispatcher_.Start();
-    EXPECT_EQ(service_.Calls<UIService::GetThreadObject>(), 0u);
-    EXPECT_FALSE(dispatcher_.ThreadObject());
-    EXPECT_TRUE(dispatcher_.IsUIThread());
-    EXPECT_FALSE(dispatcher_.Post(Counting()));
-    service_->CutTable(97);
-    dispatcher_.Start();
-    EXPECT_EQ(dispatcher_.ThreadObject().Get(), thread_.Get());
-    for (const std::uint32_t bytes : {0u, 8u}) {
-        thread_->CutTable(bytes);
-        EXPECT_FALSE(dispatcher_.Post(Counting()));
-    }
-    EXPECT_EQ(thread_.Calls<UIThread::PostCall>(), 0u);
-    thread_->CutTable(9);
-    EXPECT_TRUE(dispatcher_.Post(Counting()));
-    thread_->SetEntry(1, nullptr);
-    EXPECT_FALSE(dispatcher_.Post(Counting()));
-    EXPECT_EQ(Copies(), 1);
-    RunPosted();
-}
-
 TEST_F(Dispatcher, StaysDetachedWhenItsServiceFails)
 {
     dispatcher_.Start();

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <initializer_list>
+#include <iterator>
 
 namespace Documents {
 
@@ -109,37 +110,6 @@ std::string String(std::string_view bytes)
     return text + ')';
 }
 
-// What the standard demands of a subtype beyond the common entries (ISO 32000-1, 12.5.6).
-std::string SubtypeEntries(std::string_view subtype, const Frame& frame)
-{
-    const Point bottomLeft = frame.At(0, 0);
-    const Point topRight = frame.At(1, 1);
-    if (subtype == "Line") {
-        return "/L " + Numbers({bottomLeft, topRight});
-    }
-    if (subtype == "Highlight" || subtype == "Underline" || subtype == "Squiggly" ||
-        subtype == "StrikeOut") {
-        return "/QuadPoints " + Numbers({frame.At(0, 1), topRight, bottomLeft, frame.At(1, 0)});
-    }
-    if (subtype == "Square" || subtype == "Circle") {
-        return "/BS << /W " + Number(kBorderWidth) + " >>";
-    }
-    if (subtype == "Ink") {
-        return "/InkList [" +
-               Numbers(
-                   {frame.At(0, 0.5), frame.At(0.3, 0.9), frame.At(0.6, 0.1), frame.At(1, 0.5)}) +
-               "]";
-    }
-    if (subtype == "Polygon" || subtype == "PolyLine") {
-        return "/Vertices " +
-               Numbers({bottomLeft, frame.At(0.2, 1), frame.At(0.8, 0.9), frame.At(1, 0)});
-    }
-    if (subtype == "FreeText") {
-        return "/DA (0 0 0.6 rg /Helv 11 Tf)";
-    }
-    return subtype == "Text" ? "/Name /Note" : subtype == "Stamp" ? "/Name /Draft" : "";
-}
-
 // Content-stream operators, with points given by shares of a frame.
 class Drawing {
 public:
@@ -221,95 +191,183 @@ void DrawNote(Drawing& drawing)
     }
 }
 
-struct Shape {
-    std::string_view subtype;
-    std::string_view colour;
-    void (*draw)(Drawing& drawing);
+// Entries that the standard demands of a subtype beyond the common ones (ISO 32000-1, 12.5.6).
+std::string QuadPoints(const Frame& frame)
+{
+    return "/QuadPoints " +
+           Numbers({frame.At(0, 1), frame.At(1, 1), frame.At(0, 0), frame.At(1, 0)});
+}
+
+std::string Border(const Frame& /*frame*/)
+{
+    return "/BS << /W " + Number(kBorderWidth) + " >>";
+}
+
+std::string Vertices(const Frame& frame)
+{
+    return "/Vertices " +
+           Numbers({frame.At(0, 0), frame.At(0.2, 1), frame.At(0.8, 0.9), frame.At(1, 0)});
+}
+
+// All that the workbench knows of an annotation subtype.
+struct Subtype {
+    std::string_view name;
+    bool listed = true;  // a markup annotation
+    std::string_view colour = "1 0.8 0.1";
+    std::string (*entries)(const Frame& frame) = [](const Frame&) { return std::string(); };
+    // Null: viewers draw it by themselves. A drawing begins with the colour set for lines and for
+    // areas, and lines 1.5 units wide.
+    void (*draw)(Drawing& drawing) = nullptr;
     double margin = 0;  // for lines that would reach beyond the rectangle
 };
 
-// Each drawing begins with the colour set for lines and for areas, and lines 1.5 units wide.
-constexpr Shape kShapes[] = {
-    {"Highlight", "1 0.9 0.2", [](Drawing& d) { d.Raw("/Multiply gs").Box(0, 0, 1, 1).Raw("f"); }},
-    {"Underline", "0.1 0.6 0.2",
-     [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.08).LineTo(1, 0.08).Raw("S"); }},
-    {"StrikeOut", "0.8 0.1 0.1",
-     [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.5).LineTo(1, 0.5).Raw("S"); }},
-    {"Squiggly", "0.8 0.4 0",
-     [](Drawing& d) {
-         d.Raw("0.8 w");
-         DrawSquiggle(d);
-         d.Raw("S");
-     }},
-    {"Square", "0.8 0.1 0.1", [](Drawing& d) { d.Box(0, 0, 1, 1).Raw("S"); }, kBorderWidth / 2},
-    {"Circle", "0.1 0.3 0.8",
-     [](Drawing& d) {
-         DrawOval(d);
-         d.Raw("s");
-     },
-     kBorderWidth / 2},
-    {"Line", "0.1 0.3 0.8", [](Drawing& d) { d.MoveTo(0, 0).LineTo(1, 1).Raw("S"); },
-     kBorderWidth / 2},
-    {"Polygon", "0.4 0.1 0.6",
-     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("s"); },
-     kBorderWidth / 2},
-    {"PolyLine", "0.4 0.1 0.6",
-     [](Drawing& d) { d.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0).Raw("S"); },
-     kBorderWidth / 2},
-    {"Ink", "0.1 0.1 0.1",
-     [](Drawing& d) {
-         d.Raw("2 w 1 J").MoveTo(0, 0.5).CurveTo({0.3, 0.9}, {0.6, 0.1}, {1, 0.5}).Raw("S");
-     }},
-    {"Caret", "0.1 0.3 0.8",
-     [](Drawing& d) {
-         d.MoveTo(0, 0)
-             .CurveTo({0.4, 0}, {0.5, 0.6}, {0.5, 1})
-             .CurveTo({0.5, 0.6}, {0.6, 0}, {1, 0})
-             .Raw("f");
-     }},
-    {"Stamp", "0.8 0.1 0.1",
-     [](Drawing& d) {
-         d.Raw("3 w").Box(0.03, 0.06, 0.94, 0.88).Raw("S");
-         d.MoveTo(0.12, 0.5).LineTo(0.88, 0.5).Raw("S");
-     }},
-    {"Redact", "0.8 0 0",
-     [](Drawing& d) {
-         d.Raw("1 g 1 w").Box(0, 0, 1, 1).Raw("B").MoveTo(0, 0).LineTo(1, 1).Raw("S");
-     },
-     0.5},
-    {"FileAttachment", "0.9 0.9 0.6",
-     [](Drawing& d) {
-         d.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");
-         d.MoveTo(0.3, 0.3).LineTo(0.7, 0.5).LineTo(0.3, 0.7).Raw("s");
-     }},
-    {"Sound", "0.9 0.9 0.6",
-     [](Drawing& d) {
-         d.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");
-         d.MoveTo(0.3, 0.3).LineTo(0.7, 0.5).LineTo(0.3, 0.7).Raw("s");
-     }},
-    {"Text", "1 0.8 0.1",
-     [](Drawing& d) {
-         Drawing note{d.Within().SquareAtTop(20)};
-         DrawNote(note);
-         d.Raw(note.Operators());
-     }},
-};
-
-const Shape* ShapeOf(std::string_view subtype)
+void DrawAttachment(Drawing& drawing)
 {
-    const auto* const shape =
-        std::find_if(std::begin(kShapes), std::end(kShapes),
-                     [&](const Shape& candidate) { return candidate.subtype == subtype; });
-    return shape == std::end(kShapes) ? nullptr : shape;
+    drawing.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");
+    drawing.MoveTo(0.3, 0.3).LineTo(0.7, 0.5).LineTo(0.3, 0.7).Raw("s");
 }
 
-std::string ColourOf(std::string_view subtype)
+void DrawVertices(Drawing& drawing)
 {
-    const Shape* const shape = ShapeOf(subtype);
-    return std::string{shape == nullptr ? "1 0.8 0.1" : shape->colour};
+    drawing.MoveTo(0, 0).LineTo(0.2, 1).LineTo(0.8, 0.9).LineTo(1, 0);
+}
+
+constexpr Subtype kSubtypes[] = {
+    {.name = "Text",
+     .entries = [](const Frame&) { return std::string("/Name /Note"); },
+     .draw =
+         [](Drawing& d) {
+             Drawing note{d.Within().SquareAtTop(20)};
+             DrawNote(note);
+             d.Raw(note.Operators());
+         }},
+    {.name = "Link", .listed = false},
+    {.name = "FreeText",
+     .entries = [](const Frame&) { return std::string("/DA (0 0 0.6 rg /Helv 11 Tf)"); }},
+    {.name = "Line",
+     .colour = "0.1 0.3 0.8",
+     .entries =
+         [](const Frame& f) {
+             return "/L " + Numbers({f.At(0, 0), f.At(1, 1)});
+         },
+     .draw = [](Drawing& d) { d.MoveTo(0, 0).LineTo(1, 1).Raw("S"); },
+     .margin = kBorderWidth / 2},
+    {.name = "Square",
+     .colour = "0.8 0.1 0.1",
+     .entries = Border,
+     .draw = [](Drawing& d) { d.Box(0, 0, 1, 1).Raw("S"); },
+     .margin = kBorderWidth / 2},
+    {.name = "Circle",
+     .colour = "0.1 0.3 0.8",
+     .entries = Border,
+     .draw =
+         [](Drawing& d) {
+             DrawOval(d);
+             d.Raw("s");
+         },
+     .margin = kBorderWidth / 2},
+    {.name = "Polygon",
+     .colour = "0.4 0.1 0.6",
+     .entries = Vertices,
+     .draw =
+         [](Drawing& d) {
+             DrawVertices(d);
+             d.Raw("s");
+         },
+     .margin = kBorderWidth / 2},
+    {.name = "PolyLine",
+     .colour = "0.4 0.1 0.6",
+     .entries = Vertices,
+     .draw =
+         [](Drawing& d) {
+             DrawVertices(d);
+             d.Raw("S");
+         },
+     .margin = kBorderWidth / 2},
+    {.name = "Highlight",
+     .colour = "1 0.9 0.2",
+     .entries = QuadPoints,
+     .draw = [](Drawing& d) { d.Raw("/Multiply gs").Box(0, 0, 1, 1).Raw("f"); }},
+    {.name = "Underline",
+     .colour = "0.1 0.6 0.2",
+     .entries = QuadPoints,
+     .draw = [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.08).LineTo(1, 0.08).Raw("S"); }},
+    {.name = "Squiggly",
+     .colour = "0.8 0.4 0",
+     .entries = QuadPoints,
+     .draw =
+         [](Drawing& d) {
+             d.Raw("0.8 w");
+             DrawSquiggle(d);
+             d.Raw("S");
+         }},
+    {.name = "StrikeOut",
+     .colour = "0.8 0.1 0.1",
+     .entries = QuadPoints,
+     .draw = [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.5).LineTo(1, 0.5).Raw("S"); }},
+    {.name = "Stamp",
+     .colour = "0.8 0.1 0.1",
+     .entries = [](const Frame&) { return std::string("/Name /Draft"); },
+     .draw =
+         [](Drawing& d) {
+             d.Raw("3 w").Box(0.03, 0.06, 0.94, 0.88).Raw("S");
+             d.MoveTo(0.12, 0.5).LineTo(0.88, 0.5).Raw("S");
+         }},
+    {.name = "Caret",
+     .colour = "0.1 0.3 0.8",
+     .draw =
+         [](Drawing& d) {
+             d.MoveTo(0, 0)
+                 .CurveTo({0.4, 0}, {0.5, 0.6}, {0.5, 1})
+                 .CurveTo({0.5, 0.6}, {0.6, 0}, {1, 0})
+                 .Raw("f");
+         }},
+    {.name = "Ink",
+     .colour = "0.1 0.1 0.1",
+     .entries =
+         [](const Frame& f) {
+             return "/InkList [" +
+                    Numbers({f.At(0, 0.5), f.At(0.3, 0.9), f.At(0.6, 0.1), f.At(1, 0.5)}) + "]";
+         },
+     .draw =
+         [](Drawing& d) {
+             d.Raw("2 w 1 J").MoveTo(0, 0.5).CurveTo({0.3, 0.9}, {0.6, 0.1}, {1, 0.5}).Raw("S");
+         }},
+    {.name = "Popup", .listed = false},
+    {.name = "FileAttachment", .colour = "0.9 0.9 0.6", .draw = DrawAttachment},
+    {.name = "Sound", .colour = "0.9 0.9 0.6", .draw = DrawAttachment},
+    {.name = "Widget", .listed = false},
+    {.name = "TrapNet", .listed = false},
+    {.name = "Redact",
+     .colour = "0.8 0 0",
+     .draw =
+         [](Drawing& d) {
+             d.Raw("1 g 1 w").Box(0, 0, 1, 1).Raw("B").MoveTo(0, 0).LineTo(1, 1).Raw("S");
+         },
+     .margin = 0.5},
+};
+
+// An unknown subtype has the defaults, and is not listed.
+const Subtype& SubtypeNamed(std::string_view name)
+{
+    static constexpr Subtype kUnknown{.name = "", .listed = false};
+    const auto* const found = std::ranges::find(kSubtypes, name, &Subtype::name);
+    return found == std::end(kSubtypes) ? kUnknown : *found;
 }
 
 }  // namespace
+
+std::vector<std::string_view> KnownSubtypes()
+{
+    std::vector<std::string_view> names;
+    std::ranges::transform(kSubtypes, std::back_inserter(names), &Subtype::name);
+    return names;
+}
+
+bool IsMarkupSubtype(std::string_view name) noexcept
+{
+    return SubtypeNamed(name).listed;
+}
 
 std::string EncodeDate(const _PDDateRec& date)
 {
@@ -353,25 +411,26 @@ std::string AnnotationEntries(const AnnotationProperties& properties)
     addDate("/M", properties.modified);
     add(properties.flags != 0, "/F", [&] { return std::to_string(properties.flags); });
     if (properties.rect) {
-        entries += " /Rect " + RectangleSyntax(*properties.rect) + " /C [" +
-                   ColourOf(properties.subtype) + "] " +
-                   SubtypeEntries(properties.subtype, Frame{*properties.rect});
+        const Subtype& subtype = SubtypeNamed(properties.subtype);
+        entries.append(" /Rect ").append(RectangleSyntax(*properties.rect));
+        entries.append(" /C [").append(subtype.colour).append("] ");
+        entries += subtype.entries(Frame{*properties.rect});
     }
     return entries;
 }
 
 Appearance DrawAppearance(const AnnotationProperties& properties)
 {
-    const Shape* const shape = ShapeOf(properties.subtype);
-    if (shape == nullptr || !properties.rect) {
+    const Subtype& subtype = SubtypeNamed(properties.subtype);
+    if (subtype.draw == nullptr || !properties.rect) {
         return {};
     }
     const Frame place{*properties.rect};
     const _PDRect box{0, 0, place.width, place.height};
-    Drawing drawing{Frame{box}.Inside(shape->margin)};
-    const std::string colour{shape->colour};
+    Drawing drawing{Frame{box}.Inside(subtype.margin)};
+    const std::string colour{subtype.colour};
     drawing.Raw(colour + " RG " + colour + " rg " + Number(kBorderWidth) + " w");
-    shape->draw(drawing);
+    subtype.draw(drawing);
     return {"/Type /XObject /Subtype /Form /BBox " + RectangleSyntax(box) +
                 " /Resources << /ExtGState << /Multiply << /Type /ExtGState /BM /Multiply >> >> >>",
             drawing.Operators()};

@@ -6,8 +6,15 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Documents {
+
+// Names of the annotation subtypes that the workbench draws, writes or lists.
+std::vector<std::string_view> KnownSubtypes();
+
+// Whether the subtype is one of those that a page lists.
+bool IsMarkupSubtype(std::string_view name) noexcept;
 
 // "D:20240501100000+02'00'"; a zone of 0 hours is written as Z.
 std::string EncodeDate(const _PDDateRec& date);

@@ -1,9 +1,9 @@
 #include "documents/Records.h"
 
+#include "documents/AnnotationSyntax.h"
 #include "documents/FaultInjection.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <thread>
 
@@ -11,13 +11,6 @@ namespace {
 
 std::atomic<std::int64_t> livePages{0};
 std::atomic<std::int64_t> liveAnnotations{0};
-
-constexpr std::array<std::string_view, 17> kMarkupSubtypes{
-    "Caret",    "Circle",   "FileAttachment", "FreeText", "Highlight", "Ink",
-    "Line",     "PolyLine", "Polygon",        "Redact",   "Sound",     "Square",
-    "Squiggly", "Stamp",    "StrikeOut",      "Text",     "Underline",
-};
-static_assert(std::is_sorted(kMarkupSubtypes.begin(), kMarkupSubtypes.end()));
 
 Atom AtomOf(const std::string& name)
 {
@@ -37,8 +30,7 @@ namespace Documents {
 // Invisible concerns annotations of unknown subtypes only.
 bool IsListedByDefault(std::string_view subtype, std::uint32_t flags) noexcept
 {
-    return (flags & (kFlagHidden | kFlagNoView)) == 0 &&
-           std::binary_search(kMarkupSubtypes.begin(), kMarkupSubtypes.end(), subtype);
+    return (flags & (kFlagHidden | kFlagNoView)) == 0 && IsMarkupSubtype(subtype);
 }
 
 PropertyBlock::PropertyBlock(AnnotationProperties values, bool listEverything)

@@ -50,8 +50,7 @@ void Declare(CLI::App& app, ProgramOptions& options)
     app.add_flag("--list-all", options.session.listAll,
                  "List every annotation, whatever its subtype and flags");
     app.add_option("--password", options.session.password, "Password of encrypted files");
-    app.add_option("--locale", options.session.host.language,
-                   "Language of the panel, such as de");
+    app.add_option("--locale", options.session.host.language, "Language of the panel, such as de");
     app.add_option("--port", options.port,
                    "Port of the page in the browser; a free one if not given")
         ->excludes(json);

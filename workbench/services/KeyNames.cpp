@@ -2,31 +2,38 @@
 
 #include "ui-engine/HtmlElementTypes.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace Workbench {
 
 namespace {
 
-struct Key {
-    std::string_view name;
-    std::uint32_t code;
-};
-
-constexpr Key kKeys[] = {
-    {"Enter", kKeyEnter}, {"PageUp", kKeyPageUp}, {"PageDown", kKeyPageDown}, {"Home", kKeyHome},
-    {"End", kKeyEnd},     {"Up", kKeyUpArrow},    {"Down", kKeyDownArrow},    {"Left", kKeyLeft},
-    {"Right", kKeyRight}, {"Delete", kKeyDelete},
+constexpr NamedKey kKeys[] = {
+    {"Enter", "Enter", kKeyEnter},
+    {"PageUp", "PageUp", kKeyPageUp},
+    {"PageDown", "PageDown", kKeyPageDown},
+    {"Home", "Home", kKeyHome},
+    {"End", "End", kKeyEnd},
+    {"Up", "ArrowUp", kKeyUpArrow},
+    {"Down", "ArrowDown", kKeyDownArrow},
+    {"Left", "ArrowLeft", kKeyLeft},
+    {"Right", "ArrowRight", kKeyRight},
+    {"Delete", "Delete", kKeyDelete},
 };
 
 }  // namespace
 
+std::span<const NamedKey> PanelKeys()
+{
+    return kKeys;
+}
+
 std::optional<std::uint32_t> KeyNamed(std::string_view name)
 {
-    const auto* const found = std::find_if(std::begin(kKeys), std::end(kKeys),
-                                           [name](const Key& key) { return key.name == name; });
-    return found == std::end(kKeys) ? std::nullopt : std::optional(found->code);
+    for (const NamedKey& key : kKeys) {
+        if (key.name == name || key.browserName == name) {
+            return key.code;
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace Workbench

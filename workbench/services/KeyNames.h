@@ -1,14 +1,22 @@
-// The keys that the panel reacts to, by the names that scripts and the browser have for them:
-// Enter PageUp PageDown Home End Up Down Left Right Delete. [any-thread]
+// The keys that the panel reacts to, by the names that scripts and browsers have for them.
+// [any-thread]
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace Workbench {
 
-// The key's code (kKey...); nothing for another name.
+struct NamedKey {
+    std::string_view name;         // in scripts
+    std::string_view browserName;  // KeyboardEvent.key
+    std::uint32_t code;            // kKey...
+};
+std::span<const NamedKey> PanelKeys();
+
+// The code of a key by either name; nothing for another name.
 std::optional<std::uint32_t> KeyNamed(std::string_view name);
 
 }  // namespace Workbench

@@ -31,7 +31,7 @@ BasicServiceObjectPtr<I> HandOut(const BasicServiceObjectPtr<T>& object)
 CommentsPanelInplacePlugin::CommentsPanelInplacePlugin()
 {
     // Before any container exists, and before a worker asks for them.
-    FindSubtype(kAtomNone);
+    ClassNameOf(kAtomNone);
     SP::ServiceAtom<PDModelService>();
 }
 

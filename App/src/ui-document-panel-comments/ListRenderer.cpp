@@ -99,9 +99,6 @@ void SetDateRow(TemplatesPreprocessor& tooltip, const DateRow& row, const std::w
 
 std::wstring TypeName(Atom subtype)
 {
-    if (const SubtypeEntry* entry = FindSubtype(subtype)) {
-        return LocalizedString(entry->displayName);
-    }
     const char* const ownName = AtomService::NameOf(subtype);
     return ownName == nullptr ? std::wstring() : LocalizedString(FromNarrow(ownName));
 }
@@ -197,9 +194,7 @@ auto ListRenderer::KindOf(const PDFL::Annotation& annotation) -> const Kind&
     const Atom subtype = annotation.Subtype();
     auto known = kinds_.find(subtype);
     if (known == kinds_.end()) {
-        const SubtypeEntry* const entry = FindSubtype(subtype);
-        const auto className = entry == nullptr ? std::wstring_view() : entry->className;
-        known = kinds_.emplace(subtype, Kind{TypeName(subtype), className}).first;
+        known = kinds_.emplace(subtype, Kind{TypeName(subtype), ClassNameOf(subtype)}).first;
     }
     return known->second;
 }

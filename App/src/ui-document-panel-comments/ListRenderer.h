@@ -47,17 +47,16 @@ public:
     // The contents with every line break turned into "<br/>"; nothing is escaped.
     static std::wstring ConvertContentsText(const PDFL::Annotation& annotation);
 
+    BLDocument* Document() const { return document_; }
+
+private:
+    struct Templates;
     struct Captions {
         std::wstring page;  // with %1% for the page number
         std::wstring created;
         std::wstring modified;
         std::wstring dateFormat;  // directives of date_time's output facets
     };
-    const Captions& UserCaptions() const { return captions_; }
-    BLDocument* Document() const { return document_; }
-
-private:
-    struct Templates;
 
     template <class Render>
     void ForEachPage(const Render& render) const;

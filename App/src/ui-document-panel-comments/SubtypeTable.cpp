@@ -7,37 +7,38 @@
 namespace {
 
 constexpr SubtypeEntry kSubtypes[] = {
-    {"Text", L"Text", L".text"},
-    {"Link", L"Link", L""},
-    {"Highlight", L"Highlight", L".highlight"},
-    {"Underline", L"Underline", L".underline"},
-    {"Squiggly", L"Squiggly", L".highlight"},
-    {"StrikeOut", L"StrikeOut", L".strikethrough"},
-    {"Popup", L"Popup", L""},
-    {"Widget", L"Widget", L""},
-    {"Stamp", L"Stamp", L".stamp"},
-    {"Ink", L"Ink", L".pencil"},
-    {"Line", L"Line", L".pencil"},
-    {"PolyLine", L"PolyLine", L".pencil"},
-    {"Polygon", L"Polygon", L".pencil"},
-    {"Square", L"Square", L".rectangle"},
-    {"Circle", L"Circle", L".oval"},
-    {"TrapNet", L"TrapNet", L""},
-    {"Caret", L"Caret", L".highlight"},
-    {"Redact", L"Redact", L".redaction"},
+    {"Text", L".text"},
+    {"Highlight", L".highlight"},
+    {"Underline", L".underline"},
+    {"Squiggly", L".highlight"},
+    {"StrikeOut", L".strikethrough"},
+    {"Stamp", L".stamp"},
+    {"Ink", L".pencil"},
+    {"Line", L".pencil"},
+    {"PolyLine", L".pencil"},
+    {"Polygon", L".pencil"},
+    {"Square", L".rectangle"},
+    {"Circle", L".oval"},
+    {"Caret", L".highlight"},
+    {"Redact", L".redaction"},
 };
 
 }  // namespace
 
-const SubtypeEntry* FindSubtype(Atom subtype)
+std::span<const SubtypeEntry> SubtypeTable()
 {
-    static const auto table = [] {
-        std::unordered_map<Atom, const SubtypeEntry*> entries;
+    return kSubtypes;
+}
+
+std::wstring_view ClassNameOf(Atom subtype)
+{
+    static const auto classes = [] {
+        std::unordered_map<Atom, std::wstring_view> names;
         for (const SubtypeEntry& entry : kSubtypes) {
-            entries.emplace(AtomService::Resolve(entry.subtype), &entry);
+            names.emplace(AtomService::Resolve(entry.subtype), entry.className);
         }
-        return entries;
+        return names;
     }();
-    const auto found = table.find(subtype);
-    return found == table.end() ? nullptr : found->second;
+    const auto found = classes.find(subtype);
+    return found == classes.end() ? std::wstring_view() : found->second;
 }

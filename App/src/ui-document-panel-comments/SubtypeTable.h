@@ -1,14 +1,19 @@
-// What the list shows for each annotation subtype: the key of its display name and the class that
-// gives it an icon. Built once, at module start-up, keyed by the atom of the subtype. [any-thread]
+// The classes that give the list's items their icons, by annotation subtype. [any-thread]
 #pragma once
 
 #include "service-common/Atom.h"
 
-struct SubtypeEntry {
-    const char* subtype;         // as the PDF library names it
-    const wchar_t* displayName;  // key and default text
-    const wchar_t* className;    // attribute text such as L".highlight"; empty: no icon
-};
+#include <span>
+#include <string_view>
 
-// The entry of a subtype, or null for one that is outside the table.
-const SubtypeEntry* FindSubtype(Atom subtype);
+struct SubtypeEntry {
+    const char*
+        subtype;  // as the PDF library names it; also the key and default of its display name
+    const wchar_t*
+        className;  // attribute text such as L".highlight"; the icon is a rule of panel.css
+};
+std::span<const SubtypeEntry> SubtypeTable();
+
+// The class of a subtype; empty for one without an icon. Looked up by atom, in a map that is built
+// once, at module start-up.
+std::wstring_view ClassNameOf(Atom subtype);
