@@ -484,28 +484,6 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     EXPECT_EQ(page->Document(1).at("undo"), "insert-page");
 }
 
-TEST_F(Browsing, AnswersEachRequestByItself)
-{
-    Start({"a.pdf"});
-    const Json asked = {{"type", "command"}, {"name", "annotations"}, {"document", 1}};
-    for (const int number : {0, 99, 1, 0}) {
-        Json request = asked;
-        request["id"] = 900 + number;
-        request["page"] = number;
-        page->Send(request);
-    }
-    std::size_t answers = 0;
-    while (answers < 4) {
-        const Json reply = page->Read();
-        if (reply.at("type") == "reply") {
-            ++answers;
-            const int number = reply.at("id").get<int>() - 900;
-            EXPECT_EQ(reply.value("page", 99), number);
-            EXPECT_EQ(reply.at("error").is_null(), number != 99);
-        }
-    }
-}
-
 TEST_F(Browsing, EditsAndTakesBack)
 {
     ::setenv("LOGNAME", "Zoë", 1);
@@ -792,33 +770,6 @@ TEST_F(Browsing, TakesFilesFromBrowsers)
     EXPECT_EQ(page->Command("open", {{"path", Path("a.pdf")}}).at("error"), nullptr);
 }
 
-TEST_F(Browsing, SwitchesViewsAndLanguages)
-{
-    Start({"a.pdf", "b.pdf"});
-    page->Send({{"type", "click"}, {"element", Item("0_0")}});
-    Do("focus", {{"document", 1}, {"page", 0}, {"index", 0}});
-    Do("read-only", {{"document", 1}, {"on", true}});
-    EXPECT_EQ(page->Document(1).at("readOnly"), true);
-    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 0}, {"index", 0}}));
-    EXPECT_EQ(page->documents.at("active"), 2);
-    workbench->Settle(*page);
-    ExpectSameTree(*page);
-    Do("activate", {{"document", 1}});
-    workbench->Settle(*page);
-    page->Send({{"type", "key"}, {"key", "Delete"}});
-    page->Fence();
-    EXPECT_EQ(page->Document(1).at("modified"), false);
-    Do("read-only", {{"document", 1}, {"on", false}});
-    EXPECT_EQ(page->Document(1).at("readOnly"), false);
-    EXPECT_THAT(page->Ids(), ElementsAre(1, 2));
-
-    Do("locale", {{"locale", "de"}});
-    EXPECT_EQ(page->locale, "de");
-    workbench->Settle(*page);
-    EXPECT_THAT(page->tree.Text(), HasSubstr("Seite 1"));
-    ExpectSameTree(*page);
-}
-
 TEST_F(Browsing, ServesFilesOfItsOwnAndOfThePanel)
 {
     Start({"a.pdf"});
@@ -910,27 +861,6 @@ TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
     EXPECT_THAT(errors, AllOf(HasSubstr("Ctrl-C"), Not(HasSubstr("recovered"))));
     EXPECT_FALSE(std::filesystem::exists(Path("b.recovered.pdf")));
-}
-
-TEST_F(Browsing, SavesEverythingWhenItEndsSo)
-{
-    Start({"a.pdf", "b.pdf"});
-    const std::string sample = ReadFile(Path("a.pdf"));
-    const std::size_t count = CountIn(sample, 1);
-    Post(workbench->Address(), "/documents?name=sent.pdf", sample);
-    for (const int document : {1, 2, 3}) {
-        Do("add", {{"document", document}, {"page", 1}, {"subtype", "Text"}});
-    }
-    workbench->Signal(SIGINT);
-    page->ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
-    // One is being saved already.
-    page->Send({{"type", "command"}, {"id", 900}, {"name", "save"}, {"document", 2}});
-    Do("end", {{"unsaved", "save"}});
-    WaitForEnd();
-    EXPECT_EQ(CountIn(ReadFile(Path("a.pdf")), 1), count + 1);
-    EXPECT_EQ(CountIn(ReadFile(Path("b.pdf")), 1), count + 1);
-    EXPECT_FALSE(std::filesystem::exists(Path("a.recovered.pdf")));
-    EXPECT_EQ(CountIn(ReadFile(folder.At("state") / "sent.recovered.pdf"), 1), count + 1);
 }
 
 TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)

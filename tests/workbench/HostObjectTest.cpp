@@ -7,16 +7,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using namespace Workbench;
 
@@ -72,17 +69,6 @@ TEST(HostObjects, OfferEverythingThatTheirInterfacesDeclare)
     EXPECT_THAT(MissingEntries(locale->AsInterface()), IsEmpty());
     EXPECT_THAT(MissingEntries(PDModelServiceObject::Make()->AsInterface()), IsEmpty());
 }
-
-// An object whose method does what the test says.
-class ScriptedSelection : public HostObject<ScriptedSelection, BLSelection> {
-public:
-    ScriptedSelection() { Offer<BLSelection::GetKind, &ScriptedSelection::GetKind>(); }
-
-    std::function<ResultCode()> answer;
-
-private:
-    ResultCode GetKind(std::uint32_t*) { return answer(); }
-};
 
 TEST(UIService, KnowsOnlyTheUiThread)
 {

@@ -244,18 +244,6 @@ TEST_F(Panel, SurvivesAHandlerThatRemovesItselfWhileItHandles)
     EXPECT_THAT(TakeRecord(), IsEmpty());
 }
 
-TEST_F(Panel, NotesWhatAHandlerFailsWith)
-{
-    AttachBoth();
-    inner->eventAnswer = kResultNotInitialized;
-    panel->Click(Element("item"));
-    const auto failures = state->failures.Take();
-    ASSERT_EQ(failures.size(), 1u);
-    EXPECT_EQ(failures[0].where, "UIHandler::HandleEvent");
-    EXPECT_EQ(failures[0].code, kResultNotInitialized);
-    EXPECT_EQ(failures[0].message, "UIHandler::HandleEvent() failed, code: 2");
-}
-
 TEST_F(Panel, TranslatesByTokenOrOriginalTextAndTellsTheHandlers)
 {
     AttachBoth();

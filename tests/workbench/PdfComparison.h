@@ -1,4 +1,4 @@
-// Compares two PDF files object by object, whatever the numbers of the objects.
+// Compares two PDF files, whatever the order and the form of their objects.
 #pragma once
 
 #include <qpdf/QPDF.hh>
@@ -17,10 +17,8 @@ using Places = std::set<std::pair<std::size_t, int>>;
 // of the same annotation.
 Places WithTheirPopups(QPDF& file, const Places& places);
 
-// Where `after` is not `before` without some annotations: the way from the trailer to the first
-// difference, and both sides of it. Empty when every object that the trailer of `before` leads to
-// has its equal in `after`, references included. Left aside are the annotations that are gone,
-// wherever they are still referred to, and what a file is about itself (cross-references, /ID).
+// Where `after` is not `before` without some annotations, when both are written anew: a piece of
+// each from there on. Empty when they are the same. Takes the annotations out of `before`.
 std::string DescribeDifference(QPDF& before, const Places& gone, QPDF& after);
 
 }  // namespace SavedFilesTest

@@ -128,18 +128,6 @@ TEST_F(Loop, WaitsForCallsOfOtherThreadsAndGivesUpInTime)
     loop.RunWaiting();
 }
 
-TEST_F(Loop, TakesNothingAfterItsEndButRunsWhatItHas)
-{
-    loop.Hold(true);
-    PostNumber(1);
-    OnOtherThread([this] { PostNumber(2); });
-    loop.End();
-    EXPECT_FALSE(PostNumber(3));
-    OnOtherThread([this] { EXPECT_FALSE(PostNumber(4)); });
-    loop.RunWaiting();
-    EXPECT_THAT(numbers, ElementsAre(1, 2));
-}
-
 TEST_F(Loop, ForeignThreadFinishesItsWorkBeforeItStops)
 {
     std::vector<int> done;

@@ -146,7 +146,7 @@ Host::ViewPtr Host::OpenView(std::shared_ptr<Documents::Document> content)
     const auto view =
         BLDocumentViewObject::Make(state_, BLDocumentObject::Make(state_, std::move(content)));
     view->Connect();
-    const ViewPtr opened = UIDocumentViewObject::Make(view);
+    ViewPtr opened = UIDocumentViewObject::Make(view);
     collection_->Add(opened);
     collection_->Activate(opened);
     return opened;
@@ -154,7 +154,7 @@ Host::ViewPtr Host::OpenView(std::shared_ptr<Documents::Document> content)
 
 Host::ViewPtr Host::OpenBeside(const ViewPtr& view)
 {
-    const ViewPtr beside = UIDocumentViewObject::Make(BLDocumentViewObject::Make(
+    ViewPtr beside = UIDocumentViewObject::Make(BLDocumentViewObject::Make(
         state_, BasicServiceObjectPtr<BLDocumentObject>::Retain(view->View().Document())));
     uiService_->HandOutUnheld(true);
     collection_->Add(beside);
