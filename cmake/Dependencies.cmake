@@ -1,7 +1,7 @@
 # Third-party code under the same target names on both systems:
 #
 #   boost::headers  nlohmann::json  cli11::cli11      headers only
-#   qpdf::qpdf                                        Linux only
+#   qpdf::qpdf  boost::url                            Linux only
 #   GTest::gtest  GTest::gtest_main  GTest::gmock  GTest::gmock_main    for tests
 #   benchmark::benchmark  gumbo::gumbo                for tests, Linux only
 #
@@ -40,6 +40,10 @@ if(WIN32)
 endif()
 
 if(NOT WIN32)
+    find_library(BOOST_URL_LIBRARY boost_url REQUIRED)
+    add_library(boost::url INTERFACE IMPORTED GLOBAL)
+    target_link_libraries(boost::url INTERFACE boost::headers ${BOOST_URL_LIBRARY})
+
     find_package(qpdf REQUIRED)
     add_library(qpdf::qpdf INTERFACE IMPORTED GLOBAL)
     target_link_libraries(qpdf::qpdf INTERFACE qpdf::libqpdf)

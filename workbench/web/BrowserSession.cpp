@@ -1,5 +1,6 @@
 #include "web/BrowserSession.h"
 
+#include "services/KeyNames.h"
 #include "web/ClientMessage.h"
 #include "web/DocumentJson.h"
 #include "web/PanelInput.h"
@@ -9,6 +10,19 @@
 namespace Workbench {
 
 using HtmlEngine::ElementHandle;
+
+namespace {
+
+nlohmann::ordered_json DescribeKeys()
+{
+    auto names = nlohmann::ordered_json::array();
+    for (const NamedKey& key : PanelKeys()) {
+        names.push_back(key.browserName);
+    }
+    return names;
+}
+
+}  // namespace
 
 BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThreads& workers,
                                bool listAll, BrowserClients::Sender send)
@@ -41,6 +55,7 @@ void BrowserSession::Connect(SocketNumber client)
     clients_.Send(client, {{"type", "hello"},
                            {"version", 1},
                            {"locales", DescribeLocales()},
+                           {"keys", DescribeKeys()},
                            {"mostMessageBytes", HttpServerOptions{}.mostMessageBytes}});
     clients_.Send(client, {{"type", "locale"}, {"name", host_.Locale().Language()}});
     clients_.Send(client, DescribeDocuments());

@@ -3,6 +3,11 @@
 #include "web/BrowserSession.h"
 #include "web/DocumentJson.h"
 
+#include <boost/url/encode.hpp>
+#include <boost/url/rfc/unreserved_chars.hpp>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -12,29 +17,15 @@ namespace {
 
 using Documents::Encryption;
 
-bool IsPlain(char c)
-{
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
-           c == '_' || c == '.';
-}
-
 // A name in both forms that browsers take (RFC 6266): plain letters, and all of it in escapes.
 std::string AttachmentNamed(const std::string& name)
 {
-    constexpr const char* kDigits = "0123456789ABCDEF";
-    std::string plain;
-    std::string escaped;
-    for (const char c : name) {
-        plain += IsPlain(c) ? c : '_';
-        if (IsPlain(c)) {
-            escaped += c;
-        } else {
-            escaped += '%';
-            escaped += kDigits[static_cast<unsigned char>(c) >> 4];
-            escaped += kDigits[static_cast<unsigned char>(c) & 15];
-        }
-    }
-    return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" + escaped;
+    const auto isPlain = boost::urls::unreserved_chars;
+    std::string plain = name;
+    std::replace_if(
+        plain.begin(), plain.end(), [&](char c) { return !isPlain(c); }, '_');
+    return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" +
+           boost::urls::encode(name, isPlain);
 }
 
 }  // namespace

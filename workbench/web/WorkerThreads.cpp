@@ -1,7 +1,12 @@
 #include "web/WorkerThreads.h"
 
 #include "platform/Threads.h"
+#include "services/UiThreadLoop.h"
 
+#include <boost/asio/post.hpp>
+#include <boost/asio/thread_pool.hpp>
+
+#include <cstdint>
 #include <exception>
 #include <utility>
 
@@ -9,15 +14,26 @@ namespace Workbench {
 
 namespace {
 
-constexpr int kThreadCount = 2;
+constexpr std::size_t kThreadCount = 2;
+
+// The calling thread, known to the loop as one of the host's for a while.
+class HostThread {
+public:
+    explicit HostThread(UiThreadLoop& loop) : loop_(loop) { loop_.AddHostThread(self_); }
+    ~HostThread() { loop_.RemoveHostThread(self_); }
+    HostThread(const HostThread&) = delete;
+    HostThread& operator=(const HostThread&) = delete;
+
+private:
+    UiThreadLoop& loop_;
+    const std::uint32_t self_ = Platform::CurrentThreadId();
+};
 
 }  // namespace
 
-WorkerThreads::WorkerThreads(UiThreadLoop& loop) : loop_(loop)
+WorkerThreads::WorkerThreads(UiThreadLoop& loop)
+    : loop_(loop), pool_(std::make_unique<boost::asio::thread_pool>(kThreadCount))
 {
-    for (int i = 0; i < kThreadCount; ++i) {
-        threads_.emplace_back([this] { Serve(); });
-    }
 }
 
 WorkerThreads::~WorkerThreads()
@@ -28,49 +44,30 @@ WorkerThreads::~WorkerThreads()
 void WorkerThreads::Post(std::function<void()> job)
 {
     const std::lock_guard lock(mutex_);
-    if (!ends_) {
-        jobs_.push_back(std::move(job));
-        posted_.notify_one();
+    if (pool_ == nullptr) {
+        return;
     }
-}
-
-void WorkerThreads::Serve()
-{
-    const std::uint32_t self = Platform::CurrentThreadId();
-    loop_.AddHostThread(self);
-    for (;;) {
-        std::function<void()> job;
-        {
-            std::unique_lock lock(mutex_);
-            posted_.wait(lock, [this] { return ends_ || !jobs_.empty(); });
-            if (ends_) {
-                break;
-            }
-            job = std::move(jobs_.front());
-            jobs_.pop_front();
-        }
+    boost::asio::post(*pool_, [this, job = std::move(job)] {
+        const HostThread known(loop_);
         try {
             job();
         } catch (const std::exception&) {
             // A job tells of its failures itself; what is left is that memory was short.
         }
-    }
-    loop_.RemoveHostThread(self);
+    });
 }
 
+// The pool releases what has not begun when it ends; a job that runs may still post.
 void WorkerThreads::Stop()
 {
-    std::deque<std::function<void()>> dropped;
+    std::unique_ptr<boost::asio::thread_pool> ended;
     {
         const std::lock_guard lock(mutex_);
-        ends_ = true;
-        std::swap(dropped, jobs_);
+        ended = std::move(pool_);
     }
-    posted_.notify_all();
-    for (std::thread& thread : threads_) {
-        if (thread.joinable()) {
-            thread.join();
-        }
+    if (ended != nullptr) {
+        ended->stop();
+        ended->join();
     }
 }
 

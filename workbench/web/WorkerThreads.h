@@ -1,17 +1,18 @@
-// Threads for what takes long and touches no page: reading, writing and releasing documents.
-// Posting is [any-thread].
+// Threads for what takes long and touches neither documents' views nor the panel: reading, writing
+// and releasing files. Posting is [any-thread].
 #pragma once
 
-#include "services/UiThreadLoop.h"
-
-#include <condition_variable>
-#include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
-#include <thread>
-#include <vector>
+
+namespace boost::asio {
+class thread_pool;
+}
 
 namespace Workbench {
+
+class UiThreadLoop;
 
 class WorkerThreads {
 public:
@@ -25,18 +26,14 @@ public:
     // run, and released at once, after Stop.
     void Post(std::function<void()> job);
 
-    // Returns when the jobs that have begun are done; the others are released. May be called twice.
+    // Returns when the jobs that have begun are done; the others are released. May be called twice,
+    // on the thread that made this.
     void Stop();
 
 private:
-    void Serve();
-
     UiThreadLoop& loop_;
     std::mutex mutex_;
-    std::condition_variable posted_;
-    std::deque<std::function<void()>> jobs_;
-    bool ends_ = false;
-    std::vector<std::thread> threads_;
+    std::unique_ptr<boost::asio::thread_pool> pool_;  // null once stopped
 };
 
 }  // namespace Workbench

@@ -29,6 +29,8 @@ export class Connection {
     #onState;
     /// What the workbench takes; it closes the line at a longer message.
     mostMessageBytes = Infinity;
+    /// The keys that the panel reacts to.
+    panelKeys = new Set();
 
     /// `onState` is told "open", or "waiting" when the connection is lost or was not to be had.
     constructor(address, onState) {

@@ -141,6 +141,7 @@ class Page {
         connection.on('hello', (message) => {
             this.language.locales = message.locales;
             connection.mostMessageBytes = message.mostMessageBytes;
+            connection.panelKeys = new Set(message.keys);
         });
         connection.on('locale', (message) => this.#setLocale(message.name));
         connection.on('documents', (message) => this.#setDocuments(message));

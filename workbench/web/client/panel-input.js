@@ -4,20 +4,6 @@
 
 import {recordOf} from './panel-mirror.js';
 
-/// Keys of the module by the browser's names.
-const kKeys = {
-    Enter: 'Enter',
-    PageUp: 'PageUp',
-    PageDown: 'PageDown',
-    Home: 'Home',
-    End: 'End',
-    ArrowUp: 'Up',
-    ArrowDown: 'Down',
-    ArrowLeft: 'Left',
-    ArrowRight: 'Right',
-    Delete: 'Delete',
-};
-
 function captionOf(page) {
     return page.querySelector(':scope > div.icon');
 }
@@ -131,12 +117,12 @@ class PanelInput {
             list.querySelector('li[page-index]')?.focus();
             return true;
         }
-        if (!kKeys[key]) {
+        if (!this.#connection.panelKeys.has(key)) {
             return false;
         }
         const element = list ? this.#meantBy(target) : null;
         const id = element && recordOf(element).id;
-        this.#send({type: 'key', key: kKeys[key], element: id, modifiers: 0});
+        this.#send({type: 'key', key, element: id, modifiers: 0});
         return true;
     }
 
