@@ -292,8 +292,6 @@ TYPED_TEST_P(DocumentEdit, AnswersForPermissions)
         EXPECT_EQ(Document::DeletionRefusal(document->AnnotationAt(0, position).Get()),
                   refusals[position]);
     }
-    EXPECT_FALSE(document->ReadOnly());
-    EXPECT_TRUE(document->AnnotationDeletionPermitted());
     document->ForceReadOnly(true);
     document->ForceAnnotationDeletionPermitted(false);
     EXPECT_TRUE(document->ReadOnly());

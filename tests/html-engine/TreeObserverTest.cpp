@@ -63,24 +63,10 @@ public:
 
     void OnTextChanged(NodeHandle text) noexcept override
     {
-        Say("text " + std::string(reader_.Text(text)));
-        EXPECT_NE(nodes_.at(text).text, reader_.Text(text));
-        nodes_.at(text).text = reader_.Text(text);
+        Renew(text, "text " + std::string(reader_.Text(text)));
     }
-
-    void OnAttributesChanged(NodeHandle element) noexcept override
-    {
-        Say("attributes");
-        EXPECT_NE(nodes_.at(element).attributes, AttributesOf(element));
-        nodes_.at(element).attributes = AttributesOf(element);
-    }
-
-    void OnStatesChanged(NodeHandle element) noexcept override
-    {
-        Say("states");
-        EXPECT_NE(nodes_.at(element).states, reader_.State(element));
-        nodes_.at(element).states = reader_.State(element);
-    }
+    void OnAttributesChanged(NodeHandle element) noexcept override { Renew(element, "attributes"); }
+    void OnStatesChanged(NodeHandle element) noexcept override { Renew(element, "states"); }
 
     void OnPageReplaced() noexcept override
     {
@@ -102,10 +88,7 @@ public:
             ++count;
             const auto found = nodes_.find(handle);
             ASSERT_NE(found, nodes_.end());
-            ASSERT_EQ(found->second.kind, reader_.Kind(handle));
-            ASSERT_EQ(found->second.text, reader_.Text(handle));
-            ASSERT_EQ(found->second.attributes, AttributesOf(handle));
-            ASSERT_EQ(found->second.states, reader_.State(handle));
+            ASSERT_EQ(found->second.own, OwnOf(handle));
             ASSERT_EQ(found->second.children, ChildrenOf(handle));
             ASSERT_EQ(document_.ElementOf(handle),
                       reader_.Kind(handle) == NodeKind::Element ? handle : kNoElement);
@@ -120,10 +103,7 @@ public:
 
 private:
     struct Node {
-        NodeKind kind = NodeKind::None;
-        std::string text;
-        std::vector<std::pair<std::string, std::string>> attributes;
-        std::uint32_t states = 0;
+        std::string own;  // kind, text, attributes and states
         std::vector<NodeHandle> children;
     };
 
@@ -133,14 +113,24 @@ private:
         told_ += what;
     }
 
-    std::vector<std::pair<std::string, std::string>> AttributesOf(NodeHandle element) const
+    // One node has changed, and not its children.
+    void Renew(NodeHandle node, std::string_view what)
     {
-        std::vector<std::pair<std::string, std::string>> attributes;
-        for (std::size_t index = 0; index < reader_.AttributeCount(element); ++index) {
-            const TreeReader::Attribute attribute = reader_.AttributeAt(element, index);
-            attributes.emplace_back(attribute.name, attribute.value);
+        Say(what);
+        EXPECT_NE(nodes_.at(node).own, OwnOf(node));
+        nodes_.at(node).own = OwnOf(node);
+    }
+
+    std::string OwnOf(NodeHandle node) const
+    {
+        std::string own = std::to_string(static_cast<int>(reader_.Kind(node))) + '|' +
+                          std::string(reader_.Text(node)) + '|' +
+                          std::to_string(reader_.State(node));
+        for (std::size_t index = 0; index < reader_.AttributeCount(node); ++index) {
+            const TreeReader::Attribute attribute = reader_.AttributeAt(node, index);
+            own.append("|").append(attribute.name).append("=").append(attribute.value);
         }
-        return attributes;
+        return own;
     }
 
     std::vector<NodeHandle> ChildrenOf(NodeHandle node) const
@@ -171,8 +161,7 @@ private:
         while (!open.empty()) {
             const NodeHandle handle = open.back();
             open.pop_back();
-            Node node{reader_.Kind(handle), std::string(reader_.Text(handle)), AttributesOf(handle),
-                      reader_.State(handle), ChildrenOf(handle)};
+            Node node{OwnOf(handle), ChildrenOf(handle)};
             open.insert(open.end(), node.children.begin(), node.children.end());
             isNew = nodes_.emplace(handle, std::move(node)).second && isNew;
             isNew = ended_.count(handle) == 0 && isNew;

@@ -8,9 +8,7 @@
 #include <utility>
 #include <vector>
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
+#if !defined(_WIN32)
 #include <sys/mman.h>
 #endif
 
@@ -368,62 +366,17 @@ TEST_F(Containers, ANewLanguageRendersEveryListAnew)
     }
 }
 
-// --- Keys ---
-
-void* MapAt(void* address, std::size_t size)
-{
-#if defined(_WIN32)
-    return VirtualAlloc(address, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-#else
-    void* const mapped =
-        mmap(address, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped != MAP_FAILED && address != nullptr && mapped != address) {
-        munmap(mapped, size);
-        return nullptr;
-    }
-    return mapped == MAP_FAILED ? nullptr : mapped;
-#endif
-}
+#if !defined(_WIN32)  // memory at chosen addresses is asked of the system
 
 // A view object at an address that the test chooses.
-class PlacedView : public HostObject<PlacedView, BLDocumentView> {
+class PlacedView : public BLDocumentViewObject {
 public:
-    explicit PlacedView(BasicServiceObjectPtr<BLDocumentObject> document)
-        : document_(std::move(document))
-    {
-        Offer<BLDocumentView::GetDocument, &PlacedView::GetDocument>();
-    }
+    using BLDocumentViewObject::BLDocumentViewObject;
 
     static void* operator new(std::size_t) { return place; }
     static void operator delete(void*) {}  // the mapping is the test's
 
     static inline void* place = nullptr;
-
-private:
-    ResultCode GetDocument(BLDocument** document) const
-    {
-        HandOut(document_, document);
-        return kResultOk;
-    }
-
-    BasicServiceObjectPtr<BLDocumentObject> document_;
-};
-
-class PlacedUIView : public HostObject<PlacedUIView, UIDocumentView> {
-public:
-    explicit PlacedUIView(BasicServiceObjectPtr<PlacedView> view) : view_(std::move(view))
-    {
-        Offer<UIDocumentView::GetDocumentView, &PlacedUIView::GetDocumentView>();
-    }
-
-private:
-    ResultCode GetDocumentView(BLDocumentView** view) const
-    {
-        HandOut(view_, view);
-        return kResultOk;
-    }
-
-    BasicServiceObjectPtr<PlacedView> view_;
 };
 
 TEST_F(Containers, AKeyIsTheLowHalfOfTheAddressAsASignedNumber)
@@ -435,8 +388,11 @@ TEST_F(Containers, AKeyIsTheLowHalfOfTheAddressAsASignedNumber)
     std::vector<void*> places;
     for (std::uintptr_t high = 2; high < 4096 && places.size() < 2; ++high) {
         const std::uintptr_t address = (high << 36) | kLow;
-        if (void* const place = MapAt(reinterpret_cast<void*>(address), kSize)) {
-            places.push_back(place);
+        void* const wanted = reinterpret_cast<void*>(address);
+        void* const mapped = mmap(wanted, kSize, PROT_READ | PROT_WRITE,
+                                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+        if (mapped == wanted) {
+            places.push_back(mapped);
         }
     }
     if (places.size() < 2) {
@@ -446,8 +402,9 @@ TEST_F(Containers, AKeyIsTheLowHalfOfTheAddressAsASignedNumber)
     Start();
     const auto make = [&](void* place, const Pages& pages) {
         PlacedView::place = place;
-        return PlacedUIView::Make(
-            PlacedView::Make(BLDocumentObject::Make(state, MakeDocument(pages))));
+        using Placed = SODetails::ServiceObjectCppTheConcrete<PlacedView>;
+        return UIDocumentViewObject::Make(
+            Placed::Create(state, BLDocumentObject::Make(state, MakeDocument(pages))));
     };
     const auto fire = [&](auto& event, const auto& view) {
         host.State().Fire(event, view->AsInterface());
@@ -476,13 +433,11 @@ TEST_F(Containers, AKeyIsTheLowHalfOfTheAddressAsASignedNumber)
     fire(destroyed, second);
     second.Reset();
     for (void* const place : places) {
-#if defined(_WIN32)
-        VirtualFree(place, 0, MEM_RELEASE);
-#else
         munmap(place, kSize);
-#endif
     }
 }
+
+#endif
 
 }  // namespace
 }  // namespace PanelTests

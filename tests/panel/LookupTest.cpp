@@ -291,32 +291,10 @@ TEST_F(OwnHandler, AsksForMouseKeysAndBehaviourAndHandlesNothingFinally)
     EXPECT_EQ(CallMethodUnchecked<UIHandler::Detached>(object).code, 0u) << "twice";
 }
 
-TEST_F(OwnHandler, TellsWhereTheCurrentItemCouldGo)
+TEST_F(OwnHandler, AsksForAFirstItemWithoutMakingItCurrent)
 {
     const auto view = BLDocumentViewObject::Make(state, MakeObject(FivePages()));
     const HandlerPtr handler = Attach(*view.Get());
-    struct Row {
-        const char* current;
-        bool siblings[2], pages[2];  // up, down
-    };
-    const Row rows[] = {
-        {"0_0", {false, true}, {false, true}}, {"0_1", {true, false}, {false, true}},
-        {"2_0", {false, false}, {true, true}}, {"3_0", {false, true}, {true, false}},
-        {"3_1", {true, false}, {true, false}},
-    };
-    HtmlEngine::Document& page = *host.Panel().Page();
-    ElementHandle item = kNoElement;
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.current);
-        page.SelectFirst(own, std::string("li[annot-name=\"") + row.current + "\"]", item);
-        page.SetState(item, HtmlEngine::ElementState::kCurrent, 0);
-        const std::uint64_t changes = page.ChangeCount();
-        for (const bool up : {true, false}) {
-            EXPECT_EQ(handler->HasSiblingAnnotItem(up), row.siblings[up ? 0 : 1]);
-            EXPECT_EQ(handler->HasAdjacentPageAnnotItem(up), row.pages[up ? 0 : 1]);
-        }
-        EXPECT_EQ(page.ChangeCount(), changes);
-    }
     EXPECT_TRUE(handler->HasCurrentAnnotItem());
     EXPECT_TRUE(handler->SelectFirstAnnotItem(false)) << "there is a first item";
     EXPECT_FALSE(handler->HasCurrentAnnotItem()) << "and the test took the state with it";

@@ -1,6 +1,6 @@
 // Annotation dictionaries of a PDF file made from plain properties: for annotations that are added
 // to an open file, and for files that are made from nothing. Linux only. Not thread-safe: a file's
-// objects belong to whoever holds its lock.
+// objects belong to the holder of its lock.
 #pragma once
 
 #include "documents/AnnotationProperties.h"

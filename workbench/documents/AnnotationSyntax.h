@@ -1,5 +1,5 @@
 // Annotations in PDF syntax, made from plain properties: the entries of their dictionaries, and the
-// drawings that viewers show. For whoever writes files. Pure functions. [any-thread]
+// drawings that viewers show. For writers of files. Pure functions. [any-thread]
 #pragma once
 
 #include "documents/AnnotationProperties.h"

@@ -43,7 +43,7 @@ struct EditResult {
     bool Succeeded() const noexcept { return error.empty(); }
 };
 
-// Who changes an annotation, and when: for documents that tell of it.
+// Author and time of a change of an annotation.
 struct Authorship {
     std::u16string author;
     _PDDateRec time{};
@@ -95,7 +95,7 @@ public:
     // The page's visible area in default user space; nothing beyond the page count.
     std::optional<_PDRect> PageBox(std::uint32_t page);
 
-    // --- Permissions. Edits below do not ask them: whoever acts for a user asks first. ---
+    // --- Permissions. The edits below do not check them; callers that act for a user do. ---
 
     // Whether the document may not be changed at all: forced, else as the document says.
     bool ReadOnly() const noexcept { return forcedReadOnly_.load().value_or(readOnly_); }
@@ -178,8 +178,8 @@ public:
     // Whether it was read from an encrypted file.
     virtual bool Encrypted() const noexcept { return false; }
 
-    // What was amiss with the file so far, one line each: repairs on opening, and damage met while
-    // pages were read since. Empty for a sound file.
+    // Problems of the file so far, one line each: repairs on opening, and damage found while pages
+    // were read. Empty for a sound file.
     virtual std::vector<std::string> Warnings() const { return {}; }
 
 protected:
@@ -235,7 +235,7 @@ protected:
     virtual void WriteFile(const std::filesystem::path& path) = 0;
     virtual std::string FileBytes(Encryption encryption) = 0;
 
-    // The page's present state; empty when nobody has asked for it yet, and beyond the page count.
+    // The page's present state; empty when it has not been read, and beyond the page count.
     PageRef KnownPage(std::uint32_t page) const { return pages_.Snapshot(page); }
 
     // Held while a page is read and during edits and saving.

@@ -114,7 +114,7 @@ void PageList::Move(std::uint32_t from, std::uint32_t to)
     std::rotate(first, from < to ? first + 1 : last - 1, last);
 }
 
-// Numbers a page that is new, and notes it with the annotations that it shows.
+// Numbers a new page, and records it as the home of the annotations that it shows first.
 void PageList::NoteHome(Page& page)
 {
     page.number = page.number == 0 ? ++lastNumber_ : page.number;

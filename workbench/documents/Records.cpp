@@ -66,7 +66,7 @@ std::uintptr_t PropertySlot::Lock() const noexcept
             return word;
         }
         if (attempt % 64 == 0) {
-            std::this_thread::yield();  // whoever holds the bit may have lost its processor
+            std::this_thread::yield();  // the holder of the bit may have been preempted
         }
     }
 }

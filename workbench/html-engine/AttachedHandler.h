@@ -1,6 +1,6 @@
-// The engine's side of a handler that somebody attaches to an element. The engine itself raises no
+// The engine's side of a handler that is attached to an element. The engine itself raises no
 // events; it keeps handlers with their elements, says which ones an event passes on its way up
-// (`Document::HandlersOf`), and tells each when its attachment ends. UI thread.
+// (`Document::HandlersOf`), and notifies each when its attachment ends. UI thread.
 #pragma once
 
 #include "html-engine/Types.h"
@@ -15,7 +15,7 @@ public:
     virtual ~AttachedHandler() = default;
 
     // The attachment to `element` has ended: the element left the tree, the page was loaded anew,
-    // the document is being destroyed, or `Document::DetachHandler` was called. Told exactly once
+    // the document is being destroyed, or `Document::DetachHandler` was called. Called exactly once
     // per attachment, after the operation that caused it is complete, in document order where one
     // operation ends several attachments.
     //

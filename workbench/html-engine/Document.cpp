@@ -23,7 +23,7 @@ Document::~Document()
     parts_->tree.SetObserver(nullptr);
     const NodeId root = parts_->tree.Root();
     parts_->Remove({root, root}, ended);
-    Parts::Tell(ended);
+    Parts::NotifyDetached(ended);
 }
 
 void Document::LoadPage(std::string_view html)
@@ -41,7 +41,7 @@ void Document::LoadPage(std::string_view html)
     parts_->Remove({old, old}, ended);
     parts_->tree.SetRoot(root);
     ++parts_->changeCount;
-    Parts::Tell(ended);
+    Parts::NotifyDetached(ended);
 }
 
 ElementHandle Document::Root() const
@@ -180,7 +180,7 @@ Result Document::SetHtml(ElementHandle element, std::string_view html, InsertPos
         changed = true;
     }
     parts_->changeCount += changed ? 1 : 0;
-    Parts::Tell(ended);
+    Parts::NotifyDetached(ended);
     return Result::Success;
 }
 
@@ -206,7 +206,7 @@ Result Document::SetText(ElementHandle element, std::string_view text)
         tree.Link(id, kNoNode, {characters, characters});
     }
     ++parts_->changeCount;
-    Parts::Tell(ended);
+    Parts::NotifyDetached(ended);
     return Result::Success;
 }
 
@@ -222,7 +222,7 @@ Result Document::Delete(ElementHandle element)
     std::vector<HandlerOnPath> ended;
     parts_->Remove({id, id}, ended);
     ++parts_->changeCount;
-    Parts::Tell(ended);
+    Parts::NotifyDetached(ended);
     return Result::Success;
 }
 

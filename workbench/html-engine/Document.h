@@ -43,8 +43,8 @@ public:
     // An empty page: `html` with an empty `head` and an empty `body`. [ui-thread]
     Document();
 
-    // Ends every attachment and every element, used or not. Handlers that are told of it find a
-    // document without a root, in which every handle is unknown and nothing can be loaded.
+    // Ends every attachment and every element, used or not. Detached handlers see a document
+    // without a root, in which every handle is unknown and nothing can be loaded.
     ~Document();
 
     Document(const Document&) = delete;
@@ -215,8 +215,8 @@ public:
 
     // ---- Following the tree ----------------------------------------------------------------
 
-    // Tells `observer` of every later change of the page's tree, in order; it takes the place of
-    // the one before, null ends the telling. Borrowed: ended before the observer is. [ui-thread]
+    // Replaces the current observer, which receives every later change of the tree in order; null
+    // removes it. Borrowed: must be replaced before the observer is destroyed. [ui-thread]
     void SetObserver(TreeObserver* observer);
 
     // The node of an element, kNoNodeHandle for an unknown handle.

@@ -22,7 +22,7 @@ void Document::Parts::Remove(NodeRun run, std::vector<HandlerOnPath>& ended)
     }
 }
 
-void Document::Parts::Tell(const std::vector<HandlerOnPath>& ended)
+void Document::Parts::NotifyDetached(const std::vector<HandlerOnPath>& ended)
 {
     for (const HandlerOnPath& attachment : ended) {
         attachment.handler->OnDetached(attachment.element);

@@ -1,12 +1,10 @@
-// What a Document tells of the changes to its page, so that somebody can keep a copy of the tree:
-// the copy is made once by walking it (see TreeReader), and then follows what is told here. UI
-// thread.
+// Notifications of changes to a Document's tree, for keeping a copy of it: the copy is made once by
+// walking the tree (see TreeReader), and is then updated by the calls below. UI thread.
 //
-// Only nodes in the page's tree are spoken of. Each call comes when its change has been made, and
-// before the next one is: at that moment the tree is exactly the one that all calls so far
-// describe, and may be read. One operation may cause several calls. What is inside a node that is
-// inserted or removed is not told of by itself; nor is anything told when the document is
-// destroyed.
+// Only nodes in the tree are reported. Each call comes right after its change and before the next
+// one: at that moment the tree is exactly the one that all calls so far describe, and may be read.
+// One operation may cause several calls. Descendants of a node that is inserted or removed are not
+// reported separately; the destruction of the document is not reported.
 #pragma once
 
 #include "html-engine/Types.h"
@@ -31,16 +29,16 @@ public:
     virtual void OnRemoved(NodeHandle parent, NodeHandle first, NodeHandle last) noexcept = 0;
 
     // A text node has another text: it took in the text of a neighbour, of markup that was put
-    // beside it, or that of a node that is told as removed next.
+    // beside it, or that of a node whose removal is reported next.
     virtual void OnTextChanged(NodeHandle text) noexcept = 0;
 
-    // Attributes, classes or inline style of an element are others.
+    // Attributes, classes or inline style of an element have changed.
     virtual void OnAttributesChanged(NodeHandle element) noexcept = 0;
 
-    // State bits of an element are others.
+    // State bits of an element have changed.
     virtual void OnStatesChanged(NodeHandle element) noexcept = 0;
 
-    // Everything is another: the page has a new root, and all nodes told of so far are gone.
+    // The tree has a new root; all nodes reported so far are gone.
     virtual void OnPageReplaced() noexcept = 0;
 };
 

@@ -27,15 +27,15 @@ public:
 
     Documents::Document& Content() const noexcept { return *content_; }
 
-    // Tells views and listeners of an edit of the content: the views adjust themselves at once, the
-    // events are fired on the thread that the host's state says, before this returns or later. The
-    // edit's error; empty when it succeeded.
+    // Reports an edit of the content: the views adjust themselves at once, the events are fired on
+    // the thread that the host's state names, before this returns or later. The edit's error; empty
+    // when it succeeded.
     std::string Publish(Documents::EditResult edit);
 
     using EditCallback = std::function<void(const std::vector<Documents::Change>&)>;
 
-    // Who is told of edits, after their events have been fired or handed to the foreign thread, on
-    // the thread that publishes them; empty: nobody. Before the first edit.
+    // Called after the events of an edit have been fired or handed to the foreign thread, on the
+    // thread that publishes the edit; empty removes it. To be set before the first edit.
     void SetEditCallback(EditCallback callback) { editCallback_ = std::move(callback); }
 
     // A view of this document, which adjusts itself to changes until it dies.

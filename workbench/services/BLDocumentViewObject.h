@@ -72,8 +72,8 @@ public:
     // who follow the focus may have moved on since. [ui-thread]
     void FocusAnew(std::uint32_t page, Documents::AnnotationRef annotation);
 
-    // Who is told, on the thread of the change, that there was a go-to request or that the focus
-    // was set; empty: nobody.
+    // Called after every go-to request and change of the focus, on the thread of the change; empty
+    // removes it.
     void SetChangeCallback(std::function<void()> callback) { changed_ = std::move(callback); }
 
     // Follows a change of the document: the focus keeps its annotation when page indices shift, and

@@ -1,5 +1,5 @@
 // The calls that a module made into the host's documents and views, for tests and for the driver.
-// Requests (go to, focus, execute) are always written down; queries, which a rendering makes by
+// Requests (go to, focus, execute) are always recorded; queries, which a rendering makes by
 // the thousand, only on demand. [any-thread]
 #pragma once
 

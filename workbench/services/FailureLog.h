@@ -1,5 +1,5 @@
-// What went wrong on the other side of the interface while the host called it from a place that
-// cannot report upwards: a posted call, an event, an input event. [any-thread]
+// Failures of module code in calls whose caller cannot report them: posted calls, events and input
+// events. [any-thread]
 #pragma once
 
 #include "service-common/ResultCodes.h"

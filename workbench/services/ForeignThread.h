@@ -1,4 +1,4 @@
-// A thread of the host that is not the UI thread. The host fires events on it when it is told to,
+// A thread of the host that is not the UI thread. The host fires events on it where its state says so,
 // in the order in which they happened.
 #pragma once
 

@@ -77,7 +77,7 @@ public:
     // Closes a view; see UIDocumentsCollectionObject::Close.
     void CloseView(const ViewPtr& view);
 
-    // Speaks another language and tells the panel. Throws std::runtime_error when there is none of
+    // Switches the language and notifies the panel. Throws std::runtime_error when there is none of
     // that name.
     void SwitchLanguage(const std::string& language);
 

@@ -82,7 +82,7 @@ public:
 
     using ScrollCallback = std::function<void(HtmlEngine::ElementHandle)>;
 
-    // Who is told that a handler asks for an element to be scrolled into view; empty: nobody.
+    // Called when a handler asks for an element to be scrolled into view; empty removes it.
     void SetScrollCallback(ScrollCallback callback) { scrollCallback_ = std::move(callback); }
     void ScrollIntoView(HtmlEngine::ElementHandle element) const;
 

@@ -34,8 +34,8 @@ public:
     // Appends work of the host itself, which is never held. [any-thread]
     bool Post(std::function<void()> work);
 
-    // Says that a thread is one of the host's, so that what it posts is not taken for work that a
-    // module finished on a thread of its own. The UI thread is known from the start. [any-thread]
+    // Registers a thread as one of the host's: its calls do not count as work that a module
+    // finished on a thread of its own. The UI thread is known from the start. [any-thread]
     void AddHostThread(std::uint32_t threadId);
     void RemoveHostThread(std::uint32_t threadId);
 

@@ -86,7 +86,7 @@ class Annotation : public Details::Handle<Details::AnnotationRecord> {
 public:
     Annotation() = default;
 
-    // Adds a reference to a record that somebody else holds; empty for null.
+    // Adds a reference to a record that the caller has borrowed; empty for null.
     static Annotation Retain(_PDAnnotRec* record);
     // The annotation at a position of the page; empty when there is none.
     static Annotation At(const Page& page, std::uint32_t position);

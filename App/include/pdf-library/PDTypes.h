@@ -30,7 +30,7 @@ enum class PDPageOperation : std::uint32_t {
     kCropped = 4,
 };
 
-// The pages that an operation concerns: `count` 0-based indices. `pages` belongs to whoever fires
+// The pages that an operation concerns: `count` 0-based indices. `pages` belongs to the host that fires
 // the event and is valid only during the call.
 struct _PDPageRange {
     std::uint32_t count;

@@ -87,7 +87,7 @@ public:
     ElementReference NextSibling() const;
     ElementReference PreviousSibling() const;
 
-    // The attribute's text, empty when absent; `present` (may be null) tells the two apart.
+    // The attribute's text, empty when absent; `present` (may be null) distinguishes the two.
     std::wstring Attribute(const char* name, bool* present = nullptr) const;
 
     std::uint32_t State() const;

@@ -105,7 +105,7 @@ struct EventSubscription : SubscriptionBase {
 
 // Subscribes `callable` to event `E` of `host`. Empty when the host has no subscribe entry or
 // answers with cookie 0. Fails with std::bad_alloc; no subscription is left at the host then. The
-// table size is not consulted: whoever hands out the interface offers its events.
+// table size is not consulted: a host that hands out an interface offers its events.
 template <class Subscription, class E>
 SubscriptionHandle SubscribeTo(typename E::Interface* host, typename E::Callable callable)
 {

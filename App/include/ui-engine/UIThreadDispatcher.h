@@ -1,4 +1,4 @@
-// A handler's way to its UI thread: tells whether the caller is on it, and posts work to it.
+// A handler's way to its UI thread: says whether the caller is on it, and posts work to it.
 #pragma once
 
 #include "service-common/ServiceObjectPtr.h"
@@ -30,7 +30,7 @@ public:
     bool IsStarted() const noexcept { return threadId_.load() != 0; }
 
     // Schedules `call` to run later on the UI thread, after what was posted before. True when the
-    // host took it; false when there is nothing to post or nobody to post to. Throws
+    // host took it; false when there is no call or no thread object to post to. Throws
     // ServiceObjectException when the host fails. [any-thread]
     bool Post(std::function<void()> call) const;
 

@@ -47,8 +47,8 @@ std::string PageItemSelector(std::uint32_t pageIndex)
 }  // namespace
 
 // One rendering of the whole list, shared by the handler, the worker and the posted completion.
-// The handler shows it only while it is the one that it waits for. What it holds of host and module
-// is let go of on the UI thread.
+// The handler shows only the loading that it waits for. Host and module objects are released on the
+// UI thread.
 struct CommentsContainerHandler::Loading {
     std::atomic<bool> dropped = false;
     WeakServiceObjectPtr<CommentsContainerHandler> handler;  // used on the UI thread alone
@@ -84,7 +84,7 @@ struct CommentsContainerHandler::Loading {
         if (handler && handler->loading_ == loading) {
             SODetails::RunEventTask(kLoadName, [&] { handler->LandResults(loading); });
         }
-        loading->html = {};  // the job that holds the rest may live on for long
+        loading->html = {};  // the job that holds this record may outlive the loading
     }
 };
 

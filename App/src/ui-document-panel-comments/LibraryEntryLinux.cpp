@@ -8,7 +8,7 @@ namespace {
 struct LibraryEntry {
     LibraryEntry()
     {
-        // Found by an address of its own: an exported name may stand for somebody else's symbol.
+        // Found by an address of its own: an exported name may resolve to a symbol of the host.
         Dl_info info{};
         if (dladdr(this, &info) != 0) {
             Platform::SetCurrentModuleInstance(info.dli_fbase);

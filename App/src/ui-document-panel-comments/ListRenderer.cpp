@@ -156,7 +156,7 @@ void KeepInTooltip(std::wstring& text)
 
 // Room for a text that is put together part by part: before a part of `size` characters is appended
 // with which `share` (above 0 to 1) of the whole is done, makes as much as the whole is likely to
-// need. Fresh memory is the dearest thing about a large list.
+// need. Fresh memory is the largest cost of a long list.
 template <class Text>
 void MakeRoomForAll(Text& text, std::size_t size, double share)
 {
@@ -184,7 +184,7 @@ ListRenderer::ListRenderer(BLDocument* document)
       newTooltipId_(TooltipIds()),
       templates_(std::make_unique<Templates>())
 {
-    PDFL::Library();  // without it there is no list, rather than one of no items
+    PDFL::Library();  // without it rendering fails, instead of showing an empty list
 }
 
 ListRenderer::~ListRenderer() = default;

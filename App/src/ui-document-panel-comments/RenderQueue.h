@@ -18,7 +18,7 @@ public:
     // run, or with the queue.
     using Job = std::function<void()>;
 
-    // The queue that all containers share, made when nobody holds it. [ui-thread]
+    // The queue that all containers share, made when no container holds it. [ui-thread]
     static std::shared_ptr<RenderQueue> Shared();
 
     RenderQueue() = default;

@@ -17,7 +17,7 @@ inline constexpr ResultCode kResultDamagedTable = 5;    // implausible size or n
 inline constexpr ResultCode kResultUnexpected = 6;      // an exception without a code of its own
 inline constexpr ResultCode kResultNotFound = 8;
 inline constexpr ResultCode kResultOutOfRange = 9;
-inline constexpr ResultCode kResultNotReported = 10;  // a failure that nobody is told of
+inline constexpr ResultCode kResultNotReported = 10;  // a failure that is not reported
 
 inline constexpr ResultCode kResultServiceNotInModule = 0x10005;
 inline constexpr ResultCode kResultFactoryFailed = 0x10006;

@@ -19,7 +19,7 @@ ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object);
 namespace SP {
 
 // Throws ServiceObjectException with the provider's message for `code`, unless it is 0. A
-// `systemErrorCode` other than 0 is told with its description.
+// A `systemErrorCode` other than 0 is added with its description.
 void _CheckServiceProviderApiResult(ResultCode code, std::uint32_t systemErrorCode);
 
 namespace Details {

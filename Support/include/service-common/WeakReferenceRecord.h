@@ -1,5 +1,5 @@
 // The weak-reference record: what stays of a service object after it died, for as long as anybody
-// holds the record. Used by whoever implements a service object; others go through
+// holds the record. Used by implementations of service objects; others go through
 // WeakServiceObjectPtr, which needs the function table only. [any-thread]
 #pragma once
 
@@ -45,7 +45,7 @@ struct ReferenceCounted {
     void (*destroy)(ServiceObject* object);
 };
 
-// Decrements; destroys the object when nobody revived it in between. The remaining count.
+// Decrements; destroys the object unless it was revived in between. The remaining count.
 std::uint32_t ReleaseReference(const ReferenceCounted& counted);
 
 // See ServiceObject::GetWeakReference. May be called while the object is being destroyed; the

@@ -18,7 +18,7 @@ const EmbeddedResourceTable* TableOf(ModuleInstance library)
         info.dli_fbase != library) {
         return nullptr;
     }
-    // The library stays loaded by whoever loaded it; this handle only looks.
+    // The library stays loaded by its loader; this handle only looks symbols up.
     void* handle = dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
     if (handle == nullptr) {
         return nullptr;

@@ -36,10 +36,10 @@ public:
     ElementHandle HandleOf(NodeId id) const { return tree.Nodes().HandleOf(id); }
 
     // Takes a run out of the tree; the handlers that this detaches are added to `ended`, to be
-    // told with Tell once the operation is complete.
+    // notified with NotifyDetached once the operation is complete.
     void Remove(Internal::NodeRun run, std::vector<HandlerOnPath>& ended);
 
-    static void Tell(const std::vector<HandlerOnPath>& ended);
+    static void NotifyDetached(const std::vector<HandlerOnPath>& ended);
 
     // The nearest ancestor with handlers, kNoNode when there is none.
     NodeId HandlerElementAbove(NodeId id) const;

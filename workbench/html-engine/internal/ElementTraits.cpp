@@ -186,7 +186,7 @@ std::size_t KnownElementCount()
     return kElements.size();
 }
 
-std::size_t PlaceOfElement(std::string_view name)
+std::size_t IndexOfElement(std::string_view name)
 {
     if (name.empty() || name.size() > kLongestName || !IsAsciiLetter(name[0])) {
         return kUnknownElement;

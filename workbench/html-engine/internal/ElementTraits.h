@@ -64,15 +64,15 @@ struct KnownElement {
     ElementTraits traits = 0;
 };
 
-// How many names there are; places are below it.
+// Number of names; indices are below it.
 std::size_t KnownElementCount();
 
 constexpr std::size_t kUnknownElement = static_cast<std::size_t>(-1);
 
-// The place of a name, in any case; kUnknownElement for a name that is not in the table.
-std::size_t PlaceOfElement(std::string_view name);
+// The index of a name, in any case; kUnknownElement for a name that is not in the table.
+std::size_t IndexOfElement(std::string_view name);
 
-// The element at a place.
+// The element at an index.
 const KnownElement& ElementAt(std::size_t place);
 
 }  // namespace HtmlEngine::Internal

@@ -66,7 +66,7 @@ NodeRun MarkupReader::ReadContent(const MarkupContext& context)
     around.name = context.name;
     around.flags = context.flags;
     around.depth = context.depth;
-    const std::size_t place = PlaceOfElement(context.name);
+    const std::size_t place = IndexOfElement(context.name);
     if (place != kUnknownElement && (context.flags & NodeFlag::kForeign) == 0) {
         around.traits = ElementAt(place).traits;
     }
@@ -473,7 +473,7 @@ bool MarkupReader::MakeRoomForTablePart(ElementTraits traits)
 
 void MarkupReader::OpenImplied(std::string_view name)
 {
-    const std::size_t place = PlaceOfElement(name);
+    const std::size_t place = IndexOfElement(name);
     if (open_.back().depth >= kDeepest) {
         Push(Current(), name, place, 0, {});
         return;
@@ -540,7 +540,7 @@ bool MarkupReader::ReadEndTag()
     while (at < html_.size() && IsAsciiSpace(html_[at])) {
         ++at;
     }
-    const std::size_t place = PlaceOfElement(name);
+    const std::size_t place = IndexOfElement(name);
     if (name.empty() || at == html_.size() || html_[at] != '>' ||
         (place == kUnknownElement && !isForeign)) {
         return false;
@@ -598,7 +598,7 @@ bool MarkupReader::MayEnd(Level at)
         return true;
     }
     // Only once its tooltip has ended.
-    static const std::size_t kTooltipPlace = PlaceOfElement("popup");
+    static const std::size_t kTooltipPlace = IndexOfElement("popup");
     const Level tooltip = innermost_[kTooltipPlace];
     return owner_.hasTooltip && (tooltip == kNone || tooltip < owner_.place);
 }

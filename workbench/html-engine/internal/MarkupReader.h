@@ -1,8 +1,8 @@
-// Reads HTML into nodes of the tree, in one pass, and forgives everything: any bytes become some
-// tree, and a mistake stays where it was made. UI thread.
+// Reads HTML into nodes of the tree, in one pass, and accepts any bytes: a mistake affects only the
+// element that holds it. UI thread.
 //
-// Markup that needs no repair becomes what the HTML standard makes of it, end tags that may be left
-// out included. For the rest:
+// Markup that needs no repair gives the tree of the HTML standard, omitted end tags included.
+// Malformed markup is repaired by these rules:
 //
 // - A `<` that begins no sound tag (StartTagReader.h) of a known name (ElementTraits.h) is text. So
 //   are comments and raw text, `<style>` say, that are never ended.
@@ -13,13 +13,13 @@
 // - What would lie more than 512 elements deep becomes part of the 512th.
 //
 // An element that names its tooltip in `titleid`, which is the `popup` of that id inside it, is
-// kept together (TooltipPlaces.h): no tag ends it before the tooltip, the tooltip ends what was
+// kept together (TooltipBoundaries.h): no tag ends it before the tooltip, the tooltip ends what was
 // left open before it, and `</popup>` right before the element's own end tag ends what was left
 // open since.
 #pragma once
 
 #include "html-engine/internal/StartTagReader.h"
-#include "html-engine/internal/TooltipPlaces.h"
+#include "html-engine/internal/TooltipBoundaries.h"
 #include "html-engine/internal/Tree.h"
 
 #include <cstddef>
@@ -61,7 +61,7 @@ private:
     // A place among the open elements, or among the known names.
     using Level = std::uint32_t;
     static constexpr Level kNone = static_cast<Level>(-1);
-    static constexpr std::size_t kNowhere = TooltipPlaces::kNowhere;
+    static constexpr std::size_t kNowhere = TooltipBoundaries::kNowhere;
 
     struct OpenElement {
         std::string_view name;
@@ -147,7 +147,7 @@ private:
     std::string_view html_;
     std::size_t at_ = 0;
     StartTagReader tags_;
-    TooltipPlaces tooltips_;
+    TooltipBoundaries tooltips_;
 
     NodeRun top_;
     std::vector<NodeId> elements_;

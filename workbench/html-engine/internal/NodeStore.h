@@ -1,6 +1,6 @@
-// Where the nodes of a document live: blocks of fixed places that never move. A place is used again
-// after its node ends, under a new generation, so that an old handle never meets a new element.
-// Memory of ended nodes is kept for later ones.
+// Storage of a document's nodes: blocks of slots that never move. The slot of a destroyed node is
+// reused under a new generation, so that an old handle never refers to a new element. Memory of
+// destroyed nodes is kept for later ones.
 #pragma once
 
 #include "html-engine/Types.h"
@@ -21,7 +21,7 @@ public:
     // A new node without relations. Fails with std::length_error after 2^32 - 1 nodes.
     NodeId Create(NodeKind kind);
 
-    // Ends a node; what it referred to must have been dealt with.
+    // Destroys a node; its relations must have been removed.
     void Destroy(NodeId id);
 
     ElementHandle HandleOf(NodeId id) const

@@ -107,7 +107,7 @@ bool StartTagReader::ReadNew(std::size_t at, bool isForeign, StartTag& tag)
     const unsigned use = isForeign ? kForeignNameByte : kNameByte;
     for (at_ = at; at_ < html_.size() && Is(use, html_[at_]); ++at_) {}
     tag.name = html_.substr(at, at_ - at);
-    tag.place = PlaceOfElement(tag.name);
+    tag.place = IndexOfElement(tag.name);
     if (tag.place != kUnknownElement) {
         tag.traits = ElementAt(tag.place).traits;
     } else if (!isForeign) {

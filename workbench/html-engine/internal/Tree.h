@@ -116,7 +116,7 @@ private:
     std::size_t CountElements(NodeRun run) const;
     // Gives `into` the text of both, which lie in this order.
     void JoinText(NodeId first, NodeId second, NodeId into);
-    // Joins text at the ends of an unlinked run with the neighbours that it will have; the rest.
+    // Joins text at the ends of an unlinked run with its future neighbours; the remaining run.
     NodeRun JoinNeighbours(NodeId previous, NodeRun run, NodeId next);
     void ReportRemoved(NodeId parent, NodeRun run);
     void ReportTextChanged(NodeId text);

@@ -1,7 +1,7 @@
-// Where the tooltips in a piece of markup begin and end. An element names its tooltip, a `popup`
+// Boundaries of the tooltips in a piece of markup. An element names its tooltip, a `popup`
 // inside it, by an id that is new each time; no text inside the element can know it. So the
-// beginning of the tooltip, and its end right before that of its element, are places where a reader
-// that was led astray by a text finds its way again. Looked for only when somebody asks. UI thread.
+// beginning of the tooltip, and its end right before that of its element, are where a reader
+// resumes after malformed text. Searched for on the first query. UI thread.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@
 
 namespace HtmlEngine::Internal {
 
-class TooltipPlaces {
+class TooltipBoundaries {
 public:
-    explicit TooltipPlaces(std::string_view html) : html_(html) {}
+    explicit TooltipBoundaries(std::string_view html) : html_(html) {}
 
     static constexpr std::size_t kNowhere = std::string_view::npos;
 

@@ -1,4 +1,4 @@
-#include "html-engine/internal/TooltipPlaces.h"
+#include "html-engine/internal/TooltipBoundaries.h"
 
 #include "html-engine/internal/Ascii.h"
 
@@ -14,7 +14,7 @@ constexpr std::string_view kId = " id=\"";
 
 }  // namespace
 
-void TooltipPlaces::FindBeginnings()
+void TooltipBoundaries::FindBeginnings()
 {
     for (std::size_t at = html_.find(kOpening); at != kNowhere; at = html_.find(kOpening, at + 1)) {
         const std::string_view tag = html_.substr(at, html_.find_first_of("<>", at + 1) - at);
@@ -27,7 +27,7 @@ void TooltipPlaces::FindBeginnings()
     std::ranges::sort(beginnings_);
 }
 
-std::size_t TooltipPlaces::Beginning(std::string_view id, std::size_t from)
+std::size_t TooltipBoundaries::Beginning(std::string_view id, std::size_t from)
 {
     if (!std::exchange(isSearched_, true)) {
         FindBeginnings();
@@ -36,7 +36,7 @@ std::size_t TooltipPlaces::Beginning(std::string_view id, std::size_t from)
     return found == beginnings_.end() || found->first != id ? kNowhere : found->second;
 }
 
-std::size_t TooltipPlaces::End(std::string_view owner, std::size_t from)
+std::size_t TooltipBoundaries::End(std::string_view owner, std::size_t from)
 {
     if (owner == endOwner_ && from >= endSearchedFrom_ && from <= end_) {
         return end_;
@@ -51,7 +51,7 @@ std::size_t TooltipPlaces::End(std::string_view owner, std::size_t from)
     return at;
 }
 
-bool TooltipPlaces::IsEndTagNext(std::string_view name, std::size_t at) const
+bool TooltipBoundaries::IsEndTagNext(std::string_view name, std::size_t at) const
 {
     const auto skipSpace = [&] {
         while (at < html_.size() && IsAsciiSpace(html_[at])) {
