@@ -23,7 +23,7 @@ std::string AttachmentNamed(const std::string& name)
     const auto isPlain = boost::urls::unreserved_chars;
     std::string plain = name;
     std::replace_if(
-        plain.begin(), plain.end(), [&](char c) { return !isPlain(c); }, '_');
+        plain.begin(), plain.end(), [&](unsigned char c) { return !isPlain(c); }, '_');
     return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" +
            boost::urls::encode(name, isPlain);
 }
