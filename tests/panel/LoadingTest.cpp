@@ -73,9 +73,6 @@ private:
     int waiting_ = 0;
 };
 
-// A locale service of an older kind, without any lookup.
-class MuteLocale : public HostObject<MuteLocale, LocaleManager> {};
-
 class Loading : public PanelTest {
 protected:
     void Hold(bool enabled) { host.State().loop.Hold(enabled); }

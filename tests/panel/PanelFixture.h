@@ -8,6 +8,8 @@
 #include "driver/ListMarkup.h"
 #include "driver/PanelReader.h"
 #include "services/Host.h"
+#include "services/HostObject.h"
+#include "ui-engine/LocaleManager.SO.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -41,6 +43,9 @@ Pages FivePages();
 // then the enabled buttons: expand all, collapse all, reply, delete, move top, move bottom.
 // "loading" and "(message)" stand before.
 std::string Outline(const Workbench::PanelView& view);
+
+// A locale service without any lookup: every key is its own text.
+class MuteLocale : public Workbench::HostObject<MuteLocale, LocaleManager> {};
 
 class PanelTest : public testing::Test {
 protected:

@@ -4,6 +4,7 @@
 #include "CommentsContainerHandler.h"
 #include "SubtypeTable.h"
 #include "documents/Population.h"
+#include "platform-libraries/ServiceProviderHost.h"
 #include "service-common/WideText.h"
 #include "services/ResourceStore.h"
 
@@ -54,7 +55,11 @@ const std::string kNoItems =
 
 class RenderingTest : public PanelTest {
 protected:
-    void SetUp() override { Start(); }
+    void SetUp() override
+    {
+        VxHostRegisterService("LocaleManager", MuteLocale::Make()->AsInterface());
+        Start();
+    }
 
     std::string Render(const DocumentPtr& document) const
     {
