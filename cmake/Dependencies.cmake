@@ -1,7 +1,7 @@
 # Third-party code under the same target names on both systems:
 #
 #   boost::headers  nlohmann::json  cli11::cli11      headers only
-#   qpdf::qpdf  boost::url                            Linux only
+#   qpdf::qpdf  boost::url  boost::network            Linux only
 #   GTest::gtest  GTest::gtest_main  GTest::gmock  GTest::gmock_main    for tests
 #   benchmark::benchmark  gumbo::gumbo                for tests, Linux only
 #
@@ -43,6 +43,16 @@ if(NOT WIN32)
     find_library(BOOST_URL_LIBRARY boost_url REQUIRED)
     add_library(boost::url INTERFACE IMPORTED GLOBAL)
     target_link_libraries(boost::url INTERFACE boost::headers ${BOOST_URL_LIBRARY})
+
+    # Asio and Beast, compiled once: what is no template of them is in no other source.
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/third-party/BoostNetwork.cpp @ONLY CONTENT
+        "#include <boost/asio/impl/src.hpp>\n#include <boost/beast/src.hpp>\n")
+    add_library(boost-network STATIC ${CMAKE_BINARY_DIR}/third-party/BoostNetwork.cpp)
+    add_library(boost::network ALIAS boost-network)
+    target_compile_definitions(boost-network
+        PUBLIC BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION)
+    target_compile_options(boost-network PRIVATE -w)
+    target_link_libraries(boost-network PUBLIC boost::headers Threads::Threads)
 
     find_package(qpdf REQUIRED)
     add_library(qpdf::qpdf INTERFACE IMPORTED GLOBAL)

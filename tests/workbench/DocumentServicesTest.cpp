@@ -145,6 +145,24 @@ TEST_F(DocumentServices, DeleteWhatMayBeDeletedAndSayWhyNot)
     ClearThreadLastError();
 }
 
+TEST_F(DocumentServices, FireFocusOnlyWhenItChanges)
+{
+    const Documents::AnnotationRef square = At(0, 2);
+    const auto focus = [&](std::uint32_t page, const Documents::AnnotationRef& annotation) {
+        CallMethod<BLDocumentView::FocusAnnotation>(view->AsInterface(), page, annotation.Get());
+    };
+    focus(0, square);
+    EXPECT_EQ(view->FocusedPlace(), "0_2");
+    focus(0, square);
+    EXPECT_THAT(TakeEvents(), ElementsAre("focus 0"));
+    CallMethod<BLDocumentView::ClearSelection>(view->AsInterface(), 1u);
+    EXPECT_THAT(TakeEvents(), IsEmpty());
+    CallMethod<BLDocumentView::ClearSelection>(view->AsInterface(), 0u);
+    CallMethod<BLDocumentView::ClearSelection>(view->AsInterface(), 0u);
+    EXPECT_THAT(TakeEvents(), ElementsAre("focus none"));
+    EXPECT_EQ(view->FocusedPlace(), std::nullopt);
+}
+
 TEST_F(DocumentServices, KeepTheFocusWithItsAnnotation)
 {
     view->SetFocus(1, At(1, 2));

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <functional>
+#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -89,6 +90,30 @@ TEST(EventSource, TellsWhatSubscribersThrowAndGoesOn)
     ASSERT_EQ(failures.size(), 1u);
     EXPECT_THROW(std::rethrow_exception(failures[0]), std::bad_function_call);
     EXPECT_TRUE(reached);
+}
+
+TEST(EventSource, WaitsForACallThatRunsOnAnotherThread)
+{
+    Source source;
+    std::promise<void> entered;
+    std::promise<void> mayLeave;
+    std::atomic<bool> left = false;
+    const std::uint64_t cookie = Subscribe(source, [&](unsigned) {
+        entered.set_value();
+        mayLeave.get_future().wait();
+        left = true;
+    });
+    std::thread firing([&] { source.Fire(0); });
+    entered.get_future().wait();
+    auto unsubscribed = std::async(std::launch::async, [&] {
+        source.Unsubscribe(cookie);
+        return left.load();
+    });
+    // It cannot have come back yet; the call inside is let go only now.
+    EXPECT_EQ(unsubscribed.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    mayLeave.set_value();
+    EXPECT_TRUE(unsubscribed.get());
+    firing.join();
 }
 
 // After Unsubscribe nothing of the subscriber may be touched, whatever the others do.

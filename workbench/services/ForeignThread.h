@@ -1,5 +1,5 @@
-// A thread of the host that is not the UI thread. The host fires events on it where its state says so,
-// in the order in which they happened.
+// A thread of the host that is not the UI thread. The host fires events on it where its state says
+// so, in the order in which they happened.
 #pragma once
 
 #include "services/UiThreadLoop.h"

@@ -25,8 +25,8 @@ public:
     // A new object of that name. Throws std::runtime_error when the module makes none.
     BasicServiceObjectPtr<ServiceObject> Create(const std::string& name) const;
 
-    // Unloads the library. Whether it has left the process: another part of the process may have loaded it too.
-    // A second call does nothing.
+    // Unloads the library. Whether it has left the process: another part of the process may have
+    // loaded it too. A second call does nothing.
     bool Unload();
 
 private:

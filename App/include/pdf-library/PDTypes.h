@@ -30,8 +30,8 @@ enum class PDPageOperation : std::uint32_t {
     kCropped = 4,
 };
 
-// The pages that an operation concerns: `count` 0-based indices. `pages` belongs to the host that fires
-// the event and is valid only during the call.
+// The pages that an operation concerns: `count` 0-based indices. `pages` belongs to the host that
+// fires the event and is valid only during the call.
 struct _PDPageRange {
     std::uint32_t count;
     std::uint32_t reserved;  // 0
