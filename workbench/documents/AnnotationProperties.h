@@ -27,6 +27,7 @@ struct AnnotationProperties {
     _PDDateRec modified{};
     std::optional<_PDRect> rect{};
     std::uint32_t flags = 0;
+    bool hasAppearance = false;  // an appearance stream, when it was read or added
 };
 
 }  // namespace Documents

@@ -419,12 +419,17 @@ std::string AnnotationEntries(const AnnotationProperties& properties)
     return entries;
 }
 
+bool IsDrawn(const AnnotationProperties& properties)
+{
+    return properties.rect && SubtypeNamed(properties.subtype).draw != nullptr;
+}
+
 Appearance DrawAppearance(const AnnotationProperties& properties)
 {
-    const Subtype& subtype = SubtypeNamed(properties.subtype);
-    if (subtype.draw == nullptr || !properties.rect) {
+    if (!IsDrawn(properties)) {
         return {};
     }
+    const Subtype& subtype = SubtypeNamed(properties.subtype);
     const Frame place{*properties.rect};
     const _PDRect box{0, 0, place.width, place.height};
     Drawing drawing{Frame{box}.Inside(subtype.margin)};

@@ -37,4 +37,7 @@ struct Appearance {
 // Link, Widget and subtypes that the standard does not know, nor without a rectangle.
 Appearance DrawAppearance(const AnnotationProperties& properties);
 
+// Whether DrawAppearance draws anything.
+bool IsDrawn(const AnnotationProperties& properties);
+
 }  // namespace Documents

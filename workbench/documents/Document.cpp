@@ -1,5 +1,6 @@
 #include "documents/Document.h"
 
+#include "documents/AnnotationSyntax.h"
 #include "documents/FaultPlan.h"
 #include "documents/Records.h"
 
@@ -294,6 +295,7 @@ EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
             properties.modified = authorship->time;
         }
         properties.rect = rect ? *rect : PlaceOfItsOwn(PageBoxUnderEditLock(page), count);
+        properties.hasAppearance = IsDrawn(properties);
         const AnnotationRef added = MakeAnnotationRecord(properties, listAll_);
         return history_.Do(EntriesStep(EditKind::kAdd, page, {{count, added}}, {added},
                                        PrepareAdded(page, properties, added.Get())));

@@ -25,7 +25,9 @@ public:
         if (found != records_.end()) {
             return found->second;
         }
-        AnnotationRef record = MakeAnnotationRecord(entry->properties, listAll_);
+        AnnotationProperties properties = entry->properties;
+        properties.hasAppearance = IsDrawn(properties);
+        AnnotationRef record = MakeAnnotationRecord(std::move(properties), listAll_);
         records_.emplace(entry.get(), record);
         LinkPopup(*record.Get(), RecordOf(entry->popup));
         return record;

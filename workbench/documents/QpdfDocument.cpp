@@ -85,6 +85,8 @@ private:
             ReadDate(value, properties.created);
         } else if (key == kModified) {
             ReadDate(value, properties.modified);
+        } else if (key == "/AP") {
+            properties.hasAppearance = value.isDictionary() && value.hasKey("/N");
         } else if (key == "/Rect") {
             properties.rect = ReadRect(value);
         } else if (key == "/Subtype" && value.getValueAsName(text)) {

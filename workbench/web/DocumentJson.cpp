@@ -133,6 +133,7 @@ Json DescribeAnnotation(const Documents::AnnotationRef& annotation, std::size_t 
             {"subtype", properties.subtype},
             {"rect", properties.rect ? Sides(*properties.rect) : Json(nullptr)},
             {"listed", block->listed},
+            {"appearance", properties.hasAppearance},
             {"contents", UnicodeText::ToUtf8(properties.contents)},
             {"title", UnicodeText::ToUtf8(properties.title)},
             {"locked", !Documents::Document::DeletionRefusal(annotation.Get()).empty()}};

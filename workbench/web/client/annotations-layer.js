@@ -39,11 +39,6 @@ function grown({left, top, width, height}) {
     };
 }
 
-/// Whether an annotation that has no picture in its file gets a sign on the page.
-export function hasSign({subtype, rect}) {
-    return kIconSubtypes.has(subtype) && rect !== null;
-}
-
 export class AnnotationsLayer {
     #page;
     #actions;
@@ -68,15 +63,14 @@ export class AnnotationsLayer {
         this.element.addEventListener('keydown', (event) => this.#key(event));
     }
 
-    /// Shows the annotations of a list; `isBare(annotation)` says of those with a sign that the
-    /// page's picture does not show them. What is as it was stays. Many come in parts, with frames
+    /// Shows the annotations of a list; one without an appearance gets a sign. What is as it was stays. Many come in parts, with frames
     /// between them; resolves to false when another call has overtaken this one.
-    async show({annotations, revision}, viewport, isBare) {
+    async show({annotations, revision}, viewport) {
         const turn = ++this.#shows;
         this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
         const wanted = annotations
             .filter(({listed, rect}) => listed && rect !== null)
-            .map((annotation) => this.#describe(annotation, viewport, isBare));
+            .map((annotation) => this.#describe(annotation, viewport));
         const begin = this.#countSame(wanted);
         const end = this.#countSame(wanted, begin);
         this.#renumber(wanted, begin, end);
@@ -134,11 +128,11 @@ export class AnnotationsLayer {
     }
 
     // An annotation with all that its button shows, as a text to compare.
-    #describe(annotation, viewport, isBare) {
+    #describe(annotation, viewport) {
         const {subtype, contents, rect} = annotation;
         const words = [subtypeName(subtype), contents.slice(0, kLongestName)];
         const name = words.filter(Boolean).join(': ');
-        const isIcon = hasSign(annotation) && isBare(annotation);
+        const isIcon = kIconSubtypes.has(subtype) && !annotation.appearance;
         const size = `${viewport.width} ${viewport.height} ${viewport.rotation}`;
         return {annotation, name, isIcon, looks: `${rect} ${size} ${isIcon} ${name}`};
     }

@@ -1,42 +1,12 @@
 // The annotations on the pages of one view: fetched when a page comes near and whenever the
 // document changes, shown on it, and the current one marked.
 
-import {hasSign} from './annotations-layer.js';
 import {askAnnotations} from './connection.js';
-
-// Corners of one annotation, in points, as two readers round them.
-function cornerOf({subtype, rect}, moreLeft = 0, moreTop = 0) {
-    return `${subtype} ${Math.round(rect[0]) + moreLeft} ${Math.round(rect[3]) + moreTop}`;
-}
-
-// Of a page with more notes the file's reader would give such a heap of answers that the page
-// stands still; all of them get a sign.
-const kMostAsked = 2000;
-
-const kNeighbours = [-1, 0, 1].flatMap((left) => [-1, 0, 1].map((top) => [left, top]));
-
-/// The corners of annotations that the picture of a page does not show. The reader of files gives
-/// notes a size of its own; their left upper corner stays.
-async function readBareCorners(pdf, index) {
-    const corners = new Set();
-    try {
-        const pdfPage = await pdf.getPage(index + 1);
-        for (const annotation of await pdfPage.getAnnotations()) {
-            if (hasSign(annotation) && annotation.hasAppearance === false) {
-                corners.add(cornerOf(annotation));
-            }
-        }
-    } catch {
-        // The file has been replaced meanwhile, and is shown anew.
-    }
-    return corners;
-}
 
 export class PageAnnotations {
     #connection;
     #document = null;
     #fetched = new Map();
-    #bareCorners = new Map();
     #current = null;
     #marked = null;
     #mustPulse = false;
@@ -61,7 +31,7 @@ export class PageAnnotations {
             if (page.shownList) {
                 page.layer.setStale(true);
                 if (!isReordered) {
-                    this.#refresh(page);
+                    this.show(page);
                 }
             }
         }
@@ -76,34 +46,18 @@ export class PageAnnotations {
         }
     }
 
-    /// Shows the annotations on a page that is drawn from `pdf`.
-    async show(page, pdf) {
+    /// Shows the annotations on a page.
+    async show(page) {
         const list = await this.#listOf(page.index);
-        if (!list) {
-            return;
+        if (list) {
+            await this.#lay(page, list);
         }
-        const known = this.#bareCorners.get(page.index);
-        const signs = list.annotations.filter((one) => one.listed && hasSign(one)).length;
-        if (signs > kMostAsked) {
-            this.#bareCorners.set(page.index, {pdf, corners: null});
-        } else if (signs > 0 && known?.pdf !== pdf) {
-            const corners = await readBareCorners(pdf, page.index);
-            this.#bareCorners.set(page.index, {pdf, corners});
-        }
-        await this.#lay(page, list);
     }
 
     /// Shows them anew, in another language.
     async translate(page) {
         if (page.shownList) {
             await this.#lay(page, page.shownList);
-        }
-    }
-
-    async #refresh(page) {
-        const list = await this.#listOf(page.index);
-        if (list) {
-            await this.#lay(page, list);
         }
     }
 
@@ -127,11 +81,7 @@ export class PageAnnotations {
 
     async #lay(page, list) {
         page.shownList = list;
-        const {corners} = this.#bareCorners.get(page.index) ?? {corners: new Set()};
-        const isBare = (annotation) =>
-            corners === null ||
-            kNeighbours.some(([left, top]) => corners.has(cornerOf(annotation, left, top)));
-        if (await page.layer.show(list, page.viewport, isBare)) {
+        if (await page.layer.show(list, page.viewport)) {
             this.#mark(page);
         }
     }

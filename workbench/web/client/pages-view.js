@@ -413,7 +413,7 @@ export class PagesView {
                 return;
             }
             const drawn = page.draw(pdfPage, this.#loadedRevision, this.#zoom.scale);
-            this.#annotations.show(page, pdf);
+            this.#annotations.show(page);
             await drawn;
             pdfPage.cleanup();
         } catch (error) {
