@@ -1,10 +1,13 @@
 #include "PanelFixture.h"
 
 #include "ListRenderer.h"
+#include "driver/PanelReport.h"
 #include "service-common/UnicodeText.h"
 #include "service-common/WideText.h"
 #include "services/HandlerAttachment.h"
 #include "services/KeyNames.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -268,7 +271,7 @@ void PanelTest::Raise(ElementHandle target, UIKeyEvent event)
 std::string PanelTest::TakeCalls()
 {
     std::string text;
-    for (const auto& call : host.State().calls.Take()) {
+    for (const auto& call : Workbench::ToJson(host.State().calls.Take())) {
         const std::string name = call[0].get<std::string>();
         text += (text.empty() ? "" : " ") + name.substr(name.find('.') + 1) + "(";
         for (std::size_t i = 1; i < call.size(); ++i) {

@@ -9,6 +9,7 @@
 #include "services/ResourceStore.h"
 
 #include <set>
+#include <string_view>
 
 namespace PanelTests {
 namespace {
@@ -315,10 +316,10 @@ TEST_F(RenderingTest, ARenderingThatIsNotWantedAnyMoreEndsEarly)
     std::uint32_t asked = 0;
     renderer.wanted = [&] { return ++asked < 40; };
     CommentsContainerHandler::RenderResults(renderer);
-    std::set<std::string> pages;
+    std::set<std::uint32_t> pages;
     for (const auto& call : host.State().calls.Take()) {
-        if (call[0] == "BLDocument.AcquirePage") {
-            pages.insert(call[1].dump());
+        if (call.name == std::string_view("BLDocument.AcquirePage")) {
+            pages.insert(std::get<std::uint32_t>(call.arguments.at(0)));
         }
     }
     EXPECT_EQ(pages.size(), 2u);

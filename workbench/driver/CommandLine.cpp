@@ -6,6 +6,7 @@
 #include "driver/Session.h"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <fstream>
 #include <ostream>

@@ -1,5 +1,7 @@
 #include "driver/PanelReport.h"
 
+#include <nlohmann/json.hpp>
+
 namespace Workbench {
 
 namespace {
@@ -115,6 +117,19 @@ Json ToJson(const BLDocumentViewObject& view)
             {"target", orNull({target.left, target.bottom, target.right, target.top})},
             {"mode", orNull(shown.mode)},
             {"focused", OrNull(view.FocusedPlace())}};
+}
+
+nlohmann::ordered_json ToJson(const std::vector<HostCall>& calls)
+{
+    auto list = nlohmann::ordered_json::array();
+    for (const HostCall& call : calls) {
+        auto entry = nlohmann::ordered_json::array({call.name});
+        for (const HostCall::Argument& argument : call.arguments) {
+            std::visit([&](const auto& value) { entry.push_back(value); }, argument);
+        }
+        list.push_back(std::move(entry));
+    }
+    return list;
 }
 
 std::string ToLine(const Json& json)

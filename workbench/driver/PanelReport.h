@@ -3,10 +3,12 @@
 
 #include "driver/PanelReader.h"
 #include "services/BLDocumentViewObject.h"
+#include "services/CallLog.h"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
+#include <vector>
 
 namespace Workbench {
 
@@ -17,6 +19,9 @@ nlohmann::ordered_json ToJson(const PanelView& view, const std::string& file);
 // Where a view was sent last and what is focused in it:
 // {"page", "target": [left, bottom, right, top], "mode", "focused": "2_1"}, each may be null.
 nlohmann::ordered_json ToJson(const BLDocumentViewObject& view);
+
+// Calls as [["BLDocumentView.GoTo", arguments...], ...].
+nlohmann::ordered_json ToJson(const std::vector<HostCall>& calls);
 
 // The document in one line of UTF-8. File names that are no UTF-8 come with replacement characters.
 std::string ToLine(const nlohmann::ordered_json& json);

@@ -5,6 +5,8 @@
 #include "driver/PanelReport.h"
 #include "services/KeyNames.h"
 
+#include <nlohmann/json.hpp>
+
 #include <charconv>
 #include <cstdint>
 #include <filesystem>
@@ -247,7 +249,7 @@ void Dump(const StepCall& call)
 
 void PrintCalls(const StepCall& call)
 {
-    call.output << ToLine(call.TheHost().State().calls.Take()) << "\n";
+    call.output << ToLine(ToJson(call.TheHost().State().calls.Take())) << "\n";
 }
 
 void Check(const StepCall& call)

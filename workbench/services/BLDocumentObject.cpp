@@ -59,7 +59,8 @@ ResultCode BLDocumentObject::ExecuteCommand(Atom command, const void* arguments)
     const char* name = nullptr;
     VxGetStringFromAtom(command, &name);
     if (command != DeleteCommandAtom()) {
-        state_->calls.Request("BLDocument.ExecuteCommand", name == nullptr ? "" : name);
+        state_->calls.Request("BLDocument.ExecuteCommand",
+                              std::string(name == nullptr ? "" : name));
         FailCall(kResultNotFound, std::string("a document has no command \"") +
                                       (name == nullptr ? "" : name) + "\"");
     }
@@ -75,7 +76,8 @@ void BLDocumentObject::DeleteAnnotation(const BLAnnotCommandArguments& arguments
     const auto position = PositionOnPage(*content_, arguments.pageIndex, arguments.annotation);
     const std::string place =
         std::to_string(arguments.pageIndex) + "_" + (position ? std::to_string(*position) : "?");
-    state_->calls.Request("BLDocument.ExecuteCommand", kDeleteCommand, arguments.pageIndex, place);
+    state_->calls.Request("BLDocument.ExecuteCommand", std::string(kDeleteCommand),
+                          arguments.pageIndex, place);
     const auto refuse = [&](const std::string& reason) {
         FailCall(kResultCommandRefused,
                  content_->Name() + ": annotation " + place + " is not deleted, " + reason);

@@ -47,12 +47,12 @@ std::uint32_t IndexAfter(const Documents::PagesChange& change, std::uint32_t pag
     return page;
 }
 
-CallLog::Json PlaceForLog(const BLDocumentObject* document, std::uint32_t page,
-                          const _PDAnnotRec* annotation)
+HostCall::Argument PlaceForLog(const BLDocumentObject* document, std::uint32_t page,
+                               const _PDAnnotRec* annotation)
 {
     const auto place =
         document == nullptr ? std::nullopt : PlaceName(document->Content(), page, annotation);
-    return place ? CallLog::Json(*place) : CallLog::Json(nullptr);
+    return place ? HostCall::Argument(*place) : HostCall::Argument(nullptr);
 }
 
 }  // namespace
@@ -225,7 +225,7 @@ ResultCode BLDocumentViewObject::GoTo(const BLGoToRequest* request)
     const _PDRect& target = request->target;
     state_->calls.Request(
         "BLDocumentView.GoTo", request->pageIndex, request->mode,
-        CallLog::Json::array({target.left, target.bottom, target.right, target.top}));
+        std::vector<double>{target.left, target.bottom, target.right, target.top});
     if (document_) {
         CheckPage(request->pageIndex);
     }

@@ -3,23 +3,35 @@
 // the thousand, only on demand. [any-thread]
 #pragma once
 
-#include <nlohmann/json.hpp>
-
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
+#include <string>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace Workbench {
 
+// One call: "BLDocumentView.GoTo" and its arguments.
+struct HostCall {
+    using Argument =
+        std::variant<std::nullptr_t, bool, std::uint32_t, std::string, std::vector<double>>;
+
+    const char* name;  // static
+    std::vector<Argument> arguments;
+};
+
 class CallLog {
 public:
-    using Json = nlohmann::ordered_json;
-
-    // Writes ["BLDocumentView.GoTo", arguments...].
     template <class... Args>
     void Request(const char* name, Args&&... arguments)
     {
-        Add(Json::array({name, std::forward<Args>(arguments)...}));
+        HostCall call{name, {}};
+        (call.arguments.emplace_back(std::forward<Args>(arguments)), ...);
+        const std::lock_guard lock(mutex_);
+        calls_.push_back(std::move(call));
     }
 
     template <class... Args>
@@ -32,23 +44,17 @@ public:
 
     void LogQueries(bool enabled) noexcept { logsQueries_ = enabled; }
 
-    // The calls since the last time, oldest first, as an array of arrays.
-    Json Take()
+    // The calls since the last time, oldest first.
+    std::vector<HostCall> Take()
     {
         const std::lock_guard lock(mutex_);
-        return std::exchange(calls_, Json::array());
+        return std::exchange(calls_, {});
     }
 
 private:
-    void Add(Json call)
-    {
-        const std::lock_guard lock(mutex_);
-        calls_.push_back(std::move(call));
-    }
-
     std::atomic<bool> logsQueries_ = false;
     std::mutex mutex_;
-    Json calls_ = Json::array();
+    std::vector<HostCall> calls_;
 };
 
 }  // namespace Workbench
