@@ -46,7 +46,12 @@ void OpenDocuments::ReopenView(OpenDocument& document, bool readOnly)
     const Host::ViewPtr active = host_.Collection().ActiveView();
     const auto focus = former->View().FocusedAnnotation();
     host_.ForceReadOnly(readOnly ? std::optional(true) : std::nullopt);
-    document.view = host_.OpenView(document.content);
+    try {
+        document.view = host_.OpenView(document.content);
+    } catch (...) {
+        host_.ForceReadOnly(std::nullopt);
+        throw;
+    }
     host_.ForceReadOnly(std::nullopt);
     document.targetsOfFormerViews += former->View().TargetCount();
     host_.CloseView(former);

@@ -213,7 +213,7 @@ Document::Step Document::EntriesStep(EditKind kind, std::uint32_t page,
         std::vector<Change> changes = ChangesOf(concerned, entries, PDAnnotOperation::kAdded, page);
         PageRef changed = PageWith(KnownPage(page), entries);
         write();
-        pages_.SetSnapshot(page, std::move(changed));
+        pages_.SetSnapshot(page, std::move(changed), entries);
         return changes;
     };
     auto take = [this, page, entries = std::move(entries), concerned = std::move(concerned),

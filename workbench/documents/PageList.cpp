@@ -7,6 +7,20 @@
 
 namespace Documents {
 
+namespace {
+
+// Records a page as the home of an annotation that it shows first.
+void NoteHome(const AnnotationRef& annotation, std::uint64_t page)
+{
+    if (annotation && annotation.Get()->homePage == 0) {
+        annotation.Get()->homePage = page;
+    } else if (annotation && annotation.Get()->homePage != page) {
+        annotation.Get()->onSeveralPages = true;
+    }
+}
+
+}  // namespace
+
 PageRef PageWith(const PageRef& page, const std::vector<PlacedAnnotation>& added)
 {
     std::vector<AnnotationRef> annotations = page.Get()->annotations;
@@ -31,7 +45,7 @@ void PageList::Assign(std::vector<Page> pages)
     const std::lock_guard lock{mutex_};
     pages_ = std::move(pages);
     for (Page& page : pages_) {
-        NoteHome(page);
+        NumberAndNoteHomes(page);
     }
 }
 
@@ -47,12 +61,18 @@ PageRef PageList::Snapshot(std::uint32_t page) const
     return page < pages_.size() ? pages_[page].snapshot : PageRef{};
 }
 
-void PageList::SetSnapshot(std::uint32_t page, PageRef snapshot)
+void PageList::SetSnapshot(std::uint32_t page, PageRef snapshot,
+                           const std::vector<PlacedAnnotation>& added)
 {
     PageRef former;  // released after the lock: it may be the last reference to many annotations
     const std::lock_guard lock{mutex_};
     former = std::exchange(pages_[page].snapshot, std::move(snapshot));
-    NoteHome(pages_[page]);
+    if (!former) {
+        NumberAndNoteHomes(pages_[page]);
+    }
+    for (const PlacedAnnotation& entry : added) {
+        NoteHome(entry.annotation, pages_[page].number);
+    }
 }
 
 std::optional<_PDRect> PageList::Box(std::uint32_t page) const
@@ -94,7 +114,7 @@ void PageList::Reserve()
 void PageList::Insert(std::uint32_t at, Page page)
 {
     const std::lock_guard lock{mutex_};
-    NoteHome(page);
+    NumberAndNoteHomes(page);
     pages_.insert(pages_.begin() + at, std::move(page));
 }
 
@@ -114,19 +134,14 @@ void PageList::Move(std::uint32_t from, std::uint32_t to)
     std::rotate(first, from < to ? first + 1 : last - 1, last);
 }
 
-// Numbers a new page, and records it as the home of the annotations that it shows first.
-void PageList::NoteHome(Page& page)
+void PageList::NumberAndNoteHomes(Page& page)
 {
     page.number = page.number == 0 ? ++lastNumber_ : page.number;
     if (!page.snapshot) {
         return;
     }
     for (const AnnotationRef& entry : page.snapshot.Get()->annotations) {
-        if (entry && entry.Get()->homePage == 0) {
-            entry.Get()->homePage = page.number;
-        } else if (entry && entry.Get()->homePage != page.number) {
-            entry.Get()->onSeveralPages = true;
-        }
+        NoteHome(entry, page.number);
     }
 }
 

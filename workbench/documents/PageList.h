@@ -38,7 +38,9 @@ public:
 
     // Empty when it has not been read, and beyond the count.
     PageRef Snapshot(std::uint32_t page) const;
-    void SetSnapshot(std::uint32_t page, PageRef snapshot);
+    // `added`: what the page shows that its former snapshot, if it had one, did not.
+    void SetSnapshot(std::uint32_t page, PageRef snapshot,
+                     const std::vector<PlacedAnnotation>& added = {});
     std::optional<_PDRect> Box(std::uint32_t page) const;
     void SetBox(std::uint32_t page, const _PDRect& box);
 
@@ -53,7 +55,7 @@ public:
     void Move(std::uint32_t from, std::uint32_t to);
 
 private:
-    void NoteHome(Page& page);
+    void NumberAndNoteHomes(Page& page);
 
     mutable std::mutex mutex_;
     std::vector<Page> pages_;

@@ -66,7 +66,7 @@ std::vector<DocumentFile> ReadDocuments(const ProgramOptions& options, const Ses
     auto file = options.files.begin();
     auto description = options.memoryDocuments.begin();
     for (const bool isFile : options.isFile) {
-        documents.push_back(isFile ? session.Read(*file++)
+        documents.push_back(isFile ? session.ReadFile(*file++)
                                    : MakeMemoryDocument(*description++, options.session.listAll));
     }
     return documents;

@@ -22,9 +22,14 @@ DocumentFile Session::Read(const std::string& name) const
     if (name.starts_with(kMemory)) {
         return MakeMemoryDocument(name.substr(kMemory.size()), options_.listAll);
     }
-    DocumentFile file = ReadDocument(name, {options_.password, options_.listAll});
-    file.name = name;
-    return file;
+    return ReadFile(name);
+}
+
+DocumentFile Session::ReadFile(const std::string& file) const
+{
+    DocumentFile document = ReadDocument(file, {options_.password, options_.listAll});
+    document.name = file;
+    return document;
 }
 
 void Session::Start(std::vector<DocumentFile> documents)

@@ -27,6 +27,10 @@ public:
     // Throws std::runtime_error.
     explicit Session(SessionOptions options, DocumentNumber firstNumber = 0);
 
+    // Reads a PDF file, whatever it is called; the name is as the user wrote it. Throws
+    // ActionRefused.
+    DocumentFile ReadFile(const std::string& file) const;
+
     // Reads what a user calls a document: a file, or "memory:" and what MakeMemoryDocument takes.
     // Throws ActionRefused.
     DocumentFile Read(const std::string& name) const;

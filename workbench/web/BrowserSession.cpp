@@ -1,6 +1,7 @@
 #include "web/BrowserSession.h"
 
 #include "services/KeyNames.h"
+#include "web/Author.h"
 #include "web/ClientMessage.h"
 #include "web/DocumentJson.h"
 #include "web/PanelInput.h"
@@ -12,6 +13,17 @@ namespace Workbench {
 using HtmlEngine::ElementHandle;
 
 namespace {
+
+nlohmann::ordered_json DescribeLocales(const Host& host)
+{
+    auto locales = nlohmann::ordered_json::array();
+    for (const LocaleTitle& title : host.Locale().Titles()) {
+        locales.push_back({{"name", title.language},
+                           {"title", title.name},
+                           {"direction", title.isRightToLeft ? "rtl" : "ltr"}});
+    }
+    return locales;
+}
 
 nlohmann::ordered_json DescribeKeys()
 {
@@ -25,11 +37,13 @@ nlohmann::ordered_json DescribeKeys()
 }  // namespace
 
 BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThreads& workers,
-                               bool listAll, BrowserClients::Sender send)
+                               const BrowserSessionOptions& options, BrowserClients::Sender send)
     : host_(host),
       documents_(documents),
       workers_(workers),
-      listAll_(listAll),
+      options_(options),
+      locales_(std::make_shared<const Json>(DescribeLocales(host))),
+      author_(UserName()),
       clients_(std::move(send)),
       jobs_(documents, [this](DocumentNumber number) { MarkChanged(number); }),
       contents_(*this),
@@ -49,14 +63,16 @@ BrowserSession::~BrowserSession()
 
 void BrowserSession::Connect(SocketNumber client)
 {
-    // Nothing has been followed while nobody was there.
-    FollowPanel();
     Update();
+    if (clients_.IsEmpty()) {  // everything is described below
+        listChanged_ = false;
+        changed_.clear();
+    }
     clients_.Send(client, {{"type", "hello"},
                            {"version", 1},
-                           {"locales", DescribeLocales()},
+                           {"locales", *locales_},
                            {"keys", DescribeKeys()},
-                           {"mostMessageBytes", HttpServerOptions{}.mostMessageBytes}});
+                           {"mostMessageBytes", options_.mostMessageBytes}});
     clients_.Send(client, {{"type", "locale"}, {"name", host_.Locale().Language()}});
     clients_.Send(client, DescribeDocuments());
     clients_.Add(client);
@@ -98,7 +114,8 @@ void BrowserSession::Update()
     }
     host_.State().calls.Take();
     contents_.WriteDue();
-    if (panel_.HasChanges()) {
+    // Without clients the stream notes no changes.
+    if (clients_.IsEmpty() || panel_.HasChanges()) {
         FollowPanel();
     }
     if (!clients_.IsEmpty()) {
@@ -186,6 +203,7 @@ void BrowserSession::Close(OpenDocument& document)
     const std::unique_ptr<OpenDocument> closed = documents_.Close(document);
     listChanged_ = true;
     currents_.erase(number);
+    toldWarnings_.erase(number);
     contents_.Forget(number);
     jobs_.Forget(number);
     // A big document takes long to be released.
@@ -201,9 +219,39 @@ void BrowserSession::Activate(const OpenDocument& document)
 void BrowserSession::ReopenView(OpenDocument& document, bool readOnly)
 {
     Current(document).Keep();
-    documents_.ReopenView(document, readOnly);
-    FollowView(document);
     MarkChanged(document.number);
+    try {
+        documents_.ReopenView(document, readOnly);
+    } catch (...) {
+        FollowView(document);
+        throw;
+    }
+    FollowView(document);
+}
+
+void BrowserSession::SwitchLanguage(const std::string& language)
+{
+    const std::string former = host_.Locale().Language();
+    const auto tell = [&] {
+        if (const std::string present = host_.Locale().Language(); present != former) {
+            clients_.Broadcast({{"type", "locale"}, {"name", present}});
+        }
+    };
+    try {
+        host_.SwitchLanguage(language);
+    } catch (...) {
+        tell();  // the panel may have failed behind the switch
+        throw;
+    }
+    tell();
+}
+
+void BrowserSession::CheckWarnings(DocumentNumber number)
+{
+    const OpenDocument* const document = documents_.Find(number);
+    if (document != nullptr && document->content->Warnings().size() != toldWarnings_[number]) {
+        MarkChanged(number);
+    }
 }
 
 // The panel may outlive the session, and with it the view and its document.
@@ -273,21 +321,11 @@ CommentPosition BrowserSession::RequireCurrent(const OpenDocument& document,
 
 // --- Descriptions ---
 
-BrowserSession::Json BrowserSession::DescribeLocales() const
-{
-    Json locales = Json::array();
-    for (const LocaleTitle& title : host_.Locale().Titles()) {
-        locales.push_back({{"name", title.language},
-                           {"title", title.name},
-                           {"direction", title.isRightToLeft ? "rtl" : "ltr"}});
-    }
-    return locales;
-}
-
 BrowserSession::Json BrowserSession::Describe(const OpenDocument& document)
 {
     const CurrentComment& current = Current(document);
     const bool isSaving = jobs_.IsSaving(document.number);
+    toldWarnings_[document.number] = document.content->Warnings().size();
     return DescribeDocument(document,
                             isSaving              ? "saving"
                             : current.IsLoading() ? "listing"

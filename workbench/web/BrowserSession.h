@@ -17,6 +17,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -30,14 +31,18 @@
 
 namespace Workbench {
 
+struct BrowserSessionOptions {
+    bool listAll = false;  // documents that clients open list every annotation
+    std::size_t mostMessageBytes = HttpServerOptions{}.mostMessageBytes;  // that the server takes
+};
+
 class BrowserSession : public std::enable_shared_from_this<BrowserSession> {
 public:
     using Json = nlohmann::ordered_json;
 
     // The host's panel has been started. Host, documents and workers outlive the session.
-    // `listAll`: documents that clients open list every annotation.
-    BrowserSession(Host& host, OpenDocuments& documents, WorkerThreads& workers, bool listAll,
-                   BrowserClients::Sender send);
+    BrowserSession(Host& host, OpenDocuments& documents, WorkerThreads& workers,
+                   const BrowserSessionOptions& options, BrowserClients::Sender send);
     ~BrowserSession();
     BrowserSession(const BrowserSession&) = delete;
     BrowserSession& operator=(const BrowserSession&) = delete;
@@ -70,9 +75,14 @@ public:
     void Close(OpenDocument& document);
     void Activate(const OpenDocument& document);
     void ReopenView(OpenDocument& document, bool readOnly);
+    // Throws std::runtime_error for a language that there is not.
+    void SwitchLanguage(const std::string& language);
 
     // The document's description is another one, apart from what edits, views and lists change.
     void MarkChanged(DocumentNumber number) { changed_.insert(number); }
+
+    // The same when reading the file has brought warnings that clients do not know.
+    void CheckWarnings(DocumentNumber number);
 
     // Gives the focus to a comment, so that the panel makes it current.
     void Show(const OpenDocument& document, std::uint32_t page,
@@ -94,7 +104,9 @@ public:
 
     // --- Parts ---
 
-    bool ListsAll() const noexcept { return listAll_; }
+    bool ListsAll() const noexcept { return options_.listAll; }
+    // Of comments that are added.
+    const std::u16string& Author() const noexcept { return author_; }
     Host& TheHost() noexcept { return host_; }
     OpenDocuments& Documents() noexcept { return documents_; }
     BrowserClients& Clients() noexcept { return clients_; }
@@ -111,7 +123,6 @@ private:
     void FollowEdit(DocumentNumber number, const std::vector<Documents::Change>& changes);
     void FollowPanel();
 
-    Json DescribeLocales() const;
     Json Describe(const OpenDocument& document);
     Json DescribeDocuments();
     void TellPanelChanges();
@@ -120,13 +131,16 @@ private:
     Host& host_;
     OpenDocuments& documents_;
     WorkerThreads& workers_;
-    const bool listAll_;
+    const BrowserSessionOptions options_;
+    const std::shared_ptr<const Json> locales_;
+    const std::u16string author_;
     BrowserClients clients_;
     DocumentJobs jobs_;
     DocumentContents contents_;
     SavePrompt prompt_;
     PanelStream panel_;
     std::map<DocumentNumber, CurrentComment> currents_;
+    std::map<DocumentNumber, std::size_t> toldWarnings_;  // number of those described last
 
     // What clients have not been told yet.
     bool listChanged_ = false;          // which documents are open, or which one is active

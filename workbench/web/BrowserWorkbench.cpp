@@ -35,7 +35,7 @@ void BrowserWorkbench::OpenDocuments()
 {
     std::vector<DocumentFile> documents;
     for (const std::string& file : options_.request.files) {
-        documents.push_back(session_.Read(file));
+        documents.push_back(session_.ReadFile(file));
         documents.back().name = documents.back().path->filename().string();
     }
     const bool listAll = options_.request.session.listAll;
@@ -51,7 +51,8 @@ void BrowserWorkbench::OpenDocuments()
     server.port = options_.request.port;
     server_ = std::make_unique<HttpServer>(server, router_);
     browser_ = std::make_shared<BrowserSession>(
-        TheHost(), session_.Documents(), workers_, listAll,
+        TheHost(), session_.Documents(), workers_,
+        BrowserSessionOptions{listAll, server.mostMessageBytes},
         [this](SocketNumber client, std::shared_ptr<const std::string> text) {
             server_->Send(client, std::move(text));
         });

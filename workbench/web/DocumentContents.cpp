@@ -110,6 +110,7 @@ void DocumentContents::Take(DocumentNumber number, Encryption encryption, std::u
     if (document == nullptr) {
         return;
     }
+    session_.CheckWarnings(number);
     File& file = files_[number];
     file.isBeingWritten = false;
     if (!result.Succeeded()) {

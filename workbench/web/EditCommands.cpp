@@ -38,7 +38,7 @@ CommandReply Add(const CommandCall& call)
     const CommentPosition added = AddComment(
         document, {message.SmallNumber("page"), message.Text("subtype"),
                    message.OptionalText("contents").value_or(""), message.OptionalRect("rect"),
-                   Documents::Authorship{UserName(), Now()}});
+                   Documents::Authorship{call.session.Author(), Now()}});
     return Json{{"index", added.index}};
 }
 

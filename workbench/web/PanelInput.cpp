@@ -133,6 +133,9 @@ void Carry(BrowserSession& session, const PanelInput& input, const std::function
     } catch (const ActionRefused& refused) {
         session.Update();
         session.Clients().Notify(input.socket, refused.what(), refused.Reason());
+    } catch (const std::exception& error) {
+        session.Update();
+        session.Clients().Notify(input.socket, error.what(), RefusalReason::kOther);
     }
 }
 

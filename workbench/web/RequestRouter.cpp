@@ -4,6 +4,7 @@
 #include "services/ModuleLibrary.h"
 #include "services/ResourceStore.h"
 #include "web/BrowserSession.h"
+#include "web/DocumentJson.h"
 #include "web/FileCommands.h"
 #include "web/StaticFiles.h"
 #include "web/StyleAdapter.h"
@@ -95,18 +96,18 @@ HttpAnswer RequestRouter::FileAnswer(const Url& url) const
 // All languages as members of one object; a file that is no JSON is left out.
 HttpAnswer RequestRouter::LocalesAnswer() const
 {
-    std::string all;
+    auto all = nlohmann::ordered_json::object();
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(folders_.locales, error)) {
-        const std::string name = entry.path().filename().string();
+    for (std::filesystem::directory_iterator entry(folders_.locales, error), end;
+         !error && entry != end; entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
         const auto bytes = ReadServedFile(folders_.locales, std::span(&name, 1));
-        if (bytes && entry.path().extension() == ".json" && nlohmann::json::accept(*bytes)) {
-            all += all.empty() ? "{\"" : ",\"";
-            all += entry.path().stem().string() + "\":" + *bytes;
+        auto json = nlohmann::ordered_json::parse(bytes.value_or(""), nullptr, false);
+        if (entry->path().extension() == ".json" && !json.is_discarded()) {
+            all[entry->path().stem().string()] = std::move(json);
         }
     }
-    return {.contentType = "application/json",
-            .body = std::make_shared<const std::string>(all + "}")};
+    return JsonAnswer(200, all);
 }
 
 // Style sheets and images. `common` is the host's part of them, and comes from the client's folder.

@@ -32,9 +32,7 @@ CommandReply SetReadOnly(const CommandCall& call)
 
 CommandReply SetLocale(const CommandCall& call)
 {
-    const std::string locale = call.Message().Text("locale");
-    call.session.TheHost().SwitchLanguage(locale);
-    call.session.Clients().Broadcast(Json{{"type", "locale"}, {"name", locale}});
+    call.session.SwitchLanguage(call.Message().Text("locale"));
     return Done();
 }
 
@@ -75,13 +73,9 @@ CommandReply GiveAnnotations(const CommandCall& call)
         [content = document.content, number = document.number, page] {
             return DescribeAnnotations(number, *content, page);
         },
-        [request = call.request, content = document.content, number = document.number,
-         warnings = document.content->Warnings().size()](BrowserSession& session,
-                                                         std::future<Json> annotations) {
-            // A page that is read for the first time may bring some.
-            if (content->Warnings().size() != warnings) {
-                session.MarkChanged(number);
-            }
+        [request = call.request, number = document.number](BrowserSession& session,
+                                                           std::future<Json> annotations) {
+            session.CheckWarnings(number);
             session.Answer(request, [&] { return CommandReply(annotations.get()); });
         });
     return kRepliesLater;

@@ -54,8 +54,7 @@ public:
     // Posts a fresh loading of the list.
     ResultCode OnLocaleChanged();
 
-    // --- Rendering: see ListRenderer.h [any-thread]
-    // -----------------------------------------------
+    // --- Rendering: see ListRenderer.h [any-thread] ---
 
     static std::wstring RenderResults(ListRenderer& renderer) { return renderer.RenderResults(); }
     static std::wstring RenderPageItem(ListRenderer& renderer, std::uint32_t pageIndex)

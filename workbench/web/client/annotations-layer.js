@@ -63,8 +63,9 @@ export class AnnotationsLayer {
         this.element.addEventListener('keydown', (event) => this.#key(event));
     }
 
-    /// Shows the annotations of a list; one without an appearance gets a sign. What is as it was stays. Many come in parts, with frames
-    /// between them; resolves to false when another call has overtaken this one.
+    /// Shows the annotations of a list; one without an appearance gets a sign. What is as it was
+    /// stays. Many come in parts, with frames between them; resolves to false when another call has
+    /// overtaken this one.
     async show({annotations, revision}, viewport) {
         const turn = ++this.#shows;
         this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));

@@ -1,8 +1,16 @@
 // The words of the web page and the names of comments, in the language of the panel: the tables are
 // those of the host's languages, one file each.
 
-const kTables = await (await fetch(new URL('locales', document.baseURI))).json();
+async function readTables() {
+    try {
+        const reply = await fetch(new URL('locales', document.baseURI));
+        return reply.ok ? await reply.json() : {};
+    } catch {
+        return {};
+    }
+}
 
+const kTables = await readTables();
 let table = kTables.en;
 
 /// Sets the language; one that is not there gets English words.
@@ -10,20 +18,26 @@ export function setTextLanguage(name) {
     table = kTables[name] ?? kTables.en;
 }
 
+// The words of a key in a part of the present language's table, else of the English one.
+function find(part, key) {
+    const parts = [table?.[part], kTables.en?.[part]];
+    return parts.find((words) => words && Object.hasOwn(words, key))?.[key];
+}
+
 /// The words of a key, with values in the place of {0}, {1}, ...
 export function text(key, ...values) {
-    const words = table.workbench[key] ?? kTables.en.workbench[key] ?? key;
+    const words = find('workbench', key) ?? key;
     return words.replace(/\{(\d)\}/g, (match, at) => String(values[at] ?? match));
 }
 
 /// Whether a key has words.
 export function hasText(key) {
-    return kTables.en.workbench[key] !== undefined;
+    return find('workbench', key) !== undefined;
 }
 
 /// The name of a subtype of annotations, as the panel has it.
 export function subtypeName(subtype) {
-    return table.strings[subtype] ?? subtype;
+    return find('strings', subtype) ?? subtype;
 }
 
 /// Fills in the elements of the page that name their words: `data-text`, `data-label`.
