@@ -1,6 +1,5 @@
 // The page of the workbench: puts its parts together, and hands each what the workbench says.
 
-import {Arrangement} from './arrangement.js';
 import {Connection, socketAddress} from './connection.js';
 import {describeRefusal, Edits} from './edits.js';
 import {setFocusHome} from './focus-return.js';
@@ -8,6 +7,7 @@ import {icon} from './icons.js';
 import {Notices} from './notices.js';
 import {Panel} from './panel.js';
 import {listenToShortcuts} from './shortcuts.js';
+import {SplitView} from './split-view.js';
 import {Splitter} from './splitter.js';
 import {StatusLine} from './status-line.js';
 import {Tabs} from './tabs.js';
@@ -57,7 +57,7 @@ class Page {
             (reply) => this.edits.tellRefusal(reply),
         );
         setFocusHome(() => this.panel.focusList());
-        this.arrangement = new Arrangement(byId('pages'), this.#viewServices());
+        this.splitView = new SplitView(byId('pages'), this.#viewServices());
         this.tabs = new Tabs(byId('tabs'), {
             activate: ({id}) => this.#activate(id),
             close: (description) => this.edits.close(description),
@@ -79,7 +79,7 @@ class Page {
     }
 
     get view() {
-        return this.arrangement.activeView;
+        return this.splitView.activeView;
     }
 
     // --- Actions on the active document ---
@@ -171,7 +171,7 @@ class Page {
         document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
         this.panel.setListing(documents.some(({busy}) => busy === 'listing'));
         this.tabs.update(documents, active);
-        this.arrangement.update(documents, active);
+        this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
     }
@@ -201,7 +201,7 @@ class Page {
         byId('panel-frame').title = text('panel.comments');
         this.panel.setLanguage(name, direction);
         this.toolbar.translate();
-        this.arrangement.translate();
+        this.splitView.translate();
         this.tabs.update(this.documents, this.activeId);
         this.statusLine.update(this.documents, this.active);
     }
@@ -282,7 +282,7 @@ class Page {
 
     #toggleSplit() {
         this.split.isOn = !this.split.isOn;
-        this.arrangement.setSplit(this.split.isOn);
+        this.splitView.setSplit(this.split.isOn);
     }
 
     // --- Keyboard ---

@@ -4,12 +4,12 @@
 
 import {
     attributeNameInFrame,
-    isHarmlessElement,
+    isSafeElement,
     kInertNamespace,
     kKeptPrefix,
     removeInlineStyle,
     setInlineStyle,
-} from './harmless.js';
+} from './safe-markup.js';
 
 const kUnnamed = 'wb-unnamed';
 // Where browsers stop, too, when they read HTML: deeper trees overflow the stack of their layout.
@@ -210,7 +210,7 @@ export class PanelMirror {
 
     #createElement(name, description, parent) {
         const isHtml = description.length < 6;
-        if (isHtml && isHarmlessElement(name)) {
+        if (isHtml && isSafeElement(name)) {
             return this.#document.createElement(name);
         }
         if (isHtml && name === 'link' && this.#sheetAddress(description[2], parent)) {

@@ -4,7 +4,7 @@
 import {PagesView} from './pages-view.js';
 import {text} from './texts.js';
 
-export class Arrangement {
+export class SplitView {
     #area;
     #services;
     #slots = [];

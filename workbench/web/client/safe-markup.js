@@ -27,7 +27,7 @@ const kAttributes = new Set(
     ).split(' '),
 );
 
-export function isHarmlessElement(name) {
+export function isSafeElement(name) {
     return kElements.has(name);
 }
 
