@@ -34,7 +34,7 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       jobs_(documents, [this](DocumentNumber number) { MarkChanged(number); }),
       contents_(*this),
       prompt_(*this),
-      panel_(*host.Panel().Page())
+      panel_(*host.Panel().Document())
 {
     host_.Panel().SetScrollCallback(
         [this](ElementHandle element) { scrollTo_ = clients_.IsEmpty() ? 0 : IdOf(element); });

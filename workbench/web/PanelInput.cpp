@@ -37,7 +37,7 @@ PanelInput ReadInput(BrowserSession& session, SocketNumber socket, const ClientM
     input.socket = socket;
     input.id = message.OptionalNumber("id");
     input.item = message.OptionalNumber("item");
-    input.container = FindVisibleContainer(*session.TheHost().Panel().Page());
+    input.container = FindVisibleContainer(*session.TheHost().Panel().Document());
     if (!isKey) {
         input.element = message.Number("element");
         return input;
@@ -58,7 +58,7 @@ PanelInput ReadInput(BrowserSession& session, SocketNumber socket, const ClientM
 bool Deletes(BrowserSession& session, const PanelInput& input)
 {
     return input.key ? *input.key == kKeyDelete
-                     : IsInDeleteButton(*session.TheHost().Panel().Page(),
+                     : IsInDeleteButton(*session.TheHost().Panel().Document(),
                                         session.PanelTree().ElementWith(*input.element));
 }
 
@@ -114,7 +114,7 @@ void Act(BrowserSession& session, const PanelInput& input)
     }
     // What comes next may act on the comment that is current now.
     if (document != nullptr) {
-        session.Current(*document).Update(document->view->View(), *panel.Page());
+        session.Current(*document).Update(document->view->View(), *panel.Document());
     }
 }
 
