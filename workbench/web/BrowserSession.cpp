@@ -49,7 +49,7 @@ BrowserSession::~BrowserSession()
 
 void BrowserSession::Connect(SocketNumber client)
 {
-    // Nothing has been followed while nobody was there.
+    // Changes are not recorded while no client is connected.
     FollowPanel();
     Update();
     clients_.Send(client, {{"type", "hello"},
@@ -188,7 +188,7 @@ void BrowserSession::Close(OpenDocument& document)
     currents_.erase(number);
     contents_.Forget(number);
     jobs_.Forget(number);
-    // A big document takes long to be released.
+    // Releasing a large document takes long.
     workers_.Post([content = std::move(closed->content)] {});
 }
 

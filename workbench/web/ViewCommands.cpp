@@ -1,4 +1,4 @@
-// The commands that show documents and comments, and those that ask for them.
+// Commands that show and query documents and comments.
 #include "actions/Edits.h"
 #include "web/BrowserSession.h"
 #include "web/ClientMessage.h"
@@ -78,7 +78,7 @@ CommandReply GiveAnnotations(const CommandCall& call)
         [request = call.request, content = document.content, number = document.number,
          warnings = document.content->Warnings().size()](BrowserSession& session,
                                                          std::future<Json> annotations) {
-            // A page that is read for the first time may bring some.
+            // Reading a page for the first time may add warnings.
             if (content->Warnings().size() != warnings) {
                 session.MarkChanged(number);
             }
