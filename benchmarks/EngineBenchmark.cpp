@@ -28,7 +28,7 @@ class ListPage {
 public:
     explicit ListPage(Documents::PopulationSize size)
     {
-        page_.LoadPage("<div class=panel-content><div class=results-container></div></div>");
+        page_.Load("<div class=panel-content><div class=results-container></div></div>");
         page_.SelectFirst(page_.Root(), "div.results-container", results_);
         page_.SetHtml(results_, ListHtml(size), HtmlEngine::InsertPosition::ReplaceContent);
         const std::uint32_t middle = size.pages / 2;
@@ -157,7 +157,7 @@ void BM_Engine_Intake(benchmark::State& state)
 {
     const std::string html = ListHtml(PopulationOf(state));
     HtmlEngine::Document page;
-    page.LoadPage("<div class=results-container></div>");
+    page.Load("<div class=results-container></div>");
     HtmlEngine::ElementHandle results = HtmlEngine::kNoElement;
     page.SelectFirst(page.Root(), "div.results-container", results);
     for (auto _ : state) {

@@ -41,7 +41,7 @@ void BM_Loading_LongestSlice(benchmark::State& state)
     for (auto _ : state) {
         PanelSession session(PopulationOf(state));
         auto& host = session.TheHost();
-        host.Panel().Page()->SetObserver(&watch);
+        host.Panel().Document()->SetObserver(&watch);
         double longest = 0;
         const auto measure = [&](const auto& run) {
             watch.lastEnd.reset();
@@ -55,7 +55,7 @@ void BM_Loading_LongestSlice(benchmark::State& state)
             measure([&] { host.State().loop.RunNext(); });
         }
         state.SetIterationTime(longest);
-        host.Panel().Page()->SetObserver(nullptr);
+        host.Panel().Document()->SetObserver(nullptr);
     }
 }
 BENCHMARK(BM_Loading_LongestSlice)->Apply(PopulationArguments)->UseManualTime();
@@ -71,7 +71,7 @@ std::size_t BytesOfNodes(const std::string& html)
 {
     const std::size_t before = BytesInUse();
     HtmlEngine::Document page;
-    page.LoadPage("<div class=results-container></div>");
+    page.Load("<div class=results-container></div>");
     HtmlEngine::ElementHandle results = HtmlEngine::kNoElement;
     page.SelectFirst(page.Root(), "div.results-container", results);
     page.SetHtml(results, html, HtmlEngine::InsertPosition::ReplaceContent);
@@ -95,7 +95,7 @@ void BM_Loading_Memory(benchmark::State& state)
         const std::size_t landed = BytesInUse();
 
         const std::string html =
-            session.TheHost().Panel().Page()->InnerHtml(session.Find("div.results-container"));
+            session.TheHost().Panel().Document()->InnerHtml(session.Find("div.results-container"));
         const auto multiple = [&](std::size_t bytes, std::size_t less) {
             return (static_cast<double>(bytes) - static_cast<double>(less)) /
                    static_cast<double>(html.size());

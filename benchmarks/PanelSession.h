@@ -39,7 +39,7 @@ public:
     HtmlEngine::ElementHandle Find(const std::string& selector)
     {
         HtmlEngine::ElementHandle found = HtmlEngine::kNoElement;
-        host_.Panel().Page()->SelectFirst(host_.Panel().Page()->Root(), selector, found);
+        host_.Panel().Document()->SelectFirst(host_.Panel().Document()->Root(), selector, found);
         if (found == HtmlEngine::kNoElement) {
             throw std::runtime_error("nothing in the panel matches " + selector);
         }

@@ -22,7 +22,7 @@ constexpr std::string_view kPage =
 struct Page {
     Page()
     {
-        document.LoadPage(kPage);
+        document.Load(kPage);
         elements.push_back(document.Root());
         for (std::size_t at = 0; at < elements.size(); ++at) {
             for (std::size_t child = 0; child < document.ChildCount(elements[at]); ++child) {

@@ -88,7 +88,7 @@ TEST(ForgivingMarkup, PagesHaveAHeadAndABody)
     };
     for (const auto& row : rows) {
         TestPage page;
-        page->LoadPage(row.html);
+        page->Load(row.html);
         EXPECT_EQ(page->InnerHtml(page->Root()), row.read) << row.html;
     }
 }

@@ -56,10 +56,10 @@ TEST_F(Handlers, AreToldOnceInDocumentOrderWhateverTakesTheirElementAway)
         {"content replaced",
          [&] { page->SetHtml(page.Body(), "<p>", InsertPosition::ReplaceContent); }},
         {"text set", [&] { page->SetText(page.Body(), "t"); }},
-        {"page loaded", [&] { page->LoadPage("<p>"); }},
+        {"page loaded", [&] { page->Load("<p>"); }},
     };
     for (const auto& row : rows) {
-        page->LoadPage("<div id=a><p id=b></p><p id=c><i id=d></i></p></div>");
+        page->Load("<div id=a><p id=b></p><p id=c><i id=d></i></p></div>");
         Attach("#d", "d");
         Attach("#c", "c1");
         Attach("#c", "c2");
@@ -70,7 +70,7 @@ TEST_F(Handlers, AreToldOnceInDocumentOrderWhateverTakesTheirElementAway)
         Attach("#a", "a");
         row.end();
         EXPECT_EQ(TakeLog(), "a b c1 c2 d ") << row.what;
-        page->LoadPage("");
+        page->Load("");
         EXPECT_EQ(TakeLog(), "") << row.what;
     }
 }
@@ -87,7 +87,7 @@ TEST_F(Handlers, AreToldWhenTheDocumentEndsAndFindNothingInIt)
     handler->then = [&] {
         EXPECT_EQ(ending->Root(), kNoElement);
         EXPECT_EQ(ending->AttachHandler(root, late), Result::UnknownElement);
-        ending->LoadPage("<p>");
+        ending->Load("<p>");
         EXPECT_EQ(ending->Root(), kNoElement);
     };
     document.reset();
@@ -104,7 +104,7 @@ TEST_F(Handlers, MayChangeTheTreeAndAttachOthersWhileBeingTold)
     first->then = [&] {
         page->SetHtml(page.Body(), "<p id=n></p>", InsertPosition::ReplaceContent);
         Attach("#n", "n");
-        page->LoadPage("<p id=m></p>");
+        page->Load("<p id=m></p>");
         Attach("#m", "m");
     };
     page->Delete(page.Find("#a"));

@@ -109,7 +109,7 @@ TEST(Markup, DeepOrExplodingMarkupIsMastered)
                   Result::Success);
         EXPECT_NE(page.BodyHtml().find("id=\"after\""), std::string::npos) << row.substr(0, 40);
         EXPECT_EQ(page.Names(page.Body(), "body > div > x > y"), "") << row.substr(0, 40);
-        page->LoadPage(row);
+        page->Load(row);
         page->SetText(page->Root(), "gone");
         EXPECT_EQ(page->OuterHtml(page->Root()), "<html>gone</html>");
     }
@@ -124,7 +124,7 @@ TEST(Markup, WithinTheLimitsLosesNothing)
     TestPage deep(Repeat("<div>", 500) + "<i id=i>");
     EXPECT_EQ(deep.All(deep.Body(), "div").size(), 500U);
     // Beyond the limit the content stays, in fewer elements.
-    deep->LoadPage(Repeat("<div>", 100000) + "text" + Repeat("</div>", 100000) + "<i id=i>");
+    deep->Load(Repeat("<div>", 100000) + "text" + Repeat("</div>", 100000) + "<i id=i>");
     EXPECT_GE(deep.All(deep.Body(), "div").size(), 500U);
     EXPECT_EQ(deep->TextContent(deep.Find("div")), "text");
     EXPECT_EQ(deep->Parent(deep.Find("#i")), deep.Body());
@@ -159,7 +159,7 @@ TEST(Markup, RandomBytesDoNoHarm)
         }
         const std::vector<ElementHandle> all = page.All(page->Root(), "*");
         if (all.size() > 400 || all.size() < 4) {
-            page->LoadPage(html + "<p>");
+            page->Load(html + "<p>");
         } else {
             page->SetHtml(all[Pick(random, all.size())], html,
                           static_cast<InsertPosition>(Pick(random, 6)));

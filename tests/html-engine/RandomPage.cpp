@@ -80,7 +80,7 @@ void RandomPage::Change()
     if (Below(*page, page->Root()).size() < 10) {
         page->SetHtml(page.Body(), RandomMarkup(random, 4), InsertPosition::ReplaceContent);
     } else if (Pick(random, 100) == 0) {
-        page->LoadPage(RandomMarkup(random, 4));
+        page->Load(RandomMarkup(random, 4));
     }
 }
 

@@ -63,7 +63,7 @@ public:
         const TestPage parsed(RandomMarkup(random_, 4));
         const std::string html = parsed.document.OuterHtml(parsed.document.Root());
         Document again;
-        again.LoadPage(html);
+        again.Load(html);
         ASSERT_EQ(again.OuterHtml(again.Root()), html);
     }
 

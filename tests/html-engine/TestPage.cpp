@@ -4,8 +4,8 @@ namespace HtmlEngine::Test {
 
 TestPage::TestPage(std::string_view body)
 {
-    document.LoadPage("<!DOCTYPE html><html><head></head><body>" + std::string(body) +
-                      "</body></html>");
+    document.Load("<!DOCTYPE html><html><head></head><body>" + std::string(body) +
+                  "</body></html>");
 }
 
 ElementHandle TestPage::FindIn(ElementHandle root, std::string_view selector)

@@ -241,10 +241,10 @@ TEST(TreeObserver, IsToldNoMoreThanHasChanged)
              page->SetHtml(a, "1", InsertPosition::ReplaceElement);
          },
          "text 1y, removed, text x1y, removed"},
-        {[](TestPage& page, ElementHandle) { page->LoadPage("<p>"); }, "page"},
+        {[](TestPage& page, ElementHandle) { page->Load("<p>"); }, "page"},
         {[](TestPage& page, ElementHandle a) {
              page->Use(a);
-             page->LoadPage("<p>");
+             page->Load("<p>");
              page->SetText(a, "not in the page");
              page->SetAttribute(a, "x", "1");
              page->SetState(a, ElementState::kExpanded, 0);

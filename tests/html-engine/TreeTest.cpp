@@ -7,7 +7,7 @@ TEST(Tree, IsAnEmptyPageBeforeAnythingIsLoaded)
 {
     Document document;
     EXPECT_EQ(document.OuterHtml(document.Root()), "<html><head></head><body></body></html>");
-    document.LoadPage("\xEF\xBB\xBF<title>t</title><h1>x</h1>");
+    document.Load("\xEF\xBB\xBF<title>t</title><h1>x</h1>");
     EXPECT_EQ(document.OuterHtml(document.Root()),
               "<html><head><title>t</title></head><body><h1>x</h1></body></html>");
 }
@@ -171,7 +171,7 @@ TEST(Handle, OfAUsedElementSurvivesLoadingAnotherPage)
     const ElementHandle a = page.Find("#a");
     const ElementHandle root = page->Root();
     page->Use(a);
-    page->LoadPage("<p id=b>");
+    page->Load("<p id=b>");
     EXPECT_FALSE(page->IsKnown(root));
     EXPECT_TRUE(page->IsKnown(a));
     EXPECT_FALSE(page->IsAttached(a));

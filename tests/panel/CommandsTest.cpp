@@ -191,8 +191,8 @@ TEST_F(Commands, WithoutACurrentItemMostDoNothing)
     Start();
     for (const Row& row : rows) {
         const ViewPtr view = Open(MakeDocument(FivePages()));
-        host.Panel().Page()->SetState(Find(view, "li[annot-name]"), 0,
-                                      HtmlEngine::ElementState::kCurrent);
+        host.Panel().Document()->SetState(Find(view, "li[annot-name]"), 0,
+                                          HtmlEngine::ElementState::kCurrent);
         Check(view, row);
         host.CloseView(view);
     }
@@ -293,14 +293,14 @@ TEST_F(Commands, AViewWithoutADocumentOrGoneIsLeftAlone)
     for (const std::uint32_t code : {kKeyEnter, kKeyDelete}) {
         host.Panel().PressKey(list, code);
         Settle();
-        EXPECT_EQ(Outline(*ReadPanelView(*host.Panel().Page(), key)), kLoaded);
+        EXPECT_EQ(Outline(*ReadPanelView(*host.Panel().Document(), key)), kLoaded);
     }
     host.Panel().PressKey(list, kKeyDownArrow);
-    EXPECT_EQ(Outline(*ReadPanelView(*host.Panel().Page(), key)),
+    EXPECT_EQ(Outline(*ReadPanelView(*host.Panel().Document(), key)),
               "0+:0_0,0_1* 2:2_0 3:3_0,3_1 [ECRDTB]");
     host.Panel().Click(item);
     host.Panel().Click(bottom);
-    EXPECT_EQ(Outline(*ReadPanelView(*host.Panel().Page(), key)),
+    EXPECT_EQ(Outline(*ReadPanelView(*host.Panel().Document(), key)),
               "0+:0_0,0_1 2+:2_0 3:3_0*,3_1 [ECRDTB]");
     EXPECT_EQ(TakeCalls(), "");
 }
@@ -377,7 +377,7 @@ TEST_F(Commands, MarkupInContentsCannotReachAnythingElse)
         return text + std::to_string(DocumentOf(view).AnnotationAt(0, 3).Get() != nullptr);
     };
     ASSERT_EQ(pagesAndCount(), "0 1 1");
-    EXPECT_EQ(host.Panel().Page()->TextContent(Find(view, "#NoItemsMessage")), "fake");
+    EXPECT_EQ(host.Panel().Document()->TextContent(Find(view, "#NoItemsMessage")), "fake");
 
     Raise(Find(view, "li[annot-name] div.icon"), UIBehaviourEvent{nullptr, kBehaviourClick, 0});
     EXPECT_EQ(pagesAndCount(), "0 1 1") << "a caption inside an item collapses no page";

@@ -41,10 +41,10 @@ protected:
     std::vector<std::string> Shown() const
     {
         std::vector<std::string> keys;
-        const HtmlEngine::Document& page = *host.Panel().Page();
-        page.SelectAll(page.Root(), kAnyContainer, [&](ElementHandle container) {
-            if (page.Style(container, "visibility") != "collapse") {
-                keys.push_back(*page.Attribute(container, "doc-view-addr"));
+        const HtmlEngine::Document& document = *host.Panel().Document();
+        document.SelectAll(document.Root(), kAnyContainer, [&](ElementHandle container) {
+            if (document.Style(container, "visibility") != "collapse") {
+                keys.push_back(*document.Attribute(container, "doc-view-addr"));
             }
             return true;
         });
@@ -70,8 +70,8 @@ TEST_F(Containers, FollowTheViewsOfTheCollection)
     const ViewPtr late = Open(MakeDocument({{}}));
     EXPECT_THAT(Shown(), ElementsAre(KeyOf(late)));
     EXPECT_EQ(OutlineOf(late), "(There are no items to show) []");
-    EXPECT_TRUE(
-        host.Panel().Page()->Attribute(Find(late, ""), "disabled-when-document-locked-for-write"));
+    EXPECT_TRUE(host.Panel().Document()->Attribute(Find(late, ""),
+                                                   "disabled-when-document-locked-for-write"));
 
     const auto created = MakeView(MakeDocument({{}}));
     host.Collection().Add(created);
@@ -360,7 +360,7 @@ TEST_F(Containers, ANewLanguageRendersEveryListAnew)
         EXPECT_EQ(read.pages[0].caption, row.caption);
         EXPECT_EQ(read.pages[0].items[0].title, row.title);
         EXPECT_EQ(Read(empty).noItems, row.noItems);
-        EXPECT_EQ(host.Panel().Page()->TextContent(Find(list, "#delete")), row.button);
+        EXPECT_EQ(host.Panel().Document()->TextContent(Find(list, "#delete")), row.button);
         EXPECT_EQ(OutlineOf(none), "[]");
         ExpectFresh(list);
     }

@@ -59,7 +59,7 @@ void UseThePanel(Host& host, const ViewPtr& view)
     perhaps([&] { host.HandOverDocuments(); });
     auto* const document = view->View().Document();
     const auto container = [&] {
-        return FindContainer(*host.Panel().Page(), ContainerKey(view->View().AsInterface()));
+        return FindContainer(*host.Panel().Document(), ContainerKey(view->View().AsInterface()));
     };
     for (const std::uint32_t key : {kKeyEnd, kKeyUpArrow, kKeyEnter, kKeyDelete}) {
         perhaps([&] { host.Panel().PressKey(container(), key); });

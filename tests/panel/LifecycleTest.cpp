@@ -256,16 +256,16 @@ TEST_F(Lifecycle, WhatComesBeforeThePanelHasItsElementIsNotLost)
         EXPECT_EQ(CallsPostedBy(GetUIModel().Get(), host.Collection().AsInterface()), row.posted);
         mend();
         host.MainFrame().AnnounceChildFrame(*UIDocumentFrameObject::Make(child).Get());
-        host.Panel().LoadPage({reinterpret_cast<const char*>(page.data), page.size});
+        host.Panel().LoadDocument({reinterpret_cast<const char*>(page.data), page.size});
         ElementHandle body = kNoElement;
-        host.Panel().Page()->SelectFirst(host.Panel().Page()->Root(), "body", body);
+        host.Panel().Document()->SelectFirst(host.Panel().Document()->Root(), "body", body);
         host.Panel().AttachHandler(body, handler.Get());
         Settle();
         EXPECT_EQ(OutlineOf(view), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
         if (row.posted != 0) {  // else nobody heard of the frame
             EXPECT_EQ(OutlineOf(inChild), "0:0_0* [ECRD]");
         }
-        host.Panel().LoadPage("");
+        host.Panel().LoadDocument("");
         Call<UIInplacePlugin::Cleanup>();
     }
 }
@@ -324,7 +324,7 @@ TEST_F(PanelTest, HandlersTellTheHostWhatTheyAre)
     CallMethod<UIHandler::GetElementAttachedTo>(handler, &element);
     CallMethod<UIHandler::GetHandlerName>(handler, &name);
     EXPECT_EQ(events, 256u);
-    EXPECT_EQ(host.Panel().Page()->TagName(ElementOf(element.handle)), "body");
+    EXPECT_EQ(host.Panel().Document()->TagName(ElementOf(element.handle)), "body");
     EXPECT_EQ(element.engine, host.Engine());
     EXPECT_THAT(name, testing::HasSubstr("CommentsPanelHandler"));
     EXPECT_EQ(CallMethodUnchecked<UIHandler::OnLocaleChanged>(handler).code, 1u);
@@ -346,7 +346,7 @@ TEST(Module, LeavesTheProcessHoweverOftenItIsLoaded)
         host.HandOverDocuments();
         ASSERT_TRUE(host.RunUntilIdle());
         const auto list =
-            ReadPanelView(*host.Panel().Page(), ContainerKey(view->View().AsInterface()));
+            ReadPanelView(*host.Panel().Document(), ContainerKey(view->View().AsInterface()));
         ASSERT_TRUE(list.has_value());
         EXPECT_EQ(Outline(*list), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
         EXPECT_EQ(host.State().failures.Take().size(), 0u);

@@ -105,7 +105,7 @@ TEST_F(Loading, WithoutLookupsTheKeysAreShown)
     const PanelView read = Read(view);
     EXPECT_EQ(read.pages.at(0).caption, "Page 3");
     EXPECT_EQ(read.pages.at(0).items.at(0).title, "Squiggly");
-    EXPECT_EQ(host.Panel().Page()->TextContent(Find(view, "#delete")), "DELETE");
+    EXPECT_EQ(host.Panel().Document()->TextContent(Find(view, "#delete")), "DELETE");
     EXPECT_EQ(OutlineOf(Open(MakeDocument({{}}))), "(There are no items to show) []");
 }
 

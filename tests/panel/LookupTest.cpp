@@ -158,14 +158,14 @@ protected:
 
     HandlerPtr Attach(BLDocumentViewObject& view)
     {
-        HtmlEngine::Document& page = *host.Panel().Page();
+        HtmlEngine::Document& panel = *host.Panel().Document();
         ElementHandle body = kNoElement;
-        page.SelectFirst(page.Root(), "body", body);
-        page.SetHtml(body,
-                     "<div id=\"own\"><div class=\"picture\" preloader></div>"
-                     "<div class=\"results-container\"></div></div>",
-                     HtmlEngine::InsertPosition::AppendLast);
-        page.SelectFirst(body, "#own", own);
+        panel.SelectFirst(panel.Root(), "body", body);
+        panel.SetHtml(body,
+                      "<div id=\"own\"><div class=\"picture\" preloader></div>"
+                      "<div class=\"results-container\"></div></div>",
+                      HtmlEngine::InsertPosition::AppendLast);
+        panel.SelectFirst(body, "#own", own);
         const auto handler =
             SODetails::ServiceObjectCppTheConcrete<Handler>::Create(*view.AsInterface());
         EXPECT_EQ(host.Panel().AttachHandler(own, handler->AsInterface()), kResultOk);
@@ -175,15 +175,15 @@ protected:
     // Writes the list and makes what `selector` finds the current element.
     void Write(const std::string& list, const std::string& selector)
     {
-        HtmlEngine::Document& page = *host.Panel().Page();
+        HtmlEngine::Document& panel = *host.Panel().Document();
         ElementHandle results = kNoElement;
-        page.SelectFirst(own, ".results-container", results);
-        page.SetHtml(results, list, HtmlEngine::InsertPosition::ReplaceContent);
+        panel.SelectFirst(own, ".results-container", results);
+        panel.SetHtml(results, list, HtmlEngine::InsertPosition::ReplaceContent);
         ElementHandle current = kNoElement;
-        page.SelectFirst(own, selector, current);
-        page.SetState(current, HtmlEngine::ElementState::kCurrent, 0);
+        panel.SelectFirst(own, selector, current);
+        panel.SetState(current, HtmlEngine::ElementState::kCurrent, 0);
     }
-    void Detach() { host.Panel().Page()->Delete(own); }
+    void Detach() { host.Panel().Document()->Delete(own); }
 
     ElementHandle own = kNoElement;
 };

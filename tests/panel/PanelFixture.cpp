@@ -40,11 +40,11 @@ std::string Trimmed(const std::string& text)
 }
 
 template <class Event, class M>
-void RaiseEvent(const HtmlEngine::Document& page, ElementHandle target, std::uint32_t group,
+void RaiseEvent(const HtmlEngine::Document& document, ElementHandle target, std::uint32_t group,
                 Event& event)
 {
     event.target = HandleOf(target);
-    for (const auto& [element, attached] : page.HandlersOf(target)) {
+    for (const auto& [element, attached] : document.HandlersOf(target)) {
         auto& attachment = static_cast<HandlerAttachment&>(*attached);
         if (attachment.Wants(group)) {
             attachment.Call<M>(HandleOf(element), &event);
@@ -181,27 +181,27 @@ std::string PanelTest::KeyOf(const ViewPtr& view)
 
 PanelView PanelTest::Read(const ViewPtr& view) const
 {
-    const auto read = ReadPanelView(*host.Panel().Page(), KeyOf(view));
+    const auto read = ReadPanelView(*host.Panel().Document(), KeyOf(view));
     EXPECT_TRUE(read.has_value()) << "there is no container " << KeyOf(view);
     return read.value_or(PanelView{});
 }
 
 std::string PanelTest::ListHtml(const ViewPtr& view) const
 {
-    return WithoutIndents(
-        WithNumberedTooltips(host.Panel().Page()->InnerHtml(Find(view, "div.results-container"))));
+    return WithoutIndents(WithNumberedTooltips(
+        host.Panel().Document()->InnerHtml(Find(view, "div.results-container"))));
 }
 
 std::string PanelTest::FreshListHtml(const ViewPtr& view) const
 {
     ListRenderer renderer(view->View().Document()->AsInterface());
     const std::string html = ToUtf8(renderer.RenderResults());
-    HtmlEngine::Document page;
-    page.LoadPage("<!DOCTYPE html><div></div>");  // as the panel's page is
+    HtmlEngine::Document document;
+    document.Load("<!DOCTYPE html><div></div>");  // a doctype, as the panel has
     ElementHandle list = kNoElement;
-    page.SelectFirst(page.Root(), "div", list);
-    page.SetHtml(list, html, HtmlEngine::InsertPosition::ReplaceContent);
-    return WithoutIndents(WithNumberedTooltips(page.InnerHtml(list)));
+    document.SelectFirst(document.Root(), "div", list);
+    document.SetHtml(list, html, HtmlEngine::InsertPosition::ReplaceContent);
+    return WithoutIndents(WithNumberedTooltips(document.InnerHtml(list)));
 }
 
 void PanelTest::ExpectFresh(const ViewPtr& view) const
@@ -211,11 +211,11 @@ void PanelTest::ExpectFresh(const ViewPtr& view) const
 
 ElementHandle PanelTest::Find(const ViewPtr& view, const std::string& selector, std::size_t n) const
 {
-    const HtmlEngine::Document& page = *host.Panel().Page();
-    ElementHandle found = FindContainer(page, KeyOf(view));
+    const HtmlEngine::Document& document = *host.Panel().Document();
+    ElementHandle found = FindContainer(document, KeyOf(view));
     if (!selector.empty()) {
         const ElementHandle container = std::exchange(found, kNoElement);
-        page.SelectAll(container, selector, [&](ElementHandle element) {
+        document.SelectAll(container, selector, [&](ElementHandle element) {
             found = n == 0 ? element : kNoElement;
             return n-- != 0;
         });
@@ -227,10 +227,11 @@ ElementHandle PanelTest::Find(const ViewPtr& view, const std::string& selector, 
 std::size_t PanelTest::CountMatches(const std::string& selector) const
 {
     std::size_t count = 0;
-    host.Panel().Page()->SelectAll(host.Panel().Page()->Root(), selector, [&](ElementHandle) {
-        ++count;
-        return true;
-    });
+    host.Panel().Document()->SelectAll(host.Panel().Document()->Root(), selector,
+                                       [&](ElementHandle) {
+                                           ++count;
+                                           return true;
+                                       });
     return count;
 }
 
@@ -255,14 +256,14 @@ void PanelTest::Do(const ViewPtr& view, const std::string& steps)
 
 void PanelTest::Raise(ElementHandle target, UIBehaviourEvent event)
 {
-    RaiseEvent<UIBehaviourEvent, UIHandler::HandleEvent>(*host.Panel().Page(), target,
+    RaiseEvent<UIBehaviourEvent, UIHandler::HandleEvent>(*host.Panel().Document(), target,
                                                          kEventGroupBehaviour, event);
     Settle();
 }
 
 void PanelTest::Raise(ElementHandle target, UIKeyEvent event)
 {
-    RaiseEvent<UIKeyEvent, UIHandler::HandleKey>(*host.Panel().Page(), target, kEventGroupKeys,
+    RaiseEvent<UIKeyEvent, UIHandler::HandleKey>(*host.Panel().Document(), target, kEventGroupKeys,
                                                  event);
     EXPECT_EQ(event.handled, 0u);
     Settle();

@@ -110,9 +110,9 @@ TEST_F(Tracking, TheNoItemsMessageAndPageItemsAreNeverShownTogether)
     host.SwitchLanguage("de");
     Settle();
     EXPECT_EQ(OutlineOf(view), "(Es sind keine Elemente vorhanden) []");
-    EXPECT_EQ(
-        host.Panel().Page()->Attribute(Find(view, "#NoItemsMessage"), "__l_o_c_a_l_e__t_o_k_e_n__"),
-        "There are no items to show");
+    EXPECT_EQ(host.Panel().Document()->Attribute(Find(view, "#NoItemsMessage"),
+                                                 "__l_o_c_a_l_e__t_o_k_e_n__"),
+              "There are no items to show");
 }
 
 TEST_F(Tracking, UpdatesLeaveNothingBehind)
@@ -129,7 +129,7 @@ TEST_F(Tracking, UpdatesLeaveNothingBehind)
             Publish(view, document.ChangeContents(0, 0, u"a"));
             Settle();
         }
-        return host.Panel().Page()->InnerHtml(Find(view, "div.results-container")).size();
+        return host.Panel().Document()->InnerHtml(Find(view, "div.results-container")).size();
     };
     const std::size_t once = playRounds(2);
     EXPECT_EQ(playRounds(20), once);
@@ -143,9 +143,9 @@ TEST_F(Tracking, OtherOperationsAndStrangeEventsChangeNothing)
     const auto first = document.AnnotationAt(0, 0);
     document.ChangeContents(0, 0, u"not announced yet");
     const auto changes = [&](auto&& fire) {
-        const std::uint64_t before = host.Panel().Page()->ChangeCount();
+        const std::uint64_t before = host.Panel().Document()->ChangeCount();
         fire();
-        return host.Panel().Page()->ChangeCount() != before;
+        return host.Panel().Document()->ChangeCount() != before;
     };
     for (const std::uint32_t operation : {3u, 5u, 6u, 0x80000000u, 0xFFFFFFFFu}) {
         EXPECT_FALSE(changes([&] { FireAnnot(view, operation, 0, first); })) << operation;

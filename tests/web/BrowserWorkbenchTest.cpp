@@ -1,4 +1,5 @@
-// Pages at work: what they are shown, what they may do, and what becomes of it.
+// Browser clients of a running workbench: messages they receive, commands they send, and the
+// effects on documents, files and the panel.
 #include "RunningWorkbench.h"
 #include "documents/QpdfDocument.h"
 #include "web/Author.h"
@@ -79,29 +80,29 @@ protected:
         workbench = std::make_unique<RunningWorkbench>(
             files, std::vector<std::string>{},
             std::vector<std::filesystem::path>{folder.At("state")}, endPatience);
-        page = Connect();
+        client = Connect();
     }
-    std::unique_ptr<PageClient> Connect()
+    std::unique_ptr<BrowserClient> Connect()
     {
-        auto client = std::make_unique<PageClient>(workbench->Address());
-        client->ReadUntil([](const Json& message) {
+        auto connected = std::make_unique<BrowserClient>(workbench->Address());
+        connected->ReadUntil([](const Json& message) {
             return message.at("type") == "panel" && message.at("remaining") == 0;
         });
-        workbench->Settle(*client);
-        return client;
+        workbench->Settle(*connected);
+        return connected;
     }
-    void ExpectSameTree(PageClient& client)
+    void ExpectSameTree(BrowserClient& connected)
     {
-        EXPECT_TRUE(client.tree.Text() == workbench->PanelText());
+        EXPECT_TRUE(connected.tree.Text() == workbench->PanelText());
     }
-    std::uint64_t Item(const std::string& name) { return page->tree.Find("annot-name", name); }
+    std::uint64_t Item(const std::string& name) { return client->tree.Find("annot-name", name); }
     std::string Path(const std::string& name) const { return folder.At(name).string(); }
 
     // What the workbench says on standard error until it has ended by itself.
     std::string WaitForEnd()
     {
-        if (page != nullptr) {
-            EXPECT_EQ(page->ReadClose(), 1001u);
+        if (client != nullptr) {
+            EXPECT_EQ(client->ReadClose(), 1001u);
         }
         return workbench->Wait();
     }
@@ -109,36 +110,36 @@ protected:
     // A command that must succeed; what it answers.
     Json Do(const std::string& name, const Json& arguments)
     {
-        const Json reply = page->Command(name, arguments);
+        const Json reply = client->Command(name, arguments);
         EXPECT_EQ(reply.at("error"), nullptr) << name << " " << reply;
         return reply;
     }
 
     TemporaryFolder folder;
     std::unique_ptr<RunningWorkbench> workbench;
-    std::unique_ptr<PageClient> page;
+    std::unique_ptr<BrowserClient> client;
 };
 
-TEST_F(Browsing, ShowsAPageTheSampleWhenNothingIsNamed)
+TEST_F(Browsing, OpensTheSampleWhenNoFileIsNamed)
 {
     workbench = std::make_unique<RunningWorkbench>(std::vector<std::string>{});
-    PageClient client(workbench->Address());
-    const Json hello = client.Read();
+    BrowserClient newClient(workbench->Address());
+    const Json hello = newClient.Read();
     EXPECT_EQ(hello.at("type"), "hello");
     EXPECT_EQ(hello.at("version"), 1);
     EXPECT_EQ(hello.at("locales").size(), 5u);
     EXPECT_EQ(hello.at("locales")[0].at("direction"), "rtl");
-    EXPECT_EQ(client.Read().at("type"), "locale");
-    EXPECT_EQ(client.Read().at("type"), "documents");
-    const Json first = client.Read();
+    EXPECT_EQ(newClient.Read().at("type"), "locale");
+    EXPECT_EQ(newClient.Read().at("type"), "documents");
+    const Json first = newClient.Read();
     EXPECT_EQ(first.at("type"), "panel");
     EXPECT_EQ(first.at("reset"), true);
-    workbench->Settle(client);
-    const Json document = client.Document(1);
+    workbench->Settle(newClient);
+    const Json document = newClient.Document(1);
     EXPECT_EQ(document.at("name"), "sample.pdf");
     EXPECT_EQ(document.at("path"), nullptr);
     EXPECT_EQ(document.at("busy"), nullptr);
-    EXPECT_EQ(client.documents.at("active"), 1);
+    EXPECT_EQ(newClient.documents.at("active"), 1);
     EXPECT_EQ(Get(workbench->Address(), "/documents/2/content").status, 404);
     const HttpResult content = Get(workbench->Address(), "/documents/1/content?revision=0");
     EXPECT_THAT(content.header, HasSubstr("application/pdf"));
@@ -148,51 +149,51 @@ TEST_F(Browsing, ShowsAPageTheSampleWhenNothingIsNamed)
     EXPECT_EQ(download.body, content.body);
 }
 
-TEST_F(Browsing, FollowsClicksAndKeysOfSeveralPages)
+TEST_F(Browsing, FollowsClicksAndKeysOfSeveralClients)
 {
     Start({"a.pdf"});
     const auto other = Connect();
-    ExpectSameTree(*page);
+    ExpectSameTree(*client);
     ASSERT_NE(Item("0_1"), 0u);
-    page->Send({{"type", "click"}, {"element", Item("0_1")}});
-    page->Fence();
-    EXPECT_EQ(page->tree.StatesOf(Item("0_1")), 32u);
-    EXPECT_EQ(page->tree.StatesOf(Item("0_0")), 0u);
-    const Json shown = page->Document(1).at("shown");
+    client->Send({{"type", "click"}, {"element", Item("0_1")}});
+    client->Fence();
+    EXPECT_EQ(client->tree.StatesOf(Item("0_1")), 32u);
+    EXPECT_EQ(client->tree.StatesOf(Item("0_0")), 0u);
+    const Json shown = client->Document(1).at("shown");
     EXPECT_EQ(shown.at("page"), 0);
     EXPECT_EQ(shown.at("mode"), 4);
-    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 0}, {"index", 1}}));
+    EXPECT_EQ(client->Document(1).at("focused"), (Json{{"page", 0}, {"index", 1}}));
 
-    page->Send({{"type", "click"}, {"element", Item("0_1")}});
-    page->Send({{"type", "key"}, {"key", "Down"}, {"element", nullptr}});
-    page->Send({{"type", "key"}, {"key", "Enter"}});
-    page->Fence();
-    EXPECT_GE(page->Document(1).at("shown").at("count"), shown.at("count").get<int>() + 2)
+    client->Send({{"type", "click"}, {"element", Item("0_1")}});
+    client->Send({{"type", "key"}, {"key", "Down"}, {"element", nullptr}});
+    client->Send({{"type", "key"}, {"key", "Enter"}});
+    client->Fence();
+    EXPECT_GE(client->Document(1).at("shown").at("count"), shown.at("count").get<int>() + 2)
         << "the same place may be shown again";
-    EXPECT_EQ(page->tree.StatesOf(Item("0_1")), 0u);
-    EXPECT_THAT(page->others, testing::Contains(testing::ResultOf(
-                                  [](const Json& m) { return m.at("type"); }, "scroll")));
-    ExpectSameTree(*page);
+    EXPECT_EQ(client->tree.StatesOf(Item("0_1")), 0u);
+    EXPECT_THAT(client->others, testing::Contains(testing::ResultOf(
+                                    [](const Json& m) { return m.at("type"); }, "scroll")));
+    ExpectSameTree(*client);
     other->Fence();
     ExpectSameTree(*other);
-    EXPECT_EQ(other->documents, page->documents);
+    EXPECT_EQ(other->documents, client->documents);
 
     const std::size_t before = CountIn(Get(workbench->Address(), "/documents/1/content").body, 0);
-    page->Send({{"type", "key"}, {"key", "Delete"}});
-    page->Fence();
-    EXPECT_EQ(page->Document(1).at("modified"), true);
-    EXPECT_EQ(page->Document(1).at("undo"), "remove");
+    client->Send({{"type", "key"}, {"key", "Delete"}});
+    client->Fence();
+    EXPECT_EQ(client->Document(1).at("modified"), true);
+    EXPECT_EQ(client->Document(1).at("undo"), "remove");
     EXPECT_LT(CountIn(Get(workbench->Address(), "/documents/1/content").body, 0), before);
     Do("undo", {{"document", 1}});
-    EXPECT_EQ(page->Document(1).at("modified"), false);
-    EXPECT_EQ(page->Document(1).at("redo"), "remove");
-    ExpectSameTree(*page);
+    EXPECT_EQ(client->Document(1).at("modified"), false);
+    EXPECT_EQ(client->Document(1).at("redo"), "remove");
+    ExpectSameTree(*client);
     const auto late = Connect();
     ExpectSameTree(*late);
-    EXPECT_EQ(late->documents, page->documents);
+    EXPECT_EQ(late->documents, client->documents);
 }
 
-TEST_F(Browsing, AnswersMessagesThatItCannotReadAndGoesOn)
+TEST_F(Browsing, RefusesMalformedMessagesAndContinues)
 {
     Start({"a.pdf"});
     const char* const rows[] = {
@@ -212,18 +213,18 @@ TEST_F(Browsing, AnswersMessagesThatItCannotReadAndGoesOn)
         "{\"type\":\"command\",\"id\":null,\"name\":\"save\"}",
     };
     for (const char* const row : rows) {
-        page->SendText(row);
-        EXPECT_EQ(page->Read().at("type"), "refused") << row;
+        client->SendText(row);
+        EXPECT_EQ(client->Read().at("type"), "refused") << row;
     }
-    page->SendText(std::string(1'000'000, '['));
-    EXPECT_EQ(page->Read().at("type"), "refused");
-    page->SendBinary("{}");
-    EXPECT_EQ(page->Read().at("type"), "refused");
+    client->SendText(std::string(1'000'000, '['));
+    EXPECT_EQ(client->Read().at("type"), "refused");
+    client->SendBinary("{}");
+    EXPECT_EQ(client->Read().at("type"), "refused");
     // Elements that there are not (any more) take no input, and that is no mistake.
-    page->Send({{"type", "click"}, {"element", 999'999}});
-    page->Send({{"type", "key"}, {"key", "Down"}, {"element", 999'999}});
-    page->Fence();
-    ExpectSameTree(*page);
+    client->Send({{"type", "click"}, {"element", 999'999}});
+    client->Send({{"type", "key"}, {"key", "Down"}, {"element", 999'999}});
+    client->Fence();
+    ExpectSameTree(*client);
 }
 
 TEST_F(Browsing, RefusesCommandsWithAReason)
@@ -285,21 +286,21 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
         {"undo", {{"document", 2}}, "read-only", "read-only"},
         {"redo", {{"document", 2}}, "read-only", "read-only"},
     };
-    workbench->Settle(*page);
-    const Json before = page->documents;
+    workbench->Settle(*client);
+    const Json before = client->documents;
     for (const auto& row : rows) {
         const Json reply =
-            page->Command(row.name, row.arguments.is_null() ? Json::object() : row.arguments);
+            client->Command(row.name, row.arguments.is_null() ? Json::object() : row.arguments);
         ASSERT_TRUE(reply.at("error").is_string()) << row.name << " " << row.arguments;
         EXPECT_THAT(reply.at("error").get<std::string>(), HasSubstr(row.error)) << row.arguments;
         EXPECT_EQ(reply.value("reason", ""), row.reason) << row.name << " " << row.arguments;
     }
-    workbench->Settle(*page);
-    EXPECT_EQ(page->documents, before);
+    workbench->Settle(*client);
+    EXPECT_EQ(client->documents, before);
 }
 
-// What a page has read may have been changed by another one since.
-TEST_F(Browsing, DoesNothingAtAPlaceOfAnotherRevision)
+// A client may name a revision that another client has changed since.
+TEST_F(Browsing, RefusesPositionsOfAnotherRevision)
 {
     Start({"a.pdf"});
     Do("insert-page", {{"document", 1}, {"at", 1}});
@@ -316,14 +317,14 @@ TEST_F(Browsing, DoesNothingAtAPlaceOfAnotherRevision)
     };
     for (const auto& row : rows) {
         Json arguments = row.arguments;
-        workbench->Settle(*page);
-        const Json focused = page->Document(1).at("focused");
-        const std::uint64_t revision = page->Document(1).at("revision");
+        workbench->Settle(*client);
+        const Json focused = client->Document(1).at("focused");
+        const std::uint64_t revision = client->Document(1).at("revision");
         arguments["document"] = 1;
         arguments["revision"] = revision - 1;
-        EXPECT_EQ(page->Command(row.name, arguments).value("reason", ""), "changed") << row.name;
-        EXPECT_EQ(page->Document(1).at("revision"), revision) << row.name;
-        EXPECT_EQ(page->Document(1).at("focused"), focused) << row.name;
+        EXPECT_EQ(client->Command(row.name, arguments).value("reason", ""), "changed") << row.name;
+        EXPECT_EQ(client->Document(1).at("revision"), revision) << row.name;
+        EXPECT_EQ(client->Document(1).at("focused"), focused) << row.name;
         arguments["revision"] = revision;
         Do(row.name, arguments);
     }
@@ -342,42 +343,42 @@ TEST_F(Browsing, RefusesChangesOfLockedCommentsAndTheLastPage)
         }
     }
     ASSERT_TRUE(locked.is_object()) << "the sample has protected ones";
-    EXPECT_EQ(page->Command("remove", locked).value("reason", ""), "locked");
+    EXPECT_EQ(client->Command("remove", locked).value("reason", ""), "locked");
     locked["contents"] = "x";
-    EXPECT_EQ(page->Command("edit", locked).value("reason", ""), "locked");
+    EXPECT_EQ(client->Command("edit", locked).value("reason", ""), "locked");
 
     const std::string name = std::to_string(locked.at("page").get<int>()) + "_" +
                              std::to_string(locked.at("index").get<int>());
-    page->Send({{"type", "click"}, {"element", Item(name)}});
-    page->Send({{"type", "key"}, {"key", "Delete"}});
-    page->Fence();
-    EXPECT_EQ(page->others.back().value("reason", ""), "locked") << page->others.back();
-    EXPECT_THAT(page->others.back().value("text", ""),
+    client->Send({{"type", "click"}, {"element", Item(name)}});
+    client->Send({{"type", "key"}, {"key", "Delete"}});
+    client->Fence();
+    EXPECT_EQ(client->others.back().value("reason", ""), "locked") << client->others.back();
+    EXPECT_THAT(client->others.back().value("text", ""),
                 AllOf(HasSubstr("a.pdf"), Not(HasSubstr("UIHandler"))));
-    EXPECT_EQ(page->Document(1).at("modified"), false);
+    EXPECT_EQ(client->Document(1).at("modified"), false);
 
     const Json first = {{"document", 1}, {"page", 0}};
-    while (page->Document(1).at("pages") > 1) {
+    while (client->Document(1).at("pages") > 1) {
         Do("delete-page", first);
     }
-    EXPECT_EQ(page->Command("delete-page", first).value("reason", ""), "last-page");
+    EXPECT_EQ(client->Command("delete-page", first).value("reason", ""), "last-page");
 }
 
 // Every edit leaves the highlight where its reader is, and commands act on what is highlighted.
-TEST_F(Browsing, KeepsTheHighlightWithItsReader)
+TEST_F(Browsing, KeepsTheCurrentCommentThroughEdits)
 {
     workbench = std::make_unique<RunningWorkbench>(std::vector<std::string>{},
                                                    std::vector<std::string>{"0:6"});
-    page = Connect();
+    client = Connect();
     const auto current = [&] {
-        workbench->Settle(*page);
-        const Json place = page->Document(1).at("current");
+        workbench->Settle(*client);
+        const Json place = client->Document(1).at("current");
         if (place.is_null()) {
             return std::string();
         }
         const std::string name = std::to_string(place.at("page").get<int>()) + "_" +
                                  std::to_string(place.at("index").get<int>());
-        EXPECT_EQ(page->tree.StatesOf(Item(name)), 32u) << name;
+        EXPECT_EQ(client->tree.StatesOf(Item(name)), 32u) << name;
         return name;
     };
     const auto add = [](int number, const char* subtype) {
@@ -427,7 +428,7 @@ TEST_F(Browsing, KeepsTheHighlightWithItsReader)
         arguments["document"] = 1;
         Do(row.name, arguments);
         EXPECT_EQ(current(), row.current) << row.name << " " << row.arguments;
-        EXPECT_EQ(page->Command("current", {{"document", 1}}).value("reason", ""),
+        EXPECT_EQ(client->Command("current", {{"document", 1}}).value("reason", ""),
                   *row.current == '\0' ? "no-comment" : "");
     }
 }
@@ -438,9 +439,9 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
 {
     Start({"a.pdf"});
     const auto other = Connect();
-    const auto pressDelete = [&](PageClient& client, const Json& item) {
-        client.Send({{"type", "key"}, {"key", "Delete"}, {"item", item}, {"id", 900}});
-        return client
+    const auto pressDelete = [&](BrowserClient& sender, const Json& item) {
+        sender.Send({{"type", "key"}, {"key", "Delete"}, {"item", item}, {"id", 900}});
+        return sender
             .ReadUntil([](const Json& message) {
                 return message.at("type") == "reply" && message.at("id") == 900;
             })
@@ -450,14 +451,14 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     const std::uint64_t seen = Item("0_0");
     other->Send({{"type", "key"}, {"key", "Down"}});
     other->Fence();
-    EXPECT_EQ(pressDelete(*page, seen), "other-comment");
-    EXPECT_EQ(page->Command("remove", {{"document", 1}, {"item", seen}}).at("reason"),
+    EXPECT_EQ(pressDelete(*client, seen), "other-comment");
+    EXPECT_EQ(client->Command("remove", {{"document", 1}, {"item", seen}}).at("reason"),
               "other-comment");
     const Json current = Do("current", document);
     EXPECT_EQ(current.at("page"), 0);
     EXPECT_EQ(current.at("annotation").at("index"), 1);
     const std::string words = current.at("annotation").at("contents");
-    EXPECT_EQ(pressDelete(*page, Item("0_1")), "");
+    EXPECT_EQ(pressDelete(*client, Item("0_1")), "");
     EXPECT_NE(Do("current", document).at("annotation").at("contents"), words);
     Do("undo", document);
     EXPECT_EQ(Do("current", document).at("annotation").at("contents"), words);
@@ -468,28 +469,28 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     };
     hold(true);
     Do("insert-page", {{"document", 1}, {"at", 0}});
-    EXPECT_EQ(page->Document(1).at("current"), nullptr);
-    EXPECT_EQ(pressDelete(*page, nullptr), "listing");
-    EXPECT_EQ(page->Command("current", document).at("reason"), "listing");
+    EXPECT_EQ(client->Document(1).at("current"), nullptr);
+    EXPECT_EQ(pressDelete(*client, nullptr), "listing");
+    EXPECT_EQ(client->Command("current", document).at("reason"), "listing");
     Do("remove", {{"document", 1}, {"page", 1}, {"index", 0}});
     Do("undo", document);
     Do("focus", {{"document", 1}, {"page", 1}, {"index", 1}});
     hold(false);
-    workbench->Settle(*page);
+    workbench->Settle(*client);
     EXPECT_EQ(Do("current", document).at("annotation").at("contents"), words);
-    EXPECT_EQ(page->tree.StatesOf(Item("1_1")), 32u);
-    page->Send({{"type", "click"}, {"element", page->tree.Find("class", "icon document")}});
-    page->Fence();
-    EXPECT_EQ(pressDelete(*page, nullptr), "folded");
-    EXPECT_EQ(page->Document(1).at("undo"), "insert-page");
+    EXPECT_EQ(client->tree.StatesOf(Item("1_1")), 32u);
+    client->Send({{"type", "click"}, {"element", client->tree.Find("class", "icon document")}});
+    client->Fence();
+    EXPECT_EQ(pressDelete(*client, nullptr), "folded");
+    EXPECT_EQ(client->Document(1).at("undo"), "insert-page");
 }
 
-TEST_F(Browsing, EditsAndTakesBack)
+TEST_F(Browsing, EditsAndUndoes)
 {
     ::setenv("LOGNAME", "Zoë", 1);
     Start({"a.pdf"});
-    const std::uint64_t pages = page->Document(1).at("pages");
-    const std::string original = page->tree.Text();
+    const std::uint64_t pages = client->Document(1).at("pages");
+    const std::string original = client->tree.Text();
     const Json added = Do("add", {{"document", 1},
                                   {"page", 1},
                                   {"subtype", "Highlight"},
@@ -497,9 +498,9 @@ TEST_F(Browsing, EditsAndTakesBack)
                                   {"rect", {100, 100, 200, 120}}});
     const std::uint64_t index = added.at("index");
     const Json place = {{"document", 1}, {"page", 1}, {"index", index}};
-    EXPECT_EQ(page->Document(1).at("undo"), "add");
+    EXPECT_EQ(client->Document(1).at("undo"), "add");
     const std::string name = "1_" + std::to_string(index);
-    EXPECT_THAT(page->tree.TextOf(Item(name)), HasSubstr("Ж bold"));
+    EXPECT_THAT(client->tree.TextOf(Item(name)), HasSubstr("Ж bold"));
 
     const Json list = Do("annotations", {{"document", 1}, {"page", 1}});
     const Json annotation = list.at("annotations").back();
@@ -520,33 +521,33 @@ TEST_F(Browsing, EditsAndTakesBack)
     Json edit = place;
     edit["contents"] = "changed";
     Do("edit", edit);
-    EXPECT_THAT(page->tree.TextOf(Item(name)), HasSubstr("changed"));
+    EXPECT_THAT(client->tree.TextOf(Item(name)), HasSubstr("changed"));
     Do("focus", place);
-    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 1}, {"index", index}}));
-    EXPECT_EQ(page->tree.StatesOf(Item(name)), 32u);
+    EXPECT_EQ(client->Document(1).at("focused"), (Json{{"page", 1}, {"index", index}}));
+    EXPECT_EQ(client->tree.StatesOf(Item(name)), 32u);
     Do("insert-page", {{"document", 1}, {"at", 0}});
-    EXPECT_EQ(page->Document(1).at("focused"), (Json{{"page", 2}, {"index", index}}));
+    EXPECT_EQ(client->Document(1).at("focused"), (Json{{"page", 2}, {"index", index}}));
     Do("move-page", {{"document", 1}, {"from", 2}, {"to", 0}});
-    EXPECT_EQ(page->Document(1).at("undo"), "move-page");
+    EXPECT_EQ(client->Document(1).at("undo"), "move-page");
     Do("delete-page", {{"document", 1}, {"page", 1}});
-    EXPECT_EQ(page->Document(1).at("pages"), pages);
+    EXPECT_EQ(client->Document(1).at("pages"), pages);
     Do("focus", {{"document", 1}, {"page", nullptr}, {"index", nullptr}});
-    EXPECT_EQ(page->Document(1).at("focused"), nullptr);
-    const std::uint64_t revision = page->Document(1).at("revision");
+    EXPECT_EQ(client->Document(1).at("focused"), nullptr);
+    const std::uint64_t revision = client->Document(1).at("revision");
     for (const char* undone : {"delete-page", "move-page", "insert-page", "edit", "add"}) {
-        EXPECT_EQ(page->Document(1).at("undo"), undone);
+        EXPECT_EQ(client->Document(1).at("undo"), undone);
         Do("undo", {{"document", 1}});
     }
-    EXPECT_EQ(page->Document(1).at("undo"), nullptr);
-    EXPECT_EQ(page->Document(1).at("modified"), false);
-    EXPECT_EQ(page->Document(1).at("revision"), revision + 5);
-    workbench->Settle(*page);
-    ExpectSameTree(*page);
+    EXPECT_EQ(client->Document(1).at("undo"), nullptr);
+    EXPECT_EQ(client->Document(1).at("modified"), false);
+    EXPECT_EQ(client->Document(1).at("revision"), revision + 5);
+    workbench->Settle(*client);
+    ExpectSameTree(*client);
     EXPECT_EQ(Item(name), 0u);
     Do("redo", {{"document", 1}});
     Do("remove", place);
     EXPECT_EQ(Item(name), 0u);
-    EXPECT_EQ(page->Document(1).at("redo"), nullptr);
+    EXPECT_EQ(client->Document(1).at("redo"), nullptr);
 }
 
 TEST_F(Browsing, OpensSavesAndClosesFiles)
@@ -554,50 +555,50 @@ TEST_F(Browsing, OpensSavesAndClosesFiles)
     Start({"a.pdf"});
     folder.AddSample("b.pdf");
     EXPECT_EQ(Do("open", {{"path", Path("b.pdf")}}).at("document"), 2);
-    EXPECT_EQ(page->documents.at("active"), 2);
-    EXPECT_EQ(page->Document(2).at("path"), Path("b.pdf"));
+    EXPECT_EQ(client->documents.at("active"), 2);
+    EXPECT_EQ(client->Document(2).at("path"), Path("b.pdf"));
     std::vector<std::string> progress;
-    for (const Json& message : page->others) {
+    for (const Json& message : client->others) {
         if (message.at("type") == "progress") {
             progress.push_back(message.at("state"));
         }
     }
     EXPECT_THAT(progress, ElementsAre("begun", "done"));
     Do("activate", {{"document", 1}});
-    EXPECT_EQ(page->documents.at("active"), 1);
+    EXPECT_EQ(client->documents.at("active"), 1);
     EXPECT_EQ(Do("open", {{"path", Path("./b.pdf")}}).at("document"), 2) << "open already";
-    EXPECT_EQ(page->documents.at("active"), 2);
+    EXPECT_EQ(client->documents.at("active"), 2);
 
     const std::size_t count = CountIn(ReadFile(Path("b.pdf")), 1);
     const Json edit = {{"document", 2}, {"page", 1}, {"subtype", "Text"}};
     Do("add", edit);
-    EXPECT_EQ(page->Command("close", {{"document", 2}, {"unsaved", "ask"}}).at("reason"),
+    EXPECT_EQ(client->Command("close", {{"document", 2}, {"unsaved", "ask"}}).at("reason"),
               "unsaved");
     Do("save-copy", {{"document", 2}, {"path", Path("copy.pdf")}});
-    EXPECT_EQ(page->Document(2).at("modified"), true);
+    EXPECT_EQ(client->Document(2).at("modified"), true);
     EXPECT_EQ(CountIn(ReadFile(Path("copy.pdf")), 1), count + 1);
     Do("save-as", {{"document", 2}, {"path", Path("c.pdf")}});
-    EXPECT_EQ(page->Document(2).at("name"), "c.pdf");
-    EXPECT_EQ(page->Document(2).at("modified"), false);
-    EXPECT_EQ(page->Document(2).at("busy"), nullptr);
+    EXPECT_EQ(client->Document(2).at("name"), "c.pdf");
+    EXPECT_EQ(client->Document(2).at("modified"), false);
+    EXPECT_EQ(client->Document(2).at("busy"), nullptr);
     // What is asked for while a file is being written happens behind that.
-    page->Send({{"type", "command"}, {"id", 900}, {"name", "save"}, {"document", 2}});
+    client->Send({{"type", "command"}, {"id", 900}, {"name", "save"}, {"document", 2}});
     Do("add", edit);
-    EXPECT_EQ(page->Document(2).at("modified"), true);
+    EXPECT_EQ(client->Document(2).at("modified"), true);
     EXPECT_EQ(CountIn(ReadFile(Path("c.pdf")), 1), count + 1);
     Do("close", {{"document", 2}, {"unsaved", "save"}});
     EXPECT_EQ(CountIn(ReadFile(Path("c.pdf")), 1), count + 2);
     EXPECT_EQ(CountIn(ReadFile(Path("b.pdf")), 1), count);
-    EXPECT_THAT(page->Ids(), ElementsAre(1));
-    EXPECT_EQ(page->documents.at("active"), 1);
+    EXPECT_THAT(client->Ids(), ElementsAre(1));
+    EXPECT_EQ(client->documents.at("active"), 1);
     Do("insert-page", {{"document", 1}, {"at", 0}});
     Do("close", {{"document", 1}, {"unsaved", "discard"}});
-    EXPECT_EQ(page->documents.at("active"), nullptr);
-    workbench->Settle(*page);
-    ExpectSameTree(*page);
+    EXPECT_EQ(client->documents.at("active"), nullptr);
+    workbench->Settle(*client);
+    ExpectSameTree(*client);
 }
 
-TEST_F(Browsing, ReplacesOnlyFilesThatItKnows)
+TEST_F(Browsing, ReplacesOnlyUnchangedFiles)
 {
     Start({"a.pdf"});
     const Json document = {{"document", 1}};
@@ -608,29 +609,29 @@ TEST_F(Browsing, ReplacesOnlyFilesThatItKnows)
     const Json overwrite = {{"overwrite", true}};
     Do("insert-page", with({{"at", 0}}));
     folder.AddFile("a.pdf", "another program's");
-    EXPECT_EQ(page->Command("save", document).value("reason", ""), "changed-on-disk");
-    EXPECT_EQ(page->Command("save-as", with({{"path", Path("a.pdf")}})).value("reason", ""),
+    EXPECT_EQ(client->Command("save", document).value("reason", ""), "changed-on-disk");
+    EXPECT_EQ(client->Command("save-as", with({{"path", Path("a.pdf")}})).value("reason", ""),
               "changed-on-disk");
-    EXPECT_EQ(page->Command("close", with({{"unsaved", "save"}})).value("reason", ""),
+    EXPECT_EQ(client->Command("close", with({{"unsaved", "save"}})).value("reason", ""),
               "changed-on-disk");
     EXPECT_EQ(ReadFile(Path("a.pdf")), "another program's");
     Do("save", with(overwrite));
-    EXPECT_EQ(page->Document(1).at("modified"), false);
+    EXPECT_EQ(client->Document(1).at("modified"), false);
     Do("save", document);
     // Of the same size, at another time.
     std::filesystem::last_write_time(Path("a.pdf"), {});
-    EXPECT_EQ(page->Command("save", document).value("reason", ""), "changed-on-disk");
+    EXPECT_EQ(client->Command("save", document).value("reason", ""), "changed-on-disk");
     std::filesystem::remove(Path("a.pdf"));
     Do("save", document);
     EXPECT_GT(CountIn(ReadFile(Path("a.pdf")), 1), 0u);
 
     folder.AddFile("b.pdf", "a stranger's");
-    EXPECT_EQ(page->Command("save-copy", with({{"path", Path("b.pdf")}})).value("reason", ""),
+    EXPECT_EQ(client->Command("save-copy", with({{"path", Path("b.pdf")}})).value("reason", ""),
               "exists");
-    EXPECT_EQ(page->Command("save-as", with({{"path", Path("b.pdf")}})).value("reason", ""),
+    EXPECT_EQ(client->Command("save-as", with({{"path", Path("b.pdf")}})).value("reason", ""),
               "exists");
     EXPECT_EQ(ReadFile(Path("b.pdf")), "a stranger's");
-    EXPECT_EQ(page->Document(1).at("name"), "a.pdf");
+    EXPECT_EQ(client->Document(1).at("name"), "a.pdf");
     Do("save-copy", with({{"path", Path("b.pdf")}, {"overwrite", true}}));
     Do("save-as", with({{"path", Path("b.pdf")}, {"overwrite", true}}));
     Do("save", document);
@@ -639,14 +640,14 @@ TEST_F(Browsing, ReplacesOnlyFilesThatItKnows)
     Do("open", {{"path", Path("a.pdf")}});
     Do("insert-page", {{"document", 2}, {"at", 0}});
     folder.AddFile("a.pdf", "another program's");
-    EXPECT_EQ(page->Command("save", {{"document", 2}}).value("reason", ""), "changed-on-disk");
+    EXPECT_EQ(client->Command("save", {{"document", 2}}).value("reason", ""), "changed-on-disk");
 }
 
 TEST_F(Browsing, ShowsEncryptedFilesWithoutTheirEncryption)
 {
     Start({"a.pdf"});
     folder.AddFile("e.pdf", Encrypted(ReadFile(Path("a.pdf"))));
-    EXPECT_EQ(page->Command("open", {{"path", Path("e.pdf")}}).value("reason", ""), "password");
+    EXPECT_EQ(client->Command("open", {{"path", Path("e.pdf")}}).value("reason", ""), "password");
     Do("open", {{"path", Path("e.pdf")}, {"password", "owner"}});
     const auto isEncrypted = [](const std::string& bytes) {
         return Documents::QpdfDocument::OpenBytes(bytes, "bytes").failure ==
@@ -662,13 +663,13 @@ TEST_F(Browsing, ShowsEncryptedFilesWithoutTheirEncryption)
     EXPECT_TRUE(isEncrypted(ReadFile(Path("e.pdf"))));
 }
 
-TEST_F(Browsing, TellsOfDamageWithoutTheFolder)
+TEST_F(Browsing, ReportsDamageWithoutTheFolder)
 {
     Start({"a.pdf"});
     const std::string sample = ReadFile(Path("a.pdf"));
     folder.AddFile("cut.pdf", sample.substr(0, sample.rfind("startxref")));
     Do("open", {{"path", Path("cut.pdf")}});
-    const Json warnings = page->Document(2).at("warnings");
+    const Json warnings = client->Document(2).at("warnings");
     ASSERT_FALSE(warnings.empty());
     for (const Json& warning : warnings) {
         EXPECT_THAT(warning.get<std::string>(), Not(HasSubstr("cut.pdf")));
@@ -725,49 +726,50 @@ TEST(Author, KnowsTheTimeInItsZone)
 TEST_F(Browsing, KeepsTheOrderOfInputAndCommandsWhileFilesAreWritten)
 {
     Start({"a.pdf"});
-    page->Send({{"type", "click"}, {"element", Item("0_0")}});
-    page->Fence();
+    client->Send({{"type", "click"}, {"element", Item("0_0")}});
+    client->Fence();
     for (int round = 0; round < 20; ++round) {
         const Json command = {{"type", "command"}, {"id", 900}, {"document", 1}};
         Json save = command;
         save["name"] = "save";
         Json undo = command;
         undo["name"] = "undo";
-        page->Send(save);
-        page->Send({{"type", "key"}, {"key", "Delete"}});
-        page->Send(undo);
-        page->Send({{"type", "key"}, {"key", "Down"}});
+        client->Send(save);
+        client->Send({{"type", "key"}, {"key", "Delete"}});
+        client->Send(undo);
+        client->Send({{"type", "key"}, {"key", "Down"}});
         Do("save", {{"document", 1}});
-        EXPECT_EQ(page->tree.StatesOf(Item("0_1")), 32u) << "Down came behind the undoing";
-        EXPECT_EQ(page->Document(1).at("redo"), "remove");
-        page->Send({{"type", "key"}, {"key", "Home"}});
-        page->Fence();
+        EXPECT_EQ(client->tree.StatesOf(Item("0_1")), 32u) << "Down came behind the undoing";
+        EXPECT_EQ(client->Document(1).at("redo"), "remove");
+        client->Send({{"type", "key"}, {"key", "Home"}});
+        client->Fence();
     }
-    workbench->Settle(*page);
-    ExpectSameTree(*page);
-    EXPECT_EQ(page->tree.StatesOf(Item("0_0")), 32u);
+    workbench->Settle(*client);
+    ExpectSameTree(*client);
+    EXPECT_EQ(client->tree.StatesOf(Item("0_0")), 32u);
 }
 
-TEST_F(Browsing, TakesFilesFromBrowsers)
+TEST_F(Browsing, OpensUploadedFiles)
 {
     Start({"a.pdf"});
     const std::string sample = ReadFile(Path("a.pdf"));
     const HttpResult posted =
         Post(workbench->Address(), "/documents?name=..%2Fx%2F%D0%96%20%221%22.pdf", sample);
     EXPECT_EQ(Json::parse(posted.body).at("document"), 2);
-    page->Fence();
-    EXPECT_EQ(page->Document(2).at("name"), "Ж \"1\".pdf");
-    EXPECT_EQ(page->Document(2).at("path"), nullptr);
-    EXPECT_EQ(page->Command("save", {{"document", 2}}).at("reason"), "path");
+    client->Fence();
+    EXPECT_EQ(client->Document(2).at("name"), "Ж \"1\".pdf");
+    EXPECT_EQ(client->Document(2).at("path"), nullptr);
+    EXPECT_EQ(client->Command("save", {{"document", 2}}).at("reason"), "path");
     Do("insert-page", {{"document", 2}, {"at", 0}});
-    EXPECT_EQ(page->Command("close", {{"document", 2}, {"unsaved", "save"}}).at("reason"), "path");
+    EXPECT_EQ(client->Command("close", {{"document", 2}, {"unsaved", "save"}}).at("reason"),
+              "path");
     EXPECT_THAT(Get(workbench->Address(), "/documents/2/download").header,
                 HasSubstr("filename=\"____1_.pdf\"; filename*=UTF-8''%D0%96%20%221%22.pdf"));
 
     const HttpResult damaged = Post(workbench->Address(), "/documents?name=d.pdf", "no file");
     EXPECT_EQ(damaged.status, 422);
     EXPECT_EQ(Json::parse(damaged.body).at("reason"), "damaged");
-    EXPECT_EQ(page->Command("open", {{"path", Path("a.pdf")}}).at("error"), nullptr);
+    EXPECT_EQ(client->Command("open", {{"path", Path("a.pdf")}}).at("error"), nullptr);
 }
 
 TEST_F(Browsing, ServesFilesOfItsOwnAndOfThePanel)
@@ -788,7 +790,7 @@ TEST_F(Browsing, ServesFilesOfItsOwnAndOfThePanel)
     EXPECT_EQ(Get(workbench->Address(), "/documents/x/content").status, 404);
 }
 
-TEST_F(Browsing, KeepsWhatWasNotSavedWhenItEnds)
+TEST_F(Browsing, WritesRecoveryCopiesAtExit)
 {
     Start({"a.pdf", "b.PDF", "c.pdf"});
     folder.AddFile("a.recovered.pdf", "taken");
@@ -802,8 +804,8 @@ TEST_F(Browsing, KeepsWhatWasNotSavedWhenItEnds)
     Do("add", {{"document", 4}, {"page", 1}, {"subtype", "Text"}});
     std::vector<std::string> last;
     std::thread reader([&] {
-        EXPECT_EQ(page->ReadClose(), 1001u);
-        for (const Json& message : page->others) {
+        EXPECT_EQ(client->ReadClose(), 1001u);
+        for (const Json& message : client->others) {
             last.push_back(message.at("type"));
         }
     });
@@ -823,26 +825,26 @@ TEST_F(Browsing, KeepsWhatWasNotSavedWhenItEnds)
                 ElementsAre("notice", "notice", "notice", "goodbye"));
 }
 
-TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
+TEST_F(Browsing, PromptsClientsToSaveBeforeExit)
 {
     Start({"a.pdf", "b.pdf"});
     auto other = Connect();
-    const auto documentsAskedFor = [](PageClient& client) {
+    const auto documentsAskedFor = [](BrowserClient& asked) {
         const Json ending =
-            client.ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
+            asked.ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
         const Json& documents = ending.at("documents");
         EXPECT_EQ(ending.contains("seconds"), !documents.empty());
         EXPECT_LE(ending.value("seconds", 0), 60);
         return documents;
     };
     const Json save = {{"unsaved", "save"}};
-    EXPECT_TRUE(page->Command("end", save).at("error").is_string()) << "nobody has asked";
+    EXPECT_TRUE(client->Command("end", save).at("error").is_string()) << "nobody has asked";
     Do("insert-page", {{"document", 1}, {"at", 0}});
     workbench->Signal(SIGINT);
-    EXPECT_EQ(documentsAskedFor(*page), Json({1}));
+    EXPECT_EQ(documentsAskedFor(*client), Json({1}));
     EXPECT_EQ(documentsAskedFor(*other), Json({1}));
-    EXPECT_EQ(documentsAskedFor(*std::make_unique<PageClient>(workbench->Address())), Json({1}));
-    EXPECT_TRUE(page->Command("end", {{"unsaved", "x"}}).at("error").is_string());
+    EXPECT_EQ(documentsAskedFor(*std::make_unique<BrowserClient>(workbench->Address())), Json({1}));
+    EXPECT_TRUE(client->Command("end", {{"unsaved", "x"}}).at("error").is_string());
     Do("insert-page", {{"document", 2}, {"at", 0}});
     EXPECT_EQ(documentsAskedFor(*other), Json({1, 2}));
     Do("end", {{"unsaved", "cancel"}});
@@ -852,8 +854,8 @@ TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
     folder.AddFile("b.pdf", "another program's");
     workbench->Signal(SIGINT);
     EXPECT_EQ(documentsAskedFor(*other), Json({1, 2}));
-    EXPECT_EQ(page->Command("end", save).value("reason", ""), "changed-on-disk");
-    EXPECT_EQ(page->Document(1).at("modified"), false);
+    EXPECT_EQ(client->Command("end", save).value("reason", ""), "changed-on-disk");
+    EXPECT_EQ(client->Document(1).at("modified"), false);
     EXPECT_EQ(documentsAskedFor(*other), Json({2})) << "the question stands";
     other.reset();
     Do("end", {{"unsaved", "discard"}});
@@ -863,7 +865,7 @@ TEST_F(Browsing, AsksPagesWhatBecomesOfChangesWhenItIsToEnd)
     EXPECT_FALSE(std::filesystem::exists(Path("b.recovered.pdf")));
 }
 
-TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)
+TEST_F(Browsing, WritesRecoveryCopiesWithoutAnAnswer)
 {
     using std::chrono::milliseconds;
     const struct {
@@ -876,10 +878,10 @@ TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)
         {"asked for",
          {SIGINT},
          [this] {
-             page->Command("end", {{"unsaved", "copies"}});
+             client->Command("end", {{"unsaved", "copies"}});
          }},
         {"once more", {SIGINT, SIGINT}, [] {}, milliseconds(3'600'000), false},
-        {"the page goes", {SIGINT}, [this] { page.reset(); }},
+        {"the last client disconnects", {SIGINT}, [this] { client.reset(); }},
         {"too late", {SIGINT}, [] {}, milliseconds(50)},
         {"by the system", {SIGTERM}, [] {}, milliseconds(3'600'000), false},
         {"no terminal", {SIGHUP}, [] {}, milliseconds(3'600'000), false},
@@ -891,7 +893,7 @@ TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)
             workbench->Signal(signal);
         }
         if (row.asks) {
-            page->ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
+            client->ReadUntil([](const Json& message) { return message.at("type") == "ending"; });
         }
         row.then();
         EXPECT_THAT(WaitForEnd(), HasSubstr("a.recovered.pdf")) << row.name;
@@ -903,66 +905,66 @@ TEST_F(Browsing, EndsWithCopiesWhenNobodyAnswers)
     EXPECT_EQ(WaitForEnd(), "");
     Start({"a.pdf"});
     Do("insert-page", {{"document", 1}, {"at", 0}});
-    page.reset();
+    client.reset();
     workbench->Signal(SIGINT);
     EXPECT_THAT(WaitForEnd(), HasSubstr("a.recovered.pdf"));
 }
 
-TEST_F(Browsing, TellsOfFailuresInThePanelAndLives)
+TEST_F(Browsing, ReportsFailuresInThePanelAndContinues)
 {
     Start({"a.pdf"});
     workbench->OnUi([](BrowserWorkbench& running) {
         running.TheHost().State().failures.Add({"UIHandler::HandleKey", 2, "on purpose"});
     });
-    page->Fence();
-    EXPECT_THAT(page->others.back().at("text").get<std::string>(), HasSubstr("on purpose"));
+    client->Fence();
+    EXPECT_THAT(client->others.back().at("text").get<std::string>(), HasSubstr("on purpose"));
 }
 
-// Several pages that come, go and act at random; whoever stays has the engine's tree.
-TEST_F(Browsing, KeepsPagesThatComeAndGoTrue)
+// Several clients connect, disconnect and act at random; each that stays holds the engine's tree.
+TEST_F(Browsing, KeepsCopiesOfChangingClientsEqual)
 {
     Start({"a.pdf", "b.pdf"});
     const unsigned seed = std::random_device()();
     RecordProperty("seed", std::to_string(seed));
     std::mt19937 random(seed);
     const auto below = [&](unsigned end) { return static_cast<unsigned>(random() % end); };
-    std::vector<std::unique_ptr<PageClient>> pages;
+    std::vector<std::unique_ptr<BrowserClient>> clients;
     const char* const keys[] = {"Up", "Down", "PageUp", "PageDown", "Home", "End", "Delete"};
     for (int step = 0; step < 150; ++step) {
         const unsigned document = 1 + below(2);
         switch (below(7)) {
         case 0:
-            pages.push_back(Connect());
+            clients.push_back(Connect());
             break;
         case 1:
-            if (!pages.empty()) {
-                pages.erase(pages.begin());
+            if (!clients.empty()) {
+                clients.erase(clients.begin());
             }
             break;
         case 2:
-            page->Command("add", {{"document", document},
-                                  {"page", below(7)},
-                                  {"subtype", "Ink"},
-                                  {"contents", std::string(below(2000), 'x')}});
+            client->Command("add", {{"document", document},
+                                    {"page", below(7)},
+                                    {"subtype", "Ink"},
+                                    {"contents", std::string(below(2000), 'x')}});
             break;
         case 3:
-            page->Command(below(3) == 0 ? "redo" : "undo", {{"document", document}});
+            client->Command(below(3) == 0 ? "redo" : "undo", {{"document", document}});
             break;
         case 4:
-            page->Command("activate", {{"document", document}});
+            client->Command("activate", {{"document", document}});
             break;
         case 5:
-            page->Send({{"type", "click"}, {"element", 1 + below(3000)}});
+            client->Send({{"type", "click"}, {"element", 1 + below(3000)}});
             break;
         default:
-            page->Send({{"type", "key"}, {"key", keys[below(7)]}});
+            client->Send({{"type", "key"}, {"key", keys[below(7)]}});
         }
         if (step % 10 == 9) {
-            workbench->Settle(*page);
-            ASSERT_TRUE(page->tree.Text() == workbench->PanelText()) << "seed " << seed;
-            for (const auto& other : pages) {
+            workbench->Settle(*client);
+            ASSERT_TRUE(client->tree.Text() == workbench->PanelText()) << "seed " << seed;
+            for (const auto& other : clients) {
                 other->Fence();
-                ASSERT_TRUE(other->tree.Text() == page->tree.Text()) << "seed " << seed;
+                ASSERT_TRUE(other->tree.Text() == client->tree.Text()) << "seed " << seed;
             }
         }
     }
@@ -987,7 +989,7 @@ TEST(RecoveryCopy, GoesToTheFirstPlaceThatTakesIt)
         AllOf(HasSubstr("a.pdf"), HasSubstr("no recovery copy")));
 }
 
-TEST(StopSignals, AreTakenAsLongAsThatIsWanted)
+TEST(StopSignals, AreHandledUntilRefused)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         std::promise<int> taken;
@@ -1015,7 +1017,7 @@ TEST(StopSignals, AreTakenAsLongAsThatIsWanted)
         testing::ExitedWithCode(128 + SIGINT), "");
 }
 
-TEST(BrowserWorkbench, SaysAtOnceWhatItCannotOpen)
+TEST(BrowserWorkbench, ReportsFilesThatItCannotOpenAtOnce)
 {
     EXPECT_THROW(RunningWorkbench({"no-such-file.pdf"}), Workbench::ActionRefused);
 }

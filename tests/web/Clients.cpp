@@ -113,7 +113,7 @@ HttpResult Post(const ServerAddress& server, const std::string& path, const std:
                                 std::to_string(body.size()) + "\r\n\r\n" + body);
 }
 
-class PageClient::Socket {
+class BrowserClient::Socket {
 public:
     explicit Socket(const ServerAddress& server)
     {
@@ -132,23 +132,26 @@ public:
     beast::flat_buffer buffer;
 };
 
-PageClient::PageClient(const ServerAddress& server) : socket_(std::make_unique<Socket>(server)) {}
+BrowserClient::BrowserClient(const ServerAddress& server)
+    : socket_(std::make_unique<Socket>(server))
+{
+}
 
-PageClient::~PageClient() = default;
+BrowserClient::~BrowserClient() = default;
 
-void PageClient::SendText(const std::string& text)
+void BrowserClient::SendText(const std::string& text)
 {
     socket_->stream.text(true);
     socket_->stream.write(asio::buffer(text));
 }
 
-void PageClient::SendBinary(const std::string& bytes)
+void BrowserClient::SendBinary(const std::string& bytes)
 {
     socket_->stream.binary(true);
     socket_->stream.write(asio::buffer(bytes));
 }
 
-Json PageClient::Read()
+Json BrowserClient::Read()
 {
     beast::error_code error;
     socket_->buffer.clear();
@@ -175,7 +178,7 @@ Json PageClient::Read()
     return message;
 }
 
-Json PageClient::ReadUntil(const std::function<bool(const Json&)>& fits)
+Json BrowserClient::ReadUntil(const std::function<bool(const Json&)>& fits)
 {
     for (;;) {
         Json message = Read();
@@ -185,7 +188,7 @@ Json PageClient::ReadUntil(const std::function<bool(const Json&)>& fits)
     }
 }
 
-unsigned PageClient::ReadClose()
+unsigned BrowserClient::ReadClose()
 {
     try {
         for (;;) {
@@ -196,7 +199,7 @@ unsigned PageClient::ReadClose()
     }
 }
 
-Json PageClient::Command(const std::string& name, Json arguments)
+Json BrowserClient::Command(const std::string& name, Json arguments)
 {
     const std::uint64_t id = ++lastCommand_;
     arguments["type"] = "command";
@@ -208,12 +211,12 @@ Json PageClient::Command(const std::string& name, Json arguments)
     });
 }
 
-void PageClient::Fence()
+void BrowserClient::Fence()
 {
     Command("fence");  // refused, as there is none
 }
 
-Json PageClient::Document(std::uint64_t id) const
+Json BrowserClient::Document(std::uint64_t id) const
 {
     for (const Json& document : documents.at("documents")) {
         if (document.at("id") == id) {
@@ -223,7 +226,7 @@ Json PageClient::Document(std::uint64_t id) const
     throw std::runtime_error("there is no document " + std::to_string(id));
 }
 
-std::vector<std::uint64_t> PageClient::Ids() const
+std::vector<std::uint64_t> BrowserClient::Ids() const
 {
     std::vector<std::uint64_t> ids;
     for (const Json& document : documents.at("documents")) {

@@ -51,16 +51,16 @@ struct HttpResult {
 // Sends bytes, and reads what comes until the server closes.
 HttpResult Exchange(const ServerAddress& server, std::string_view request);
 
-// A proper request of a page, for a path below the token.
+// A valid request of the web page for a path below the token.
 HttpResult Get(const ServerAddress& server, const std::string& path);
 HttpResult Post(const ServerAddress& server, const std::string& path, const std::string& body);
 
-class PageClient {
+class BrowserClient {
 public:
-    explicit PageClient(const ServerAddress& server);
-    ~PageClient();
-    PageClient(const PageClient&) = delete;
-    PageClient& operator=(const PageClient&) = delete;
+    explicit BrowserClient(const ServerAddress& server);
+    ~BrowserClient();
+    BrowserClient(const BrowserClient&) = delete;
+    BrowserClient& operator=(const BrowserClient&) = delete;
 
     void Send(const Json& message) { SendText(message.dump()); }
     void SendText(const std::string& text);

@@ -18,7 +18,7 @@ namespace {
 using namespace Workbench;
 using testing::HasSubstr;
 
-// Says "ok" and the body to every request, and what it is sent to every page.
+// Answers every request with "ok" and its body, and echoes each message to every client.
 class Echo final : public HttpListener {
 public:
     void OnRequest(HttpRequest request, PendingAnswerPtr answer) override
@@ -107,7 +107,7 @@ protected:
     const ServerAddress address;
 };
 
-TEST_F(HttpServerTest, AnswersItsOwnPageWithTheHeadersThatProtectIt)
+TEST_F(HttpServerTest, SendsSecurityHeaders)
 {
     const std::string name = "localhost:" + std::to_string(address.port);
     const HttpResult result =
@@ -123,7 +123,7 @@ TEST_F(HttpServerTest, AnswersItsOwnPageWithTheHeadersThatProtectIt)
     EXPECT_EQ(Post(address, "/documents", "body").body, "ok body");
 }
 
-TEST_F(HttpServerTest, RefusesStrangersAndMalformedRequestsAndLives)
+TEST_F(HttpServerTest, RefusesForeignAndMalformedRequests)
 {
     const std::string token = "/" + address.token;
     const std::string host = "Host: " + address.host + "\r\n";
@@ -236,7 +236,7 @@ protected:
     }
 };
 
-TEST_F(ImpatientServerTest, GivesUpSlowSenders)
+TEST_F(ImpatientServerTest, DisconnectsSlowSenders)
 {
     for (const std::string& beginning :
          {std::string(), "GET /" + address.token,
@@ -258,11 +258,11 @@ protected:
     }
 };
 
-TEST_F(CrowdedServerTest, TakesNoMoreConnectionsThanItMay)
+TEST_F(CrowdedServerTest, LimitsConnections)
 {
-    PageClient first(address);
+    BrowserClient first(address);
     {
-        PageClient second(address);
+        BrowserClient second(address);
         echo.AwaitSockets(2);
         EXPECT_EQ(Exchange(address, "").status, 0);
     }
@@ -286,17 +286,17 @@ TEST_F(HttpServerTest, AnswersRequestsOfOneConnectionInTurn)
     EXPECT_EQ(count, 3u);
 }
 
-TEST_F(HttpServerTest, CarriesMessagesAndClosesThoseThatAreTooBigOrNoText)
+TEST_F(HttpServerTest, CarriesMessagesAndClosesOnOversizedOrBinaryOnes)
 {
-    PageClient page(address);
-    PageClient other(address);
-    page.SendText("hello");
-    EXPECT_EQ(page.Read().at("text"), "hello");
-    page.SendText(std::string(5000, 'x'));
-    EXPECT_EQ(page.Read().at("text"), "long");
-    page.SendText(std::string(5001, 'x'));
-    EXPECT_EQ(page.ReadClose(), 1009u);
-    PageClient broken(address);
+    BrowserClient client(address);
+    BrowserClient other(address);
+    client.SendText("hello");
+    EXPECT_EQ(client.Read().at("text"), "hello");
+    client.SendText(std::string(5000, 'x'));
+    EXPECT_EQ(client.Read().at("text"), "long");
+    client.SendText(std::string(5001, 'x'));
+    EXPECT_EQ(client.ReadClose(), 1009u);
+    BrowserClient broken(address);
     broken.SendText("\xFF\xFE");
     EXPECT_EQ(broken.ReadClose(), 1007u);
     echo.AwaitSockets(1);
@@ -305,10 +305,10 @@ TEST_F(HttpServerTest, CarriesMessagesAndClosesThoseThatAreTooBigOrNoText)
     ExpectServes();
 }
 
-TEST_F(HttpServerTest, OwesNoAnswerForLongAndStopsWithEverythingOpen)
+TEST_F(HttpServerTest, AnswersAbandonedRequestsAndStopsWithOpenConnections)
 {
     EXPECT_EQ(Get(address, "/forget").status, 503);
-    PageClient page(address);
+    BrowserClient client(address);
     BareConnection waiting(address.port);
     waiting.Send("GET /" + address.token + "/keep HTTP/1.1\r\nHost: " + address.host + "\r\n\r\n");
     BareConnection idle(address.port);
@@ -316,8 +316,8 @@ TEST_F(HttpServerTest, OwesNoAnswerForLongAndStopsWithEverythingOpen)
     echo.AwaitSockets(1);
     server.Send(1, std::make_shared<const std::string>(R"({"type":"last"})"));
     std::thread reader([&] {
-        EXPECT_EQ(page.Read().at("type"), "last");
-        EXPECT_EQ(page.ReadClose(), 1001u);
+        EXPECT_EQ(client.Read().at("type"), "last");
+        EXPECT_EQ(client.ReadClose(), 1001u);
     });
     server.Stop();
     server.Stop();
@@ -335,7 +335,7 @@ TEST(AccessGuard, MakesATokenForEachRun)
     EXPECT_NE(token, MakeToken());
 }
 
-TEST(Url, IsTakenApartAndDecoded)
+TEST(Url, IsSplitAndDecoded)
 {
     const auto url = ParseUrl("/a%20b/%D0%96?name=x%26y+z&empty=&alone&name=last");
     ASSERT_TRUE(url);

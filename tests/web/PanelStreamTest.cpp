@@ -1,4 +1,4 @@
-// A page that knows nothing but the messages must come to have the engine's tree.
+// A client that applies the messages, and nothing else, ends with the engine's tree.
 #include "web/PanelStream.h"
 #include "RandomPage.h"
 #include "TreeCopy.h"
@@ -24,7 +24,7 @@ struct Follower {
     }
 };
 
-TEST(PanelStream, KeepsCopiesEqualToThePageThroughAnyChanges)
+TEST(PanelStream, KeepsCopiesEqualToTheTree)
 {
     HtmlEngine::Test::ForEachSeed(10, [](unsigned seed) {
         HtmlEngine::Test::RandomPage changing(seed);
@@ -60,7 +60,7 @@ std::string Repeated(const std::string& text, std::size_t count)
 }
 
 // Wide, deep, and behind changes that are in the same message; a big text alone is a message.
-TEST(PanelStream, CutsBigInsertionsAnywhere)
+TEST(PanelStream, SplitsLargeInsertionsAtAnyNode)
 {
     const struct {
         std::string markup;
@@ -72,24 +72,24 @@ TEST(PanelStream, CutsBigInsertionsAnywhere)
         {"<p>" + std::string(3u << 20, 'x') + "</p><p>y</p>", 2},
     };
     for (const auto& row : rows) {
-        HtmlEngine::Document page;
-        page.LoadPage("<p id=a></p><p id=b></p>");
-        PanelStream stream(page);
+        HtmlEngine::Document document;
+        document.Load("<p id=a></p><p id=b></p>");
+        PanelStream stream(document);
         Follower follower;
         follower.Take(stream.Snapshot());
         HtmlEngine::ElementHandle element = HtmlEngine::kNoElement;
-        page.SelectFirst(page.Root(), "#a", element);
-        page.SetAttribute(element, "title", "before");
-        page.SetHtml(element, row.markup, InsertPosition::InsertAfter);
-        page.SetAttribute(element, "title", "behind");
+        document.SelectFirst(document.Root(), "#a", element);
+        document.SetAttribute(element, "title", "before");
+        document.SetHtml(element, row.markup, InsertPosition::InsertAfter);
+        document.SetAttribute(element, "title", "behind");
         const auto messages = stream.TakeChanges();
         EXPECT_GE(messages.size(), row.leastMessages);
         follower.Take(messages);
         EXPECT_EQ(follower.copy.Remaining(), 0u);
-        EXPECT_TRUE(follower.copy.Text() == TreeText(page));
+        EXPECT_TRUE(follower.copy.Text() == TreeText(document));
         Follower late;
         late.Take(stream.Snapshot());
-        EXPECT_TRUE(late.copy.Text() == TreeText(page));
+        EXPECT_TRUE(late.copy.Text() == TreeText(document));
     }
 }
 

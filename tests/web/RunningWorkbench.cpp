@@ -112,19 +112,20 @@ void RunningWorkbench::OnUi(const std::function<void(BrowserWorkbench&)>& work)
     done.get_future().get();
 }
 
-void RunningWorkbench::Settle(PageClient& page)
+void RunningWorkbench::Settle(BrowserClient& client)
 {
     OnUi([](BrowserWorkbench& workbench) {
         EXPECT_TRUE(workbench.TheHost().RunUntilIdle(std::chrono::seconds(60)));
     });
-    page.Fence();
+    client.Fence();
 }
 
 std::string RunningWorkbench::PanelText()
 {
     std::string text;
-    OnUi(
-        [&](BrowserWorkbench& workbench) { text = TreeText(*workbench.TheHost().Panel().Page()); });
+    OnUi([&](BrowserWorkbench& workbench) {
+        text = TreeText(*workbench.TheHost().Panel().Document());
+    });
     return text;
 }
 

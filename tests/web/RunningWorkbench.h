@@ -50,8 +50,8 @@ public:
     // Runs something on the UI thread and waits for it.
     void OnUi(const std::function<void(Workbench::BrowserWorkbench&)>& work);
 
-    // Waits until the panel is idle and a page has everything.
-    void Settle(PageClient& page);
+    // Waits until the panel is idle and the client has received all changes.
+    void Settle(BrowserClient& client);
 
     // The engine's tree.
     std::string PanelText();

@@ -28,7 +28,7 @@ std::string FlowChildren(const std::string& selector, const std::string& side)
            side + "); }";
 }
 
-TEST(StyleAdapter, PutsWhatTheEngineAloneKnowsIntoStandardCss)
+TEST(StyleAdapter, TranslatesEngineExtensionsToStandardCss)
 {
     const Row rows[] = {
         // Per cent signs.
@@ -86,7 +86,7 @@ TEST(StyleAdapter, TurnsFlowIntoFlexBoxes)
         "a{width:100%; --wb-full-width: 1;height: 100% ; --wb-full-height: 1;max-height:100%}");
 }
 
-TEST(StyleAdapter, LetsWhatIsCollapsedTakeNoRoom)
+TEST(StyleAdapter, RemovesCollapsedElementsFromLayout)
 {
     const std::string always = "\n[wb-visibility=\"collapse\"] { display: none !important; }\n";
     EXPECT_EQ(AdaptStyleSheet("a, b::before, c:after{x:y;visibility:collapse}"),

@@ -221,10 +221,10 @@ std::string TreeCopy::TextOf(std::uint64_t element) const
     return text;
 }
 
-std::string TreeText(const HtmlEngine::Document& page)
+std::string TreeText(const HtmlEngine::Document& document)
 {
     std::string out;
-    WriteNode(HtmlEngine::TreeReader(page), page.NodeOf(page.Root()), out);
+    WriteNode(HtmlEngine::TreeReader(document), document.NodeOf(document.Root()), out);
     return out;
 }
 

@@ -1,4 +1,4 @@
-// A copy of the panel's tree that is kept by the messages alone, as a page keeps it, and the tree
+// A copy of the panel's tree that is kept by the messages alone, as a client keeps it, and the tree
 // of the engine in the same form.
 #pragma once
 
@@ -60,6 +60,6 @@ private:
 };
 
 // The engine's tree as TreeCopy::Text would give it.
-std::string TreeText(const HtmlEngine::Document& page);
+std::string TreeText(const HtmlEngine::Document& document);
 
 }  // namespace WebTests

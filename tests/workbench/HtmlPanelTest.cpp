@@ -93,7 +93,7 @@ protected:
     {
         locale->SwitchTo("en");
         panel->SetInterfaces(window->AsInterface(), engine->AsInterface());
-        panel->LoadPage(kPage);
+        panel->LoadDocument(kPage);
     }
     ~Panel() override
     {
@@ -104,13 +104,13 @@ protected:
     ElementHandle Element(const std::string& id) const
     {
         ElementHandle found = HtmlEngine::kNoElement;
-        panel->Page()->SelectFirst(panel->Page()->Root(), "#" + id, found);
+        panel->Document()->SelectFirst(panel->Document()->Root(), "#" + id, found);
         EXPECT_NE(found, HtmlEngine::kNoElement) << id;
         return found;
     }
     std::string Text(const std::string& id) const
     {
-        return panel->Page()->TextContent(Element(id));
+        return panel->Document()->TextContent(Element(id));
     }
     std::vector<std::string> TakeRecord() { return std::exchange(record, {}); }
 
@@ -172,8 +172,8 @@ TEST_F(Panel, RaisesAClickOnTheNearestClickableElement)
         std::function<void(HtmlEngine::Document&)> before = [](auto&) {};
     };
     const auto set = [this](const char* id, std::uint32_t bits) {
-        return [this, id, bits](HtmlEngine::Document& page) {
-            page.SetState(Element(id), bits, ~bits);
+        return [this, id, bits](HtmlEngine::Document& document) {
+            document.SetState(Element(id), bits, ~bits);
         };
     };
     const Row rows[] = {
@@ -192,17 +192,17 @@ TEST_F(Panel, RaisesAClickOnTheNearestClickableElement)
         {"icon", "icon"},
         {"text", "item", set("page", kStateExpanded)},
         {"veiled", "veiled",
-         [this](HtmlEngine::Document& page) {
-             page.SetStyle(Element("preloader"), "visibility", "visible");
+         [this](HtmlEngine::Document& document) {
+             document.SetStyle(Element("preloader"), "visibility", "visible");
          }},
         {"text", "",
-         [this](HtmlEngine::Document& page) {
-             page.SetStyle(Element("container"), "visibility", "collapse");
+         [this](HtmlEngine::Document& document) {
+             document.SetStyle(Element("container"), "visibility", "collapse");
          }},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.clicked) + " -> " + row.target);
-        row.before(*panel->Page());
+        row.before(*panel->Document());
         panel->Click(Element(row.clicked));
         if (*row.target == 0) {
             EXPECT_THAT(TakeRecord(), IsEmpty());
@@ -235,10 +235,10 @@ TEST_F(Panel, SurvivesAHandlerThatRemovesItselfWhileItHandles)
 {
     AttachBoth();
     const ElementHandle item = Element("item");
-    inner->onEvent = [&] { panel->Page()->Delete(Element("container")); };
+    inner->onEvent = [&] { panel->Document()->Delete(Element("container")); };
     panel->Click(item);
     EXPECT_THAT(TakeRecord(), ElementsAre("inner.Event0", "inner.Detached", "outer.Event0"));
-    EXPECT_FALSE(panel->Page()->IsKnown(item));
+    EXPECT_FALSE(panel->Document()->IsKnown(item));
     panel->Click(item);
     panel->PressKey(item, kKeyEnter);
     EXPECT_THAT(TakeRecord(), IsEmpty());
@@ -264,9 +264,9 @@ TEST_F(Panel, TranslatesByTokenOrOriginalTextAndTellsTheHandlers)
         EXPECT_EQ(Text("title"), row.title);
         EXPECT_EQ(Text("delete"), row.deletion);
         EXPECT_EQ(Text("icon"), "Page 1") << "a text that is no key stays";
-        const ElementHandle root = panel->Page()->Root();
-        EXPECT_EQ(panel->Page()->Attribute(root, "dir"), row.direction);
-        EXPECT_EQ(panel->Page()->Attribute(root, "lang"), row.language);
+        const ElementHandle root = panel->Document()->Root();
+        EXPECT_EQ(panel->Document()->Attribute(root, "dir"), row.direction);
+        EXPECT_EQ(panel->Document()->Attribute(root, "lang"), row.language);
         EXPECT_THAT(TakeRecord(), ElementsAre("outer.OnLocaleChanged", "inner.OnLocaleChanged"));
     }
 }

@@ -284,8 +284,8 @@ TEST(Script, CheckFindsAListThatItsDocumentHasLeft)
     EXPECT_THAT(difference.at("panel").get<std::string>(), StartsWith("<p>"));
     ASSERT_TRUE(content.RemoveAnnotation(0, 0).Succeeded());
     EXPECT_EQ(check().at("view"), 1);
-    HtmlEngine::Document& page = *session.TheHost().Panel().Page();
-    page.Delete(Workbench::FindVisibleContainer(page));
+    HtmlEngine::Document& document = *session.TheHost().Panel().Document();
+    document.Delete(Workbench::FindVisibleContainer(document));
     EXPECT_EQ(check().at("view"), nullptr);
     session.Finish();
 }

@@ -1,4 +1,4 @@
-// Why an action on a document does nothing: the one type of refusal for scripts, the command line
+// Refusal of an action on a document, with its reason; the one type for scripts, the command line
 // and browser clients. [any-thread]
 #pragma once
 
@@ -8,29 +8,29 @@
 
 namespace Workbench {
 
-// What stands in the way. Browser clients have words of their own for each.
+// Reason of a refusal. The web page has its own text for each.
 enum class RefusalReason : std::uint8_t {
     kOther,
     kReadOnly,       // of the document
     kLocked,         // of the comment
     kNotPermitted,   // the document does not permit changes of its comments
-    kPassword,       // the file needs one, or another one
+    kPassword,       // the file needs one, or the given one is wrong
     kDamaged,        // the file
-    kPath,           // the document has none to be saved to, or the one given is none
-    kUnsaved,        // there are changes that are not saved
-    kChanged,        // the document has another revision by now
-    kExists,         // another file is there already
-    kChangedOnDisk,  // another program has written the file since
+    kPath,           // the document has none to save to, or the given one is invalid
+    kUnsaved,        // the document has unsaved changes
+    kChanged,        // the document has another revision
+    kExists,         // another file exists at the path
+    kChangedOnDisk,  // another program has written the file
     kWrite,          // the file could not be written
     kGone,           // no such document, page, comment or element
     kNoComment,      // no comment is current
-    kOtherComment,   // another comment is current than the one that was meant
-    kListing,        // the list is being made
-    kFolded,         // the current comment is out of sight
+    kOtherComment,   // another comment than the intended one is current
+    kListing,        // the list is being rendered
+    kFolded,         // the current comment's page item is collapsed
     kLastPage,       // the only page of a document cannot be deleted
 };
 
-// The reason as the browser protocol writes it ("read-only"); empty for kOther.
+// The reason in the browser protocol ("read-only"); empty for kOther.
 const char* WordOf(RefusalReason reason) noexcept;
 
 // The text is one line in English that names the thing.

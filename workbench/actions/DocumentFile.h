@@ -1,4 +1,4 @@
-// Documents as files: reading them, and writing them without replacing what the user has not seen.
+// Reading and writing document files. Writing never replaces a file that changed since it was read.
 // [any-thread]
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace Workbench {
 
-// A file of the disk as it was at a time: another one means that somebody has written it since.
+// Modification time and size of a file; a difference means that another program has written it.
 struct FileStamp {
     std::filesystem::file_time_type time;
     std::uintmax_t size = 0;
@@ -21,15 +21,15 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-// Nothing for a missing file, and for one that cannot be asked.
+// nullopt for a missing file, and for one whose status cannot be read.
 std::optional<FileStamp> StampOf(const std::filesystem::path& path);
 
-// A document that was read or made, and where it came from.
+// A document and the file that it was read from, if any.
 struct DocumentFile {
     std::string name;  // for the user
     std::shared_ptr<Documents::Document> content;
-    std::optional<std::filesystem::path> path{};  // absolute; nothing: no file of this disk
-    std::optional<FileStamp> stamp{};             // of the file when it was read or written last
+    std::optional<std::filesystem::path> path{};  // absolute; nullopt: not from a local file
+    std::optional<FileStamp> stamp{};             // of the file at the last read or write
 };
 
 struct ReadingOptions {
@@ -37,27 +37,27 @@ struct ReadingOptions {
     bool listAll = false;  // list every annotation, whatever its subtype and flags
 };
 
-// Reads a PDF file; its name is the file's without the folder. Throws ActionRefused.
+// Reads a PDF file; the document's name is the file name without folder. Throws ActionRefused.
 DocumentFile ReadDocument(const std::filesystem::path& path, const ReadingOptions& options);
 
 // Reads a PDF file's bytes. Throws ActionRefused.
 DocumentFile ReadDocumentBytes(std::string bytes, const std::string& name,
                                const ReadingOptions& options);
 
-// Makes a document in memory: "COMMENTS:PAGES" or "COMMENTS:PAGES:SEED", filled with the population
-// that benchmarks use. Throws ActionRefused.
+// Creates a document in memory from "COMMENTS:PAGES" or "COMMENTS:PAGES:SEED", filled with the
+// benchmarks' population of comments. Throws ActionRefused.
 DocumentFile MakeMemoryDocument(const std::string& description, bool listAll);
 
-// Which file may be replaced by one that is written.
+// Which existing file a write may replace.
 enum class Replaceable : std::uint8_t {
     kNothing,
-    kOwnFile,  // the document's own one, as it was when it was read or written last
+    kOwnFile,  // the document's own file, unchanged since the last read or write
     kAnything,
 };
 
-// Calls `write`, unless the file at `path` may not be replaced; the stamp of the file written.
-// `known` is the stamp of the document's own file; without one it may be replaced. A missing file
-// never blocks the write. Throws ActionRefused.
+// Calls `write`, unless the file at `path` may not be replaced; returns the stamp of the written
+// file. `known` is the stamp of the document's own file; without one it may be replaced. A missing
+// file never blocks the write. Throws ActionRefused.
 std::optional<FileStamp> WriteDocument(const std::filesystem::path& path, Replaceable replaceable,
                                        const std::optional<FileStamp>& known,
                                        const std::function<Documents::SaveResult()>& write);

@@ -1,7 +1,6 @@
-// Edits of open documents, with their events told to the panel before each function returns.
-// Scripts edit as a host does, whatever the document permits; who acts for a reader asks first
-// whether it may (RequireEditable and its like). All throw ActionRefused, and nothing has changed
-// then. [ui-thread]
+// Edits of open documents; their events reach the panel before each function returns. The edits do
+// not check permissions, so that scripts can act as a host; callers that act for a user call a
+// Require function first. All throw ActionRefused, without effect. [ui-thread]
 #pragma once
 
 #include "actions/OpenDocuments.h"
@@ -13,18 +12,18 @@
 
 namespace Workbench {
 
-// --- What a reader may do ---
+// --- Permissions ---
 
 // Fails for a read-only document.
 void RequireEditable(const OpenDocument& document);
 // Fails when the document does not permit changes of its comments.
 void RequireCommentsEditable(const OpenDocument& document);
-// Fails likewise, and for a locked comment. A position without a comment passes.
+// Fails as RequireCommentsEditable, and for a locked comment. A position without a comment passes.
 void RequireCommentEditable(const OpenDocument& document, const CommentPosition& position);
 
 // --- Comments ---
 
-// Fails where there is none.
+// Fails when there is none.
 Documents::AnnotationRef CommentAt(const OpenDocument& document, const CommentPosition& position);
 
 struct NewComment {
@@ -35,7 +34,7 @@ struct NewComment {
     std::optional<Documents::Authorship> authorship{};
 };
 
-// Where the comment stands then.
+// Returns the new comment's position.
 CommentPosition AddComment(const OpenDocument& document, const NewComment& comment);
 
 // The contents are UTF-8.
@@ -52,7 +51,7 @@ void MovePage(const OpenDocument& document, std::uint32_t from, std::uint32_t to
 
 // --- History ---
 
-// What has changed.
+// Both return the changes made.
 std::vector<Documents::Change> Undo(const OpenDocument& document);
 std::vector<Documents::Change> Redo(const OpenDocument& document);
 

@@ -88,7 +88,7 @@ OpenDocument* OpenDocuments::FindFile(const fs::path& path) const
 
 OpenDocument* OpenDocuments::FindAround(HtmlEngine::ElementHandle element) const
 {
-    const std::string key = KeyOfContainerAround(*host_.Panel().Page(), element);
+    const std::string key = KeyOfContainerAround(*host_.Panel().Document(), element);
     return FindIf([&](const OpenDocument& document) {
         return ContainerKey(document.view->View().AsInterface()) == key;
     });

@@ -1,4 +1,4 @@
-// The workbench as a program: its options, what it prints, and how it ends.
+// The workbench's command line: options, output and exit statuses.
 #pragma once
 
 #include "driver/Session.h"
@@ -14,10 +14,10 @@ namespace Workbench {
 // Exit statuses of the program.
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;      // wrong options, or the panel failed
-inline constexpr int kExitNoDocument = 2;  // a file is missing, no PDF, or needs a password
+inline constexpr int kExitNoDocument = 2;  // a file is missing, not a PDF, or needs a password
 inline constexpr int kExitBadStep = 3;     // a step of a script cannot be carried out
 
-// What the user wants to see in the browser.
+// Options and documents of a run in the browser.
 struct BrowserRequest {
     SessionOptions session;
     std::vector<std::string> files;
@@ -25,14 +25,14 @@ struct BrowserRequest {
     std::uint16_t port = 0;  // 0: a free one
 };
 
-// Shows the panel in the browser until the user ends it; the program's exit status.
+// Runs the workbench in the browser until the user ends it; returns the program's exit status.
 using Browse =
     std::function<int(const BrowserRequest& request, std::ostream& output, std::ostream& errors)>;
 
-// Runs the program. Steps may come from `input`; results go to `output`, everything else to
-// `errors`. A status other than 0 comes with one line on `errors`, and with nothing on `output` but
-// what the steps of a script have printed before. Without `browse` the build has no workbench in
-// the browser, and says so when it is wanted.
+// Runs the program and returns its exit status. A script may be read from `input`; results go to
+// `output`, messages to `errors`. A status other than 0 comes with one line on `errors`; `output`
+// then holds only what earlier steps of a script have printed. `browse` is empty in a build without
+// the browser part, which then reports that it is missing.
 int RunProgram(int argumentCount, const char* const* arguments, std::istream& input,
                std::ostream& output, std::ostream& errors, const Browse& browse = {});
 

@@ -29,7 +29,7 @@ private:
 ElementHandle ContainerOf(const Host& host, const Host::ViewPtr& view)
 {
     const ElementHandle container =
-        FindContainer(*host.Panel().Page(), ContainerKey(view->View().AsInterface()));
+        FindContainer(*host.Panel().Document(), ContainerKey(view->View().AsInterface()));
     if (container == kNoElement) {
         throw std::runtime_error("the panel has no container for a view of " +
                                  view->View().Document()->Content().Name());
@@ -39,8 +39,8 @@ ElementHandle ContainerOf(const Host& host, const Host::ViewPtr& view)
 
 std::string ListIn(const Host& host, ElementHandle container)
 {
-    const HtmlEngine::Document& page = *host.Panel().Page();
-    return WithoutIndents(WithNumberedTooltips(page.InnerHtml(FindList(page, container))));
+    const HtmlEngine::Document& document = *host.Panel().Document();
+    return WithoutIndents(WithNumberedTooltips(document.InnerHtml(FindList(document, container))));
 }
 
 }  // namespace
@@ -48,14 +48,14 @@ std::string ListIn(const Host& host, ElementHandle container)
 std::optional<TextDifference> CompareWithFreshList(Host& host, const Host::ViewPtr& view,
                                                    std::chrono::seconds limit)
 {
-    const HtmlEngine::Document& page = *host.Panel().Page();
+    const HtmlEngine::Document& document = *host.Panel().Document();
     const ElementHandle container = ContainerOf(host, view);
-    if (IsLoading(page, container)) {
+    if (IsLoading(document, container)) {
         return std::nullopt;
     }
     const ViewBeside beside(host, view);
     const ElementHandle fresh = ContainerOf(host, beside.Get());
-    if (!host.State().loop.RunUntil([&] { return !IsLoading(page, fresh); },
+    if (!host.State().loop.RunUntil([&] { return !IsLoading(document, fresh); },
                                     std::chrono::steady_clock::now() + limit)) {
         throw std::runtime_error("a fresh rendering is still under way after " +
                                  std::to_string(limit.count()) + " seconds");

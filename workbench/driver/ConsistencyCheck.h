@@ -1,6 +1,5 @@
-// Whether the lists that the panel holds are what a rendering of their documents would give now.
-// Leaves the session as it was: what is visible, current, expanded, focused, and held back.
-// [ui-thread]
+// Comparison of the panel's lists with fresh renderings of their documents. Preserves the session's
+// state: visible container, current and expanded items, focus and held renderings. [ui-thread]
 #pragma once
 
 #include "driver/ListMarkup.h"
@@ -11,11 +10,11 @@
 
 namespace Workbench {
 
-// Compares the list of an open view with a fresh one, ids of tooltips and states of elements left
-// aside: the list is on the left of the difference, the fresh one on the right. Nothing when they
-// are equal, and for a list that is still being rendered. The panel is idle before and after.
-// Throws std::runtime_error when the panel has no container for the view, and when the fresh
-// rendering takes longer than the limit.
+// Compares the list of an open view with a fresh rendering, without tooltip ids and element states.
+// The difference has the list on the left and the fresh rendering on the right; nullopt when they
+// are equal and when the list is still being rendered. The panel must be idle, and is idle
+// afterwards. Throws std::runtime_error when the panel has no container for the view, and when the
+// fresh rendering exceeds the limit.
 std::optional<TextDifference> CompareWithFreshList(Host& host, const Host::ViewPtr& view,
                                                    std::chrono::seconds limit);
 

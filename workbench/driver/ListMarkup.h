@@ -1,5 +1,5 @@
-// The markup of a list in a form in which two renderings of the same comments are equal. Used on
-// any thread.
+// Normalisation of a list's markup, so that two renderings of the same comments are equal.
+// [any-thread]
 #pragma once
 
 #include <optional>
@@ -7,22 +7,21 @@
 
 namespace Workbench {
 
-// Tooltips have ids of their own in every rendering: each is replaced by "#1", "#2" and so on, in
-// order of appearance.
+// Replaces the tooltip ids, which are new in every rendering, by "#1", "#2" and so on in order of
+// appearance.
 std::string WithNumberedTooltips(const std::string& html);
 
-// Without the white space of the templates that parts one tag from the next; that of contents
-// stays.
+// Removes the templates' white space between tags; white space of contents is kept.
 std::string WithoutIndents(const std::string& html);
 
-// Where two texts part: a short piece of each from there on, beginning a little before, at the tag
-// that both still have where there is one. UTF-8.
+// First difference of two texts: a short excerpt of each, beginning at the last common tag when
+// there is one. UTF-8.
 struct TextDifference {
     std::string left;
     std::string right;
 };
 
-// Nothing when they are equal.
+// nullopt when the texts are equal.
 std::optional<TextDifference> FindDifference(const std::string& left, const std::string& right);
 
 }  // namespace Workbench

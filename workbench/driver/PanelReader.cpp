@@ -34,18 +34,18 @@ std::vector<std::string> Words(std::string_view text)
     return words;
 }
 
-ElementHandle First(const Document& page, ElementHandle root, const std::string& selector)
+ElementHandle First(const Document& panel, ElementHandle root, const std::string& selector)
 {
     ElementHandle match = kNoElement;
-    page.SelectFirst(root, selector, match);
+    panel.SelectFirst(root, selector, match);
     return match;
 }
 
-std::vector<ElementHandle> All(const Document& page, ElementHandle root,
+std::vector<ElementHandle> All(const Document& panel, ElementHandle root,
                                const std::string& selector)
 {
     std::vector<ElementHandle> matches;
-    page.SelectAll(root, selector, [&](ElementHandle element) {
+    panel.SelectAll(root, selector, [&](ElementHandle element) {
         matches.push_back(element);
         return true;
     });
@@ -53,109 +53,110 @@ std::vector<ElementHandle> All(const Document& page, ElementHandle root,
 }
 
 // The first child with that tag. Lists are long, so what has a fixed place is not searched for.
-ElementHandle ChildNamed(const Document& page, ElementHandle parent, std::string_view tag)
+ElementHandle ChildNamed(const Document& panel, ElementHandle parent, std::string_view tag)
 {
-    ElementHandle child = page.Child(parent, 0);
-    while (child != kNoElement && page.TagName(child) != tag) {
-        child = page.NextSibling(child);
+    ElementHandle child = panel.Child(parent, 0);
+    while (child != kNoElement && panel.TagName(child) != tag) {
+        child = panel.NextSibling(child);
     }
     return child;
 }
 
-std::string AttributeOf(const Document& page, ElementHandle element, std::string_view name)
+std::string AttributeOf(const Document& panel, ElementHandle element, std::string_view name)
 {
-    return page.Attribute(element, name).value_or(std::string());
+    return panel.Attribute(element, name).value_or(std::string());
 }
 
-bool IsVisible(const Document& page, ElementHandle element)
+bool IsVisible(const Document& panel, ElementHandle element)
 {
-    return page.Style(element, "visibility") == "visible";
+    return panel.Style(element, "visibility") == "visible";
 }
 
 // The rows of a table, whose parser adds a body around them.
-std::vector<ElementHandle> RowsOf(const Document& page, ElementHandle table)
+std::vector<ElementHandle> RowsOf(const Document& panel, ElementHandle table)
 {
     std::vector<ElementHandle> rows;
-    const ElementHandle body = ChildNamed(page, table, "tbody");
-    for (ElementHandle row = page.Child(body == kNoElement ? table : body, 0); row != kNoElement;
-         row = page.NextSibling(row)) {
+    const ElementHandle body = ChildNamed(panel, table, "tbody");
+    for (ElementHandle row = panel.Child(body == kNoElement ? table : body, 0); row != kNoElement;
+         row = panel.NextSibling(row)) {
         rows.push_back(row);
     }
     return rows;
 }
 
-std::string CellText(const Document& page, ElementHandle row, std::size_t column)
+std::string CellText(const Document& panel, ElementHandle row, std::size_t column)
 {
-    return page.TextContent(page.Child(row, column));
+    return panel.TextContent(panel.Child(row, column));
 }
 
-std::optional<std::string> DateIn(const Document& page, const std::vector<ElementHandle>& rows,
+std::optional<std::string> DateIn(const Document& panel, const std::vector<ElementHandle>& rows,
                                   std::size_t row)
 {
-    if (row >= rows.size() || page.Style(rows[row], "display") == "none") {
+    if (row >= rows.size() || panel.Style(rows[row], "display") == "none") {
         return std::nullopt;
     }
-    return CellText(page, rows[row], 1);
+    return CellText(panel, rows[row], 1);
 }
 
-PanelTooltip ReadTooltip(const Document& page, ElementHandle popup, const std::string& titleId)
+PanelTooltip ReadTooltip(const Document& panel, ElementHandle popup, const std::string& titleId)
 {
     PanelTooltip tooltip;
     if (popup == kNoElement) {
         return tooltip;
     }
-    tooltip.linked = !titleId.empty() && AttributeOf(page, popup, "id") == titleId;
-    const std::vector<ElementHandle> tables = All(page, popup, "table.props-table");
+    tooltip.linked = !titleId.empty() && AttributeOf(panel, popup, "id") == titleId;
+    const std::vector<ElementHandle> tables = All(panel, popup, "table.props-table");
     if (tables.size() != 2) {
         return tooltip;
     }
-    if (const auto rows = RowsOf(page, tables[0]); !rows.empty()) {
-        tooltip.subject = CellText(page, rows[0], 0);
+    if (const auto rows = RowsOf(panel, tables[0]); !rows.empty()) {
+        tooltip.subject = CellText(panel, rows[0], 0);
         if (!tooltip.subject.empty() && tooltip.subject.back() == ':') {
             tooltip.subject.pop_back();
         }
-        tooltip.title = CellText(page, rows[0], 1);
+        tooltip.title = CellText(panel, rows[0], 1);
     }
-    const auto rows = RowsOf(page, tables[1]);
-    tooltip.created = DateIn(page, rows, 0);
-    tooltip.modified = DateIn(page, rows, 1);
+    const auto rows = RowsOf(panel, tables[1]);
+    tooltip.created = DateIn(panel, rows, 0);
+    tooltip.modified = DateIn(panel, rows, 1);
     return tooltip;
 }
 
 // An item's text up to its tooltip, which comes last.
-std::string OwnText(const Document& page, ElementHandle item, ElementHandle popup)
+std::string OwnText(const Document& panel, ElementHandle item, ElementHandle popup)
 {
-    std::string text = page.TextContent(item);
-    if (const std::string tooltip = page.TextContent(popup); !tooltip.empty()) {
+    std::string text = panel.TextContent(item);
+    if (const std::string tooltip = panel.TextContent(popup); !tooltip.empty()) {
         text.erase(std::min(text.rfind(tooltip), text.size()));
     }
     return Trimmed(text);
 }
 
-PanelItem ReadItem(const Document& page, ElementHandle element)
+PanelItem ReadItem(const Document& panel, ElementHandle element)
 {
     PanelItem item;
-    item.annotName = AttributeOf(page, element, "annot-name");
-    item.classes = Words(AttributeOf(page, element, "class"));
-    item.current = (page.State(element) & HtmlEngine::ElementState::kCurrent) != 0;
+    item.annotName = AttributeOf(panel, element, "annot-name");
+    item.classes = Words(AttributeOf(panel, element, "class"));
+    item.current = (panel.State(element) & HtmlEngine::ElementState::kCurrent) != 0;
     // Markup in the contents may enclose what follows them.
-    ElementHandle popup = ChildNamed(page, element, "popup");
+    ElementHandle popup = ChildNamed(panel, element, "popup");
     if (popup == kNoElement) {
-        popup = First(page, element, "popup.annot-details");
+        popup = First(panel, element, "popup.annot-details");
     }
-    item.tooltip = ReadTooltip(page, popup, AttributeOf(page, element, "titleid"));
-    const ElementHandle heading = ChildNamed(page, element, "h3");
-    const ElementHandle paragraph = ChildNamed(page, element, "p");
-    item.title = heading == kNoElement ? OwnText(page, element, popup) : page.TextContent(heading);
+    item.tooltip = ReadTooltip(panel, popup, AttributeOf(panel, element, "titleid"));
+    const ElementHandle heading = ChildNamed(panel, element, "h3");
+    const ElementHandle paragraph = ChildNamed(panel, element, "p");
+    item.title =
+        heading == kNoElement ? OwnText(panel, element, popup) : panel.TextContent(heading);
     if (paragraph != kNoElement) {
-        item.contents = page.InnerHtml(paragraph);
+        item.contents = panel.InnerHtml(paragraph);
     }
     return item;
 }
 
-PanelPageState StateOf(const Document& page, ElementHandle element)
+PanelPageState StateOf(const Document& panel, ElementHandle element)
 {
-    const std::uint32_t state = page.State(element);
+    const std::uint32_t state = panel.State(element);
     if ((state & HtmlEngine::ElementState::kExpanded) != 0) {
         return PanelPageState::kExpanded;
     }
@@ -163,44 +164,45 @@ PanelPageState StateOf(const Document& page, ElementHandle element)
                                                                : PanelPageState::kNone;
 }
 
-PanelPage ReadPage(const Document& page, ElementHandle element)
+PanelPage ReadPage(const Document& panel, ElementHandle element)
 {
     PanelPage result;
-    const std::string index = AttributeOf(page, element, "page-item");
+    const std::string index = AttributeOf(panel, element, "page-item");
     result.index = static_cast<std::uint32_t>(std::strtoul(index.c_str(), nullptr, 10));
-    result.caption = page.TextContent(First(page, element, "div.icon"));
-    result.state = StateOf(page, First(page, element, "li[page-index]"));
+    result.caption = panel.TextContent(First(panel, element, "div.icon"));
+    result.state = StateOf(panel, First(panel, element, "li[page-index]"));
     // Contents are markup; what looks like an item inside of one is none.
     for (const ElementHandle item :
-         All(page, element, ":root > li > div > ul.comments > li[annot-name]")) {
-        result.items.push_back(ReadItem(page, item));
+         All(panel, element, ":root > li > div > ul.comments > li[annot-name]")) {
+        result.items.push_back(ReadItem(panel, item));
     }
     return result;
 }
 
 }  // namespace
 
-std::optional<PanelView> ReadPanelView(const Document& page, const std::string& key)
+std::optional<PanelView> ReadPanelView(const Document& panel, const std::string& key)
 {
-    const ElementHandle container = FindContainer(page, key);
+    const ElementHandle container = FindContainer(panel, key);
     if (container == kNoElement) {
         return std::nullopt;
     }
     PanelView view;
-    view.key = AttributeOf(page, container, "doc-view-addr");
-    view.visible = IsVisible(page, container);
-    view.loading = IsLoading(page, container);
+    view.key = AttributeOf(panel, container, "doc-view-addr");
+    view.visible = IsVisible(panel, container);
+    view.loading = IsLoading(panel, container);
     if (const ElementHandle message =
-            First(page, container, "div.results-container > #NoItemsMessage");
+            First(panel, container, "div.results-container > #NoItemsMessage");
         message != kNoElement) {
-        view.noItems = page.TextContent(message);
+        view.noItems = panel.TextContent(message);
     }
     for (std::size_t i = 0; i < kPanelButtons.size(); ++i) {
-        const ElementHandle button = First(page, container, std::string("#") + kPanelButtons[i]);
-        view.buttonDisabled[i] = (page.State(button) & HtmlEngine::ElementState::kDisabled) != 0;
+        const ElementHandle button = First(panel, container, std::string("#") + kPanelButtons[i]);
+        view.buttonDisabled[i] = (panel.State(button) & HtmlEngine::ElementState::kDisabled) != 0;
     }
-    for (const ElementHandle item : All(page, container, "div.results-container > ul[page-item]")) {
-        view.pages.push_back(ReadPage(page, item));
+    for (const ElementHandle item :
+         All(panel, container, "div.results-container > ul[page-item]")) {
+        view.pages.push_back(ReadPage(panel, item));
     }
     return view;
 }

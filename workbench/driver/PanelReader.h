@@ -1,5 +1,5 @@
-// Reads the comments panel out of the page's tree: what a user of the panel would see of one
-// document view. Nothing is asked of the document itself. [ui-thread]
+// Reads the content of the comments panel for one document view from the panel's document, as a
+// user would see it. The PDF document is not accessed. [ui-thread]
 #pragma once
 
 #include "html-engine/Document.h"
@@ -13,15 +13,15 @@
 
 namespace Workbench {
 
-// The buttons above the list, in their order.
+// The buttons above the list, in order.
 inline constexpr std::array<const char*, 6> kPanelButtons = {
     "expand-all", "collapse-all", "reply", "delete", "move-top", "move-bottom"};
 
 struct PanelTooltip {
-    bool linked = false;  // the item's titleid is the popup's id
+    bool linked = false;  // whether the item's titleid is the popup's id
     std::string subject;  // without the colon that closes the cell
     std::string title;
-    std::optional<std::string> created;  // nothing when the row is hidden
+    std::optional<std::string> created;  // nullopt when the row is hidden
     std::optional<std::string> modified;
 };
 
@@ -30,7 +30,7 @@ struct PanelItem {
     std::vector<std::string> classes;
     bool current = false;
     std::string title;                    // of the heading, or the item's own text
-    std::optional<std::string> contents;  // markup of the paragraph; nothing in the simple form
+    std::optional<std::string> contents;  // markup of the paragraph; nullopt in the simple form
     PanelTooltip tooltip;
 };
 
@@ -52,7 +52,7 @@ struct PanelView {
     std::vector<PanelPage> pages;
 };
 
-// What the container with that key holds; nothing when the panel has none.
-std::optional<PanelView> ReadPanelView(const HtmlEngine::Document& page, const std::string& key);
+// Content of the container with that key; nullopt when the panel has none.
+std::optional<PanelView> ReadPanelView(const HtmlEngine::Document& panel, const std::string& key);
 
 }  // namespace Workbench

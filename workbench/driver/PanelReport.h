@@ -1,4 +1,4 @@
-// A panel that was read, written for programs (JSON) and for people (text).
+// Reports of the panel's content for programs (JSON) and for people (text).
 #pragma once
 
 #include "driver/PanelReader.h"
@@ -16,17 +16,17 @@ namespace Workbench {
 // {"file", "key", "visible", "loading", "noItems", "buttons", "pages"}.
 nlohmann::ordered_json ToJson(const PanelView& view, const std::string& file);
 
-// Where a view was sent last and what is focused in it:
+// The last go-to request and the focus of a view:
 // {"page", "target": [left, bottom, right, top], "mode", "focused": "2_1"}, each may be null.
 nlohmann::ordered_json ToJson(const BLDocumentViewObject& view);
 
 // Calls as [["BLDocumentView.GoTo", arguments...], ...].
 nlohmann::ordered_json ToJson(const std::vector<HostCall>& calls);
 
-// The document in one line of UTF-8. File names that are no UTF-8 come with replacement characters.
+// JSON in one line of UTF-8. Bytes of file names that are not valid UTF-8 become U+FFFD.
 std::string ToLine(const nlohmann::ordered_json& json);
 
-// The same for a person, several lines.
+// The same for people, on several lines.
 std::string ToText(const PanelView& view, const std::string& file);
 
 }  // namespace Workbench

@@ -1,6 +1,5 @@
-// A script of the workbench: steps that drive the panel as its user and its host would, one a line,
-// each carried out completely before the next one is read. docs/workbench.md lists the steps.
-// [ui-thread]
+// Scripts of the workbench: steps that act as the panel's user and host, one per line, each
+// completed before the next one is read. docs/workbench.md lists the steps. [ui-thread]
 #pragma once
 
 #include "driver/Session.h"
@@ -13,26 +12,27 @@
 
 namespace Workbench {
 
-// A step that cannot be carried out; it has changed nothing. The text says why, in one line.
+// A step that cannot be carried out; it has no effect. The text gives the reason in one line.
 class StepError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// The words of a line, as a shell splits them: at blanks, with '...', "..." and \ to quote. Nothing
-// for a line that begins with #, and for what follows a # that stands alone; "#delete" is a word.
-// Throws StepError for a quote that is not closed and for a \ with nothing behind it.
+// Splits a line into words as a shell does: at blanks, with '...', "..." and \ to quote. A # that
+// begins the line or stands alone starts a comment; "#delete" is a word. Throws StepError for an
+// unclosed quote and for a \ at the end.
 std::vector<std::string> SplitWords(std::string_view line);
 
-// Carries out one step, given as its words, at least one. What it prints goes to `output`. Does not
-// wait. Throws StepError, ActionRefused, and std::runtime_error when the panel is broken.
+// Carries out one step, given as at least one word, and prints its result to `output`. Does not
+// wait until the panel is idle. Throws StepError, ActionRefused, and std::runtime_error when the
+// panel is broken.
 void RunStep(Session& session, std::ostream& output, const std::vector<std::string>& words);
 
-// Carries out the steps of a text, and returns when all are done. After each the panel is idle,
-// what the step printed has left `output`, and what the panel failed in and what was amiss with
-// files meanwhile stands on `errors`, a line each. Throws StepError for a bad step, with its line;
-// the steps before it have taken effect. Throws std::runtime_error when the steps cannot be read
-// and when the panel is broken or does not become idle.
+// Carries out all steps of a text. After each step waits until the panel is idle, flushes `output`,
+// and writes failures of the panel and problems of files to `errors`, one per line. Throws
+// StepError, with the line number, for a bad step; earlier steps have taken effect. Throws
+// std::runtime_error when the steps cannot be read and when the panel is broken or does not become
+// idle.
 void RunScript(Session& session, std::istream& steps, std::ostream& output, std::ostream& errors);
 
 // The text with line ends replaced by blanks, for messages.

@@ -73,7 +73,7 @@ std::uint32_t Key(const std::string& name)
 
 ElementHandle VisibleContainer(const StepCall& call)
 {
-    const ElementHandle container = FindVisibleContainer(*call.TheHost().Panel().Page());
+    const ElementHandle container = FindVisibleContainer(*call.TheHost().Panel().Document());
     if (container == kNoElement) {
         throw StepError("the panel shows no list");
     }
@@ -89,11 +89,11 @@ ElementHandle Match(const StepCall& call, const std::string& selector, std::uint
     }
     std::uint32_t count = 0;
     ElementHandle match = kNoElement;
-    call.TheHost().Panel().Page()->SelectAll(VisibleContainer(call), selector,
-                                             [&](ElementHandle element) {
-                                                 match = ++count == number ? element : match;
-                                                 return match == kNoElement;
-                                             });
+    call.TheHost().Panel().Document()->SelectAll(VisibleContainer(call), selector,
+                                                 [&](ElementHandle element) {
+                                                     match = ++count == number ? element : match;
+                                                     return match == kNoElement;
+                                                 });
     if (match == kNoElement) {
         throw StepError("there is no match " + std::to_string(number) + " of " + Quoted(selector) +
                         ", only " + std::to_string(count));

@@ -77,7 +77,7 @@ void Session::Settle()
 PanelView Session::ReadView(const OpenDocument& document) const
 {
     auto view =
-        ReadPanelView(*host_.Panel().Page(), ContainerKey(document.view->View().AsInterface()));
+        ReadPanelView(*host_.Panel().Document(), ContainerKey(document.view->View().AsInterface()));
     if (!view) {
         throw std::runtime_error(document.name + ": the panel has no container for its view");
     }
@@ -108,7 +108,7 @@ nlohmann::ordered_json Session::CheckConsistency()
     for (const auto& document : documents_.All()) {
         keys.push_back(ContainerKey(document->view->View().AsInterface()));
     }
-    if (const auto containers = ContainerKeys(*host_.Panel().Page()); containers != keys) {
+    if (const auto containers = ContainerKeys(*host_.Panel().Document()); containers != keys) {
         return {{"consistent", false}, {"view", nullptr}, {"panel", containers}, {"fresh", keys}};
     }
     for (const auto& document : documents_.All()) {

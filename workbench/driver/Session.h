@@ -1,5 +1,4 @@
-// One run of the workbench: a host with its panel, and the documents that the user opened in it.
-// [ui-thread]
+// One run of the workbench: a host with its panel, and the open documents. [ui-thread]
 #pragma once
 
 #include "actions/OpenDocuments.h"
@@ -23,54 +22,53 @@ struct SessionOptions {
 
 class Session {
 public:
-    // Makes the host. The panel is not started yet. Documents are numbered from `firstNumber`.
+    // Creates the host without starting the panel. Documents are numbered from `firstNumber`.
     // Throws std::runtime_error.
     explicit Session(SessionOptions options, DocumentNumber firstNumber = 0);
 
-    // Reads a PDF file, whatever it is called; the name is as the user wrote it. Throws
+    // Reads a PDF file, whatever its name; the document keeps the name as the user wrote it. Throws
     // ActionRefused.
     DocumentFile ReadFile(const std::string& file) const;
 
-    // Reads what a user calls a document: a file, or "memory:" and what MakeMemoryDocument takes.
-    // Throws ActionRefused.
+    // Reads a document by its name in a script: a file, or "memory:" and a description for
+    // MakeMemoryDocument. Throws ActionRefused.
     DocumentFile Read(const std::string& name) const;
 
-    // Starts the panel, opens a view of each document, hands them over, and returns when their
-    // lists are there. Every opening activates its view, so the last one is active at the end.
-    // Throws std::runtime_error.
+    // Starts the panel, opens a view of each document, passes the collection to the panel, and
+    // waits until the lists are complete. Opening activates a view, so the last one is active at
+    // the end. Throws std::runtime_error.
     void Start(std::vector<DocumentFile> documents);
 
-    // Runs the loop until the panel is idle. Throws std::runtime_error after the limit.
+    // Runs the loop until the panel is idle. Throws std::runtime_error at the time limit.
     void AwaitIdle();
 
-    // What the panel failed in since the last call: posted calls, events and input. One text each.
+    // Failures of the panel since the last call, in posted calls, events and input; one text each.
     std::vector<std::string> TakeFailures();
 
-    // As AwaitIdle; throws std::runtime_error also when a posted call or an event has failed
-    // meanwhile.
+    // As AwaitIdle; throws std::runtime_error also when a posted call or an event has failed.
     void Settle();
 
-    // What is open.
+    // The open documents.
     OpenDocuments& Documents() noexcept { return documents_; }
     const OpenDocuments& Documents() const noexcept { return documents_; }
 
-    // What the panel holds for an open document. Throws std::runtime_error when the panel lacks a
-    // container.
+    // The panel's content for an open document. Throws std::runtime_error when the panel has no
+    // container for it.
     PanelView ReadView(const OpenDocument& document) const;
 
-    // {"views": [...]} of the open views, as for --json; the other with what each view shows and
-    // has focused besides.
+    // {"views": [...]} of the open views, as for --json; ReportWithViews adds each view's last
+    // go-to request and focus.
     nlohmann::ordered_json Report() const;
     nlohmann::ordered_json ReportWithViews() const;
 
-    // {"consistent": true} when the panel has one container for each open view, and every list is
-    // what a rendering of its document gives, lists that are still being rendered left out; else
-    // the first difference: "consistent", "view" and "file", and a piece of each list, "panel" and
-    // "fresh". These are the keys of containers where those are wrong, and "view" is null. Leaves
-    // everything as it was. Throws std::runtime_error.
+    // {"consistent": true} when the panel has one container for each open view and every list
+    // equals a fresh rendering of its document, lists that are being rendered excluded; else the
+    // first difference: "consistent", "view" and "file", and excerpts of both lists, "panel" and
+    // "fresh". When the containers differ, these hold their keys and "view" is null. Preserves the
+    // state as CompareWithFreshList does. Throws std::runtime_error.
     nlohmann::ordered_json CheckConsistency();
 
-    // Ends the panel. Throws std::runtime_error when service objects were lost.
+    // Shuts down the panel. Throws std::runtime_error when service objects were leaked.
     void Finish();
 
     Host& TheHost() noexcept { return host_; }

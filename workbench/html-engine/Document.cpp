@@ -13,7 +13,7 @@ using namespace Internal;
 
 Document::Document() : parts_(std::make_unique<Parts>())
 {
-    LoadPage({});
+    Load({});
 }
 
 Document::~Document()
@@ -26,7 +26,7 @@ Document::~Document()
     Parts::NotifyDetached(ended);
 }
 
-void Document::LoadPage(std::string_view html)
+void Document::Load(std::string_view html)
 {
     if (parts_->isClosing) {
         return;

@@ -55,7 +55,7 @@ public:
     // Replaces the whole page by what an HTML parser makes of `html`; a byte-order mark is
     // skipped, empty text gives the empty page. Elements of the old page that have uses stay as
     // detached ones. Never fails.
-    void LoadPage(std::string_view html);
+    void Load(std::string_view html);
 
     // The page's `html` element; kNoElement only while the document is being destroyed.
     ElementHandle Root() const;

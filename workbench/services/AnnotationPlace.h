@@ -1,5 +1,5 @@
-// Where annotations stand in their documents, as the host reports it: by position in a page's
-// annotation array. [any-thread]
+// Positions of annotations in their pages' annotation arrays, as the host reports them.
+// [any-thread]
 #pragma once
 
 #include "documents/Document.h"
@@ -10,11 +10,11 @@
 
 namespace Workbench {
 
-// First position of the annotation on the page; nothing when the page does not show it.
+// First position of the annotation on the page; nullopt when the page does not hold it.
 std::optional<std::uint32_t> PositionOnPage(Documents::Document& document, std::uint32_t page,
                                             const _PDAnnotRec* annotation);
 
-// "2_1": page and position. Nothing as above.
+// "2_1": page and position. nullopt as above.
 std::optional<std::string> PlaceName(Documents::Document& document, std::uint32_t page,
                                      const _PDAnnotRec* annotation);
 

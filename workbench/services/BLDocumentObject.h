@@ -18,7 +18,8 @@ namespace Workbench {
 
 class BLDocumentViewObject;
 
-// A command refused: the document is read-only, permission is missing, the annotation is locked.
+// Result of a refused command: the document is read-only, permission is missing, or the annotation
+// is locked.
 inline constexpr ResultCode kResultCommandRefused = 0x30001;
 
 class BLDocumentObject : public HostObject<BLDocumentObject, BLDocument> {
@@ -27,9 +28,9 @@ public:
 
     Documents::Document& Content() const noexcept { return *content_; }
 
-    // Reports an edit of the content: the views adjust themselves at once, the events are fired on
-    // the thread that the host's state names, before this returns or later. The edit's error; empty
-    // when it succeeded.
+    // Publishes an edit of the content: the views are adjusted at once, the events are fired on the
+    // thread that the host's state selects, before this returns or later. Returns the edit's error,
+    // empty on success.
     std::string Publish(Documents::EditResult edit);
 
     using EditCallback = std::function<void(const std::vector<Documents::Change>&)>;
@@ -38,7 +39,7 @@ public:
     // thread that publishes the edit; empty removes it. To be set before the first edit.
     void SetEditCallback(EditCallback callback) { editCallback_ = std::move(callback); }
 
-    // A view of this document, which adjusts itself to changes until it dies.
+    // Registers a view, which is adjusted to changes until it is destroyed. Held weakly.
     void AddView(BLDocumentViewObject& view);
 
 private:

@@ -1,5 +1,5 @@
-// The host's "BLDocumentView": a view that draws nothing but keeps what it was asked to show, and
-// the selection in it.
+// The host's "BLDocumentView": a view without drawing, which records go-to requests, the focused
+// annotation and the selection.
 #pragma once
 
 #include "documents/Document.h"
@@ -33,55 +33,54 @@ private:
 
 class BLDocumentViewObject : public HostObject<BLDocumentViewObject, BLDocumentView> {
 public:
-    // What has the input focus.
+    // The annotation with the input focus, and its page.
     struct Focus {
         std::uint32_t page = kPDNoPage;
         Documents::AnnotationRef annotation;
     };
 
-    // `document` may be empty: a view that shows none.
+    // `document` may be empty, for a view without a document.
     BLDocumentViewObject(HostStatePtr state, BasicServiceObjectPtr<BLDocumentObject> document);
 
-    // Becomes known to its document. Once, when the object is complete.
+    // Registers the view with its document. To be called once, on the complete object.
     void Connect();
 
     // Null when the view shows no document.
     BLDocumentObject* Document() const noexcept { return document_.Get(); }
 
-    // The last go-to request; nothing before the first.
+    // The last go-to request; nullopt before the first.
     std::optional<BLGoToRequest> LastTarget() const;
 
     // Number of go-to requests so far.
     std::uint64_t TargetCount() const noexcept { return targetCount_; }
 
-    // Empty annotation: nothing has it. [any-thread]
+    // The annotation is empty when none is focused. [any-thread]
     Focus FocusedAnnotation() const;
 
-    // "2_1" of the focused annotation, by where it stands now. [ui-thread]
+    // "2_1": page and present position of the focused annotation. [ui-thread]
     std::optional<std::string> FocusedPlace() const;
 
-    // What ShowHighlight was last given, empty at first.
+    // The last argument of ShowHighlight; empty at first.
     const BasicServiceObjectPtr<ServiceObject>& Highlight() const noexcept { return highlight_; }
 
-    // Gives the focus to an annotation, or takes it away (empty annotation). Fires
-    // OnInputHandleFocusAnnot and OnSelectionChanged before it returns, when that changes what is
-    // focused. [ui-thread]
+    // Focuses an annotation, or none (empty annotation). When the focus changes, fires
+    // OnInputHandleFocusAnnot and OnSelectionChanged before it returns. [ui-thread]
     void SetFocus(std::uint32_t page, Documents::AnnotationRef annotation);
 
-    // The same for an annotation, but fires the events also when it has the focus already: those
-    // who follow the focus may have moved on since. [ui-thread]
+    // The same for an annotation, but fires the events also when it is focused already, because
+    // subscribers may have selected another one since. [ui-thread]
     void FocusAnew(std::uint32_t page, Documents::AnnotationRef annotation);
 
-    // Called after every go-to request and change of the focus, on the thread of the change; empty
-    // removes it.
+    // Sets the callback for go-to requests and focus changes, called on the thread of the change;
+    // empty removes it.
     void SetChangeCallback(std::function<void()> callback) { changed_ = std::move(callback); }
 
-    // Follows a change of the document: the focus keeps its annotation when page indices shift, and
-    // is lost with its annotation or page. Whether it was lost; the caller fires the event.
-    // [any-thread]
+    // Adjusts the focus to a change of the document: its page index shifts with the pages, and it
+    // is cleared with its annotation or page. Returns true when it was cleared; the caller then
+    // fires the event. [any-thread]
     bool AdjustFocus(const Documents::Change& change);
 
-    // Fires the events of a focus that has changed. [any-thread]
+    // Fires the events of a focus change. [any-thread]
     void FireFocus(std::uint32_t page, _PDAnnotRec* annotation);
 
 private:
@@ -100,7 +99,7 @@ private:
     ResultCode GetViewNumber(std::uint64_t* number) const;
 
     void TellChange() const;
-    // Whether that changes what is focused.
+    // Returns whether the focus has changed.
     bool StoreFocus(std::uint32_t page, Documents::AnnotationRef annotation);
     void CheckPage(std::uint32_t pageIndex) const;
 

@@ -1,4 +1,4 @@
-// The host's "BLService", its navigator, and the highlights that the navigator makes for views.
+// The host's "BLService", its annotation navigator, and the highlights that the navigator creates.
 #pragma once
 
 #include "documents/RecordRef.h"
@@ -7,12 +7,12 @@
 
 namespace Workbench {
 
-// What a view shows around an annotation. Known to the host only.
+// Mark that a view shows around an annotation. Private to the host.
 struct BLHighlight : ServiceObject {
     static constexpr const char* kName = "BLHighlight";
     static constexpr const char* kHeader = "services/BLServiceObject.h";
 
-    // The annotation marked, with a reference for the caller, and the scale of its page.
+    // The marked annotation, with a reference for the caller, and the scale of its page.
     SO_METHOD(BLHighlight, GetAnnotation, 0, _PDAnnotRec** annotation, double* pageScale);
 
     using Catalogue = SODetails::MethodCatalogue<GetAnnotation>;

@@ -1,6 +1,6 @@
-// The calls that a module made into the host's documents and views, for tests and for the driver.
-// Requests (go to, focus, execute) are always recorded; queries, which a rendering makes by
-// the thousand, only on demand. [any-thread]
+// Log of the module's calls into the host's documents and views, for tests and the driver. Requests
+// (go to, focus, execute) are always recorded; queries, which a rendering makes by the thousand,
+// only on demand. [any-thread]
 #pragma once
 
 #include <atomic>
@@ -44,7 +44,7 @@ public:
 
     void LogQueries(bool enabled) noexcept { logsQueries_ = enabled; }
 
-    // The calls since the last time, oldest first.
+    // The calls since the last Take, oldest first.
     std::vector<HostCall> Take()
     {
         const std::lock_guard lock(mutex_);

@@ -1,5 +1,5 @@
-// The host's end of an event: who subscribed, and firing. Subscribing, unsubscribing and firing may
-// happen on any thread, several at once, and inside a call of the event itself. [any-thread]
+// The host's side of an event: its subscribers, and firing. Subscribing, unsubscribing and firing
+// may happen on several threads at once, and inside a call of the event itself. [any-thread]
 #pragma once
 
 #include "service-common/ServiceMethod.h"
@@ -15,34 +15,34 @@
 
 namespace Workbench {
 
-// What the subscribers of an event threw, in order; usually nothing.
+// Exceptions of an event's subscribers, in order; usually empty.
 using FireFailures = std::vector<std::exception_ptr>;
 
-// The part of an event source that does not depend on the event's arguments.
+// The part of an event source that is independent of the event's arguments.
 class EventSourceBase {
 public:
     using ReleaseCallable = void (*)(void* callable);
 
     EventSourceBase();
-    // Frees the callables that are still subscribed.
+    // Frees the remaining callables.
     ~EventSourceBase();
     EventSourceBase(const EventSourceBase&) = delete;
     EventSourceBase& operator=(const EventSourceBase&) = delete;
 
-    // Ends a subscription and frees its callable. Returns when no call of it is running on another
-    // thread; calls of it that run on the calling thread are those that it was called from.
-    // False for a cookie that is none, or ended already.
+    // Ends a subscription and frees its callable. Waits until no call of it is running on another
+    // thread; calls on the calling thread, which this was called from, may still be running.
+    // False for an unknown cookie and for a subscription that has ended.
     bool Unsubscribe(std::uint64_t cookie);
 
     std::size_t SubscriberCount() const;
 
 protected:
-    // Takes the callable over in any case. The cookie, 0 when memory is short.
+    // Takes ownership of the callable in any case. Returns the cookie; 0 when memory is exhausted.
     std::uint64_t Subscribe(MethodEntry forwarder, ReleaseCallable release,
                             void* callable) noexcept;
 
-    // Calls every subscriber in order of subscription. One that unsubscribes meanwhile is not
-    // called any more, one that subscribes meanwhile not yet.
+    // Calls every subscriber in order of subscription. A subscriber removed during the call is no
+    // longer called; one added during it is not called yet.
     using Call = void (*)(void* context, MethodEntry forwarder, void* callable);
     FireFailures CallEach(Call call, void* context);
 

@@ -1,5 +1,5 @@
-// Failures of module code in calls whose caller cannot report them: posted calls, events and input
-// events. [any-thread]
+// Log of failures of module code in calls without a caller that could report them: posted calls,
+// events and input events. [any-thread]
 #pragma once
 
 #include "service-common/ResultCodes.h"
@@ -22,7 +22,7 @@ class FailureLog {
 public:
     void Add(Failure failure);
 
-    // Adds what an exception says: the code and text of a ServiceObjectException, else the text.
+    // Adds an exception: code and text of a ServiceObjectException, the text of any other.
     void Add(std::string_view where, const std::exception_ptr& exception);
 
     // The failures since the last call, oldest first.

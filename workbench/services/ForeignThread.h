@@ -1,5 +1,5 @@
-// A thread of the host that is not the UI thread. The host fires events on it where its state says
-// so, in the order in which they happened.
+// A thread of the host other than the UI thread. The host fires document events on it, in order,
+// when its state selects it.
 #pragma once
 
 #include "services/UiThreadLoop.h"
@@ -14,19 +14,19 @@ namespace Workbench {
 
 class ForeignThread {
 public:
-    // Known to `loop` as a thread of the host. The thread is started with the first piece of work.
+    // Registers the thread with `loop` as a thread of the host. It is started with the first work.
     explicit ForeignThread(UiThreadLoop& loop, FailureLog& failures);
     ~ForeignThread();
     ForeignThread(const ForeignThread&) = delete;
     ForeignThread& operator=(const ForeignThread&) = delete;
 
-    // Runs `work` after the work given before; never, once the thread was stopped. [any-thread]
+    // Queues `work`; no effect after Stop. [any-thread]
     void Run(std::function<void()> work);
 
-    // Nothing waits and nothing is running. [any-thread]
+    // Whether the queue is empty and nothing is running. [any-thread]
     bool IsIdle() const;
 
-    // Returns when all the work given before is done and the thread has ended. May be called twice.
+    // Completes the queued work and ends the thread. May be called twice.
     void Stop();
 
 private:

@@ -1,4 +1,4 @@
-// The host's frames: the main frame, and frames that show documents of their own.
+// The host's frames: the main frame, and child frames with documents of their own.
 #pragma once
 
 #include "services/HostObject.h"
@@ -23,7 +23,7 @@ class UIMainFrameObject : public HostObject<UIMainFrameObject, UIMainFrame> {
 public:
     explicit UIMainFrameObject(HostStatePtr state);
 
-    // Tells that a child frame was made. [any-thread]
+    // Fires the event for a new child frame. [any-thread]
     void AnnounceChildFrame(UIDocumentFrameObject& frame);
 
 private:

@@ -1,5 +1,5 @@
-// A module's handler on an element of the panel's page: the reference that the host keeps, and the
-// calls that reach the handler. [ui-thread]
+// Attachment of a module's handler to an element of the panel's document: holds the host's
+// reference and makes the calls to the handler. [ui-thread]
 #pragma once
 
 #include "html-engine/AttachedHandler.h"
@@ -15,17 +15,17 @@ class HandlerAttachment final : public HtmlEngine::AttachedHandler {
 public:
     HandlerAttachment(BasicServiceObjectPtr<UIHandler> handler, FailureLog& failures);
 
-    // Calls the handler's Attached, and asks which events it wants. The code that Attached gave.
+    // Calls the handler's Attached and queries its event groups. Returns the code of Attached.
     ResultCode Attach(UIWnd* window, const UIElement& element);
 
     void OnDetached(HtmlEngine::ElementHandle element) noexcept override;
 
-    // False from the moment that the attachment ends.
+    // False once the attachment has ended.
     bool IsAttached() const noexcept { return attached_; }
     bool Wants(std::uint32_t eventGroup) const noexcept { return (groups_ & eventGroup) != 0; }
     bool Is(const UIHandler* handler) const noexcept { return handler_.Get() == handler; }
 
-    // Calls a method of the handler, if still attached. A failure goes to the failure log.
+    // Calls a method of the handler while it is attached. A failure goes to the failure log.
     template <class M, class... Args>
     void Call(Args... arguments)
     {
@@ -38,7 +38,7 @@ public:
             if (result.called && !IsExpectedResult(result.code)) {
                 AddFailure(M::kName, result.code);
             }
-        } catch (...) {  // a handler that breaks its promise
+        } catch (...) {  // a handler that throws across the interface
             failures_.Add(M::kName, std::current_exception());
         }
     }

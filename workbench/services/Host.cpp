@@ -83,7 +83,7 @@ void Host::StartPanel()
     CallMethod<UIInplacePlugin::InitBegin>(plugin_.Get(), &begin);
     const UIInitHtmlArguments html{Window(), Engine()};
     CallMethod<UIInplacePlugin::InitHtml>(plugin_.Get(), &html);
-    LoadPanelPage();
+    LoadPanelDocument();
     CallMethod<UIInplacePlugin::InitSubscription>(plugin_.Get());
     const UIInitHandlerArguments handler{handler_.Receive()};
     CallMethod<UIInplacePlugin::InitHandler>(plugin_.Get(), &handler);
@@ -112,13 +112,13 @@ void Host::CreatePlugin()
     throw std::runtime_error(options_.module.string() + " offers no in-place plug-in");
 }
 
-void Host::LoadPanelPage()
+void Host::LoadPanelDocument()
 {
     const Platform::ResourceBytes page = ResourceStore::Instance().Find(kPanelPage);
     if (page.data == nullptr) {
         throw std::runtime_error(options_.module.string() + " has no page for its panel");
     }
-    panel_->LoadPage({reinterpret_cast<const char*>(page.data), page.size});
+    panel_->LoadDocument({reinterpret_cast<const char*>(page.data), page.size});
 }
 
 void Host::AttachPanelHandler()
@@ -127,7 +127,7 @@ void Host::AttachPanelHandler()
         throw std::runtime_error("the panel has no handler");
     }
     HtmlEngine::ElementHandle body = HtmlEngine::kNoElement;
-    panel_->Page()->SelectFirst(panel_->Page()->Root(), "body", body);
+    panel_->Document()->SelectFirst(panel_->Document()->Root(), "body", body);
     const ResultCode code = panel_->AttachHandler(body, handler_.Get());
     CheckServiceCall(handler_.Get(), code);
     panel_->CallHandlers<UIHandler::OnDocumentComplete>();
@@ -184,7 +184,7 @@ void Host::ForceDeletionPermitted(std::optional<bool> permitted)
 
 std::size_t Host::LoadingCount() const
 {
-    return panel_->Page() == nullptr ? 0 : CountLoading(*panel_->Page());
+    return panel_->Document() == nullptr ? 0 : CountLoading(*panel_->Document());
 }
 
 bool Host::IsIdle() const

@@ -1,13 +1,13 @@
-// The host as a whole: its services, one module with its panel, and the life of both from start to
-// unloading. Everything happens on the thread that makes the host, which becomes the UI thread; the
-// services are listed with the provider of the process, so there is one host at a time.
+// The complete host: its services, one module with its panel, and their life cycle from start to
+// unloading. It lives on the thread that creates it, which becomes the UI thread; the services are
+// registered with the process's provider, so there is at most one host at a time.
 //
 //     Workbench::Host host({.module = file, .locales = folder});
 //     host.StartPanel();
 //     host.OpenView(document);
 //     host.HandOverDocuments();
 //     host.RunUntilIdle();
-//     ... host.Panel().Page(), host.State().calls.Take() ...
+//     ... host.Panel().Document(), host.State().calls.Take() ...
 //     EXPECT_THAT(host.ShutDown(), IsEmpty());
 #pragma once
 
@@ -36,7 +36,7 @@
 
 namespace Workbench {
 
-// The module's library and the folder of the languages, as they lie beside the running program.
+// The module's library and the folder of the language files, beside the running program.
 std::filesystem::path DefaultModule();
 std::filesystem::path DefaultLocales();
 
@@ -50,57 +50,56 @@ class Host {
 public:
     using ViewPtr = UIDocumentsCollectionObject::ViewPtr;
 
-    // Makes the services and lists them with the provider. Throws std::runtime_error for a language
-    // that there is not.
+    // Creates the services and registers them with the provider. Throws std::runtime_error for an
+    // unknown language.
     explicit Host(HostOptions options);
-    // Shuts down, if that has not been done.
+    // Shuts down unless that has been done.
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // Loads the module and drives its plug-in from Handshake to GetUIModel; the panel's page is
-    // loaded and its handler attached on the way. Throws std::runtime_error, or the
-    // ServiceObjectException of the plug-in.
+    // Loads the module and drives its plug-in from Handshake to GetUIModel, including loading the
+    // panel's document and attaching its handler. Throws std::runtime_error, or the plug-in's
+    // ServiceObjectException.
     void StartPanel();
 
-    // Hands the documents collection to the panel. Views may be opened before and after.
+    // Passes the documents collection to the panel. Views may be opened before and after.
     void HandOverDocuments();
 
     // Opens a view of a document and activates it.
     ViewPtr OpenView(std::shared_ptr<Documents::Document> content);
 
-    // Opens one more view of a view's document without activating it. Its list lands even while
-    // renderings are held back, and the view follows no changes: for a look at what the list would
-    // be if it were rendered now.
+    // Opens another view of a view's document without activating it, to obtain a fresh rendering of
+    // the list. Its list is shown even while renderings are held back; the view follows no changes.
     ViewPtr OpenBeside(const ViewPtr& view);
 
     // Closes a view; see UIDocumentsCollectionObject::Close.
     void CloseView(const ViewPtr& view);
 
-    // Switches the language and notifies the panel. Throws std::runtime_error when there is none of
-    // that name.
+    // Switches the language and notifies the panel. Throws std::runtime_error for an unknown name.
     void SwitchLanguage(const std::string& language);
 
-    // For documents of views that are opened from here on; nothing: as the document says.
+    // Read-only state of documents opened from now on; nullopt: as the document specifies.
     void ForceReadOnly(std::optional<bool> readOnly) noexcept { forcedReadOnly_ = readOnly; }
 
-    // For all documents, open or opened later; nothing: as the document says.
+    // Deletion permission of all documents, open or opened later; nullopt: as each specifies.
     void ForceDeletionPermitted(std::optional<bool> permitted);
 
-    // Number of lists that show their preloader.
+    // Number of lists with a visible preloader.
     std::size_t LoadingCount() const;
 
-    // No posted call waits, no event is still to be fired, and no list is being rendered. A list
-    // whose finished rendering is held back counts as rendered; with several of them held, one that
-    // is rendered anew behind a held rendering counts so too.
+    // Whether no posted call is waiting, no event is queued and no list is being rendered. A list
+    // whose finished rendering is held back counts as rendered; with several held, so does a list
+    // that is rendered again behind a held rendering.
     bool IsIdle() const;
 
-    // Runs the loop until idle. False when that takes longer than the limit.
+    // Runs the loop until idle. False when the limit is exceeded.
     bool RunUntilIdle(std::chrono::seconds limit = std::chrono::seconds(300));
 
-    // Ends the panel and unloads the module: page closed, Cleanup, what is still posted run, the
-    // process-wide storage torn down, everything released. One line for each interface that still
-    // has live objects of the host then; empty when nothing was lost. A second call does nothing.
+    // Ends the panel and unloads the module: closes the panel's document, calls Cleanup, runs
+    // posted calls, tears down process-wide storage and releases all objects. Returns one line for
+    // each interface with leaked objects of the host; empty when there are none. A second call does
+    // nothing.
     std::vector<std::string> ShutDown();
 
     HostState& State() const noexcept { return *state_; }
@@ -110,7 +109,7 @@ public:
     UIDocumentsCollectionObject& Collection() const noexcept { return *collection_.Get(); }
     const std::vector<ViewPtr>& Views() const noexcept { return collection_->Views(); }
 
-    // What the module handed out; null before StartPanel. For tests that talk to the panel
+    // Objects received from the module; null before StartPanel. For tests that call the panel
     // directly.
     UIInplacePlugin* Plugin() const noexcept { return plugin_.Get(); }
     UIHandler* PanelHandler() const noexcept { return handler_.Get(); }
@@ -120,7 +119,7 @@ public:
 
 private:
     void CreatePlugin();
-    void LoadPanelPage();
+    void LoadPanelDocument();
     void AttachPanelHandler();
     void EndPanel();
     void ReleaseServices();

@@ -1,6 +1,6 @@
-// What the host's service objects have in common: tables filled from the catalogue of their
-// interface, with member functions for methods and event sources for events; failures that become
-// result codes with an error record.
+// Common base of the host's service objects: method tables filled from the interface's catalogue,
+// with member functions for methods and event sources for events, and failures translated to result
+// codes with an error record.
 #pragma once
 
 #include "service-common/ServiceObjectException.h"
@@ -16,7 +16,7 @@
 
 namespace Workbench {
 
-// Ends the running method with that code; `message` (UTF-8) goes into the thread's error record.
+// Fails the running method with `code`; `message` (UTF-8) goes into the thread's error record.
 [[noreturn]] void FailCall(ResultCode code, std::string_view message);
 
 namespace Details {
@@ -43,7 +43,8 @@ struct SourcesOf<SODetails::MethodCatalogue<Entries...>> {
     using Type = decltype(std::tuple_cat(std::declval<typename SourceTuple<Entries>::Type>()...));
 };
 
-// Stores what is being thrown as the thread's last error; its code. Called inside a handler.
+// Stores the current exception as the thread's last error and returns its code. To be called inside
+// a catch block.
 ResultCode RecordCurrentException(const char* interfaceName, const char* methodName,
                                   const char* header, unsigned line) noexcept;
 
@@ -81,8 +82,8 @@ protected:
     }
     ~HostObject() { LiveObjectCounterOf<I>().Add(-1); }
 
-    // Makes member function `Member` of `T` the entry of method `M`. It takes the method's
-    // arguments and returns a result code, or nothing for success.
+    // Installs member function `Member` of `T` as method `M`. It takes the method's arguments and
+    // returns a result code, or void for success.
     template <class M, auto Member>
     void Offer() noexcept
     {
@@ -153,7 +154,7 @@ private:
     typename Details::SourcesOf<typename I::Catalogue>::Type sources_;
 };
 
-// Hands an object out through an out parameter, with a reference for the caller.
+// Stores an object in an out parameter, with a reference for the caller.
 template <class T, class I>
 void HandOut(const BasicServiceObjectPtr<T>& object, I** out) noexcept
 {

@@ -1,5 +1,5 @@
-// What the service objects of one host share. Made on the UI thread; lives as long as the last
-// object that refers to it.
+// State shared by the service objects of one host. Created on the UI thread; lives as long as the
+// last object that refers to it.
 #pragma once
 
 #include "services/CallLog.h"
@@ -20,12 +20,12 @@ struct HostState {
     ForeignThread foreignThread{loop, failures};
     CallLog calls;
 
-    // Document events are fired on the foreign thread instead of the one that makes the change.
+    // Fires document events on the foreign thread instead of the thread of the change.
     std::atomic<bool> firesOnForeignThread = false;
-    // Views report that they must not be navigated.
+    // Views report that navigation is not allowed.
     std::atomic<bool> interactionLocked = false;
 
-    // Fires an event, and writes down what its subscribers throw. [any-thread]
+    // Fires an event and logs exceptions of its subscribers. [any-thread]
     template <class E, class... Args>
     void Fire(EventSource<E>& source, Args... arguments)
     {

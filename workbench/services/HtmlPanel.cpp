@@ -10,7 +10,6 @@ namespace Workbench {
 
 namespace {
 
-using HtmlEngine::Document;
 using HtmlEngine::ElementHandle;
 using HtmlEngine::kNoElement;
 
@@ -25,7 +24,8 @@ constexpr const char* kClickable = "button, .button, .button-small, div.icon, ul
 constexpr const char* kHiddenByStyleSheet = "#reply, li:collapsed > div:nth-child(2)";
 constexpr const char* kHiddenUnlessVisible = ".panel-content, .picture[preloader]";
 
-ElementHandle ClosestMatch(const Document& document, ElementHandle element, const char* selector)
+ElementHandle ClosestMatch(const HtmlEngine::Document& document, ElementHandle element,
+                           const char* selector)
 {
     ElementHandle match = kNoElement;
     document.Closest(element, selector, match);
@@ -35,7 +35,8 @@ ElementHandle ClosestMatch(const Document& document, ElementHandle element, cons
 // Keeps an element's handle good while events about it are raised.
 class ElementUse {
 public:
-    ElementUse(Document& document, ElementHandle element) : document_(document), element_(element)
+    ElementUse(HtmlEngine::Document& document, ElementHandle element)
+        : document_(document), element_(element)
     {
         held_ = document_.Use(element_) == HtmlEngine::Result::Success;
     }
@@ -49,7 +50,7 @@ public:
     ElementUse& operator=(const ElementUse&) = delete;
 
 private:
-    Document& document_;
+    HtmlEngine::Document& document_;
     ElementHandle element_;
     bool held_;
 };
@@ -57,7 +58,9 @@ private:
 }  // namespace
 
 HtmlPanel::HtmlPanel(HostStatePtr state, BasicServiceObjectPtr<LocaleManagerObject> locale)
-    : state_(std::move(state)), locale_(std::move(locale)), document_(std::make_unique<Document>())
+    : state_(std::move(state)),
+      locale_(std::move(locale)),
+      document_(std::make_unique<HtmlEngine::Document>())
 {
 }
 
@@ -72,17 +75,17 @@ void HtmlPanel::SetInterfaces(UIWnd* window, UIHtmlEngine* engine) noexcept
     engine_ = engine;
 }
 
-void HtmlPanel::LoadPage(std::string_view html)
+void HtmlPanel::LoadDocument(std::string_view html)
 {
     originalTexts_.clear();
-    document_->LoadPage(html);
+    document_->Load(html);
     Translate();
 }
 
 void HtmlPanel::Close()
 {
     // Handlers that are detached on the way find no document any more.
-    const std::unique_ptr<Document> closed = std::move(document_);
+    const std::unique_ptr<HtmlEngine::Document> closed = std::move(document_);
     originalTexts_.clear();
 }
 

@@ -1,5 +1,5 @@
-// The panel's page as the host shows it: the document of the HTML engine, the handlers on its
-// elements, its language, and input. [ui-thread]
+// The panel's document in the host: an HTML engine document, the handlers attached to its elements,
+// its language, and input. [ui-thread]
 #pragma once
 
 #include "html-engine/Document.h"
@@ -26,22 +26,24 @@ public:
     HtmlPanel(const HtmlPanel&) = delete;
     HtmlPanel& operator=(const HtmlPanel&) = delete;
 
-    // The objects that handlers are given when they are attached. Borrowed; their owner ends this
-    // with two nulls before they die.
+    // Sets the interfaces passed to handlers when they are attached. Borrowed; their owner passes
+    // two nulls before they are destroyed.
     void SetInterfaces(UIWnd* window, UIHtmlEngine* engine) noexcept;
 
     // Null after Close.
-    HtmlEngine::Document* Page() const noexcept { return document_.get(); }
+    HtmlEngine::Document* Document() const noexcept { return document_.get(); }
 
-    // Loads a page (UTF-8) and puts it into the present language.
-    void LoadPage(std::string_view html);
+    // Replaces the document by `html` (UTF-8) and translates it to the present language.
+    void LoadDocument(std::string_view html);
 
-    // Ends the page: every handler is detached, every element gone. Not from inside a handler.
+    // Closes the document: detaches every handler and destroys every element. Must not be called
+    // from a handler.
     void Close();
 
-    // Attaches a handler and calls its Attached. Throws ServiceObjectException for an element that
-    // is none or not in the tree, an object that is no UIHandler, and a handler that is on that
-    // element already; gives the code of a handler that does not accept, and keeps it not.
+    // Attaches a handler and calls its Attached. Throws ServiceObjectException for an unknown
+    // element, an element outside the tree, an object that is not a UIHandler, and a handler that
+    // is attached to the element already. A handler whose Attached fails is not attached; its code
+    // is returned.
     ResultCode AttachHandler(HtmlEngine::ElementHandle element, UIHandler* handler);
 
     // Calls method `M` of every attached handler, in order of attachment.
@@ -53,27 +55,27 @@ public:
         }
     }
 
-    // Number of handlers that are attached.
+    // Number of attached handlers.
     std::size_t AttachedHandlerCount() { return LivingAttachments().size(); }
 
-    // The language has changed: translates the elements that carry `localize`, then tells the
-    // handlers.
+    // To be called after a language change: translates the elements with `localize`, then notifies
+    // the handlers.
     void OnLocaleChanged();
 
     // --- Input ---
 
-    // Whether a user could see the element: neither its own styles nor what the panel's style sheet
-    // says of it and its ancestors hide it.
+    // Whether the element is visible: neither inline styles nor the panel's style sheet hide it or
+    // an ancestor.
     bool IsShown(HtmlEngine::ElementHandle element) const;
 
-    // The element that takes a click on `element`, as in a browser: the nearest clickable one.
-    // kNoElement when there is none, or a disabled or hidden one.
+    // The target of a click on `element`, as in a browser: the element itself or its nearest
+    // clickable ancestor. kNoElement when there is none or it is disabled or hidden.
     HtmlEngine::ElementHandle ClickTarget(HtmlEngine::ElementHandle element) const;
 
-    // A click with the pointer. Raises nothing where there is no click target.
+    // Clicks with the pointer. Raises no event without a click target.
     void Click(HtmlEngine::ElementHandle element);
 
-    // A key pressed and let go while `element` has the keyboard focus. Raises nothing for a
+    // Presses and releases a key while `element` has the keyboard focus. Raises no event on a
     // disabled or hidden element.
     void PressKey(HtmlEngine::ElementHandle element, std::uint32_t virtualKey,
                   std::uint32_t modifiers = 0);
@@ -82,7 +84,7 @@ public:
 
     using ScrollCallback = std::function<void(HtmlEngine::ElementHandle)>;
 
-    // Called when a handler asks for an element to be scrolled into view; empty removes it.
+    // Sets the callback for requests to scroll an element into view; empty removes it.
     void SetScrollCallback(ScrollCallback callback) { scrollCallback_ = std::move(callback); }
     void ScrollIntoView(HtmlEngine::ElementHandle element) const;
 
@@ -103,7 +105,7 @@ private:
     std::unique_ptr<HtmlEngine::Document> document_;
     ScrollCallback scrollCallback_;
     std::vector<std::weak_ptr<HandlerAttachment>> attachments_;
-    // The original text of elements that were translated by it.
+    // The original text of translated elements, which is the key of their translation.
     std::unordered_map<HtmlEngine::ElementHandle, std::string> originalTexts_;
 };
 

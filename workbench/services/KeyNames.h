@@ -1,5 +1,4 @@
-// The keys that the panel reacts to, by the names that scripts and browsers have for them.
-// [any-thread]
+// Keys that the panel handles, with their names in scripts and browsers. [any-thread]
 #pragma once
 
 #include <cstdint>
@@ -16,7 +15,7 @@ struct NamedKey {
 };
 std::span<const NamedKey> PanelKeys();
 
-// The code of a key by either name; nothing for another name.
+// The code of a key by either name; nullopt for an unknown name.
 std::optional<std::uint32_t> KeyNamed(std::string_view name);
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
-// Counts the host's service objects that are alive, by interface: what a host that was shut down
-// has lost. [any-thread]
+// Counters of the host's live service objects by interface, for leak checks at shut-down.
+// [any-thread]
 #pragma once
 
 #include <atomic>
@@ -33,7 +33,7 @@ LiveObjectCounter& LiveObjectCounterOf()
     return counter;
 }
 
-// One line for each interface that has live objects: "BLDocument: 2". Empty when all are gone.
+// One line for each interface with live objects: "BLDocument: 2". Empty when there are none.
 std::vector<std::string> DescribeLiveObjects();
 
 }  // namespace Workbench

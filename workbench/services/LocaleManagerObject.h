@@ -1,13 +1,12 @@
-// The host's "LocaleManager": texts of the user interface in one of the languages that stand as
-// JSON files in a folder, one file for each language, named after it. [any-thread] unless said
-// otherwise.
+// The host's "LocaleManager": texts of the user interface in one of several languages, read from
+// JSON files in a folder, one per language and named after it. [any-thread] unless said otherwise.
 //
 //   { "name": "Deutsch", "direction": "ltr",
 //     "strings": { "Page %1%": "Seite %1%" },
 //     "sections": { "Coments annot info": { "Date created": "Erstellt am" } },
 //     "workbench": { "close.save": "Speichern" } }
 //
-// "workbench" holds the words of the web page, which reads them itself.
+// "workbench" holds the texts of the web page, which reads them itself.
 #pragma once
 
 #include "services/HostObject.h"
@@ -32,23 +31,23 @@ struct LocaleTitle {
 
 class LocaleManagerObject : public HostObject<LocaleManagerObject, LocaleManager> {
 public:
-    // Speaks no language at first: every lookup finds nothing.
+    // Starts without a language: every lookup fails.
     explicit LocaleManagerObject(std::filesystem::path folder);
 
-    // The languages that there are, sorted ("ar", "de", "en").
+    // The available languages, sorted ("ar", "de", "en").
     std::vector<std::string> Languages() const;
 
-    // The same with what their files say of them; files that cannot be read are left out.
+    // The same with the names and directions in their files; unreadable files are left out.
     std::vector<LocaleTitle> Titles() const;
 
-    // Speaks that language from here on. Throws std::runtime_error, naming language or file, when
-    // there is no such language or its file is not what it should be; nothing has changed then.
+    // Selects a language. Throws std::runtime_error, naming language or file, for an unknown
+    // language and a malformed file; the selection is then unchanged.
     void SwitchTo(const std::string& language);
 
     std::string Language() const;
     bool IsRightToLeft() const;
 
-    // The text of a key outside all sections; null when there is none. Valid until the process
+    // The text of a key outside the sections; null when there is none. Valid until the process
     // ends.
     const char16_t* Find(std::u16string_view key) const;
 

@@ -1,4 +1,4 @@
-// A module's library, loaded: its three exports, and unloading. [ui-thread]
+// A loaded module library: its three exports, and unloading. [ui-thread]
 #pragma once
 
 #include "service-common/ServiceObjectPtr.h"
@@ -19,14 +19,14 @@ public:
     ModuleLibrary(const ModuleLibrary&) = delete;
     ModuleLibrary& operator=(const ModuleLibrary&) = delete;
 
-    // The names of the service objects that the module offers.
+    // Names of the service objects in the module's registry.
     std::vector<std::string> ObjectNames() const;
 
-    // A new object of that name. Throws std::runtime_error when the module makes none.
+    // Creates an object by name. Throws std::runtime_error when the module returns none.
     BasicServiceObjectPtr<ServiceObject> Create(const std::string& name) const;
 
-    // Unloads the library. Whether it has left the process: another part of the process may have
-    // loaded it too. A second call does nothing.
+    // Unloads the library. Returns whether it has left the process; another part of the process may
+    // have loaded it too. A second call does nothing.
     bool Unload();
 
 private:

@@ -1,4 +1,4 @@
-// The host's "PDModelService": the way to the function table of the workbench's documents.
+// The host's "PDModelService", which returns the function table of the workbench's documents.
 #pragma once
 
 #include "pdf-library/PDModelService.SO.h"

@@ -134,9 +134,9 @@ bool IsInDeleteButton(const Document& panel, ElementHandle element)
 
 ElementHandle FindKeyTarget(const HtmlPanel& panel, ElementHandle container)
 {
-    const ElementHandle current = FindCurrentItem(*panel.Page(), container);
+    const ElementHandle current = FindCurrentItem(*panel.Document(), container);
     return current != kNoElement && panel.IsShown(current) ? current
-                                                           : FindList(*panel.Page(), container);
+                                                           : FindList(*panel.Document(), container);
 }
 
 }  // namespace Workbench

@@ -1,5 +1,5 @@
-// The files of all registered modules, by path. One store for the process, as a module registers
-// itself once in its life, whichever host it meets. [any-thread]
+// Resource files of all registered modules by path. One store per process, because a module
+// registers itself once, whatever the number of hosts. [any-thread]
 #pragma once
 
 #include "platform/EmbeddedResources.h"
@@ -16,18 +16,18 @@ class ResourceStore {
 public:
     static ResourceStore& Instance();
 
-    // Makes the files of a module's table of contents reachable; a second time does nothing. A
-    // path that an earlier module has too stays the earlier module's. False when the module has no
-    // table of contents.
+    // Adds the files of a module's table of contents; a second call for the module does nothing. A
+    // path of an earlier module keeps that module's file. False when the module has no table of
+    // contents.
     bool Register(Platform::ModuleInstance module);
 
-    // To be called when a module has left the process.
+    // To be called after a module was unloaded.
     void Forget(Platform::ModuleInstance module);
 
-    // The modules in the order in which they were registered.
+    // The modules in order of registration.
     std::vector<Platform::ModuleInstance> Modules() const;
 
-    // The bytes at a lower-case path. `data` is null when there is no such file.
+    // The bytes of the file at a lower-case path; `data` is null when there is none.
     Platform::ResourceBytes Find(std::u16string_view path) const;
 
 private:

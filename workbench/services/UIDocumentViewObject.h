@@ -1,4 +1,4 @@
-// The user-interface side of the host's document views, alone and two side by side.
+// The host's user-interface document views: single views and the side-by-side view.
 #pragma once
 
 #include "services/BLDocumentViewObject.h"

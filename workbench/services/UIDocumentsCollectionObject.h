@@ -1,5 +1,5 @@
-// The document views of one frame of the host, in the order in which they were opened. Changes are
-// made on the UI thread, and their events fired there, during the change. [ui-thread]
+// The document views of one frame of the host, in order of opening. Events are fired on the UI
+// thread, during the change. [ui-thread]
 #pragma once
 
 #include "services/HostObject.h"
@@ -24,18 +24,19 @@ public:
     // Empty when no view is active.
     const ViewPtr& ActiveView() const noexcept { return active_; }
 
-    // Appends a view: created, not yet active.
+    // Appends a view without activating it.
     void Add(ViewPtr view);
 
     // Deactivates the active view, then activates this one of the collection; an empty handle
-    // leaves none active. The active view again changes nothing.
+    // leaves none active. No effect for the active view.
     void Activate(ViewPtr view);
 
-    // Takes a view out: deactivated if it was active, then destroyed. The view that takes its
-    // place, or the last one, becomes active then. False for a view that is not in the collection.
+    // Removes a view: fires its deactivation, if active, and its destruction. The next view, or the
+    // last one, then becomes active. False for a view that is not in the collection.
     bool Close(ViewPtr view);
 
-    // The side-by-side view: created and activated, or deactivated and destroyed when empty.
+    // Sets the side-by-side view, fired as created and activated; empty removes it, fired as
+    // deactivated and destroyed.
     void ShowSideBySide(SbSViewPtr view);
 
 private:

@@ -1,5 +1,5 @@
-// The host's "UIEngine" and the objects that it hands out: registrations of modules, the resources
-// of all of them, and single resources.
+// The host's "UIEngine" and the objects that it returns: module registrations, the resources of all
+// modules, and single resources.
 #pragma once
 
 #include "services/HostObject.h"

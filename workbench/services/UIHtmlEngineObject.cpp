@@ -82,35 +82,35 @@ UIHtmlEngineObject::UIHtmlEngineObject(std::shared_ptr<HtmlPanel> panel) : panel
     Offer<UIHtmlEngine::DeleteElement, &UIHtmlEngineObject::DeleteElement>();
 }
 
-Document& UIHtmlEngineObject::Page() const
+Document& UIHtmlEngineObject::PanelDocument() const
 {
-    Document* const document = panel_->Page();
+    Document* const document = panel_->Document();
     if (document == nullptr) {
-        FailCall(kResultNotInitialized, "the page is closed");
+        FailCall(kResultNotInitialized, "the panel's document is closed");
     }
     return *document;
 }
 
-Document& UIHtmlEngineObject::PageWith(HtmlElementHandle element) const
+Document& UIHtmlEngineObject::PanelDocumentWith(HtmlElementHandle element) const
 {
-    Document& page = Page();
-    if (!page.IsKnown(ElementOf(element))) {
+    Document& document = PanelDocument();
+    if (!document.IsKnown(ElementOf(element))) {
         CheckEngineResult(HtmlEngine::Result::UnknownElement);
     }
-    return page;
+    return document;
 }
 
 ResultCode UIHtmlEngineObject::UseElement(HtmlElementHandle element)
 {
-    CheckEngineResult(Page().Use(ElementOf(element)));
+    CheckEngineResult(PanelDocument().Use(ElementOf(element)));
     return kResultOk;
 }
 
 ResultCode UIHtmlEngineObject::UnuseElement(HtmlElementHandle element)
 {
     // Uses that outlive the page end with it.
-    if (panel_->Page() != nullptr) {
-        CheckEngineResult(Page().Unuse(ElementOf(element)));
+    if (panel_->Document() != nullptr) {
+        CheckEngineResult(PanelDocument().Unuse(ElementOf(element)));
     }
     return kResultOk;
 }
@@ -121,7 +121,7 @@ ResultCode UIHtmlEngineObject::GetParent(HtmlElementHandle element, HtmlElementH
         return kResultNullArgument;
     }
     *parent = nullptr;
-    *parent = HandleOf(PageWith(element).Parent(ElementOf(element)));
+    *parent = HandleOf(PanelDocumentWith(element).Parent(ElementOf(element)));
     return kResultOk;
 }
 
@@ -131,7 +131,8 @@ ResultCode UIHtmlEngineObject::GetIndex(HtmlElementHandle element, std::uint32_t
         return kResultNullArgument;
     }
     *index = 0;
-    *index = static_cast<std::uint32_t>(PageWith(element).IndexInParent(ElementOf(element)));
+    *index =
+        static_cast<std::uint32_t>(PanelDocumentWith(element).IndexInParent(ElementOf(element)));
     return kResultOk;
 }
 
@@ -141,7 +142,7 @@ ResultCode UIHtmlEngineObject::GetChildCount(HtmlElementHandle element, std::uin
         return kResultNullArgument;
     }
     *count = 0;
-    *count = static_cast<std::uint32_t>(PageWith(element).ChildCount(ElementOf(element)));
+    *count = static_cast<std::uint32_t>(PanelDocumentWith(element).ChildCount(ElementOf(element)));
     return kResultOk;
 }
 
@@ -152,7 +153,7 @@ ResultCode UIHtmlEngineObject::GetNthChild(HtmlElementHandle element, std::uint3
         return kResultNullArgument;
     }
     *child = nullptr;
-    const ElementHandle found = PageWith(element).Child(ElementOf(element), index);
+    const ElementHandle found = PanelDocumentWith(element).Child(ElementOf(element), index);
     *child = HandleOf(found);
     return found == HtmlEngine::kNoElement ? kResultOutOfRange : kResultOk;
 }
@@ -165,7 +166,7 @@ ResultCode UIHtmlEngineObject::SetHtml(HtmlElementHandle element, const std::uin
     }
     const std::string_view markup(reinterpret_cast<const char*>(html), length);
     CheckEngineResult(
-        PageWith(element).SetHtml(ElementOf(element), markup, ToInsertPosition(position)));
+        PanelDocumentWith(element).SetHtml(ElementOf(element), markup, ToInsertPosition(position)));
     return kResultOk;
 }
 
@@ -175,8 +176,8 @@ ResultCode UIHtmlEngineObject::SetText(HtmlElementHandle element, const char16_t
     if (text == nullptr && length != 0) {
         return kResultNullArgument;
     }
-    CheckEngineResult(
-        Page().SetText(ElementOf(element), UnicodeText::ToUtf8(std::u16string_view(text, length))));
+    CheckEngineResult(PanelDocument().SetText(
+        ElementOf(element), UnicodeText::ToUtf8(std::u16string_view(text, length))));
     return kResultOk;
 }
 
@@ -186,7 +187,8 @@ ResultCode UIHtmlEngineObject::SetStyleAttribute(HtmlElementHandle element, cons
     if (name == nullptr || value == nullptr) {
         return kResultNullArgument;
     }
-    CheckEngineResult(Page().SetStyle(ElementOf(element), name, UnicodeText::ToUtf8(value)));
+    CheckEngineResult(
+        PanelDocument().SetStyle(ElementOf(element), name, UnicodeText::ToUtf8(value)));
     return kResultOk;
 }
 
@@ -196,14 +198,14 @@ ResultCode UIHtmlEngineObject::GetState(HtmlElementHandle element, std::uint32_t
         return kResultNullArgument;
     }
     *state = 0;
-    *state = PageWith(element).State(ElementOf(element));
+    *state = PanelDocumentWith(element).State(ElementOf(element));
     return kResultOk;
 }
 
 ResultCode UIHtmlEngineObject::SetState(HtmlElementHandle element, std::uint32_t bitsToSet,
                                         std::uint32_t bitsToClear, std::uint32_t)
 {
-    CheckEngineResult(Page().SetState(ElementOf(element), bitsToSet, bitsToClear));
+    CheckEngineResult(PanelDocument().SetState(ElementOf(element), bitsToSet, bitsToClear));
     return kResultOk;
 }
 
@@ -218,7 +220,7 @@ ResultCode UIHtmlEngineObject::SelectFirst(HtmlElementHandle root, const char* s
         return kResultNullArgument;
     }
     ElementHandle match = HtmlEngine::kNoElement;
-    CheckEngineResult(Page().SelectFirst(ElementOf(root), selector, match), selector);
+    CheckEngineResult(PanelDocument().SelectFirst(ElementOf(root), selector, match), selector);
     *element = HandleOf(match);
     return kResultOk;
 }
@@ -234,7 +236,7 @@ ResultCode UIHtmlEngineObject::SelectEnclosing(HtmlElementHandle element, const 
         return kResultNullArgument;
     }
     ElementHandle match = HtmlEngine::kNoElement;
-    CheckEngineResult(Page().Closest(ElementOf(element), selector, match), selector);
+    CheckEngineResult(PanelDocument().Closest(ElementOf(element), selector, match), selector);
     *enclosing = HandleOf(match);
     return kResultOk;
 }
@@ -249,7 +251,7 @@ ResultCode UIHtmlEngineObject::TestSelector(HtmlElementHandle element, const cha
     if (selector == nullptr) {
         return kResultNullArgument;
     }
-    CheckEngineResult(Page().Matches(ElementOf(element), selector, *matches), selector);
+    CheckEngineResult(PanelDocument().Matches(ElementOf(element), selector, *matches), selector);
     return kResultOk;
 }
 
@@ -264,7 +266,7 @@ ResultCode UIHtmlEngineObject::GetAttribute(HtmlElementHandle element, const cha
     if (name == nullptr) {
         return kResultNullArgument;
     }
-    if (const auto found = PageWith(element).Attribute(ElementOf(element), name)) {
+    if (const auto found = PanelDocumentWith(element).Attribute(ElementOf(element), name)) {
         handedOut_ = UnicodeText::ToUtf16(*found);
         *value = handedOut_.c_str();
         *length = static_cast<std::uint32_t>(handedOut_.size());
@@ -275,13 +277,13 @@ ResultCode UIHtmlEngineObject::GetAttribute(HtmlElementHandle element, const cha
 // The engine lays nothing out, so there is nothing to bring up to date here.
 ResultCode UIHtmlEngineObject::UpdateElement(HtmlElementHandle element, std::uint32_t) const
 {
-    PageWith(element);
+    PanelDocumentWith(element);
     return kResultOk;
 }
 
 ResultCode UIHtmlEngineObject::ScrollIntoView(HtmlElementHandle element, std::uint32_t) const
 {
-    PageWith(element);
+    PanelDocumentWith(element);
     panel_->ScrollIntoView(ElementOf(element));
     return kResultOk;
 }
@@ -291,13 +293,13 @@ ResultCode UIHtmlEngineObject::AttachHandler(HtmlElementHandle element, UIHandle
     if (handler == nullptr) {
         return kResultNullArgument;
     }
-    Page();
+    PanelDocument();
     return panel_->AttachHandler(ElementOf(element), handler);
 }
 
 ResultCode UIHtmlEngineObject::DeleteElement(HtmlElementHandle element)
 {
-    CheckEngineResult(Page().Delete(ElementOf(element)));
+    CheckEngineResult(PanelDocument().Delete(ElementOf(element)));
     return kResultOk;
 }
 

@@ -1,4 +1,4 @@
-// The host's "UIHtmlEngine": the page of the panel through handles. [ui-thread]
+// The host's "UIHtmlEngine": access to the panel's document through element handles. [ui-thread]
 #pragma once
 
 #include "services/HostObject.h"
@@ -42,16 +42,17 @@ private:
     ResultCode AttachHandler(HtmlElementHandle element, UIHandler* handler);
     ResultCode DeleteElement(HtmlElementHandle element);
 
-    // The page; fails when it was closed.
-    HtmlEngine::Document& Page() const;
-    // The page and an element of it; fails for a handle that is none.
-    HtmlEngine::Document& PageWith(HtmlElementHandle element) const;
+    // The panel's document; fails after it was closed.
+    HtmlEngine::Document& PanelDocument() const;
+    // The same; fails also for an unknown element.
+    HtmlEngine::Document& PanelDocumentWith(HtmlElementHandle element) const;
 
     const std::shared_ptr<HtmlPanel> panel_;
-    std::u16string handedOut_;  // the text that the last call handed out
+    std::u16string handedOut_;  // the text that the last GetAttribute returned
 };
 
-// Fails, with a message, for every result but success. `selector` is told for a malformed one.
+// Fails, with a message, for every result but success. The message for a malformed selector quotes
+// `selector`.
 void CheckEngineResult(HtmlEngine::Result result, const char* selector = "");
 
 }  // namespace Workbench

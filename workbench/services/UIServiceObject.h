@@ -1,4 +1,4 @@
-// The host's "UIService" and the object of its UI thread.
+// The host's "UIService" and its UI thread object.
 #pragma once
 
 #include "services/FrameObjects.h"
@@ -23,7 +23,7 @@ class UIServiceObject : public HostObject<UIServiceObject, UIService> {
 public:
     UIServiceObject(HostStatePtr state, BasicServiceObjectPtr<UIMainFrameObject> mainFrame);
 
-    // While on, thread objects are handed out through which calls pass that the loop would hold.
+    // While enabled, GetThreadObject returns thread objects whose calls the loop never holds back.
     // [ui-thread]
     void HandOutUnheld(bool enabled) noexcept { handsOutUnheld_ = enabled; }
 

@@ -48,15 +48,15 @@ ResultCode UIWndObject::SelectElements(HtmlElementHandle root, const char* selec
     if (selector == nullptr || collector == nullptr) {
         return kResultNullArgument;
     }
-    HtmlEngine::Document* const page = panel_->Page();
-    if (page == nullptr) {
-        FailCall(kResultNotInitialized, "the page is closed");
+    HtmlEngine::Document* const document = panel_->Document();
+    if (document == nullptr) {
+        FailCall(kResultNotInitialized, "the panel's document is closed");
     }
-    CheckEngineResult(page->SelectAll(ElementOf(root), selector,
-                                      [&](HtmlEngine::ElementHandle element) {
-                                          collector(context, HandleOf(element), engine_);
-                                          return true;
-                                      }),
+    CheckEngineResult(document->SelectAll(ElementOf(root), selector,
+                                          [&](HtmlEngine::ElementHandle element) {
+                                              collector(context, HandleOf(element), engine_);
+                                              return true;
+                                          }),
                       selector);
     return kResultOk;
 }

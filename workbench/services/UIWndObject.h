@@ -1,4 +1,4 @@
-// The host's "UIWnd": the window whose content is the panel's page. [ui-thread]
+// The host's "UIWnd": the window that holds the panel's document. [ui-thread]
 #pragma once
 
 #include "service-common/Atom.h"
@@ -13,12 +13,11 @@ namespace Workbench {
 
 class UIWndObject : public HostObject<UIWndObject, UIWnd> {
 public:
-    // `engine` is the element interface that collectors are given; borrowed, and outlives every
-    // query.
+    // `engine` is the element interface passed to collectors; borrowed, outlives every query.
     UIWndObject(std::shared_ptr<HtmlPanel> panel, UIHtmlEngine* engine);
 
-    // Offers an object in the window's scope. Replaces what the name stood for; an empty handle
-    // takes it out.
+    // Registers an object in the window's scope, replacing any of the same name; an empty handle
+    // removes it.
     void Provide(const char* name, BasicServiceObjectPtr<ServiceObject> object);
 
 private:

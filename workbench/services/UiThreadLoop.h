@@ -1,5 +1,5 @@
-// The event loop of the UI thread: calls that any thread posts, run one after another on the thread
-// that made the loop. Posting is [any-thread]; everything else belongs to the UI thread.
+// Event loop of the UI thread: runs posted calls one after another on the thread that created the
+// loop. Posting is [any-thread]; everything else is [ui-thread].
 #pragma once
 
 #include "services/FailureLog.h"
@@ -17,7 +17,7 @@ namespace Workbench {
 
 class UiThreadLoop {
 public:
-    // The calling thread becomes the UI thread. What posted calls throw goes to `failures`.
+    // The calling thread becomes the UI thread. Exceptions of posted calls go to `failures`.
     explicit UiThreadLoop(FailureLog& failures);
     UiThreadLoop(const UiThreadLoop&) = delete;
     UiThreadLoop& operator=(const UiThreadLoop&) = delete;
@@ -25,40 +25,40 @@ public:
     std::uint32_t ThreadId() const noexcept { return threadId_; }
     bool IsUiThread() const noexcept;
 
-    // Whether a call may be kept back (see Hold).
+    // Whether a call may be held back (see Hold).
     enum class Holding { kMayBeHeld, kNeverHeld };
 
-    // Appends a call. False, and nothing is taken over, once the loop has ended. [any-thread]
+    // Appends a call. After End, returns false and leaves the record to the caller. [any-thread]
     bool Post(UIThread::Runner runner, void* record, Holding holding = Holding::kMayBeHeld);
 
     // Appends work of the host itself, which is never held. [any-thread]
     bool Post(std::function<void()> work);
 
-    // Registers a thread as one of the host's: its calls do not count as work that a module
-    // finished on a thread of its own. The UI thread is known from the start. [any-thread]
+    // Registers a thread of the host, so that its calls do not count as completions of a module's
+    // own threads. The UI thread is registered from the start. [any-thread]
     void AddHostThread(std::uint32_t threadId);
     void RemoveHostThread(std::uint32_t threadId);
 
-    // While on, calls posted by threads that are not the host's are kept back. Turning it off
-    // appends them, in the order in which they came.
+    // While enabled, holds back calls posted by threads that are not the host's. Disabling appends
+    // them in order of arrival.
     void Hold(bool enabled);
     bool Holds() const;
     std::size_t HeldCount() const;
 
-    // Calls that wait to be run, held ones not counted.
+    // Number of waiting calls, without the held ones.
     std::size_t WaitingCount() const;
 
-    // Runs the oldest waiting call. False when none waits.
+    // Runs the oldest waiting call. False when there is none.
     bool RunNext();
 
-    // Runs what waits and what that posts, until nothing does. The number of calls run.
+    // Runs waiting calls, and calls posted by them, until none is left. Returns their number.
     std::size_t RunWaiting();
 
-    // Runs calls as they come until `isDone` is true, which is asked before each call and after
-    // each wait. False when the time is over first.
+    // Runs calls on arrival until `isDone` returns true; it is evaluated before each call and after
+    // each wait. False when `end` is reached first.
     bool RunUntil(const std::function<bool()>& isDone, std::chrono::steady_clock::time_point end);
 
-    // Refuses further calls. Those that wait can still be run; held ones become waiting ones.
+    // Refuses further calls. Waiting calls can still be run; held calls become waiting ones.
     void End();
 
 private:

@@ -11,7 +11,7 @@ namespace Workbench {
 
 namespace {
 
-// Takes the same time wherever the difference is.
+// Comparison in constant time, so that its duration reveals nothing about the token.
 bool AreEqual(std::string_view left, std::string_view right)
 {
     if (left.size() != right.size()) {

@@ -1,7 +1,7 @@
-// Who may speak to the workbench's server: requests below the run's token, under the server's own
-// name, and from its own page. A page of another site can reach a port of this machine through the
-// browser of the person who sits at it; it knows neither the token nor can it forge `Host` and
-// `Origin`. [any-thread]
+// Access control of the workbench's server: admits requests whose path begins with the run's token,
+// whose `Host` is the server's own, and whose `Origin` is the server's own web page. It keeps out
+// web pages of other sites, which can reach a local port through the user's browser but neither
+// know the token nor can forge `Host` and `Origin`. [any-thread]
 #pragma once
 
 #include <cstdint>
@@ -12,12 +12,12 @@
 
 namespace Workbench {
 
-// What of a request says where it comes from and where it goes. Borrowed.
+// The parts of a request that name its origin and target. Borrowed.
 struct RequestOrigin {
-    std::string_view target;                // as the request line has it
+    std::string_view target;                // as in the request line
     std::vector<std::string_view> hosts;    // every `Host` header
     std::vector<std::string_view> origins;  // every `Origin` header
-    bool mustHaveOrigin = false;            // what changes something, and WebSockets
+    bool mustHaveOrigin = false;            // for POST and WebSocket requests
 };
 
 class AccessGuard {
@@ -29,7 +29,7 @@ public:
     // "http://127.0.0.1:PORT/TOKEN/".
     std::string Address() const;
 
-    // The target below the token ("/app/page.js?x=1"; "" for the token alone); nothing when the
+    // The target below the token ("/app/page.js?x=1"; "" for the token alone); nullopt when the
     // request is refused.
     std::optional<std::string_view> Admit(const RequestOrigin& request) const;
 

@@ -1,4 +1,4 @@
-// Who sits at this machine and what time it is there, as annotations have it. [any-thread]
+// User name and local time for new annotations. [any-thread]
 #pragma once
 
 #include "pdf-library/PDTypes.h"
@@ -8,12 +8,12 @@
 
 namespace Workbench {
 
-// The user's name from the environment, else from the system's list of users; empty when neither
+// The user's name from the environment, else from the system's user database; empty when neither
 // has one.
 std::u16string UserName();
 
-// The local time, with the hours by which it is ahead of UTC. UTC where the zone is not ahead by
-// whole hours: a date has no more than those.
+// Local time with the zone's offset from UTC in hours. UTC where the offset is not a whole number
+// of hours, because a date record holds hours only.
 _PDDateRec DateOf(std::time_t time);
 
 }  // namespace Workbench

@@ -1,4 +1,5 @@
-// The browser clients that are connected. All see the same and may all act. [ui-thread]
+// The connected browser clients. All receive the same messages and all may send commands.
+// [ui-thread]
 #pragma once
 
 #include "actions/ActionRefused.h"
@@ -26,11 +27,11 @@ public:
 
     void Send(SocketNumber client, const Json& message) const;
     void Broadcast(const Json& message) const;
-    // The same for a message that is text already.
+    // The same for a serialised message.
     void Send(SocketNumber client, std::string message) const;
     void Broadcast(std::string message) const;
 
-    // One line for the users of all clients, or of one.
+    // Sends a notice of one line to all clients, or to one.
     void Notify(const std::string& text) const;
     void Notify(SocketNumber client, const std::string& text, RefusalReason reason) const;
 

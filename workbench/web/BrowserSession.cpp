@@ -48,7 +48,7 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       jobs_(documents, [this](DocumentNumber number) { MarkChanged(number); }),
       contents_(*this),
       prompt_(*this),
-      panel_(*host.Panel().Page())
+      panel_(*host.Panel().Document())
 {
     host_.Panel().SetScrollCallback(
         [this](ElementHandle element) { scrollTo_ = clients_.IsEmpty() ? 0 : IdOf(element); });
@@ -206,7 +206,7 @@ void BrowserSession::Close(OpenDocument& document)
     toldWarnings_.erase(number);
     contents_.Forget(number);
     jobs_.Forget(number);
-    // A big document takes long to be released.
+    // Releasing a large document takes long.
     workers_.Post([content = std::move(closed->content)] {});
 }
 

@@ -1,6 +1,6 @@
-// Open documents and connected browser clients: takes the clients' messages, and tells all of them
-// what has changed after each call of the UI thread. Reading, writing and releasing files happens
-// on other threads. [ui-thread]
+// The session between open documents and browser clients: receives the clients' messages, and sends
+// every change to all of them after each call of the UI thread. Files are read, written and
+// released on worker threads. [ui-thread]
 #pragma once
 
 #include "actions/ActionRefused.h"
@@ -40,7 +40,7 @@ class BrowserSession : public std::enable_shared_from_this<BrowserSession> {
 public:
     using Json = nlohmann::ordered_json;
 
-    // The host's panel has been started. Host, documents and workers outlive the session.
+    // The host's panel must be started. Host, documents and workers outlive the session.
     BrowserSession(Host& host, OpenDocuments& documents, WorkerThreads& workers,
                    const BrowserSessionOptions& options, BrowserClients::Sender send);
     ~BrowserSession();
@@ -49,23 +49,24 @@ public:
 
     // --- Clients ---
 
-    // A client has connected: it is sent everything.
+    // Adds a client and sends it the complete state.
     void Connect(SocketNumber client);
     void Disconnect(SocketNumber client);
     void Receive(SocketNumber client, const std::string& text);
 
-    // Tells the clients what has changed since the last call. To be called after each call of the
-    // UI thread.
+    // Sends the changes since the last call to all clients. To be called after each call of the UI
+    // thread.
     void Update();
 
-    // Tells the clients that the workbench ends.
+    // Sends all clients the message that the workbench ends.
     void SayGoodbye();
 
-    // --- Answers to commands; what they have changed is told first ---
+    // --- Replies to commands. The changes made by the command are sent before its reply. ---
 
     void Reply(const ClientRequest& request, const Json& more);
     void Refuse(const ClientRequest& request, const std::string& error, RefusalReason reason);
-    // Replies with what `act` returns, unless it replies later, and refuses what it throws.
+    // Sends the result of `act` as the reply, unless it replies later; an exception becomes a
+    // refusal.
     void Answer(const ClientRequest& request, const std::function<CommandReply()>& act);
 
     // --- Documents ---
@@ -78,26 +79,27 @@ public:
     // Throws std::runtime_error for a language that there is not.
     void SwitchLanguage(const std::string& language);
 
-    // The document's description is another one, apart from what edits, views and lists change.
+    // Marks a document's description as changed, for changes other than those of edits, views and
+    // lists, which are noticed by themselves.
     void MarkChanged(DocumentNumber number) { changed_.insert(number); }
 
-    // The same when reading the file has brought warnings that clients do not know.
+    // The same when reading the file has added warnings that clients do not know.
     void CheckWarnings(DocumentNumber number);
 
-    // Gives the focus to a comment, so that the panel makes it current.
+    // Focuses a comment in the view, which makes the panel select it.
     void Show(const OpenDocument& document, std::uint32_t page,
               const Documents::AnnotationRef& annotation);
 
     // Position of the current comment. Throws ActionRefused when there is none, and when its item
-    // is another one than `item`, the one that the client shows as the current item.
+    // is not `item`, the client's current item.
     CommentPosition RequireCurrent(const OpenDocument& document, std::optional<std::uint64_t> item);
 
-    // Runs `work` on another thread and `then` with what it gave or threw on this one, unless the
-    // session has ended by then.
+    // Runs `work` on a worker thread, then `then` with its result or exception on the UI thread,
+    // unless the session has ended by then.
     template <class Result>
     void RunOnWorker(std::function<Result()> work,
                      std::function<void(BrowserSession&, std::future<Result>)> then);
-    // The same for work that holds the document's lock for long.
+    // The same for long work under the document's lock.
     template <class Result>
     void RunJob(const OpenDocument& document, DocumentJobs::Kind kind, std::function<Result()> work,
                 std::function<void(BrowserSession&, std::future<Result>)> then);
@@ -117,7 +119,7 @@ public:
     CurrentComment& Current(const OpenDocument& document);
 
 private:
-    const HtmlEngine::Document& PanelDocument() const { return *host_.Panel().Page(); }
+    const HtmlEngine::Document& PanelDocument() const { return *host_.Panel().Document(); }
 
     void FollowView(const OpenDocument& document);
     void FollowEdit(DocumentNumber number, const std::vector<Documents::Change>& changes);
@@ -142,10 +144,10 @@ private:
     std::map<DocumentNumber, CurrentComment> currents_;
     std::map<DocumentNumber, std::size_t> toldWarnings_;  // number of those described last
 
-    // What clients have not been told yet.
-    bool listChanged_ = false;          // which documents are open, or which one is active
-    std::set<DocumentNumber> changed_;  // documents with another description
-    std::uint64_t scrollTo_ = 0;        // element to be scrolled into view; 0: none
+    // Changes that are not sent yet.
+    bool listChanged_ = false;          // the open documents, or the active one
+    std::set<DocumentNumber> changed_;  // documents whose description changed
+    std::uint64_t scrollTo_ = 0;        // id of the element to scroll into view; 0: none
 };
 
 template <class Result>

@@ -46,7 +46,7 @@ void BrowserWorkbench::OpenDocuments()
         documents.push_back({kSampleName, OpenSample(listAll)});
     }
     session_.Start({});
-    // Takes the port before lists are rendered, so that one that is taken is told of at once.
+    // Binds the port before lists are rendered, so that a port in use is reported at once.
     HttpServerOptions server = options_.server;
     server.port = options_.request.port;
     server_ = std::make_unique<HttpServer>(server, router_);
@@ -75,7 +75,7 @@ bool BrowserWorkbench::TakeSignal(int signal) noexcept
     return true;
 }
 
-// A signal may come in between: what it requests then stands.
+// A signal that arrives in between takes precedence.
 void BrowserWorkbench::FollowExit(std::ostream& errors)
 {
     Exit state = exit_;
@@ -98,7 +98,7 @@ void BrowserWorkbench::FollowExit(std::ostream& errors)
 
 void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& isDone)
 {
-    // The loop asks before each call, and so the clients are told after each.
+    // The loop evaluates this before each call, so clients are updated after each call.
     const auto update = [&] {
         browser_->Update();
         FollowExit(errors);
@@ -129,7 +129,7 @@ void BrowserWorkbench::Finish(std::ostream& errors)
     if (std::exchange(finished_, true)) {
         return;
     }
-    // Files that are being written are finished first.
+    // Completes the files that are being written.
     workers_.Stop();
     for (const std::string& line : WriteRecoveryCopies()) {
         errors << "workbench: " << line << std::endl;

@@ -1,5 +1,5 @@
-// The workbench in the browser as a whole, from its documents to the end of its server. It lives on
-// the thread that makes it, which becomes the UI thread.
+// The complete workbench for the browser: documents, panel, session and server, from start to
+// shut-down. It lives on the thread that creates it, which becomes the UI thread.
 #pragma once
 
 #include "driver/CommandLine.h"
@@ -23,9 +23,9 @@ namespace Workbench {
 
 struct BrowserOptions {
     BrowserRequest request;
-    HttpServerOptions server{};  // but for the port
+    HttpServerOptions server{};  // the port comes from `request`
     ServedFolders folders = DefaultServedFolders();
-    // Where recovery copies go that cannot stand beside their originals.
+    // Folders for recovery copies that cannot be written beside their originals.
     std::vector<std::filesystem::path> recoveryFolders;
     // How long the save-before-exit prompt stays open.
     std::chrono::milliseconds endPatience = std::chrono::seconds(60);
@@ -33,8 +33,8 @@ struct BrowserOptions {
 
 class BrowserWorkbench {
 public:
-    // Reads the documents, the sample where none is named, starts the panel, opens them and begins
-    // to serve. Throws ActionRefused and std::runtime_error.
+    // Reads the documents (the sample document when none is named), starts the panel, opens the
+    // documents and starts the server. Throws ActionRefused and std::runtime_error.
     explicit BrowserWorkbench(BrowserOptions options);
     ~BrowserWorkbench();
     BrowserWorkbench(const BrowserWorkbench&) = delete;
@@ -42,22 +42,22 @@ public:
 
     const std::string& Address() const noexcept { return server_->Address(); }
 
-    // Serves until Stop was called, a signal or a user has ended it, or until `isDone` says so. One
-    // line on `errors` whenever the save-before-exit prompt opens.
+    // Serves until Stop is called, a signal or a user ends it, or `isDone` returns true. Writes one
+    // line to `errors` whenever the save-before-exit prompt opens.
     void Run(std::ostream& errors, const std::function<bool()>& isDone = {});
 
-    // Lets Run return soon. [any-thread]
+    // Makes Run return soon. [any-thread]
     void Stop() noexcept { exit_ = Exit::kNow; }
 
-    // SIGINT opens the save-before-exit prompt where there are unsaved changes and clients to ask;
-    // a second one, or another signal, lets Run return soon. Returns false on the third signal; the
-    // process then exits. [any-thread]
+    // SIGINT opens the save-before-exit prompt when there are unsaved changes and connected
+    // clients; a second one, or another signal, makes Run return soon. Returns false on the third
+    // signal; the process then exits. [any-thread]
     bool TakeSignal(int signal) noexcept;
 
-    // Writes recovery copies of what is not saved, unless a user wants none, says goodbye to the
-    // clients, and ends server and panel. One line on `errors` for each copy, and for what could
-    // not be recovered. Throws std::runtime_error when the panel lost service objects. A second
-    // call does nothing.
+    // Writes recovery copies of modified documents, unless a user chose to discard the changes;
+    // sends the clients `goodbye`; shuts down server and panel. Writes one line to `errors` for
+    // each copy and for each document that could not be copied. Throws std::runtime_error when the
+    // panel leaked service objects. A second call does nothing.
     void Finish(std::ostream& errors);
 
     Host& TheHost() noexcept { return session_.TheHost(); }
@@ -85,8 +85,8 @@ private:
     bool finished_ = false;
 };
 
-// Runs the workbench until the user ends it: prints the address on `output`, and on `errors` what
-// was amiss with files and where recovery copies are. The program's exit status. Throws as
+// Runs the workbench until the user ends it: prints the address on `output`, and problems of files
+// and the paths of recovery copies on `errors`. Returns the program's exit status. Throws as
 // BrowserWorkbench does.
 int RunInBrowser(const BrowserRequest& request, std::ostream& output, std::ostream& errors);
 

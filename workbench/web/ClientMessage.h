@@ -1,5 +1,5 @@
-// A message of a browser client, read without trust: each value is asked for under the type that it
-// must have, and a message that does not fit is refused with one line. [any-thread]
+// Validating reader for messages of browser clients: each value is read with its required type, and
+// a message that does not match is rejected with one line. [any-thread]
 #pragma once
 
 #include "pdf-library/PDTypes.h"
@@ -13,7 +13,7 @@
 
 namespace Workbench {
 
-// What is wrong with a message. The text names the value.
+// A malformed message. The text names the value.
 class MessageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -21,11 +21,11 @@ public:
 
 class ClientMessage {
 public:
-    // Throws MessageError for what is no JSON object.
+    // Throws MessageError for text that is not a JSON object.
     explicit ClientMessage(const std::string& text);
 
-    // Each throws MessageError for a value that is missing or of another kind; those with an
-    // optional result give nothing for a missing value and for null.
+    // Each throws MessageError for a missing value and for one of another type; those with an
+    // optional result return nullopt for a missing value and for null.
     std::string Text(const char* name) const;
     std::uint64_t Number(const char* name) const;       // a whole number, 0 to 2^53
     std::uint32_t SmallNumber(const char* name) const;  // up to 2^32 - 1

@@ -17,14 +17,14 @@ class BrowserSession;
 class ClientMessage;
 struct OpenDocument;
 
-// A command, kept until it is answered.
+// A command that waits for its reply.
 struct ClientRequest {
     SocketNumber socket = 0;
     std::uint64_t id = 0;
     std::shared_ptr<const ClientMessage> message;  // null for input
 };
 
-// What the reply has besides `id` and `error`; nothing when the command replies later.
+// Members of the reply besides `id` and `error`; nullopt when the command replies later.
 using CommandReply = std::optional<nlohmann::ordered_json>;
 inline constexpr std::nullopt_t kRepliesLater = std::nullopt;
 
@@ -33,18 +33,18 @@ struct CommandCall {
     const ClientRequest& request;
 
     const ClientMessage& Message() const { return *request.message; }
-    // The document that the command names; the second one fails for one that must not be changed.
+    // The document that the command names; EditableDocument fails for a read-only one.
     OpenDocument& Document() const;
     OpenDocument& EditableDocument() const;
 };
 
 struct Command {
     const char* name;
-    // May throw; the command is refused then.
+    // An exception refuses the command.
     CommandReply (*run)(const CommandCall& call);
-    // Waits until no job holds the document, so that the UI thread does not.
+    // Deferred until no job holds the document's lock, so that the UI thread never blocks on it.
     bool waits = false;
-    // Names pages and comments by numbers, which are others once the document has another revision.
+    // Names pages and comments by position, which is valid for one revision of the document.
     bool namesPositions = false;
 };
 
@@ -52,7 +52,7 @@ std::span<const Command> EditCommands();
 std::span<const Command> FileCommands();
 std::span<const Command> ViewCommands();
 
-// Runs the command, at once or when its turn has come, and answers it.
+// Runs the command, at once or after the work that it waits for, and sends the reply.
 void RunCommand(BrowserSession& session, const ClientRequest& request);
 
 }  // namespace Workbench

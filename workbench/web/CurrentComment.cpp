@@ -20,7 +20,7 @@ bool IsListed(const AnnotationRef& annotation)
     return annotation && annotation.Get()->properties.Load()->listed;
 }
 
-// The listed comment of a page at a position or behind it, else the last one before.
+// The first listed comment of a page at or after a position, else the last one before it.
 Comment ListedNear(Documents::Document& document, std::uint32_t page, std::size_t position)
 {
     const Documents::PageRef snapshot = document.AcquirePage(page);
@@ -39,7 +39,7 @@ Comment ListedNear(Documents::Document& document, std::uint32_t page, std::size_
     return before == annotations.rend() ? Comment{} : Comment{page, *before};
 }
 
-// As above; of a page without any, the one that stands nearest on the nearest page.
+// As above; for a page without listed comments, the nearest comment on the nearest page.
 Comment NearestListed(Documents::Document& document, std::uint32_t page, std::uint32_t position)
 {
     Comment found = ListedNear(document, page, position);
@@ -55,7 +55,7 @@ Comment NearestListed(Documents::Document& document, std::uint32_t page, std::ui
     return found;
 }
 
-// The page that shows the comment, if possible the one that did; kPDNoPage when none does.
+// The page that holds the comment, the former page if possible; kPDNoPage when none does.
 std::uint32_t PageShowing(Documents::Document& document, const Comment& comment)
 {
     return PositionOnPage(document, comment.page, comment.annotation.Get())

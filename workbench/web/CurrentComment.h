@@ -1,6 +1,7 @@
-// The comment of a document that is highlighted in its list, and which one is to be after an edit,
-// so that the list stays where its reader is. The highlight itself is the panel's: the current
-// item. The view gives a comment the focus, and the panel follows. [ui-thread]
+// Tracks a document's current comment, the one whose item is current in the panel's list, and
+// chooses the current comment after an edit so that the list keeps its place. The panel owns the
+// state; this class changes it by focusing a comment in the view, which the panel follows.
+// [ui-thread]
 #pragma once
 
 #include "documents/Document.h"
@@ -19,24 +20,24 @@ class CurrentComment {
 public:
     using Comment = BLDocumentViewObject::Focus;  // without an annotation: none
 
-    // `changed` is called when the item, or the state of the list, is another one.
+    // `changed` is called when the current item or the state of the list has changed.
     explicit CurrentComment(std::function<void()> changed) : changed_(std::move(changed)) {}
 
-    // Reads the list as it is after a call of the UI thread. What Show and an edit have asked for
-    // gets the focus of the view here when there was no list before.
+    // Reads the list after a call of the UI thread. A comment that Show or an edit requested while
+    // there was no list is focused here once the list is complete.
     void Update(BLDocumentViewObject& view, const HtmlEngine::Document& panel);
 
-    // The document has been edited; its list follows already, or is loading.
+    // To be called after an edit, when the list is updated or loading.
     void FollowEdit(const std::vector<Documents::Change>& changes, BLDocumentViewObject& view,
                     const HtmlEngine::Document& panel);
 
-    // Gives the focus of the view to a comment; once more when the list has come, if there is none.
+    // Focuses a comment in the view, and again when the list is complete if it is loading now.
     void Show(Comment comment, BLDocumentViewObject& view, const HtmlEngine::Document& panel);
 
-    // The list is made anew, as that of another view: the comment is to be current there too.
+    // The list is rendered again for a new view; the current comment is restored in it.
     void Keep();
 
-    // Whether there is a list, and not one that is being made.
+    // Whether the list is complete, not loading.
     bool HasList() const noexcept { return state_.hasList; }
     bool IsLoading() const noexcept { return state_.isLoading; }
     // The current item of the list; kNoElement for none.
@@ -57,7 +58,7 @@ private:
 
     const std::function<void()> changed_;
     State state_;
-    Comment comment_;  // of the list that there is, or was last
+    Comment comment_;  // of the present list, or of the last one
     Comment wanted_;
 };
 

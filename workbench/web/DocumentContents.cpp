@@ -17,7 +17,7 @@ namespace {
 
 using Documents::Encryption;
 
-// A name in both forms that browsers take (RFC 6266): plain letters, and all of it in escapes.
+// A file name in both forms of RFC 6266: ASCII characters only, and percent-encoded UTF-8.
 std::string AttachmentNamed(const std::string& name)
 {
     const auto isPlain = boost::urls::unreserved_chars;
@@ -48,7 +48,7 @@ void DocumentContents::NoteEdit(DocumentNumber number)
     files_[number].editedAt = Clock::now();
 }
 
-// Edits come in bursts, and each would have to wait for the file of the one before.
+// Edits come in bursts, and each would otherwise wait for the file of the previous one.
 void DocumentContents::WriteDue()
 {
     constexpr std::chrono::milliseconds kQuiet(200);
@@ -67,7 +67,7 @@ void DocumentContents::Write(OpenDocument& document, File& file)
     const std::uint64_t revision = document.content->Revision();
     std::optional<Encryption> missing;
     for (Wanted& wanted : std::exchange(file.wanted, {})) {
-        // Who looks at the document here has been admitted to it; what leaves keeps its lock.
+        // The user has access to the open document; a downloaded file keeps its encryption.
         const Encryption encryption = document.content->Encrypted() && !wanted.asDownload
                                           ? Encryption::kDropped
                                           : Encryption::kKept;
@@ -119,7 +119,7 @@ void DocumentContents::Take(DocumentNumber number, Encryption encryption, std::u
         }
         return;
     }
-    // An edit may have come in between: the bytes are of one of both states then, and it is tried
+    // After an edit in between, the bytes may be those of either state, so the file is written
     // again.
     file.bytes.reset();
     if (document->content->Revision() == revision) {

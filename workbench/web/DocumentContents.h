@@ -1,5 +1,6 @@
-// The files of open documents as they stand, for browser clients that show their pages or download
-// them. They are written on other threads, once no edit has come for a moment. [ui-thread]
+// PDF files of the open documents in their present state, for browser clients that show pages or
+// download them. They are written on worker threads, once edits have paused for a moment.
+// [ui-thread]
 #pragma once
 
 #include "actions/OpenDocuments.h"
@@ -21,14 +22,14 @@ public:
     // The session outlives this.
     explicit DocumentContents(BrowserSession& session) : session_(session) {}
 
-    // Answers with the file: for a client that shows it without the encryption that it may have, as
-    // a download encrypted as its file is. 404 for a number that no document has.
+    // Answers with the file: unencrypted for display, encrypted like the original for a download.
+    // 404 for an unknown document number.
     void Give(DocumentNumber number, bool asDownload, PendingAnswerPtr answer);
 
     void NoteEdit(DocumentNumber number);
     void Forget(DocumentNumber number) { files_.erase(number); }
 
-    // Begins to write what is wanted and due. To be called often.
+    // Starts the writes that are requested and due. To be called often.
     void WriteDue();
 
 private:

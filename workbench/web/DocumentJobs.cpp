@@ -71,7 +71,7 @@ void DocumentJobs::End(DocumentNumber number, Kind kind, const std::function<voi
     }
 }
 
-// Work may begin another job, and may close the document.
+// Waiting work may start another job or close the document.
 void DocumentJobs::RunWaiting(DocumentNumber number)
 {
     while (!IsHeld(number) && HasWaiting(number)) {

@@ -1,6 +1,5 @@
-// Jobs on other threads that hold a document's lock for long, and the work that waits for them so
-// that the UI thread does not. Work for one document runs in the order in which it came.
-// [ui-thread]
+// Queue per document for work of the UI thread that must wait while a job on a worker thread holds
+// the document's lock. Work for one document runs in order of arrival. [ui-thread]
 #pragma once
 
 #include "actions/OpenDocuments.h"
@@ -15,26 +14,26 @@ namespace Workbench {
 class DocumentJobs {
 public:
     enum class Kind : std::uint8_t { kRead, kSave };
-    // Called with the document when its turn has come, with null when it was closed before.
+    // Called with the document, or with null when the document was closed first.
     using Work = std::function<void(OpenDocument*)>;
 
-    // `changed` is called when IsSaving has another answer for a document.
+    // `changed` is called when the result of IsSaving changes for a document.
     DocumentJobs(const OpenDocuments& documents, std::function<void(DocumentNumber)> changed);
 
     bool IsHeld(DocumentNumber number) const;
     bool IsSaving(DocumentNumber number) const;
     bool HasWaiting(DocumentNumber number) const;
 
-    // Runs the work at once, or when no job holds the document and what came before has run.
+    // Runs the work at once, or after the document's jobs and earlier work.
     void RunWhenFree(OpenDocument& document, Work work);
-    // Puts the work behind everything that waits.
+    // Appends the work to the queue, even when nothing holds the document.
     void Append(DocumentNumber number, Work work);
 
     void Begin(DocumentNumber number, Kind kind);
-    // Calls `then`, then runs what has waited. Does without the latter for a closed document.
+    // Calls `then`, then runs the waiting work unless the document is closed.
     void End(DocumentNumber number, Kind kind, const std::function<void()>& then);
 
-    // The document was closed: what waits is called with null.
+    // To be called when the document is closed: waiting work is called with null.
     void Forget(DocumentNumber number);
 
 private:

@@ -64,7 +64,7 @@ Json Shown(const OpenDocument& document)
             {"mode", target->mode}};
 }
 
-// Where the text after the file's name begins, whatever folder is in front of the name.
+// Start of the text after the file's name, with or without a folder in front of the name.
 std::size_t EndOfName(const std::string& warning, const std::string& name)
 {
     for (std::size_t found = warning.find(name); found != std::string::npos;

@@ -1,4 +1,4 @@
-// Documents and annotations as JSON, as docs/web-protocol.md has them.
+// Documents and annotations as JSON, in the form of docs/web-protocol.md.
 #pragma once
 
 #include "actions/OpenDocuments.h"
@@ -14,8 +14,8 @@
 
 namespace Workbench {
 
-// Warnings about a file for clients: without the file's name and folder in front, none long, and
-// not many of them.
+// Warnings about a file for clients: without the file's path in front, limited in length and
+// number.
 std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
                                        const std::string& name);
 
@@ -28,11 +28,11 @@ nlohmann::ordered_json DescribeDocument(const OpenDocument& document, const char
 nlohmann::ordered_json DescribeAnnotation(const Documents::AnnotationRef& annotation,
                                           std::size_t index);
 
-// What the command "annotations" answers: those of one page. [any-thread]
+// Reply of the command "annotations": the annotations of one page. [any-thread]
 nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Document& document,
                                            std::uint32_t page);
 
-// JSON as text; what is no UTF-8 (names of files) comes with replacement characters. [any-thread]
+// JSON as text; bytes that are not valid UTF-8 (in file names) become U+FFFD. [any-thread]
 std::string ToText(const nlohmann::ordered_json& json);
 
 HttpAnswer JsonAnswer(unsigned status, const nlohmann::ordered_json& json);

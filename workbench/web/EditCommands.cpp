@@ -65,7 +65,7 @@ CommandReply Remove(const CommandCall& call)
     return Done();
 }
 
-// A comment whose contents are others again is shown.
+// Undo or redo of an edit of contents shows the comment.
 CommandReply Travel(const CommandCall& call,
                     std::vector<Documents::Change> (*step)(const OpenDocument&))
 {

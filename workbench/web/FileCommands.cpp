@@ -23,7 +23,7 @@ bool MayOverwrite(const CommandCall& call)
     return call.Message().OptionalFlag("overwrite").value_or(false);
 }
 
-// A path as a user writes it: relative to where the workbench was started, or to the home folder.
+// A path typed by the user: relative to the workbench's working folder, or to the home folder.
 fs::path PathIn(const CommandCall& call)
 {
     const std::string text = call.Message().Text("path");
@@ -47,7 +47,7 @@ fs::path OwnPath(const OpenDocument& document)
     return *document.path;
 }
 
-// What a browser calls a file, without any folder.
+// The file name of an upload, without any folder.
 std::string PlainName(const std::string& name)
 {
     const std::string last = name.substr(name.find_last_of("/\\") + 1);
@@ -60,7 +60,7 @@ void TellProgress(BrowserSession& session, const std::string& name, const char* 
         Json{{"type", "progress"}, {"task", "open"}, {"name", name}, {"state", state}});
 }
 
-// What reading a file has led to, which is told. Throws what has failed.
+// Reports the outcome of reading a file; rethrows its exception.
 DocumentFile Opened(BrowserSession& session, const std::string& name,
                     std::future<DocumentFile> read)
 {
@@ -91,7 +91,7 @@ CommandReply Open(const CommandCall& call)
         [request = call.request, path](BrowserSession& session, std::future<DocumentFile> read) {
             session.Answer(request, [&] {
                 DocumentFile file = Opened(session, path.filename().string(), std::move(read));
-                // Somebody else may have asked for the same file meanwhile.
+                // Another client may have opened the same file meanwhile.
                 const OpenDocument* const open = session.Documents().FindFile(path);
                 const OpenDocument& document =
                     open != nullptr ? *open : session.Open(std::move(file));

@@ -32,7 +32,7 @@ public:
     void Start();
     void Stop();
 
-    // Runs `work` with the socket of that number, if there still is one, on the server's thread.
+    // Runs `work` on the network thread with the socket of that number, if it still exists.
     template <class Work>
     void WithSocket(SocketNumber number, Work work)
     {
@@ -84,7 +84,7 @@ private:
     std::thread thread_;
 };
 
-// Holds neither the server nor the connection: an answer may come when both are gone.
+// Holds neither the server nor the connection: an answer may outlive both.
 class HttpServer::Core::OwedAnswer final : public PendingAnswer {
 public:
     OwedAnswer(std::weak_ptr<Core> core, std::weak_ptr<HttpConnection> connection)
@@ -148,7 +148,8 @@ void HttpServer::Core::Run()
             io_.run();
             return;
         } catch (const std::exception&) {
-            // Memory was short for one connection, which hangs until its peer or its time ends it.
+            // Out of memory for one connection, which stays until its peer or its time limit ends
+            // it.
         }
     }
 }
@@ -160,7 +161,7 @@ void HttpServer::Core::AcceptNext()
             return;
         }
         if (error) {
-            // The process is short of something; it will not get better at once.
+            // The process is out of a resource; an immediate retry would fail again.
             retry_.expires_after(std::chrono::milliseconds(100));
             retry_.async_wait([this](boost::system::error_code aborted) {
                 if (!aborted && !stopping_) {

@@ -1,7 +1,7 @@
-// A small HTTP server for one web page on this machine: requests, WebSockets, bounds and time
-// limits. It serves on a thread of its own and knows nothing of documents. Peers are not trusted:
-// what AccessGuard does not admit, is too big, too slow or malformed is refused without being
-// handed on.
+// HTTP and WebSocket server for one local web page, with limits on sizes and times. It runs on its
+// own network thread and is independent of documents. Peers are not trusted: a request that
+// AccessGuard does not admit, that is too large, too slow or malformed is refused without reaching
+// the listener.
 #pragma once
 
 #include "web/Url.h"
@@ -16,7 +16,7 @@
 
 namespace Workbench {
 
-// Names a WebSocket for as long as the server runs; never used again.
+// Identifies a WebSocket; never reused while the server runs.
 using SocketNumber = std::uint64_t;
 
 struct HttpRequest {
@@ -25,7 +25,7 @@ struct HttpRequest {
     std::string body;  // of a POST
 };
 
-// Which content security policy an answer carries.
+// Content security policy of an answer.
 enum class ContentPolicy : std::uint8_t { kPage, kPanelFrame };
 
 struct HttpAnswer {
@@ -34,11 +34,11 @@ struct HttpAnswer {
     std::shared_ptr<const std::string> body{};  // null: empty
     std::vector<std::pair<std::string, std::string>> headers{};
     ContentPolicy policy = ContentPolicy::kPage;
-    bool mayBeKept = false;  // by the browser's cache, for a day
+    bool mayBeKept = false;  // cacheable by the browser for a day
 };
 
-// An answer that is still owed. One that is let go without being given says that the server is
-// about to end (503). [any-thread]
+// The pending answer to a request. Destroyed without Give, it answers 503 (the server is shutting
+// down). [any-thread]
 class PendingAnswer {
 public:
     PendingAnswer() = default;
@@ -46,12 +46,13 @@ public:
     PendingAnswer& operator=(const PendingAnswer&) = delete;
     virtual ~PendingAnswer() = default;
 
-    // Once.
+    // To be called at most once.
     virtual void Give(HttpAnswer answer) = 0;
 };
 using PendingAnswerPtr = std::shared_ptr<PendingAnswer>;
 
-// What the server hands on. Called on the server's thread; must not throw and must not wait.
+// Receiver of admitted requests and WebSocket events. Called on the network thread; must neither
+// throw nor block.
 class HttpListener {
 public:
     HttpListener() = default;
@@ -62,7 +63,8 @@ public:
     virtual void OnRequest(HttpRequest request, PendingAnswerPtr answer) = 0;
 
     virtual void OnSocketOpened(SocketNumber socket) = 0;
-    // The next message comes after HttpServer::TakeNext. One beyond the bound ends the WebSocket.
+    // The next message is read after HttpServer::TakeNext. A message over the size limit closes the
+    // WebSocket.
     virtual void OnSocketMessage(SocketNumber socket, std::string text) = 0;
     virtual void OnSocketClosed(SocketNumber socket) = 0;
 };
@@ -72,41 +74,42 @@ struct HttpServerOptions {
     std::size_t mostHeaderBytes = std::size_t{16} << 10;
     std::size_t mostBodyBytes = std::size_t{512} << 20;
     std::size_t mostMessageBytes = std::size_t{4} << 20;
-    // What waits to be sent to one client; one that lets more pile up is cut off.
+    // Limit for bytes queued to one client; a client over it is disconnected.
     std::size_t mostUnsentBytes = std::size_t{1} << 30;
     std::size_t mostConnections = 128;
-    std::chrono::milliseconds headerTime = std::chrono::seconds(15);  // for a whole header
-    std::chrono::milliseconds bodyTime = std::chrono::minutes(5);     // for a body, either way
-    std::chrono::milliseconds closingTime = std::chrono::seconds(2);  // for goodbyes
+    std::chrono::milliseconds headerTime = std::chrono::seconds(15);  // for a complete header
+    std::chrono::milliseconds bodyTime =
+        std::chrono::minutes(5);  // for a body, in either direction
+    std::chrono::milliseconds closingTime = std::chrono::seconds(2);  // for closing handshakes
 };
 
 class HttpServer {
 public:
-    // Takes a port of 127.0.0.1. `listener` must outlive the server. Throws std::runtime_error
-    // where the port is taken.
+    // Binds a port of 127.0.0.1. `listener` must outlive the server. Throws std::runtime_error when
+    // the port is in use.
     HttpServer(const HttpServerOptions& options, HttpListener& listener);
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
 
     std::uint16_t Port() const noexcept;
-    // What to open in a browser.
+    // URL to open in a browser.
     const std::string& Address() const noexcept;
 
-    // Begins to serve. Once.
+    // Starts serving. To be called once.
     void Start();
 
-    // Sends one message to a client; nothing when it is gone. [any-thread]
+    // Queues one message to a client; no effect when it has disconnected. [any-thread]
     void Send(SocketNumber socket, std::shared_ptr<const std::string> text);
 
-    // The message that was handed on last has been dealt with. [any-thread]
+    // Reports the last message as processed, so that the next one is read. [any-thread]
     void TakeNext(SocketNumber socket);
 
-    // Closes one WebSocket behind what was sent to it. [any-thread]
+    // Closes one WebSocket after the messages queued to it. [any-thread]
     void CloseSocket(SocketNumber socket);
 
-    // Closes every connection, WebSockets behind what was sent to them but in bounded time, and
-    // ends the thread. The listener is not called any more then. A second call does nothing.
+    // Closes every connection (WebSockets after the messages queued to them, within `closingTime`)
+    // and ends the thread. The listener is not called afterwards. A second call does nothing.
     void Stop();
 
 private:

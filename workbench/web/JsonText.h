@@ -1,5 +1,5 @@
-// JSON written piece by piece into a string, for messages that are too many or too big to be built
-// as values first. [any-thread]
+// Writers of JSON text, for messages too many or too large to be built as JSON values first.
+// [any-thread]
 #pragma once
 
 #include <charconv>
@@ -9,7 +9,7 @@
 
 namespace Workbench {
 
-// Appends a text in quotes. The text is UTF-8; only what JSON demands is escaped.
+// Appends a quoted string. The text is UTF-8; only the escapes that JSON requires are made.
 void AppendJsonText(std::string& out, std::string_view text);
 
 inline void AppendNumber(std::string& out, std::uint64_t number)

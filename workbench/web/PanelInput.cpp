@@ -19,14 +19,14 @@ namespace {
 using HtmlEngine::ElementHandle;
 using HtmlEngine::kNoElement;
 
-// A click or a key, kept until it may act.
+// A click or a key that waits to be carried out.
 struct PanelInput {
     SocketNumber socket = 0;
-    std::optional<std::uint64_t> id;       // of the reply; nothing: none is wanted
-    std::optional<std::uint64_t> item;     // the current item as the client knows it
-    ElementHandle container = kNoElement;  // the one that was shown
-    std::optional<std::uint64_t> element;  // as clients know it; nothing: what is current then
-    std::optional<std::uint32_t> key;      // nothing: a click
+    std::optional<std::uint64_t> id;       // of the reply; nullopt: no reply
+    std::optional<std::uint64_t> item;     // the client's current item
+    ElementHandle container = kNoElement;  // the visible one at arrival
+    std::optional<std::uint64_t> element;  // its id; nullopt: the current item
+    std::optional<std::uint32_t> key;      // nullopt: a click
     std::uint32_t modifiers = 0;
 };
 
@@ -37,7 +37,7 @@ PanelInput ReadInput(BrowserSession& session, SocketNumber socket, const ClientM
     input.socket = socket;
     input.id = message.OptionalNumber("id");
     input.item = message.OptionalNumber("item");
-    input.container = FindVisibleContainer(*session.TheHost().Panel().Page());
+    input.container = FindVisibleContainer(*session.TheHost().Panel().Document());
     if (!isKey) {
         input.element = message.Number("element");
         return input;
@@ -54,16 +54,16 @@ PanelInput ReadInput(BrowserSession& session, SocketNumber socket, const ClientM
     return input;
 }
 
-// Whether the panel makes a delete command of it.
+// Whether the panel handles it as a deletion.
 bool Deletes(BrowserSession& session, const PanelInput& input)
 {
     return input.key ? *input.key == kKeyDelete
-                     : IsInDeleteButton(*session.TheHost().Panel().Page(),
+                     : IsInDeleteButton(*session.TheHost().Panel().Document(),
                                         session.PanelTree().ElementWith(*input.element));
 }
 
-// A key without an element, or with one that is gone meanwhile, is for what is current when its
-// turn comes.
+// A key without an element, or with a removed one, goes to the item that is current when it is
+// carried out.
 ElementHandle TargetOf(BrowserSession& session, const PanelInput& input)
 {
     const ElementHandle target =
@@ -77,7 +77,8 @@ ElementHandle TargetOf(BrowserSession& session, const PanelInput& input)
     return FindKeyTarget(session.TheHost().Panel(), input.container);
 }
 
-// Without a comment to act on the panel would fail, and it deletes without a word or not at all.
+// Checks that the panel leaves out: it fails without a current comment, and reports no refused
+// deletion.
 void RequireActing(BrowserSession& session, const OpenDocument& document, const PanelInput& input)
 {
     const bool deletes = Deletes(session, input);
@@ -91,7 +92,7 @@ void RequireActing(BrowserSession& session, const OpenDocument& document, const 
     if (deletes) {
         RequireCommentEditable(document, position);
     }
-    // Of a page that is folded no item is seen.
+    // Items of a collapsed page item are not visible.
     if (deletes && input.key &&
         !session.TheHost().Panel().IsShown(session.Current(document).Item())) {
         throw ActionRefused("the current comment of " + document.name + " is folded away",
@@ -112,13 +113,14 @@ void Act(BrowserSession& session, const PanelInput& input)
     } else {
         panel.Click(target);
     }
-    // What comes next may act on the comment that is current now.
+    // The next input may act on the comment that is current now.
     if (document != nullptr) {
-        session.Current(*document).Update(document->view->View(), *panel.Page());
+        session.Current(*document).Update(document->view->View(), *panel.Document());
     }
 }
 
-// Acts, and answers the client that wants a reply; another one is told of a refusal.
+// Carries out the input, and replies to the client; without a reply id, a refusal is sent as a
+// notice.
 void Carry(BrowserSession& session, const PanelInput& input, const std::function<void()>& act)
 {
     if (input.id) {

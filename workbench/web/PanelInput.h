@@ -1,5 +1,5 @@
-// Clicks and keys of browser clients: which element of the panel they are for, and which of them
-// may act on a comment. [ui-thread]
+// Clicks and keys of browser clients: their target elements in the panel, and the checks before one
+// acts on a comment. [ui-thread]
 #pragma once
 
 #include "web/HttpServer.h"
@@ -9,8 +9,8 @@ namespace Workbench {
 class BrowserSession;
 class ClientMessage;
 
-// Takes the message "click" or "key". What deletes a comment waits for jobs that hold its document,
-// and whatever comes behind waiting input waits too. Throws MessageError.
+// Handles the message "click" or "key". Input that deletes a comment waits for jobs that hold its
+// document, and later input waits behind it. Throws MessageError.
 void TakePanelInput(BrowserSession& session, SocketNumber client, const ClientMessage& message,
                     bool isKey);
 

@@ -40,7 +40,7 @@ void PanelStream::Stop()
     changes_.Take();
 }
 
-// Clients know what is in the tree; a handle may also name an element that has left it.
+// Ids of clients are valid for elements in the tree only; a handle may name a detached element.
 ElementHandle PanelStream::ElementWith(std::uint64_t id) const
 {
     const NodeHandle root = panel_.NodeOf(panel_.Root());

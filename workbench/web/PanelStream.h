@@ -1,5 +1,5 @@
-// The panel's tree as browser clients follow it: the whole tree for one that connects, then the
-// changes, for all of them alike. [ui-thread]
+// The panel's tree as messages for browser clients: a snapshot for each client that connects, then
+// the changes, the same for all. [ui-thread]
 #pragma once
 
 #include "html-engine/Document.h"
@@ -17,7 +17,8 @@ public:
     explicit PanelStream(HtmlEngine::Document& panel);
     ~PanelStream() override;
 
-    // The whole tree. From the first call on changes are noted; TakeChanges must be empty.
+    // The whole tree. Changes are recorded from the first call on; those before it must have been
+    // taken with TakeChanges.
     std::vector<PanelMessage> Snapshot();
 
     bool HasChanges() const noexcept { return !changes_.IsEmpty(); }
@@ -25,10 +26,10 @@ public:
     // The changes since the last call, in order. Empty before the first Snapshot.
     std::vector<PanelMessage> TakeChanges();
 
-    // Notes no changes until the next Snapshot.
+    // Stops recording changes until the next Snapshot.
     void Stop();
 
-    // The element of the tree that clients know by an id (see IdOf); kNoElement when there is none.
+    // The element with that id of clients (see IdOf); kNoElement when the tree has none.
     HtmlEngine::ElementHandle ElementWith(std::uint64_t id) const;
 
 private:

@@ -13,7 +13,7 @@ using HtmlEngine::TreeReader;
 
 namespace {
 
-// Number of nodes from `first` to `last` with all inside them.
+// Number of nodes from `first` to `last` with their descendants.
 std::size_t CountNodes(const TreeReader& reader, NodeHandle first, NodeHandle last)
 {
     std::size_t count = 0;
@@ -38,7 +38,7 @@ std::size_t CountNodes(const TreeReader& reader, NodeHandle first, NodeHandle la
 
 }  // namespace
 
-// One insertion on its way: a walk through the nodes, and the brackets that are open meanwhile.
+// State of one insertion: a walk through the nodes, with the open brackets of the JSON text.
 class PanelWriter::Insertion {
 public:
     Insertion(PanelWriter& writer, NodeHandle first, NodeHandle last)
@@ -86,7 +86,7 @@ private:
         }
     }
 
-    // Ends the message in front of the present node, which begins an insertion of its own then.
+    // Ends the message before the present node, which then begins a new insertion.
     void CutHere()
     {
         NodeHandle parent = reader_.Parent(node_);
@@ -179,7 +179,7 @@ void PanelWriter::WriteId(NodeHandle node)
     AppendNumber(changes_, IdOf(node));
 }
 
-// The whole node when it is a text or a comment; of an element, what stands before its children.
+// Writes a text or comment completely, and an element up to its children.
 void PanelWriter::WriteNode(NodeHandle node)
 {
     ++nodes_;

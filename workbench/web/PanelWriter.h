@@ -1,6 +1,6 @@
-// Writes a tree of the HTML engine and its changes as messages for browser clients. A big insertion
-// is cut into several: what has not been written of a node's children follows as further insertions
-// into it. [ui-thread]
+// Serialises a tree of the HTML engine and its changes as messages for browser clients. A large
+// insertion is split: children that do not fit follow as further insertions into their parent.
+// [ui-thread]
 #pragma once
 
 #include "html-engine/TreeReader.h"
@@ -15,9 +15,8 @@ namespace Workbench {
 // One message of type "panel".
 using PanelMessage = std::string;
 
-// A node's id for clients: its handle, in the 53 bits that a browser's numbers hold and with few
-// digits for most nodes, because handles count generations from 1. 0 for no node. Never given to
-// another node.
+// A node's id for clients: its handle less the first generation, which fits the 53 bits of a
+// JavaScript number and is short for most nodes. 0 for no node. Never reused.
 constexpr std::uint64_t IdOf(HtmlEngine::NodeHandle node)
 {
     return node == HtmlEngine::kNoNodeHandle ? 0 : node - (std::uint64_t{1} << 32);
@@ -30,20 +29,21 @@ constexpr HtmlEngine::NodeHandle NodeWith(std::uint64_t id)
 class PanelWriter {
 public:
     static constexpr std::size_t kMostNodes = 2000;  // per message
-    // A message ends with the first change or node behind this size.
+    // A message ends at the first change or node beyond this size.
     static constexpr std::size_t kFullBytes = std::size_t{512} << 10;
 
     explicit PanelWriter(HtmlEngine::TreeReader reader) : reader_(reader) {}
 
-    // The siblings from `first` to `last` with all inside them, under their parent as it is now.
+    // Records the insertion of the siblings from `first` to `last` with their descendants, at their
+    // present place in the tree.
     void Insert(HtmlEngine::NodeHandle first, HtmlEngine::NodeHandle last);
-    // They, and what is inside them, are no more in the tree.
+    // Records the removal of the siblings from `first` to `last`.
     void Remove(HtmlEngine::NodeHandle first, HtmlEngine::NodeHandle last);
     void Text(HtmlEngine::NodeHandle text);
     void Attributes(HtmlEngine::NodeHandle element);
     void States(HtmlEngine::NodeHandle element);
 
-    // Drops what was written, and writes the whole tree instead.
+    // Discards recorded changes and writes the whole tree instead.
     void Reset(HtmlEngine::NodeHandle root);
 
     bool IsEmpty() const noexcept { return changes_.empty() && messages_.empty(); }

@@ -32,7 +32,7 @@ bool WriteAll(int descriptor, std::string_view bytes)
     return ::fsync(descriptor) == 0;
 }
 
-// Makes a new file; the error, 0 when it is written. Nothing is left of one that failed.
+// Creates and writes a new file; returns the error, 0 on success. A failed file is removed.
 int WriteNewFile(const fs::path& file, std::string_view bytes)
 {
     const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
@@ -47,7 +47,7 @@ int WriteNewFile(const fs::path& file, std::string_view bytes)
     return error;
 }
 
-// The file's name without ".pdf", in whatever letters.
+// The file's name without ".pdf" in upper or lower case.
 std::string Stem(const std::string& name)
 {
     const fs::path path = fs::path(name).filename();

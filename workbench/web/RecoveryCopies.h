@@ -1,5 +1,5 @@
-// Copies of documents: those that users ask for, and those that are written at the end for what is
-// not saved. [any-thread]
+// Copies of documents: those that users request, and recovery copies of modified documents at
+// shut-down. [any-thread]
 #pragma once
 
 #include "documents/Document.h"
@@ -11,20 +11,21 @@
 
 namespace Workbench {
 
-// Writes the document as it stands; it stays modified. A write that fails leaves what was there.
+// Writes the document's present state; the document stays modified. A failed write leaves the
+// existing file unchanged.
 Documents::SaveResult WriteCopy(Documents::Document& document, const std::filesystem::path& path);
 
-// Where recovery copies go when they cannot stand beside the original: the user's state folder,
+// Folders for recovery copies that cannot be written beside the original: the user's state folder,
 // then the folder for temporary files.
 std::vector<std::filesystem::path> RecoveryFolders();
 
 struct RecoveryCopy {
-    std::string error;  // empty when there is one
+    std::string error;  // empty on success
     std::filesystem::path file;
 };
 
-// Writes "NAME.recovered.pdf", with a number when that is taken, beside `path` or into the first of
-// `folders` that takes it. Never replaces a file; only the user may read it.
+// Writes "NAME.recovered.pdf", with a number when that name is in use, beside `path` or into the
+// first of `folders` that can be written. Never replaces a file; readable by the user only.
 RecoveryCopy WriteRecoveryCopy(Documents::Document& document, const std::string& name,
                                const std::optional<std::filesystem::path>& path,
                                const std::vector<std::filesystem::path>& folders);

@@ -93,7 +93,7 @@ HttpAnswer RequestRouter::FileAnswer(const Url& url) const
     return folder == "panel" ? PanelResource(url) : HttpAnswer{.status = 404};
 }
 
-// All languages as members of one object; a file that is no JSON is left out.
+// All languages as members of one object; a malformed file is left out.
 HttpAnswer RequestRouter::LocalesAnswer() const
 {
     auto all = nlohmann::ordered_json::object();
@@ -110,7 +110,7 @@ HttpAnswer RequestRouter::LocalesAnswer() const
     return JsonAnswer(200, all);
 }
 
-// Style sheets and images. `common` is the host's part of them, and comes from the client's folder.
+// Style sheets and images of the panel. `common` is the host's part, in the web page's folder.
 HttpAnswer RequestRouter::PanelResource(const Url& url) const
 {
     const std::string_view type = ContentTypeOf(url.path.back());

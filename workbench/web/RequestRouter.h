@@ -1,4 +1,4 @@
-// Routes requests and WebSocket messages: answers files and panel resources on the server's thread,
+// Routes requests and WebSocket messages: answers files and panel resources on the network thread,
 // and posts everything else to the session on the UI thread.
 #pragma once
 
@@ -13,14 +13,14 @@ namespace Workbench {
 
 class BrowserSession;
 
-// Folders that are served. A missing one serves nothing.
+// Folders with the served files. A missing folder serves nothing.
 struct ServedFolders {
     std::filesystem::path client;  // the web page's own files
     std::filesystem::path pdfjs;
-    std::filesystem::path locales;  // files of languages; served as one answer
+    std::filesystem::path locales;  // one file per language; served as one answer
 };
 
-// The folders as they lie beside the running program.
+// The folders beside the running program.
 ServedFolders DefaultServedFolders();
 
 class RequestRouter final : public HttpListener {
@@ -28,8 +28,8 @@ public:
     // `loop` outlives the server.
     RequestRouter(UiThreadLoop& loop, ServedFolders folders);
 
-    // To be called before requests come, on the UI thread. Held weakly: what comes when the
-    // session has ended is dropped.
+    // Sets the session, held weakly: requests after its end are dropped. To be called on the UI
+    // thread before the server starts.
     void Serve(const std::shared_ptr<BrowserSession>& session, HttpServer& server);
 
     void OnRequest(HttpRequest request, PendingAnswerPtr answer) override;

@@ -1,4 +1,4 @@
-// The document that the workbench opens when none is named.
+// The sample document, opened when the command line names no file.
 #pragma once
 
 #include "documents/Document.h"
@@ -9,7 +9,7 @@ namespace Workbench {
 
 inline constexpr const char* kSampleName = "sample.pdf";
 
-// A new one each time. Throws std::runtime_error.
+// A new document with each call. Throws std::runtime_error.
 std::shared_ptr<Documents::Document> OpenSample(bool listAll);
 
 }  // namespace Workbench

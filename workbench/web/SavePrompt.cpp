@@ -100,7 +100,7 @@ CommandReply SavePrompt::Answer(const ClientRequest& request)
     return Json::object();
 }
 
-// A document without a path stays unsaved, and so gets a recovery copy in the end.
+// A document without a path stays unsaved and gets a recovery copy at shut-down.
 void SavePrompt::SaveAll(const ClientRequest& request)
 {
     struct Progress {

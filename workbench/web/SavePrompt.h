@@ -1,5 +1,5 @@
-// The prompt before the workbench ends: clients ask their users what becomes of changes that are
-// not saved. [ui-thread]
+// The save-before-exit prompt: asks the users of all clients whether to save, copy or discard
+// unsaved changes before the workbench ends. [ui-thread]
 #pragma once
 
 #include "actions/OpenDocuments.h"
@@ -19,7 +19,7 @@ class BrowserSession;
 enum class SavePromptState : std::uint8_t {
     kOpen,
     kWithdrawn,  // cancelled, or never opened
-    kClosed,     // answered, out of time, or nothing left to ask or nobody to be asked
+    kClosed,     // answered or timed out, or no unsaved documents or no clients left
 };
 
 class SavePrompt {
@@ -27,28 +27,28 @@ public:
     // The session outlives the prompt.
     explicit SavePrompt(BrowserSession& session) : session_(session) {}
 
-    // Opens the prompt in all clients, for that long. False when no document has unsaved changes,
-    // and when no client is connected.
+    // Opens the prompt in all clients, for at most `patience`. False when no document has unsaved
+    // changes, and when no client is connected.
     bool Open(std::chrono::milliseconds patience);
 
     SavePromptState State() const;
 
-    // Whether a user has answered that changes may be lost.
+    // Whether a user has chosen to discard the changes.
     bool DiscardsChanges() const noexcept { return question_ && question_->discards; }
 
-    // Tells the clients when other documents are unsaved than before, because of saving or edits.
+    // Sends the prompt again when the set of unsaved documents has changed.
     void Update();
 
-    // A client that connects is asked, too.
+    // Sends an open prompt to a client that has just connected.
     void Tell(SocketNumber client) const;
 
-    // The command "end", which answers the prompt.
+    // Carries out the command "end", the answer to the prompt.
     CommandReply Answer(const ClientRequest& request);
 
 private:
     struct Question {
         std::chrono::steady_clock::time_point until;
-        bool takesAnswers = true;  // not while one is being carried out
+        bool takesAnswers = true;  // false while an answer is being carried out
         bool isClosed = false;
         bool discards = false;
     };
@@ -60,7 +60,7 @@ private:
 
     BrowserSession& session_;
     std::optional<Question> question_;
-    std::vector<DocumentNumber> told_;  // the unsaved documents that clients were told of last
+    std::vector<DocumentNumber> told_;  // unsaved documents in the last message to clients
 };
 
 }  // namespace Workbench

@@ -38,7 +38,7 @@ constexpr ContentType kContentTypes[] = {
     {".woff2", "font/woff2"},
 };
 
-// Whether a path, links followed, lies below a folder.
+// Whether a path, with symbolic links resolved, is below a folder.
 bool IsBelow(const fs::path& folder, const fs::path& path)
 {
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==

@@ -1,5 +1,4 @@
-// The signals by which a user, a closed terminal or the system ends the workbench: SIGINT, SIGHUP
-// and SIGTERM.
+// Handler of the signals that end the workbench: SIGINT, SIGHUP and SIGTERM.
 #pragma once
 
 #include <functional>
@@ -7,8 +6,8 @@
 
 namespace Workbench {
 
-// As long as it lives, each signal calls `take` with its number on a thread of its own. Where that
-// says false, the process ends at once. There is one at a time.
+// While an object lives, each signal calls `take` with its number on a separate thread. When `take`
+// returns false, the process exits at once. At most one object at a time.
 class StopSignals {
 public:
     explicit StopSignals(std::function<bool(int signal)> take);

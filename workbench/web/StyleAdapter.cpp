@@ -14,10 +14,10 @@ using Text = std::string_view;
 
 constexpr Text kBlanks = " \t\r\n\f";
 constexpr Text kByteOrderMark = "\xEF\xBB\xBF";
-constexpr int kDeepestBlock = 16;  // deeper ones are passed on as they stand
+constexpr int kDeepestBlock = 16;  // deeper blocks are passed through
 
 constexpr std::array<Text, 4> kStates = {"current", "disabled", "expanded", "collapsed"};
-// Written with one colon by old sheets; nothing may follow them in a selector.
+// Pseudo-elements that may be written with one colon; they end a selector.
 constexpr std::array<Text, 4> kOldPseudoElements = {"before", "after", "first-line",
                                                     "first-letter"};
 
@@ -199,7 +199,7 @@ std::size_t EndOfSubject(Text selector)
     return selector.size();
 }
 
-// Each selector of a list put into a form, and the list put together again.
+// Transforms each selector of a list and joins the results.
 template <class Form>
 std::string EachSelector(Text list, Form form)
 {
@@ -235,12 +235,12 @@ std::optional<Declaration> ParseDeclaration(Text text)
     return declaration;
 }
 
-// A style rule on its way: what its declarations become, and the rules that they add behind it.
+// Translation of a style rule: its new declarations, and the rules to add after it.
 class RuleAdapter {
 public:
     explicit RuleAdapter(std::string selectors) : selectors_(std::move(selectors)) {}
 
-    // One declaration without the semicolon behind it, blanks and comments in front of it included.
+    // Adds one declaration without its semicolon, with the blanks and comments in front of it.
     void Take(Text text, bool closed)
     {
         const std::size_t begin = SkipBlanksAndComments(text, 0);
@@ -269,7 +269,7 @@ public:
     bool Collapses() const noexcept { return collapses_; }
 
 private:
-    // What takes a declaration's place; empty: nothing.
+    // The replacement of a declaration; empty: none.
     std::string Adapted(const Declaration& declaration, Text text)
     {
         const std::string priority = declaration.important ? " !important" : "";
@@ -294,8 +294,8 @@ private:
         return adapted;
     }
 
-    // Children keep their size along the flow; one that wants all of it takes what is left. Whether
-    // it wants it is said by a property of the child's own rule, which counts more than this one.
+    // Children keep their size along the flow; a child with a size of 100% takes the remaining
+    // space. A property in the child's own rule, which has precedence, selects that.
     std::string Flow(const std::string& direction, const std::string& side,
                      const std::string& priority)
     {
@@ -343,7 +343,7 @@ public:
     }
 
 private:
-    // The rules of a sheet or a block. `scope`: what they are put under; empty: nothing.
+    // The rules of a sheet or a block. `scope`: selector to nest them under; empty: none.
     std::string Rules(Text text, const std::string& scope, int depth)
     {
         std::string result;
@@ -386,7 +386,7 @@ private:
         return result;
     }
 
-    // `@media locale == "ru"` and its opposite, as what the root must be.
+    // `@media locale == "ru"` and its negation as a condition on the root element.
     static std::optional<std::string> LanguageScope(Text prelude)
     {
         const std::string plain = WithoutComments(prelude);
@@ -414,7 +414,7 @@ private:
         return isEqual ? attribute : ":not(" + attribute + ")";
     }
 
-    // A selector that begins with the root itself is about that one.
+    // In a selector that begins with the root, the condition applies to that root.
     static std::string Scoped(const std::string& selector, const std::string& scope)
     {
         for (const Text root : {Text(":root"), Text("html")}) {
@@ -440,7 +440,7 @@ private:
             const std::size_t begin = SkipBlanksAndComments(block, at);
             std::size_t end = FindOutside(block, ";{", begin);
             if (end < block.size() && block[end] == '{') {
-                // A rule in a rule: what it means is the browser's.
+                // A nested rule is passed to the browser.
                 end = std::min(FindBlockEnd(block, end + 1) + 1, block.size());
                 rule.Take(block.substr(at, end - at), false);
                 at = end;

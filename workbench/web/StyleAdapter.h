@@ -1,6 +1,6 @@
-// The panel's style sheets as a browser understands them. They are written for an engine with a few
-// notions of its own (flow, states, collapsing); those are put into standard CSS by rule, and
-// everything else is passed on as it stands. [any-thread]
+// Translates the panel's style sheets to standard CSS. The sheets use extensions of the host's
+// engine (flow, state pseudo-classes, collapsing); these are translated by rule, and everything
+// else is passed through unchanged. [any-thread]
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace Workbench {
 
-// Adapts one sheet (UTF-8). Never fails: what is malformed stays malformed.
+// Translates one sheet (UTF-8). Never fails: malformed input stays malformed.
 std::string AdaptStyleSheet(std::string_view sheet);
 
 }  // namespace Workbench

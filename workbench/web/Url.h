@@ -1,4 +1,4 @@
-// The path and the query of a request's target. [any-thread]
+// Path and query of a request's target. [any-thread]
 #pragma once
 
 #include <map>
@@ -11,13 +11,12 @@ namespace Workbench {
 
 struct Url {
     std::vector<std::string> path;             // "/a/b" is {"a", "b"}, "/a/" is {"a", ""}
-    std::map<std::string, std::string> query;  // of a name that comes twice, the last one
+    std::map<std::string, std::string> query;  // the last value of a repeated name
 };
 
-// Takes a target apart and decodes its %XX. Nothing for a path that does not begin with a slash, an
-// escape that is none, and a path with a step that could lead out of its folder or hide a file: an
-// empty one before the end, one that begins with a point, or one with a slash, a backslash, a colon
-// or a control character in it.
+// Splits a target and decodes its percent escapes. nullopt for a path without a leading slash, a
+// malformed escape, and a path with an unsafe segment: an empty one before the end, one that begins
+// with a full stop, or one with a slash, a backslash, a colon or a control character.
 std::optional<Url> ParseUrl(std::string_view target);
 
 }  // namespace Workbench

@@ -1,4 +1,4 @@
-// The commands that show documents and comments, and those that ask for them.
+// Commands that show and query documents and comments.
 #include "actions/Edits.h"
 #include "web/BrowserSession.h"
 #include "web/ClientMessage.h"

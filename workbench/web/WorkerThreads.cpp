@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kThreadCount = 2;
 
-// The calling thread, known to the loop as one of the host's for a while.
+// Registers the calling thread with the loop as a host thread while the object lives.
 class HostThread {
 public:
     explicit HostThread(UiThreadLoop& loop) : loop_(loop) { loop_.AddHostThread(self_); }
@@ -52,12 +52,12 @@ void WorkerThreads::Post(std::function<void()> job)
         try {
             job();
         } catch (const std::exception&) {
-            // A job tells of its failures itself; what is left is that memory was short.
+            // Jobs report their own failures; what remains is a lack of memory.
         }
     });
 }
 
-// The pool releases what has not begun when it ends; a job that runs may still post.
+// The pool's destructor releases waiting jobs; a running job may still post.
 void WorkerThreads::Stop()
 {
     std::unique_ptr<boost::asio::thread_pool> ended;

@@ -1,5 +1,5 @@
-// Threads for what takes long and touches neither documents' views nor the panel: reading, writing
-// and releasing files. Posting is [any-thread].
+// Thread pool for long work that touches neither views nor the panel: reading, writing and
+// releasing files. Posting is [any-thread].
 #pragma once
 
 #include <functional>
@@ -16,18 +16,18 @@ class UiThreadLoop;
 
 class WorkerThreads {
 public:
-    // Known to `loop`, which outlives them, as threads of the host.
+    // Registers its threads with `loop`, which outlives this, as threads of the host.
     explicit WorkerThreads(UiThreadLoop& loop);
     ~WorkerThreads();
     WorkerThreads(const WorkerThreads&) = delete;
     WorkerThreads& operator=(const WorkerThreads&) = delete;
 
-    // Jobs begin in the order in which they came, two at a time. What one throws is lost. Never
-    // run, and released at once, after Stop.
+    // Runs jobs in order of arrival, two at a time. An exception of a job is discarded. After Stop
+    // a job is released without being run.
     void Post(std::function<void()> job);
 
-    // Returns when the jobs that have begun are done; the others are released. May be called twice,
-    // on the thread that made this.
+    // Waits for the running jobs and releases the others. May be called twice, on the thread that
+    // created this.
     void Stop();
 
 private:

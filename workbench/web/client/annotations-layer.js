@@ -1,5 +1,5 @@
-// The annotations of one page, as places on it that can be pointed at: a button for each one that
-// the panel lists. Positions are parts of the page, so that they hold at every zoom.
+// Layer with the annotations of one page: a button for each listed annotation, over its rectangle.
+// Positions are fractions of the page, so that they are valid at every zoom.
 
 import {nextFrame} from './slices.js';
 import {subtypeName, text} from './texts.js';
@@ -7,7 +7,7 @@ import {subtypeName, text} from './texts.js';
 const kSmallestSide = 10;
 const kIconSubtypes = new Set(['Text', 'FileAttachment', 'Sound']);
 const kLongestName = 300;
-// As many as can be made and laid out in a part of a frame.
+// Number of buttons that can be created and laid out in a fraction of a frame.
 const kPlacesInFrame = 200;
 const kSteps = {ArrowUp: -1, ArrowLeft: -1, ArrowDown: 1, ArrowRight: 1};
 
@@ -27,7 +27,7 @@ export function placeOf(rect, viewport) {
     };
 }
 
-// Too small a place cannot be hit: it grows around its middle.
+// A small button is enlarged around its centre to be hit more easily.
 function grown({left, top, width, height}) {
     const moreWidth = Math.max(0, kSmallestSide - width);
     const moreHeight = Math.max(0, kSmallestSide - height);
@@ -50,9 +50,9 @@ export class AnnotationsLayer {
     #stop = null;
     element = document.createElement('div');
 
-    /// `actions` has `focus(page, annotation, revision)`, `remove(...)` and `edit(...)` of the same
-    /// form, and `refuse()` for what is of a revision gone by; what has no place left for the
-    /// keyboard focus hands it to `giveFocusBack()`.
+    /// `actions`: `focus(page, annotation, revision)`, `remove(...)` and `edit(...)` with the same
+    /// parameters, `refuse()` for an action on an outdated revision, and `giveFocusBack()`, which
+    /// takes the keyboard focus when the layer has no button left for it.
     constructor(page, actions) {
         this.#page = page;
         this.#actions = actions;
@@ -63,9 +63,9 @@ export class AnnotationsLayer {
         this.element.addEventListener('keydown', (event) => this.#key(event));
     }
 
-    /// Shows the annotations of a list; one without an appearance gets a sign. What is as it was
-    /// stays. Many come in parts, with frames between them; resolves to false when another call has
-    /// overtaken this one.
+    /// Shows a list of annotations; one without an appearance gets a note icon. Unchanged buttons
+    /// are kept. A long list is added in parts over several frames; resolves to false when a later
+    /// call supersedes this one.
     async show({annotations, revision}, viewport) {
         const turn = ++this.#shows;
         this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
@@ -96,14 +96,14 @@ export class AnnotationsLayer {
         return true;
     }
 
-    /// Places that belong to a revision gone by cannot be pointed at.
+    /// Disables the buttons of an outdated revision.
     setStale(isStale) {
         this.#isStale = isStale;
         this.element.classList.toggle('stale', isStale);
     }
 
-    /// Outlines one, or none for null; with a pulse when it has just been asked for. Whether there
-    /// is such a one.
+    /// Outlines an annotation, or none for null, optionally with a pulse. Returns whether it has a
+    /// button.
     mark(index, pulse) {
         const button =
             this.#places.find(({annotation}) => annotation.index === index)?.button ?? null;
@@ -117,7 +117,7 @@ export class AnnotationsLayer {
         }
         if (button && pulse) {
             button.classList.remove('pulse');
-            button.getBoundingClientRect(); // begins the animation anew
+            button.getBoundingClientRect(); // restarts the animation
             button.classList.add('pulse');
         }
         return button !== null;
@@ -128,7 +128,7 @@ export class AnnotationsLayer {
         button?.setAttribute('aria-pressed', String(isMarked));
     }
 
-    // An annotation with all that its button shows, as a text to compare.
+    // Everything that an annotation's button shows, as a string for comparison.
     #describe(annotation, viewport) {
         const {subtype, contents, rect} = annotation;
         const words = [subtypeName(subtype), contents.slice(0, kLongestName)];
@@ -138,8 +138,8 @@ export class AnnotationsLayer {
         return {annotation, name, isIcon, looks: `${rect} ${size} ${isIcon} ${name}`};
     }
 
-    // How many at the beginning look as they do already; with `skipped`, how many at the end,
-    // besides those at the beginning.
+    // Number of unchanged buttons at the beginning; with `skipped`, the number at the end after
+    // those.
     #countSame(wanted, skipped = null) {
         const most = Math.min(wanted.length, this.#places.length) - (skipped ?? 0);
         const at = (list, count) => list[skipped === null ? count : list.length - 1 - count];
@@ -165,7 +165,7 @@ export class AnnotationsLayer {
         }
     }
 
-    // Removes the places between two positions; the position of the one that had the focus.
+    // Removes the buttons between two positions; returns the position of the focused one.
     #drop(from, to) {
         let focusAt = null;
         for (let at = from; at < to; ++at) {
@@ -179,7 +179,7 @@ export class AnnotationsLayer {
         return focusAt;
     }
 
-    // In groups: of many places only those that come together are laid out together.
+    // Buttons are added in groups, so that each layout covers one group only.
     #insert(at, descriptions, viewport) {
         const places = descriptions.map((description) => ({
             ...description,
@@ -221,7 +221,7 @@ export class AnnotationsLayer {
         button.setAttribute('aria-label', name);
         button.setAttribute('aria-pressed', 'false');
         const place = grown(placeOf(annotation.rect, viewport));
-        // The smaller one of two that overlap stays within reach.
+        // Smaller buttons lie above larger ones that they overlap.
         const area = (place.width * place.height) / (viewport.width * viewport.height);
         button.style.cssText =
             `left:${percent(place.left, viewport.width)};` +
@@ -266,7 +266,7 @@ export class AnnotationsLayer {
                 this.#act('remove', event);
             }
         } else if (event.key === 'F2') {
-            event.stopPropagation(); // means this one, wherever the panel is
+            event.stopPropagation(); // the shortcut applies to this annotation only
             this.#act('focus', event);
             this.#act('edit', event);
         } else if (kSteps[event.key]) {
@@ -277,7 +277,7 @@ export class AnnotationsLayer {
         event.preventDefault();
     }
 
-    // The keyboard focus takes the current comment along.
+    // The keyboard focus moves with the current comment.
     #step(place) {
         if (place) {
             place.button.focus();

@@ -1,14 +1,14 @@
-// The line to the workbench: one WebSocket that comes back by itself. Messages are handed to those
-// who asked for their type; a command is a promise of its reply.
+// Connection to the server: one WebSocket, reopened when it is lost. Messages are dispatched to
+// listeners by type; a command returns a promise of its reply.
 
 const kFirstDelay = 250;
 const kLongestDelay = 10000;
-// Commands that leave the current comment as it is.
+// Commands that never change the current comment.
 const kStill = new Set(['annotations', 'current', 'locale', 'save', 'save-as', 'save-copy']);
-// A connection that lasts this long counts as a good one: the next attempt comes soon again.
+// A connection of at least this duration resets the delay before the next attempt.
 const kGoodConnection = 5000;
 
-/// The address of the socket beside the page that `location` names.
+/// URL of the WebSocket for a web page at `location`.
 export function socketAddress(location) {
     const address = new URL('socket', location);
     address.protocol = 'ws:';
@@ -27,12 +27,12 @@ export class Connection {
     #timer = 0;
     #openSince = 0;
     #onState;
-    /// What the workbench takes; it closes the line at a longer message.
+    /// The server's limit for a message; it closes the connection at a longer one.
     mostMessageBytes = Infinity;
-    /// The keys that the panel reacts to.
+    /// The keys that the panel handles.
     panelKeys = new Set();
 
-    /// `onState` is told "open", or "waiting" when the connection is lost or was not to be had.
+    /// `onState` is called with "open", or "waiting" when the connection is lost or failed.
     constructor(address, onState) {
         this.#address = address;
         this.#onState = onState;
@@ -42,7 +42,7 @@ export class Connection {
         this.#handlers.set(type, handler);
     }
 
-    /// Begins a connection, now; one that is still being made is given up for it.
+    /// Connects at once; a pending attempt is abandoned.
     open() {
         clearTimeout(this.#timer);
         this.#openSince = Infinity;
@@ -63,7 +63,7 @@ export class Connection {
         listen('close', () => this.#closed());
     }
 
-    /// Cuts the line and begins anew, for a page that finds itself out of step.
+    /// Closes the connection and reconnects, after a message that does not fit the local state.
     restart() {
         this.#socket?.close();
     }
@@ -72,18 +72,19 @@ export class Connection {
         return this.#socket?.readyState === WebSocket.OPEN;
     }
 
-    /// Whether what has been sent so far, and may make another comment current, has been answered.
+    /// Whether every message that may change the current comment has been answered.
     get isCaughtUp() {
         return [...this.#pending.values()].every(({isStill}) => isStill);
     }
 
-    /// The reply, always: a command that could not be sent or was cut off has one with an error.
+    /// Resolves to the reply; to one with an error when the command could not be sent or the
+    /// connection was lost.
     command(name, fields = {}) {
         return this.#send({type: 'command', name, ...fields}, kStill.has(name));
     }
 
-    /// A click or a key for the panel; its reply, as above. What nobody can take is dropped: the
-    /// panel that comes with the next connection may be another one.
+    /// Sends a click or a key and resolves to its reply, as above. Input without a connection is
+    /// dropped, because the panel may differ after reconnecting.
     input(message) {
         return this.#send(message, false);
     }
@@ -131,7 +132,7 @@ export class Connection {
     }
 }
 
-/// The annotations of a page and the revision that they are of; null when they are not to be had.
+/// The annotations of a page with their revision; null when the request fails.
 export async function askAnnotations(connection, documentId, page) {
     const reply = await connection.command('annotations', {document: documentId, page});
     return reply.error === null ? reply : null;

@@ -1,14 +1,14 @@
-// Questions to the user: a dialog with some text, some fields and some buttons.
+// Modal dialogs with a message, fields and buttons.
 
 import {rememberFocus, returnFocus} from './focus-return.js';
 import {text} from './texts.js';
 
-// More buttons than these stand below each other.
+// More buttons than this are stacked vertically.
 const kInRow = 3;
 
 let countOfDialogs = 0;
 
-// The topmost one last.
+// Open dialogs, the topmost one last.
 const openDialogs = [];
 
 function makeField({name, label, type, value, hint}) {
@@ -56,15 +56,15 @@ function makeButton({key, value, isMain}, choose) {
     return button;
 }
 
-/// Asks, and promises `{choice, values}`: the value of the button and of the fields by their names.
-/// Escape, and a button without a value, give null. The keyboard focus returns to where it was.
+/// Opens a dialog and resolves to `{choice, values}`: the button's value and the fields' values by
+/// name; to null for Escape and a button without a value. The keyboard focus is restored.
 ///
 /// `fields`: `{name, label, type, value, hint}` with the type "lines" for long text.
-/// `buttons`: `{key, value, isMain}`; Enter stands for the main one.
-/// `attempt({choice, values})`, when there is one, promises what went wrong in words, or null: the
-/// dialog stays open with the words in it until there is nothing wrong.
-/// `signal` takes the question away; the answer is null then.
-/// `countdown()` gives a line that is written anew each second.
+/// `buttons`: `{key, value, isMain}`; Enter presses the main one.
+/// `attempt({choice, values})`, optional, resolves to an error text, or null on success: the dialog
+/// stays open and shows the text until an attempt succeeds.
+/// `signal` closes the dialog with the result null.
+/// `countdown()` returns a line that is updated each second.
 /// `details` are lines of text below the message.
 export function ask(question) {
     return new Promise((resolve) => {
@@ -141,7 +141,8 @@ class Dialog {
         this.#fields[0]?.field.select();
     }
 
-    // One that closes below another one leaves the focus there, and that one its way back.
+    // A dialog that closes below another one leaves the focus in that one and passes on its own
+    // return target.
     #returnFocus() {
         const at = openDialogs.indexOf(this);
         const above = openDialogs[at + 1];
@@ -200,7 +201,7 @@ class Dialog {
     }
 
     #key(event) {
-        event.stopPropagation(); // the page's shortcuts are not meant here
+        event.stopPropagation(); // shortcuts of the web page do not apply here
         const isSent =
             event.target.matches('input') ||
             (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));

@@ -1,12 +1,11 @@
-// What the user does to documents: commands to the workbench, the questions that some of them need,
-// and a word about the outcome.
+// The user's actions on documents: commands to the server, their dialogs, and messages about the
+// outcome.
 
 import {askAnnotations} from './connection.js';
 import {ask, kCancel} from './dialogs.js';
 import {hasText, subtypeName, text} from './texts.js';
 
-/// What a refusal says to the user: the page's own words for the reasons that it knows, else those
-/// of the workbench.
+/// The message of a refusal: a localised text for a known reason, else the server's text.
 export function describeRefusal(reason, words) {
     if (reason === 'disconnected') {
         return text('status.disconnected');
@@ -20,7 +19,7 @@ function isSameComment(one, other) {
     return one !== undefined && looks(one) === looks(other);
 }
 
-// Where nothing is amiss, the line of status is enough.
+// Success is reported in the status line only.
 const kNothingAmiss = new Set(['no-comment', 'other-comment', 'listing', 'folded', 'disconnected']);
 
 export class Edits {
@@ -33,7 +32,7 @@ export class Edits {
         this.#notices = notices;
     }
 
-    /// One command. Success becomes the line `doneKey` of the status.
+    /// Runs one command. On success the status line shows the text `doneKey`.
     async run(name, fields, doneKey) {
         const reply = await this.#connection.command(name, fields);
         if (reply.error !== null) {
@@ -53,7 +52,7 @@ export class Edits {
         }
     }
 
-    // One command out of a dialog, which shows what went wrong: null when nothing did.
+    // Runs one command for a dialog; resolves to the error text, or null on success.
     async #attempt(name, fields, doneKey) {
         const reply = await this.#connection.command(name, fields);
         if (reply.error === null) {
@@ -65,9 +64,9 @@ export class Edits {
 
     // --- Comments ---
     //
-    // A comment is `{page, annotation, revision}`, as it was read at that revision. The current one
-    // is known to the workbench; `item` is its number in the panel as the user sees it, undefined
-    // when another one may be current by now.
+    // A comment is `{page, annotation, revision}`, as read at that revision. For the current
+    // comment, which the server knows, `item` is the id of the item that the user sees as current;
+    // undefined when that may have changed.
 
     focus({id}, {page, annotation: {index}, revision}) {
         return this.run('focus', {document: id, page, index, revision});
@@ -113,7 +112,7 @@ export class Edits {
         );
     }
 
-    // What changed while the user wrote is no matter as long as the comment is the same.
+    // Changes made while the dialog was open are accepted as long as the comment is the same.
     async #changeContents(id, {page, annotation, revision}, contents) {
         const {index} = annotation;
         for (let known = revision; ;) {
@@ -133,7 +132,7 @@ export class Edits {
         }
     }
 
-    // Nobody is asked for words that would be refused: the status says why.
+    // Opens no dialog for an edit that would be refused; the status line gives the reason.
     #saysWhyNot({readOnly, deletionPermitted}, annotation = null) {
         const reason =
             (readOnly && 'read-only') ||
@@ -145,7 +144,7 @@ export class Edits {
         return Boolean(reason);
     }
 
-    // One at a time, however often its key was pressed before it came.
+    // Opens at most one dialog, however often the key is pressed.
     async #askContents(title, value, attempt) {
         if (this.#asksContents) {
             return;
@@ -215,7 +214,7 @@ export class Edits {
         return this.run(name, {document: id}, `done.${name}`);
     }
 
-    /// Saves; a document that came without a path is asked for one.
+    /// Saves the document; asks for a path when it has none.
     async save(description) {
         if (description.path === null) {
             return this.saveAs(description);
@@ -261,7 +260,7 @@ export class Edits {
         return reply;
     }
 
-    // What would be lost on the disk is asked about; `save(fields)` is repeated when it may be.
+    // Asks before a file is replaced; `save(fields)` is repeated with the permission.
     async #withReplacement(name, save) {
         const reply = await save({});
         const questions = {exists: 'replace.exists', 'changed-on-disk': 'replace.changed'};
@@ -294,7 +293,7 @@ export class Edits {
         link.click();
     }
 
-    /// Closes; unsaved changes are asked about.
+    /// Closes the document; asks about unsaved changes.
     async close(description) {
         const {id, name} = description;
         const reply = await this.#connection.command('close', {document: id, unsaved: 'ask'});
@@ -317,7 +316,7 @@ export class Edits {
         });
     }
 
-    // Null when it is closed; else what went wrong, nothing in words when the user did not want.
+    // Null when the document is closed; else the error text, empty when the user cancelled.
     async #closeWith(description, unsaved) {
         const {id, name, path} = description;
         if (unsaved === 'save' && path === null) {
@@ -335,8 +334,8 @@ export class Edits {
         return reply.error === null ? null : describeRefusal(reply.reason, reply.error);
     }
 
-    /// The workbench is about to end with unsaved changes; `documents` are their descriptions.
-    /// `signal` takes the question away.
+    /// Opens the save-before-exit prompt. `documents`: the descriptions of the unsaved documents;
+    /// `signal` closes the prompt.
     async askEnding(documents, seconds, signal) {
         const due = Date.now() + 1000 * seconds;
         const countdown = () =>
@@ -431,7 +430,7 @@ export class Edits {
         }
     }
 
-    // Null when it is open; else what went wrong, nothing in words when the user gave up.
+    // Null when the document is open; else the error text, empty when the user cancelled.
     async #openWithPassword(name, open) {
         this.#notices.say(text('status.opening', name));
         let reply = await open(null);

@@ -1,16 +1,16 @@
-// The place of the keyboard focus, inside the panel's frame too, and the way back to it.
+// Saving and restoring the keyboard focus, including focus inside the panel's frame.
 
-// What the Tab key reaches in a list, a group of tabs and the like.
+// The tab stop of a composite widget such as a list or a group of tabs.
 const kStop = '[tabindex="0"]';
 
 let goHome = () => {};
 
-/// `home()` takes the keyboard focus when nothing near the place to return to can.
+/// `home()` takes the keyboard focus when no element near the former one can.
 export function setFocusHome(home) {
     goHome = home;
 }
 
-/// The element that has the keyboard focus, and those around it, innermost first.
+/// The focused element and its ancestors, innermost first.
 export function rememberFocus() {
     const outer = document.activeElement;
     const places = [];
@@ -20,7 +20,7 @@ export function rememberFocus() {
     return places;
 }
 
-// Whether that was possible. An item of a list that is no longer the current one gives way to it.
+// Returns whether the element took the focus. A list item that is no longer current refuses it.
 function focus(element) {
     if (!element?.isConnected || element.getAttribute('aria-selected') === 'false') {
         return false;
@@ -32,7 +32,7 @@ function focus(element) {
     return owner.activeElement === element && (!frame || document.activeElement === frame);
 }
 
-/// Gives the focus back to where it was; when that has gone, to what stands there now.
+/// Restores the focus to the former element, or to its replacement when it was removed.
 export function returnFocus(places) {
     const [element, ...around] = places;
     if (!element || element === document.body || focus(element)) {

@@ -1,4 +1,4 @@
-// The pictures of buttons: lines on a field of 16 by 16, in the colour of the text around them.
+// Icons of buttons: line drawings of 16 by 16 units in the colour of the surrounding text.
 
 const kNamespace = 'http://www.w3.org/2000/svg';
 
@@ -24,7 +24,7 @@ const kPaths = {
     check: 'M3 8.500l3.5 3.500L13 4.5',
 };
 
-/// A picture; the button around it has the name.
+/// Creates an icon without an accessible name, which its button has.
 export function icon(name) {
     const picture = document.createElementNS(kNamespace, 'svg');
     picture.setAttribute('viewBox', '0 0 16 16');

@@ -1,6 +1,5 @@
-// The page of the workbench: puts its parts together, and hands each what the workbench says.
+// The web page of the workbench: creates its parts and dispatches the server's messages to them.
 
-import {Arrangement} from './arrangement.js';
 import {Connection, socketAddress} from './connection.js';
 import {describeRefusal, Edits} from './edits.js';
 import {setFocusHome} from './focus-return.js';
@@ -8,6 +7,7 @@ import {icon} from './icons.js';
 import {Notices} from './notices.js';
 import {Panel} from './panel.js';
 import {listenToShortcuts} from './shortcuts.js';
+import {SplitView} from './split-view.js';
 import {Splitter} from './splitter.js';
 import {StatusLine} from './status-line.js';
 import {Tabs} from './tabs.js';
@@ -30,7 +30,7 @@ async function loadedFrame(frame) {
     return frame;
 }
 
-/// The page, assembled. What it shows follows the messages of the workbench.
+/// The web page with all its parts. Its state follows the server's messages.
 class Page {
     documents = [];
     activeId = null;
@@ -57,7 +57,7 @@ class Page {
             (reply) => this.edits.tellRefusal(reply),
         );
         setFocusHome(() => this.panel.focusList());
-        this.arrangement = new Arrangement(byId('pages'), this.#viewServices());
+        this.splitView = new SplitView(byId('pages'), this.#viewServices());
         this.tabs = new Tabs(byId('tabs'), {
             activate: ({id}) => this.#activate(id),
             close: (description) => this.edits.close(description),
@@ -79,7 +79,7 @@ class Page {
     }
 
     get view() {
-        return this.arrangement.activeView;
+        return this.splitView.activeView;
     }
 
     // --- Actions on the active document ---
@@ -112,7 +112,7 @@ class Page {
         return null;
     }
 
-    // As long as input is under way, another item may be the current one when that has arrived.
+    // Undefined while input is unanswered, because it may make another item current.
     get #currentId() {
         return this.connection.isCaughtUp ? this.panel.currentId : undefined;
     }
@@ -171,13 +171,13 @@ class Page {
         document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
         this.panel.setListing(documents.some(({busy}) => busy === 'listing'));
         this.tabs.update(documents, active);
-        this.arrangement.update(documents, active);
+        this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
     }
 
-    // The question goes when somebody has answered it, here or in another window, when the
-    // workbench has ended, and with the line to it; a new line brings it again.
+    // The prompt closes when it is answered, here or by another client, when the workbench ends,
+    // and when the connection is lost; a new connection opens it again.
     #askEnding({documents, seconds}) {
         this.#ending?.abort();
         this.#ending = null;
@@ -201,7 +201,7 @@ class Page {
         byId('panel-frame').title = text('panel.comments');
         this.panel.setLanguage(name, direction);
         this.toolbar.translate();
-        this.arrangement.translate();
+        this.splitView.translate();
         this.tabs.update(this.documents, this.activeId);
         this.statusLine.update(this.documents, this.active);
     }
@@ -236,7 +236,7 @@ class Page {
         this.#showView('comments');
     }
 
-    // In a narrow window pages and panel take turns.
+    // A narrow window shows either the pages or the panel.
     #showView(name) {
         document.body.dataset.view = name;
         for (const button of byId('view-switch').children) {
@@ -244,7 +244,7 @@ class Page {
         }
     }
 
-    // The panel's frame has a document of its own, which is handed what is dropped there.
+    // The panel's frame has its own DOM document, which receives the drops on the panel.
     #listenToDrops(documents) {
         const isFile = (event) => event.dataTransfer?.types.includes('Files');
         const mark = (isOver) => document.body.classList.toggle('dropping', isOver);
@@ -272,7 +272,7 @@ class Page {
         });
     }
 
-    // Whoever wants to draw needs the pages.
+    // A drawing tool needs the pages.
     #toolChosen() {
         this.toolbar?.update();
         if (this.tools.isForDrawing) {
@@ -282,7 +282,7 @@ class Page {
 
     #toggleSplit() {
         this.split.isOn = !this.split.isOn;
-        this.arrangement.setSplit(this.split.isOn);
+        this.splitView.setSplit(this.split.isOn);
     }
 
     // --- Keyboard ---
@@ -325,5 +325,5 @@ class Page {
     }
 }
 
-/// The page, once it stands.
+/// The web page, once its frame has loaded.
 export const page = loadedFrame(byId('panel-frame')).then((frame) => new Page(frame));

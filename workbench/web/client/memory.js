@@ -1,4 +1,4 @@
-// Small choices that the browser remembers for the next visit, where it allows that.
+// User preferences in the browser's local storage, where it is available.
 
 export function recall(name, otherwise) {
     try {
@@ -12,6 +12,6 @@ export function remember(name, value) {
     try {
         localStorage.setItem(name, value);
     } catch {
-        // Then it holds for this visit.
+        // Storage is unavailable: the preference lasts until the web page is closed.
     }
 }

@@ -1,4 +1,4 @@
-// Menus that open below their button.
+// Drop-down menus of buttons.
 
 import {icon} from './icons.js';
 import {text} from './texts.js';
@@ -129,8 +129,8 @@ class Menu {
     }
 }
 
-/// Gives a button a menu. `entries()` lists it anew each time: `{key or title, act, shortcut?,
-/// isChecked?, role?, isDisabled?}`, null for a line between groups.
+/// Attaches a menu to a button. `entries()` returns its entries at each opening: `{key or title,
+/// act, shortcut?, isChecked?, role?, isDisabled?}`, null for a separator.
 export function attachMenu(button, entries) {
     return new Menu(button, entries);
 }

@@ -1,4 +1,4 @@
-// The bar below a view: which page is in sight, and how large.
+// Navigation bar of a view: page number and zoom.
 
 import {icon} from './icons.js';
 import {text} from './texts.js';
@@ -50,7 +50,7 @@ export class NavigationBar {
         ];
         const gap = document.createElement('span');
         gap.className = 'gap';
-        // A page out of many reads from left to right in every language.
+        // "Page of count" is written left to right in every language.
         const place = document.createElement('span');
         place.dir = 'ltr';
         place.append(this.#field, this.#total);

@@ -1,5 +1,5 @@
-// What the workbench has to say: notices that stay until they are dismissed, one line of status
-// that is read out, and the banner that tells of a lost connection.
+// Messages to the user: notices that stay until dismissed, the status line, which screen readers
+// announce, and the banner for a lost connection.
 
 import {icon} from './icons.js';
 import {text} from './texts.js';
@@ -21,7 +21,7 @@ export class Notices {
         this.#banner = banner;
     }
 
-    /// An error, or another thing that the user must not overlook.
+    /// Shows a notice: an error or another message that the user must not miss.
     show(message) {
         const notice = document.createElement('div');
         notice.className = 'notice';
@@ -47,8 +47,8 @@ export class Notices {
         this.#showStatus();
     }
 
-    /// What is going on; when it takes longer than a moment it stands in the line of status, and
-    /// what was said before comes back when it is over, with the empty text.
+    /// Reports work in progress, shown in the status line after a short delay. The empty text ends
+    /// it and restores the previous message.
     sayMeanwhile(task) {
         clearTimeout(this.#timer);
         if (task === '') {

@@ -1,5 +1,5 @@
-// The annotations on the pages of one view: fetched when a page comes near and whenever the
-// document changes, shown on it, and the current one marked.
+// Annotations on the pages of one view: fetches them for pages near the visible area and after each
+// change of the document, shows them, and marks the current one.
 
 import {askAnnotations} from './connection.js';
 
@@ -15,9 +15,9 @@ export class PageAnnotations {
         this.#connection = connection;
     }
 
-    /// What the workbench says of the document. After a change the annotations of `pages` are those
-    /// of the new revision as soon as they are there, before the picture is; where pages have
-    /// changed their places, none can be pointed at until then.
+    /// Updates to a new description of the document. After a change, the annotations of `pages` are
+    /// fetched for the new revision before the page images are drawn; when pages have been moved,
+    /// the buttons stay disabled until the images are drawn.
     update(description, pages) {
         const before = this.#document;
         this.#document = description;
@@ -37,7 +37,7 @@ export class PageAnnotations {
         }
     }
 
-    /// Another annotation is current, or none. `pulse` draws the eye to it as soon as it is there.
+    /// Sets the current annotation, or none. `pulse` animates it once it is shown.
     setCurrent(current, pulse, pages) {
         this.#current = current;
         this.#mustPulse ||= pulse;
@@ -54,14 +54,14 @@ export class PageAnnotations {
         }
     }
 
-    /// Shows them anew, in another language.
+    /// Rewrites all texts after a change of language.
     async translate(page) {
         if (page.shownList) {
             await this.#lay(page, page.shownList);
         }
     }
 
-    // An answer may be older than what has been said of the document meanwhile.
+    // A reply may be older than the present description of the document.
     async #listOf(index) {
         for (;;) {
             const {id, revision} = this.#document;

@@ -1,13 +1,13 @@
-// One page on the screen: a placeholder of the page's size that has a picture only while it is near
-// what is in sight. The old picture stays until the new one is ready.
+// View of one page: a placeholder of the page's size, with an image only while it is near the
+// visible area. The old image stays until the new one is ready.
 
 import {AnnotationsLayer} from './annotations-layer.js';
 import {text} from './texts.js';
 
 const kMostPixels = 2 ** 24;
-// Pixels by which places on the screen may differ from those reckoned.
+// Tolerance between measured and computed positions, in pixels.
 const kRounding = 1;
-/// CSS pixels to a point at the scale of 1.
+/// CSS pixels per point at the scale of 1.
 export const kPixelsPerPoint = 96 / 72;
 
 export class PageView {
@@ -24,13 +24,13 @@ export class PageView {
     element = document.createElement('div');
     layer;
     viewport = null;
-    /// The list whose annotations lie on the page.
+    /// The list of annotations shown on the page.
     shownList = null;
-    /// Revision of a file whose page could not be drawn; it is tried again when the page comes near
-    /// another time.
+    /// Revision whose page could not be drawn; drawn again when the page next comes near the
+    /// visible area.
     failedRevision = null;
 
-    /// `reader` lays the words of the page.
+    /// `reader` creates the page's text layer.
     constructor(index, reader, actions) {
         this.#index = index;
         this.#reader = reader;
@@ -51,18 +51,18 @@ export class PageView {
         this.element.style.setProperty('--page-height', height);
     }
 
-    /// Whether the picture is the one that `revision` and `scale` ask for.
+    /// Whether the image is that of `revision` and `scale`.
     isDrawn(revision, scale) {
         return this.#drawn === this.#describe(revision, scale);
     }
 
-    /// The page is to be drawn: as long as it has no picture it shows that one is on its way.
+    /// Marks the page as pending; without an image it shows a progress indicator.
     expect() {
         this.element.classList.toggle('waiting', !this.#canvas);
     }
 
-    /// Draws the page. Resolves to whether the picture is there: false when it was overtaken by
-    /// another request or by `release`.
+    /// Draws the page. Resolves to true when the image is shown, to false when another request or
+    /// `release` supersedes it.
     async draw(pdfPage, revision, scale) {
         const wanted = this.#describe(revision, scale);
         this.#task?.cancel();
@@ -87,8 +87,8 @@ export class PageView {
         return true;
     }
 
-    /// Whether what is in sight, `seen` in CSS pixels of the page as it is shown, is as sharp as the
-    /// screen; a picture of the whole page would be too large for that at a high zoom.
+    /// Whether the visible area `seen` (CSS pixels of the shown page) has the screen's resolution;
+    /// at a high zoom an image of the whole page would be too large for that.
     isSharp(revision, scale, seen) {
         const isEnough =
             !this.viewport || this.#sharpness(scale) >= scale * devicePixelRatio || seen === null;
@@ -103,7 +103,7 @@ export class PageView {
         );
     }
 
-    /// Draws what is in sight, and something around it, on top of the picture.
+    /// Draws the visible area with a margin on top of the page image.
     async drawDetail(pdfPage, revision, scale, seen) {
         const wanted = this.#describe(revision, scale);
         const box = this.#widen(seen, scale);
@@ -130,7 +130,7 @@ export class PageView {
         this.#replaceDetail({canvas, box, wanted});
     }
 
-    // The canvas with the picture; null when it was cancelled.
+    // The canvas with the image; null when drawing was cancelled.
     async #render(pdfPage, viewport, width, height) {
         const canvas = document.createElement('canvas');
         canvas.width = Math.max(1, Math.floor(width));
@@ -153,7 +153,7 @@ export class PageView {
         }
     }
 
-    // A part around what is in sight, for small ways, as far as a canvas bears it.
+    // The visible area with a margin for short scrolls, within the size limit of a canvas.
     #widen({left, top, width, height}, scale) {
         const fits = (by) =>
             width * height * (1 + 2 * by) ** 2 * devicePixelRatio ** 2 < kMostPixels;
@@ -164,7 +164,7 @@ export class PageView {
         return {...box, width: right - box.left, height: bottom - box.top};
     }
 
-    /// Gives the picture's memory back.
+    /// Releases the image's memory.
     release() {
         this.#replaceDetail(null);
         this.#task?.cancel();
@@ -176,7 +176,7 @@ export class PageView {
         this.#showFailure(null);
     }
 
-    /// Says on the page that it cannot be drawn.
+    /// Shows on the page that it cannot be drawn.
     fail(revision) {
         this.#showFailure(revision);
     }
@@ -203,7 +203,7 @@ export class PageView {
         }
     }
 
-    // The words hold at every zoom.
+    // The text layer is valid at every zoom.
     async #layWords(pdfPage, revision) {
         if (this.#words && this.#wordsRevision === revision) {
             return;
@@ -225,7 +225,7 @@ export class PageView {
         return `${revision} ${scale} ${devicePixelRatio}`;
     }
 
-    // As many pixels as the screen has, up to what a canvas bears.
+    // Resolution of the screen, within the size limit of a canvas.
     #sharpness(scale) {
         const wanted = scale * devicePixelRatio;
         const most = Math.sqrt(kMostPixels / (this.viewport.width * this.viewport.height));

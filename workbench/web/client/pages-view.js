@@ -1,5 +1,5 @@
-// The pages of one document, one below the other. Every page has a placeholder; pages near what is
-// in sight have a picture and their annotations. Scroll place and zoom are the view's own.
+// View of one document: its pages in a column. Every page has a placeholder; pages near the visible
+// area have an image and their annotations. Each view has its own scroll position and zoom.
 
 import {NavigationBar} from './navigation-bar.js';
 import {PdfReader} from './pdf-file.js';
@@ -9,7 +9,7 @@ import {text} from './texts.js';
 import {kFitWidth, Zoom} from './zoom.js';
 
 const kRedrawDelay = 120;
-// One height of the view above and below.
+// Margin of one view height above and below.
 const kMargin = '100% 0px';
 const kLetter = {width: 816, height: 1056};
 
@@ -72,7 +72,7 @@ export class PagesView {
         return this.#zoom;
     }
 
-    /// Page in the middle of what is in sight, from 0.
+    /// Page in the middle of the visible area, from 0.
     get currentPage() {
         const middle = this.scroller.scrollTop + this.scroller.clientHeight / 2;
         let low = 0;
@@ -92,7 +92,7 @@ export class PagesView {
         return this.#pages[index] ?? null;
     }
 
-    /// What the workbench says of the document, the first time and after each change.
+    /// Updates to the document's description, the first time and after each change.
     update(description) {
         this.#description = description;
         this.#nameScroller();
@@ -111,7 +111,7 @@ export class PagesView {
         }
     }
 
-    /// Puts the view into the page, where it was when it was taken out.
+    /// Adds the view to the DOM at its former scroll position.
     mount(slot) {
         slot.append(this.element);
         this.scroller.scrollTop = this.#place.top;
@@ -120,7 +120,7 @@ export class PagesView {
     }
 
     unmount() {
-        this.#scrolled(); // of a scroll just now no event has come yet
+        this.#scrolled(); // the event of a recent scroll may be pending
         this.element.remove();
         for (const page of this.#near) {
             page.release();
@@ -162,7 +162,7 @@ export class PagesView {
 
     // --- Contents ---
 
-    // One file at a time: when another revision comes meanwhile, it is the next.
+    // Loads one file at a time; a revision that arrives meanwhile is next.
     async #load() {
         if (this.#isLoading || !this.#description) {
             return;
@@ -183,7 +183,7 @@ export class PagesView {
         if (pdf) {
             this.#replacePdf(pdf, first);
         }
-        // What could not be had for want of a connection is asked for again after the next one.
+        // Requests that failed for lack of a connection are repeated after reconnecting.
         this.#loadedRevision = pdf || this.#services.connection.isOpen ? revision : null;
         if (this.#loadedRevision !== null && this.#description.revision !== revision) {
             this.#load();
@@ -268,7 +268,7 @@ export class PagesView {
         };
     }
 
-    // --- Sight ---
+    // --- Visible area ---
 
     #resized() {
         this.#zoom.refit();
@@ -294,7 +294,7 @@ export class PagesView {
         this.#schedule(0);
     }
 
-    // The window may come to another screen, or be zoomed by the browser.
+    // The resolution changes with the screen and the browser's zoom.
     #listenToSharpness() {
         const query = matchMedia(`(resolution: ${devicePixelRatio}dppx)`);
         const changed = () => {
@@ -308,7 +308,7 @@ export class PagesView {
 
     #scrolled() {
         if (!this.element.isConnected || this.scroller.clientHeight === 0) {
-            return; // not on the screen
+            return; // not visible
         }
         this.#place = {top: this.scroller.scrollTop, left: this.scroller.scrollLeft};
         this.#bar.setPage(this.currentPage);
@@ -325,9 +325,9 @@ export class PagesView {
         this.#timer = setTimeout(() => this.#draw(), delay);
     }
 
-    // --- Pictures ---
+    // --- Page images ---
 
-    // Page after page, those in the middle first; what is wanted is looked up before each.
+    // Draws one page at a time, the middle ones first; the next page is chosen after each.
     async #draw() {
         if (this.#drawing) {
             return;
@@ -369,7 +369,7 @@ export class PagesView {
         );
     }
 
-    // A page of which a part is in sight that its picture does not show sharply, and that part.
+    // A page whose visible part is not sharp in its image, and that part.
     #nextDetail() {
         const {scale} = this.#zoom;
         for (const page of this.#pdf ? this.#near : []) {
@@ -424,13 +424,13 @@ export class PagesView {
         }
     }
 
-    // --- What the workbench asks to show ---
+    // --- Go-to requests ---
 
     async #reveal() {
         const {shown} = this.#description;
         const page = this.#pages[shown?.page];
         if (!page || !this.#pdf || this.scroller.clientHeight === 0) {
-            return; // comes again with the file, and when there is something to be seen
+            return; // repeated when the file is loaded and the view is visible
         }
         const pdfPage = await this.#pdf.getPage(shown.page + 1).catch(() => null);
         if (!pdfPage || this.#description?.shown?.count !== shown.count) {

@@ -1,10 +1,9 @@
-// Keyboard focus in the panel. The list has one tab stop: the current item, or the list itself as
-// long as no item is current or the current one is folded away. When the focus is in the list it
-// goes where the current item goes.
+// Keyboard focus in the panel. The list has one tab stop: the current item, or the list itself when
+// no item is current or its page item is collapsed. Focus inside the list follows the current item.
 
 import {kCurrent, recordOf} from './panel-mirror.js';
 
-// So far below the edge of the list that a row lies there, and not the space between two.
+// Distance below the list's edge at which there is a row, not the space between two.
 const kRowProbe = 6;
 const kRowNames = ['annot-name', 'page-index'];
 
@@ -34,7 +33,7 @@ export class PanelFocus {
         }
     }
 
-    /// Before all is forgotten: the place in the list is kept for the one that comes instead.
+    /// To be called before the tree is reset: saves the list's position for the new list.
     reset() {
         this.#kept = this.#kept ?? this.#readPlace();
         this.#currentItems.clear();
@@ -50,17 +49,17 @@ export class PanelFocus {
         }
     }
 
-    /// Lets the next `settle` bring the current item into view, though it is the same.
+    /// Makes the next `settle` scroll the current item into view even if it is unchanged.
     followAgain() {
         this.#shown = null;
     }
 
-    /// The container that is shown.
+    /// The visible container.
     get container() {
         return this.#document.querySelector('body > .panel-content[wb-visibility="visible"]');
     }
 
-    /// The current item of the container that is shown; null when there is none.
+    /// The current item of the visible container; null when there is none.
     get currentItem() {
         const container = this.container;
         for (const item of this.#currentItems) {
@@ -73,21 +72,21 @@ export class PanelFocus {
         return null;
     }
 
-    /// The workbench's number of the current item; undefined when there is none.
+    /// The node id of the current item; undefined when there is none.
     get currentId() {
         const item = this.currentItem;
         return item ? recordOf(item).id : undefined;
     }
 
-    /// Puts the focus into the list, for somebody at the keyboard.
+    /// Moves the keyboard focus into the list.
     enter() {
         this.#document.documentElement.setAttribute('wb-keyboard', '');
         this.#frame.focus();
         this.#stop?.focus();
     }
 
-    /// After changes: the tab stop moves, the focus with it, and the current item is scrolled into
-    /// view when it has become another one.
+    /// To be called after changes: updates the tab stop and the focus, and scrolls a new current
+    /// item into view.
     settle() {
         const list = this.container?.querySelector('.results-container') ?? null;
         const current = this.currentItem;
@@ -101,7 +100,7 @@ export class PanelFocus {
         }
     }
 
-    // The user has moved on.
+    // The user has moved the focus elsewhere.
     #handled(type) {
         this.#kept = null;
         if (type === 'pointerdown') {
@@ -109,7 +108,7 @@ export class PanelFocus {
         }
     }
 
-    // Which row stands where at the beginning of the list, and which item is current.
+    // The first visible row with its offset, and the current item.
     #readPlace() {
         const list = this.container?.querySelector('.results-container');
         if (!list) {
@@ -127,7 +126,7 @@ export class PanelFocus {
             : null;
     }
 
-    // Whether the list stands as it stood before it was made anew.
+    // Scrolls the new list to the saved position; returns false when that is not possible.
     #restorePlace(current) {
         const list = this.container?.querySelector('.results-container');
         const name = current?.getAttribute('annot-name') ?? null;
@@ -180,7 +179,7 @@ export class PanelFocus {
         return document.activeElement === this.#frame;
     }
 
-    // The element that had the focus has gone, with its page or its comment.
+    // The focused element was removed with its page item or comment.
     #focusIsLost() {
         const active = this.#document.activeElement;
         const isNowhere =

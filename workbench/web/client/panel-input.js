@@ -1,6 +1,6 @@
-// Input in the panel travels to the workbench as clicks and keys on elements, and the module
-// decides what they mean. Only the fold of a page is the page's own matter with the keyboard: the
-// module has keys for items, and clicks for captions.
+// Input in the panel: clicks and keys are sent to the server with their elements and handled by the
+// module. Only collapsing page items by key is done here, because the module handles keys for items
+// and clicks for captions.
 
 import {recordOf} from './panel-mirror.js';
 
@@ -31,8 +31,8 @@ class PanelInput {
         }
     }
 
-    // In the list an item stands for all that its contents hold, and a page for its caption: markup
-    // of a comment that looks like a part of the panel is none.
+    // In the list the target is the item, or the caption of the page item, never an element of the
+    // contents: markup of a comment may imitate parts of the panel.
     #meantBy(target) {
         const list = target.closest?.('.panel-content > .results-container');
         const element = this.#mirror.elementAround(target);
@@ -55,7 +55,7 @@ class PanelInput {
             return;
         }
         const target = event.target;
-        // A key that is held down deletes one comment, not all that follow.
+        // A key held down deletes one comment only.
         if (event.repeat && (event.key === 'Delete' || target.closest?.('#delete'))) {
             event.preventDefault();
             return;
@@ -64,7 +64,7 @@ class PanelInput {
         const {body, documentElement} = this.#document;
         const isNowhere = target === body || target === documentElement;
         if (!list && !isNowhere) {
-            return; // a button: the browser makes a click of its keys
+            return; // a button: the browser turns its keys into clicks
         }
         const page = target.matches?.('li[page-index]') ? target : null;
         const isTaken = page
@@ -79,8 +79,8 @@ class PanelInput {
         this.#send({type: 'click', element: recordOf(element).id});
     }
 
-    // What may act on the current comment names the one that its user sees, unless input is under
-    // way that may lead to another one.
+    // Input that may act on the current comment names the item that the user sees as current,
+    // unless unanswered input may change it.
     async #send(message) {
         const {isCaughtUp} = this.#connection;
         const item = isCaughtUp ? this.#focus.currentId : undefined;
@@ -90,7 +90,7 @@ class PanelInput {
         }
     }
 
-    // Towards the end of a line, in reading direction, opens; towards its beginning closes.
+    // The arrow in reading direction expands; the opposite one collapses.
     #direction(key) {
         const mirrored = this.#document.documentElement.dir === 'rtl';
         switch (key) {
@@ -155,8 +155,8 @@ class PanelInput {
         }
     }
 
-    // The list of the page that a key leads to; undefined for other keys. Keys that do something to
-    // items do nothing here, where none has the focus.
+    // The list of the page item that a key leads to; undefined for other keys. Keys for items have
+    // no effect here, because no item has the focus.
     #pageAfter(key, page) {
         const list = page.closest('ul[page-item]');
         return {
@@ -170,8 +170,7 @@ class PanelInput {
     }
 }
 
-/// Begins to listen in the frame's document. `onRefusal(reply)` is told of input that the workbench
-/// refuses.
+/// Adds the listeners to the frame's DOM document. `onRefusal(reply)` is called for refused input.
 export function listenToInput(frameDocument, mirror, focus, connection, onRefusal) {
     const input = new PanelInput(frameDocument, mirror, focus, connection, onRefusal);
     frameDocument.addEventListener('click', (event) => input.click(event));

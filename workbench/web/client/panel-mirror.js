@@ -1,24 +1,24 @@
-// The panel's tree in the browser: the same elements, texts and comments as the engine holds, built
-// and changed by real DOM calls in the frame's document. Nodes are known by the numbers that the
-// workbench gave them; nodes without a number are the page's own and are left alone.
+// Copy of the panel's tree in the browser: the engine's elements, texts and comments, created and
+// changed by DOM calls in the frame's document. Nodes are identified by the server's ids; nodes
+// without an id belong to the web page and are not touched.
 
 import {
     attributeNameInFrame,
-    isHarmlessElement,
+    isSafeElement,
     kInertNamespace,
     kKeptPrefix,
     removeInlineStyle,
     setInlineStyle,
-} from './harmless.js';
+} from './safe-markup.js';
 
 const kUnnamed = 'wb-unnamed';
-// Where browsers stop, too, when they read HTML: deeper trees overflow the stack of their layout.
+// The depth limit of browsers' own parsers; deeper trees overflow the stack of their layout.
 const kDeepestShown = 400;
-// Every node with a number has it here; elements have a record besides.
+// Ids of nodes; elements also have a record.
 const kNumber = Symbol('number');
 const kRecord = Symbol('record');
 
-/// The states that style sheets know, by their bits.
+/// The states in style sheets, by their bits.
 const kStateAttributes = [
     [32, 'wb-current'],
     [128, 'wb-disabled'],
@@ -35,13 +35,13 @@ function readAttribute(element, name) {
     return element.getAttribute(attributeNameInFrame(name));
 }
 
-/// What the workbench said of an element: `id`, `tag`, `attributes` (names and values in turn),
-/// `states` and `namespace`. Null for text, and for what is the page's own.
+/// The server's record of an element: `id`, `tag`, `attributes` (alternating names and values),
+/// `states` and `namespace`. Null for text and for nodes of the web page.
 export function recordOf(element) {
     return element?.[kRecord] ?? null;
 }
 
-/// The value of a name in a list of names and values in turn; null when it is not there.
+/// The value of a name in a list of alternating names and values; null when it is absent.
 export function valueOf(attributes, name) {
     for (let at = 0; at < attributes.length; at += 2) {
         if (attributes[at] === name) {
@@ -59,8 +59,8 @@ export class PanelMirror {
     #discarded = [];
     #head = null;
 
-    /// `sheetBase` is the address that the panel's page has for its links; below it style sheets
-    /// are taken from. `observer` is told of elements: `created(element, record)`,
+    /// `sheetBase` is the base URL of the panel's document; style sheets are loaded only from below
+    /// it. `observer` is notified of changes: `created(element, record)`,
     /// `statesChanged(element, record, before)`, `attributesChanged(element, record)`,
     /// `textChanged(node)` and `sheetAdded(link)`.
     constructor(frameDocument, sheetBase, observer) {
@@ -77,7 +77,7 @@ export class PanelMirror {
         return this.#nodes.size;
     }
 
-    /// The nearest element with a number, the node itself included.
+    /// The node itself or its nearest ancestor that is an element with an id.
     elementAround(node) {
         let at = node;
         while (at && !at[kRecord]) {
@@ -86,7 +86,7 @@ export class PanelMirror {
         return at;
     }
 
-    /// Forgets all. The root element stays in the document, because a document has one.
+    /// Discards the tree. The root element stays, because a DOM document needs one.
     reset() {
         const root = this.#document.documentElement;
         for (const child of [...root.childNodes]) {
@@ -103,7 +103,7 @@ export class PanelMirror {
         this.#head = null;
     }
 
-    /// One change in the form of the protocol. Throws when it speaks of a node that is not here.
+    /// Applies one CHANGE of the protocol. Throws for an unknown node.
     apply(change) {
         const [kind, id] = change;
         switch (kind) {
@@ -122,8 +122,8 @@ export class PanelMirror {
         }
     }
 
-    /// Forgets the numbers inside what has been removed, for as long as `mayGoOn` says so; true
-    /// when nothing is left to forget.
+    /// Discards the ids inside removed nodes while `mayGoOn` returns true; returns true when none
+    /// is left.
     forgetDiscarded(mayGoOn) {
         while (this.#discarded.length > 0) {
             const node = this.#discarded.pop();
@@ -173,7 +173,7 @@ export class PanelMirror {
         root.prepend(fragment);
     }
 
-    // Without recursion: the depth is a stranger's choice.
+    // Without recursion, because the depth is untrusted.
     #build(target, nodes, placedIn) {
         const open = [{target, nodes, at: 0}];
         while (open.length > 0) {
@@ -210,7 +210,7 @@ export class PanelMirror {
 
     #createElement(name, description, parent) {
         const isHtml = description.length < 6;
-        if (isHtml && isHarmlessElement(name)) {
+        if (isHtml && isSafeElement(name)) {
             return this.#document.createElement(name);
         }
         if (isHtml && name === 'link' && this.#sheetAddress(description[2], parent)) {
@@ -219,7 +219,7 @@ export class PanelMirror {
         return this.#createInert(name);
     }
 
-    // HTML can write names that the DOM cannot; the record alone knows those.
+    // HTML allows names that DOM calls reject; these are kept in the record only.
     #createInert(name) {
         try {
             const element = this.#document.createElementNS(kInertNamespace, name);
@@ -227,7 +227,7 @@ export class PanelMirror {
                 return element;
             }
         } catch {
-            // As for a name that the DOM takes for another one.
+            // The same for a name that the DOM reads as another one.
         }
         return this.#document.createElementNS(kInertNamespace, kUnnamed);
     }
@@ -252,7 +252,7 @@ export class PanelMirror {
         }
     }
 
-    // Only the panel's own page has a head; what stands there is the module's, and no stranger's.
+    // Only the panel's own document has a head; its content comes from the module and is trusted.
     #sheetAddress(attributes, parent) {
         const path = valueOf(attributes, 'href');
         if (parent !== this.#head || path === null || valueOf(attributes, 'rel') !== 'stylesheet') {
@@ -276,7 +276,7 @@ export class PanelMirror {
         try {
             element.setAttribute(attributeNameInFrame(name), value);
         } catch {
-            // A name that HTML can write and the DOM cannot; the record alone knows it.
+            // A name that DOM calls reject; kept in the record only.
             record.kept = (record.kept ?? new Set()).add(name);
         }
     }
@@ -331,7 +331,7 @@ export class PanelMirror {
         this.#observer.textChanged(node);
     }
 
-    // Numbers are not used again, so those inside may be forgotten when there is time for it.
+    // Ids are never reused, so those of descendants can be discarded later.
     #remove(ids) {
         for (const id of ids) {
             const node = this.#require(id);
@@ -343,8 +343,7 @@ export class PanelMirror {
 
     // --- Reading back ---
 
-    /// The tree as a NODE of the protocol, from what really stands in the document; null before
-    /// there is one.
+    /// The tree as a NODE of the protocol, read from the DOM; null before the first tree.
     read() {
         const root = this.#document.documentElement;
         if (!root[kRecord]) {

@@ -1,5 +1,5 @@
-// What a screen reader needs to know of the panel and its own markup does not say: roles, names,
-// and states. They are added to the elements in the frame and are no part of the engine's tree.
+// Accessibility of the panel: roles, names and states that its markup lacks. They are added to the
+// elements in the frame and are not part of the engine's tree.
 
 import {text} from './texts.js';
 import {kCurrent, valueOf} from './panel-mirror.js';
@@ -8,7 +8,7 @@ const kDisabled = 128;
 const kExpanded = 512;
 const kCollapsed = 1024;
 
-/// The buttons of a container have pictures instead of words.
+/// Accessible names of a container's buttons, which have images only.
 const kButtonTexts = {
     'expand-all': 'panel.expandAll',
     'collapse-all': 'panel.collapseAll',
@@ -67,7 +67,7 @@ const kDescriptions = {
             element.setAttribute('aria-label', text('panel.loading'));
         }
     },
-    // Contents read in their own direction, whatever the language of the panel.
+    // Contents have their own text direction, independent of the panel's language.
     p(element, record) {
         if (valueOf(record.attributes, 'dir') === null) {
             element.dir = 'auto';
@@ -86,7 +86,7 @@ export function describeElement(element, record) {
     kDescriptions[record.tag]?.(element, record);
 }
 
-/// A page's name is its caption alone, not all that its comments say.
+/// Names a page item by its caption, without the text of its comments.
 export function namePage(pageElement) {
     pageElement.setAttribute('aria-label', pageElement.firstElementChild?.textContent.trim() ?? '');
 }
@@ -106,7 +106,7 @@ export function describeStates(element, record) {
     }
 }
 
-/// Writes the names anew in the present language.
+/// Rewrites the names in the present language.
 export function translateRoles(frameDocument) {
     for (const [id, key] of Object.entries(kButtonTexts)) {
         for (const button of frameDocument.querySelectorAll(`.buttons-container > #${id}`)) {

@@ -1,5 +1,5 @@
-// The comments panel of the page: a frame without scripts that shows the engine's tree. Messages
-// come in here; the parts around it (roles, keyboard focus, input, tooltips) work on its elements.
+// The comments panel: a frame without scripts that shows the engine's tree. Receives the panel's
+// messages; roles, keyboard focus, input and tooltips work on its elements.
 
 import {PanelFocus} from './panel-focus.js';
 import {PanelMirror} from './panel-mirror.js';
@@ -12,7 +12,7 @@ const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
 const kSheetPatience = 2000;
 const kShownAtOnce = 200;
-// Late items that a frame takes.
+// Number of deferred items shown per frame.
 const kShownInFrame = 400;
 
 export class Panel {
@@ -32,8 +32,8 @@ export class Panel {
     #renamedPages = new Set();
     #sheets = [];
 
-    /// `frame` has loaded its empty page. `onProgress` is told the part of an insertion that is
-    /// done, from 0 to 1, and `onRefusal` the reply to input that is refused.
+    /// `frame` has loaded its empty document. `onProgress` is called with the completed fraction of
+    /// an insertion, 0 to 1, and `onRefusal` with the reply to refused input.
     constructor(frame, connection, onProgress, onRefusal) {
         this.#frame = frame;
         this.#connection = connection;
@@ -57,13 +57,13 @@ export class Panel {
         return this.#work.isEmpty && this.#shownLate.length === 0;
     }
 
-    /// Whether a document's list is being made: it comes in many small insertions.
+    /// Sets whether a document's list is being rendered, which arrives in many small insertions.
     setListing(isListing) {
         this.#isListing = isListing;
         this.#showLate();
     }
 
-    /// The workbench's number of the item that is highlighted; undefined when none is.
+    /// The node id of the current item; undefined when there is none.
     get currentId() {
         return this.#focus.currentId;
     }
@@ -76,7 +76,7 @@ export class Panel {
         return this.#mirror.size;
     }
 
-    /// A `panel` message.
+    /// Handles a `panel` message.
     receive(message) {
         const pieces = message.changes.map((change) => ({change}));
         if (message.reset) {
@@ -107,8 +107,7 @@ export class Panel {
         this.#focus.enter();
     }
 
-    // The frame's own head and body make room for the engine's; what is the page's own stands
-    // behind them.
+    // The engine's head and body replace the frame's; elements of the web page follow after them.
     #prepareFrame() {
         const frameDocument = this.document;
         frameDocument.head.remove();
@@ -140,7 +139,7 @@ export class Panel {
         }
     }
 
-    // Out of step with the workbench: a new connection brings the whole tree.
+    // The message does not fit the tree: a new connection brings the whole tree.
     #startAnew(why) {
         console.error(why);
         this.#work.clear();
@@ -181,7 +180,7 @@ export class Panel {
         }
     }
 
-    // --- What the mirror tells ---
+    // --- Notifications of the mirror ---
 
     created(element, record) {
         describeElement(element, record);
@@ -194,8 +193,8 @@ export class Panel {
         }
     }
 
-    // Of a long list that is on its way the beginning is shown; the rest costs no layout until all
-    // of it is there.
+    // Of a long list only the beginning is shown at first; the rest is laid out when the list is
+    // complete.
     #delay(element) {
         const isItem = element.hasAttribute('annot-name');
         this.#comeItems += isItem ? 1 : 0;
@@ -205,7 +204,7 @@ export class Panel {
         }
     }
 
-    // All of the list is there: what has been left out is shown, some of it in each frame.
+    // The list is complete: shows the deferred items, a number of them in each frame.
     async #showLate() {
         if (this.#expected > 0 || this.#isListing || this.#late.length === 0) {
             return;
@@ -244,7 +243,7 @@ export class Panel {
         }
     }
 
-    // Nothing is shown before it has its looks.
+    // The panel is shown once its style sheets are loaded.
     sheetAdded(link) {
         this.#frame.classList.add('unstyled');
         const loaded = new Promise((resolve) => {

@@ -1,11 +1,11 @@
-// Reading documents for the page with pdf.js. The library keeps some of what it knows of a document
-// once per module, the number of pages above all: each open document has a module and a worker of
-// its own, which the next one takes over when it is closed.
+// Loading of documents with pdf.js. The library keeps some data of a document, such as the number
+// of pages, once per module: each open document therefore has its own module and worker, which are
+// reused for another document after it is closed.
 
 const kIdle = [];
 let count = 0;
 
-/// A module of pdf.js with its worker.
+/// One instance of pdf.js with its worker.
 async function loadReader() {
     const folder = new URL('pdfjs/', document.baseURI);
     const pdfjs = await import(new URL(`build/pdf.mjs?reader=${++count}`, folder).href);
@@ -26,14 +26,13 @@ async function loadReader() {
     };
 }
 
-/// The files of one document, one revision after the other.
+/// The file of one document, in successive revisions.
 export class PdfReader {
     #reader = null;
     #isClosed = false;
 
-    /// Opens the document as it stands at one revision; the workbench gives it without encryption.
-    /// `onProgress` is told the part that has come, from 0 to 1. Rejects when the file cannot be
-    /// read.
+    /// Opens the document at a revision; the server sends it unencrypted. `onProgress` is called
+    /// with the received fraction, 0 to 1. Rejects when the file cannot be read.
     async open(documentId, revision, onProgress) {
         this.#reader ??= Promise.resolve(kIdle.pop() ?? loadReader());
         const {pdfjs, options} = await this.#reader;
@@ -46,8 +45,8 @@ export class PdfReader {
         return task.promise;
     }
 
-    /// Lays the words of a page over its picture, transparent, so that they can be selected, copied
-    /// and read out. `element` is empty; its size follows the style property `--scale`.
+    /// Creates the transparent text layer over a page's image, for selection, copying and screen
+    /// readers. `element` is empty; its size follows the style property `--scale`.
     async layText(pdfPage, viewport, element) {
         const {pdfjs} = await this.#reader;
         const layer = new pdfjs.TextLayer({
@@ -58,7 +57,7 @@ export class PdfReader {
         await layer.render();
     }
 
-    /// After the last file has been destroyed.
+    /// To be called after the last file was destroyed.
     async close() {
         const reader = this.#reader;
         if (reader && !this.#isClosed) {

@@ -1,7 +1,7 @@
-// Keyboard shortcuts of the page, in it and in the panel's frame. All of them have Ctrl or are
-// function keys, so that none is taken from the panel's list.
+// Keyboard shortcuts of the web page and the panel's frame. All use Ctrl or are function keys, so
+// that none conflicts with the keys of the panel's list.
 
-// The letter of a key: as written in a Latin layout, as placed on the keyboard in another one.
+// The letter of a key: from the layout if it is Latin, else from the key's position.
 function letterOf(event) {
     if (/^[a-z]$/i.test(event.key)) {
         return event.key.toLowerCase();
@@ -18,8 +18,8 @@ function nameOf(event) {
         .join('+');
 }
 
-/// `actions` maps names such as "Ctrl+Shift+z" and "F6" to functions; one that returns false lets
-/// the browser have the key.
+/// `actions` maps names such as "Ctrl+Shift+z" and "F6" to functions; the browser handles the key
+/// when the function returns false.
 export function listenToShortcuts(documents, actions) {
     const listen = (event) => {
         const action = actions[nameOf(event)];

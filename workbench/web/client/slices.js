@@ -1,16 +1,16 @@
-// Work in slices: what comes in is done in order, at once when it is little, and otherwise in parts
-// of some milliseconds with a frame for the browser between them.
+// Time-sliced work: pieces are processed in order, a small number at once, more in slices of a few
+// milliseconds with a frame of the browser between them.
 
 const kSliceMilliseconds = 10;
 const kHiddenPause = 50;
 
-/// Whether there is time left, asked after each piece of work.
+/// Whether the slice has time left; evaluated after each piece of work.
 export function sliceClock(milliseconds = kSliceMilliseconds) {
     const end = performance.now() + milliseconds;
     return () => performance.now() < end;
 }
 
-/// A page that is not looked at has no frames.
+/// A hidden browser window has no frames.
 export function nextFrame() {
     return new Promise((resolve) => {
         if (document.hidden) {
@@ -28,8 +28,8 @@ export class SlicedWork {
     #perform;
     #afterSlice;
 
-    /// `perform(piece)` does one piece; `afterSlice(finished)` is told after each slice whether all
-    /// is done.
+    /// `perform(piece)` processes one piece; `afterSlice(finished)` is called after each slice with
+    /// whether all pieces are done.
     constructor(perform, afterSlice) {
         this.#perform = perform;
         this.#afterSlice = afterSlice;

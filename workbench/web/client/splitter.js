@@ -1,4 +1,4 @@
-// The bar between pages and panel, moved with the pointer or the arrow keys.
+// The splitter between pages and panel, moved with the pointer or the arrow keys.
 
 import {recall, remember} from './memory.js';
 
@@ -11,7 +11,7 @@ export class Splitter {
     #area;
     #width = Number(recall('panel-width', 320));
 
-    /// `area` holds pages, bar and panel; its style property `--panel-width` is set.
+    /// `area` contains pages, splitter and panel; its style property `--panel-width` is set.
     constructor(bar, area) {
         this.#bar = bar;
         this.#area = area;

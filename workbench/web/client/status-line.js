@@ -1,12 +1,12 @@
-// The line at the foot of the page: what is going on, and how the active document stands.
+// The status line: work in progress, and the state of the active document.
 
 import {ask} from './dialogs.js';
 import {text} from './texts.js';
 
 const kTasks = {listing: 'status.listing', saving: 'status.saving'};
 
-/// What has been done to a document, from what could be undone and done again before and after. A
-/// page is told only where a document stands now.
+/// The edit made to a document, derived from its undo and redo kinds before and after, because the
+/// server sends only the present state.
 function describeChange(before, now) {
     const isUndo = now.redo !== null && now.redo === before.undo;
     const isRedo = now.undo !== null && now.undo === before.redo;
@@ -19,7 +19,7 @@ function describeChange(before, now) {
     return text('done.changed', now.name);
 }
 
-// The title of the dialog names the file already.
+// The dialog's title names the file.
 function withoutPath(words, path) {
     return words.startsWith(path) ? words.slice(path.length).replace(/^[:\s]+/, '') : words;
 }
@@ -31,7 +31,7 @@ export class StatusLine {
     #documents = new Map();
     #active = null;
 
-    /// `state` takes how the active document stands.
+    /// `state` is the element for the state of the active document.
     constructor(notices, state) {
         this.#notices = notices;
         this.#faults.type = 'button';
@@ -74,7 +74,7 @@ export class StatusLine {
         });
     }
 
-    // Changes come from the panel and from other windows, too.
+    // Changes come also from the panel and from other clients.
     #tellChange(description) {
         const before = this.#documents.get(description.id);
         if (before && before.revision !== description.revision) {

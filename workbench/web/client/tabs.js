@@ -1,4 +1,4 @@
-// The open documents as tabs.
+// Tabs of the open documents.
 
 import {icon} from './icons.js';
 import {text} from './texts.js';
@@ -9,7 +9,7 @@ export class Tabs {
     #tabs = new Map();
     #active = null;
 
-    /// `actions` has `activate(description)` and `close(description)`.
+    /// `actions`: `activate(description)` and `close(description)`.
     constructor(list, actions) {
         this.#list = list;
         this.#actions = actions;
@@ -45,7 +45,7 @@ export class Tabs {
         const isBusy = description.busy !== null;
         const looks = [name, path, modified, isActive, isBusy, text('tabs.close', name)].join('\n');
         if (tab.looks === looks) {
-            return; // the current comment has changed, or another document
+            return; // the change does not affect the tabs
         }
         tab.looks = looks;
         tab.words.textContent = name;

@@ -1,5 +1,5 @@
-// The words of the web page and the names of comments, in the language of the panel: the tables are
-// those of the host's languages, one file each.
+// Texts of the web page and names of annotation subtypes, in the panel's language. The tables come
+// from the host's language files.
 
 async function readTables() {
     try {
@@ -13,34 +13,34 @@ async function readTables() {
 const kTables = await readTables();
 let table = kTables.en;
 
-/// Sets the language; one that is not there gets English words.
+/// Sets the language; an unknown one gives English texts.
 export function setTextLanguage(name) {
     table = kTables[name] ?? kTables.en;
 }
 
-// The words of a key in a part of the present language's table, else of the English one.
+// The text of a key in a part of the present language's table, else of the English one.
 function find(part, key) {
     const parts = [table?.[part], kTables.en?.[part]];
     return parts.find((words) => words && Object.hasOwn(words, key))?.[key];
 }
 
-/// The words of a key, with values in the place of {0}, {1}, ...
+/// The text of a key, with values in place of {0}, {1}, ...
 export function text(key, ...values) {
     const words = find('workbench', key) ?? key;
     return words.replace(/\{(\d)\}/g, (match, at) => String(values[at] ?? match));
 }
 
-/// Whether a key has words.
+/// Whether a key has a text.
 export function hasText(key) {
     return find('workbench', key) !== undefined;
 }
 
-/// The name of a subtype of annotations, as the panel has it.
+/// The panel's name of an annotation subtype.
 export function subtypeName(subtype) {
     return find('strings', subtype) ?? subtype;
 }
 
-/// Fills in the elements of the page that name their words: `data-text`, `data-label`.
+/// Translates the elements with `data-text` and `data-label`.
 export function translatePage() {
     for (const element of document.querySelectorAll('[data-text]')) {
         element.textContent = text(element.dataset.text);

@@ -1,4 +1,4 @@
-// Light or dark: as the system says, or as the user chose.
+// Light or dark theme, by the system's setting or the user's choice.
 
 import {recall, remember} from './memory.js';
 
@@ -9,7 +9,7 @@ export class Theme {
     #onChange;
     choice = recall('theme', 'system');
 
-    /// `onChange` is told "light" or "dark", now and whenever it changes.
+    /// `onChange` is called with "light" or "dark", at once and after each change.
     constructor(onChange) {
         this.#onChange = onChange;
         this.#query.addEventListener('change', () => this.#apply());

@@ -1,4 +1,4 @@
-// The menus and the bar of tools; they act on the active document.
+// Menus and toolbar; they act on the active document.
 
 import {icon} from './icons.js';
 import {attachMenu} from './menus.js';
@@ -14,8 +14,8 @@ export class Toolbar {
     #buttons = new Map();
     #menus = [];
 
-    /// `app` has `active` (the document's description or null), `view`, `edits`, `tools`, `theme`,
-    /// `language`, `split` and the actions of the page.
+    /// `app`: `active` (the document's description or null), `view`, `edits`, `tools`, `theme`,
+    /// `language`, `split` and the actions of the web page.
     constructor(element, app) {
         this.#element = element;
         this.#app = app;
@@ -30,7 +30,7 @@ export class Toolbar {
         this.#addTools();
         this.#addGap();
         this.#addButton('edit', () => app.editCurrent());
-        // A key that is held down deletes one comment, not all that follow.
+        // A key held down deletes one comment only.
         this.#addButton('remove', () => app.removeCurrent()).addEventListener(
             'keydown',
             (event) => event.repeat && event.preventDefault(),
@@ -75,7 +75,7 @@ export class Toolbar {
         this.#nameSteps();
     }
 
-    // What would be undone is part of the name.
+    // The accessible name includes the edit to undo.
     #nameSteps() {
         for (const name of ['undo', 'redo']) {
             const step = this.#app.active?.[name];

@@ -1,10 +1,10 @@
-// The tools that draw on pages. With the pointer a place is clicked or dragged; with the keyboard a
-// frame in the middle of the view is moved with the arrow keys, resized with Shift, and placed with
+// Drawing tools for pages. The pointer clicks a place or drags a rectangle; the keyboard moves a
+// frame in the middle of the view with the arrow keys, resizes it with Shift, and places it with
 // Enter.
 
 import {text} from './texts.js';
 
-/// Tools in their order; those with a subtype add an annotation of that kind.
+/// Tools in order; those with a subtype add an annotation of it.
 export const kTools = [
     {name: 'select', key: 'tool.select'},
     {name: 'note', key: 'tool.note', subtype: 'Text', fixedSize: 20},
@@ -30,7 +30,7 @@ export class Tools {
     #tool = kTools[0];
     #frame = null;
 
-    /// `onChange(name)` is told the tool when it becomes another one.
+    /// `onChange(name)` is called when the tool changes.
     constructor(edits, notices, onChange) {
         this.#edits = edits;
         this.#notices = notices;
@@ -55,7 +55,7 @@ export class Tools {
         }
     }
 
-    /// Listens on a view of pages.
+    /// Adds the listeners to a view.
     serve(view) {
         view.scroller.addEventListener('pointerdown', (event) => this.#pointerDown(view, event));
         view.scroller.addEventListener('keydown', (event) => this.#key(view, event));
@@ -175,7 +175,7 @@ export class Tools {
         event.preventDefault();
     }
 
-    // The first time the frame appears, the second time it is placed.
+    // The first press shows the frame, the second one places it.
     #enter(view) {
         if (this.#frame) {
             this.#place(view);

@@ -1,12 +1,12 @@
-// Tooltips of the panel's items. An item names a `popup` by its `titleid`; a copy of it is shown
-// while the pointer rests on the item, or the keyboard has brought the focus there.
+// Tooltips of the panel's items. An item names its `popup` by `titleid`; a copy of it is shown
+// while the pointer rests on the item and after the keyboard has moved the focus there.
 
 const kPointerDelay = 500;
-const kFocusDelay = 900; // longer, because it lies over what the arrow keys come to next
+const kFocusDelay = 900; // longer, because the tooltip covers the next items
 const kDistance = 4;
 const kMargin = 4;
 
-// What a tooltip says, row by row, without the rows that are not shown.
+// The text of a tooltip by row, without hidden rows.
 function wordsOf(popup) {
     const rows = [...popup.querySelectorAll('tr')].filter(({style}) => style.display !== 'none');
     return rows.map((row) => row.textContent.trim().replace(/\s+/g, ' ')).join('; ');
@@ -44,7 +44,7 @@ export class Tooltips {
         this.#shown = null;
     }
 
-    /// After changes of the tree: no tooltip outlives its item.
+    /// To be called after changes of the tree: hides the tooltip of a removed item.
     settle() {
         if (this.#item && !this.#item.isConnected) {
             this.hide();
@@ -52,11 +52,11 @@ export class Tooltips {
     }
 
     #pointerOver({target, pointerType, clientX, clientY}) {
-        // A list that is scrolled below a pointer at rest is no movement of the pointer.
+        // Scrolling the list below a resting pointer does not count as pointer movement.
         const place = `${clientX} ${clientY}`;
         const hasMoved = place !== this.#pointerPlace;
         this.#pointerPlace = place;
-        // The pointer may go over to the tooltip, to read on. A finger rests on nothing.
+        // The pointer may move onto the tooltip. A touch does not hover.
         if (!hasMoved || this.#shown?.contains(target) || pointerType === 'touch') {
             return;
         }
@@ -84,7 +84,7 @@ export class Tooltips {
         }
     }
 
-    // The focus brings its item into view, and the tooltip comes when that is done.
+    // The tooltip is shown after the focused item was scrolled into view.
     #scrolled() {
         const item = this.#item;
         this.hide();
@@ -120,7 +120,7 @@ export class Tooltips {
         this.#place(item.getBoundingClientRect());
     }
 
-    // Below the item, or above it where there is more room, and never outside the window.
+    // Below the item, or above it where there is more space, and never outside the window.
     #place(item) {
         const {clientWidth, clientHeight} = this.#document.documentElement;
         const {width, height} = this.#shown.getBoundingClientRect();

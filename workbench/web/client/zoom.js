@@ -1,7 +1,7 @@
-// The zoom of one view: a scale, or the width of the view. All pages take their size from one style
-// property; the point under the pointer, or in the middle, stays where it is.
+// Zoom of one view: a fixed scale or fit to width. All pages derive their size from one style
+// property; the point under the pointer, or in the middle, keeps its position.
 
-/// Mode in which the page is as wide as the view.
+/// Mode in which a page is as wide as the view.
 export const kFitWidth = 'width';
 
 const kSteps = [
@@ -85,7 +85,7 @@ export class Zoom {
         this.#column.style.setProperty('--scale', scale);
     }
 
-    // Remembers what lies at a point of the view; the result brings it back there.
+    // Saves the page position at a point of the view; the returned function restores it.
     #hold({x, y}) {
         const box = this.#scroller.getBoundingClientRect();
         const page = this.#pageAt(box.top + y);
@@ -102,7 +102,7 @@ export class Zoom {
         };
     }
 
-    // The last page that begins above, by halves: there may be thousands.
+    // Binary search for the last page that begins above; there may be thousands.
     #pageAt(y) {
         const pages = this.#column.children;
         let low = 0;

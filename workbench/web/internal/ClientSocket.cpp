@@ -15,14 +15,14 @@ ClientSocket::ClientSocket(SocketNumber number, beast::tcp_stream stream,
                            const HttpServerOptions& options, Owner& owner)
     : number_(number), options_(options), owner_(owner), stream_(std::move(stream))
 {
-    // The WebSocket keeps time by itself: it pings a silent client, and gives up one that is gone.
+    // The WebSocket has its own timers: it pings a silent client and closes a dead connection.
     beast::get_lowest_layer(stream_).expires_never();
     websocket::stream_base::timeout times{};
     times.handshake_timeout = options.headerTime;
     times.idle_timeout = std::chrono::minutes(2);
     times.keep_alive_pings = true;
     stream_.set_option(times);
-    // A longer message is answered by closing, with the code for that (1009).
+    // A longer message closes the connection with code 1009.
     stream_.read_message_max(options.mostMessageBytes);
 }
 

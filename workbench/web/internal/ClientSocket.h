@@ -1,5 +1,5 @@
-// One WebSocket of the server: a message at a time comes in, a queue goes out. Everything happens
-// on the server's thread.
+// One WebSocket of the server: reads one message at a time and writes from a queue. Lives on the
+// network thread.
 #pragma once
 
 #include "web/HttpServer.h"
@@ -20,12 +20,12 @@ namespace Workbench {
 
 class ClientSocket : public std::enable_shared_from_this<ClientSocket> {
 public:
-    // Who is told what happens. Outlives the socket.
+    // Receiver of the socket's events. Outlives the socket.
     class Owner {
     public:
         virtual void OnOpened(ClientSocket& socket) = 0;
         virtual void OnMessage(ClientSocket& socket, std::string text) = 0;
-        // The last call; also for one that was never opened.
+        // The last call; made also for a socket that never opened.
         virtual void OnClosed(ClientSocket& socket) = 0;
 
     protected:
@@ -37,15 +37,15 @@ public:
 
     SocketNumber Number() const noexcept { return number_; }
 
-    // Answers the request that asked for it.
+    // Completes the WebSocket handshake of a request.
     void Accept(const boost::beast::http::request<boost::beast::http::string_body>& request);
 
-    // A client that does not take what it is sent is cut off once too much waits for it.
+    // Queues a message. A client whose queue exceeds the limit is disconnected.
     void Send(std::shared_ptr<const std::string> text);
 
     void ReadNext();
 
-    // Says goodbye once everything is sent.
+    // Closes the WebSocket after the queued messages.
     void Close();
     void Abort();
 

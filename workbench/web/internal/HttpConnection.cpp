@@ -30,7 +30,7 @@ constexpr std::string_view kPanelFramePolicy =
 constexpr std::string_view kUploadFolder = "documents";
 constexpr std::string_view kSocketName = "socket";
 
-// What a peer may still send after it was refused, before the connection is cut.
+// Number of bytes accepted from a refused peer before the connection is closed.
 constexpr std::size_t kMostDrainedBytes = std::size_t{1} << 20;
 
 std::vector<std::string_view> ValuesOf(const HttpConnection::Request& request, http::field name)
@@ -205,7 +205,7 @@ void HttpConnection::OnWritten(Error error)
     } else if (!closes_) {
         ReadHeader();
     } else {
-        // What the peer is still sending must be read, or it may never see the answer.
+        // The rest of the peer's data must be read, or the peer may never receive the answer.
         Error ignored;
         stream_.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
         stream_.expires_after(owner_.Options().closingTime);

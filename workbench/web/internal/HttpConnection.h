@@ -1,5 +1,5 @@
-// One connection of the server: requests one after another, until it closes or becomes a WebSocket.
-// Everything happens on the server's thread.
+// One connection of the server: handles requests in sequence until it closes or becomes a
+// WebSocket. Lives on the network thread.
 #pragma once
 
 #include "web/HttpServer.h"
@@ -26,14 +26,14 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
 public:
     using Request = boost::beast::http::request<boost::beast::http::string_body>;
 
-    // What the connection is a part of. Outlives it.
+    // The server, as the connection sees it. Outlives the connection.
     class Owner {
     public:
         virtual const HttpServerOptions& Options() const = 0;
         virtual const AccessGuard& Guard() const = 0;
         virtual void OnRequest(HttpConnection& connection, HttpRequest request) = 0;
         virtual void OnSocketWanted(boost::beast::tcp_stream stream, const Request& request) = 0;
-        // The last call; the connection is closed, or has given its stream away.
+        // The last call; the connection is closed, or has handed over its stream.
         virtual void OnEnded(HttpConnection& connection) = 0;
 
     protected:
@@ -44,10 +44,10 @@ public:
 
     void ReadHeader();
 
-    // Answers the request that was handed on last.
+    // Answers the last request passed to the owner.
     void Give(HttpAnswer answer);
 
-    // Whether an answer is on its way.
+    // Whether an answer is being written.
     bool IsWriting() const noexcept { return response_.has_value(); }
     void Abort();
 

@@ -1,11 +1,10 @@
-// What may stand in the panel's frame as it is. Contents of comments are markup by design and come
-// from strangers: an element or an attribute that is not named here keeps its place in the tree,
-// but as a thing without meaning to a browser.
+// Allow lists for the panel's frame. Contents of comments are markup by design and untrusted: an
+// element or attribute outside the lists stays in the tree, but in a form that the browser ignores.
 
-/// Where elements go that must not be what their names say.
+/// Namespace of elements that are not allowed, in which they have no effect.
 export const kInertNamespace = 'urn:workbench:inert';
 
-/// Put before the name of an attribute that is kept to be read, and not to work.
+/// Name prefix of attributes that are not allowed; they are kept without effect, to be read back.
 export const kKeptPrefix = 'wb-kept-';
 
 const kElements = new Set(
@@ -27,7 +26,7 @@ const kAttributes = new Set(
     ).split(' '),
 );
 
-export function isHarmlessElement(name) {
+export function isSafeElement(name) {
     return kElements.has(name);
 }
 
@@ -38,8 +37,8 @@ export function attributeNameInFrame(name) {
 
 const kLoads = /(?:url|image|image-set|src|element|cross-fade)\(/i;
 
-// What a comment's style may not do: win over the rules that keep it in its box by calling itself
-// important, and load something.
+// Removes from an inline style what could override the rules that confine it (`!important`, custom
+// properties) or load a resource.
 function tame(style) {
     for (const property of [...style]) {
         const value = style.getPropertyValue(property);
@@ -51,13 +50,12 @@ function tame(style) {
     }
 }
 
-// Styles that say nothing of visibility and can do no harm are the most by far; they are not looked
-// at.
+// Most styles are harmless and do not set visibility; these are not parsed.
 const kPlainStyle = /^[^!(\\]*$/;
 const kVisibility = /visibility/i;
 
-/// Sets an inline style, and mirrors its visibility where the style sheets look for it. What is
-/// written there is also kept as it came, when it had to be changed.
+/// Sets an inline style, and mirrors its visibility in the attribute that the style sheets use. The
+/// original text is kept when the style had to be changed.
 export function setInlineStyle(element, text) {
     element.setAttribute('style', text);
     element.removeAttribute(kKeptPrefix + 'style');
@@ -68,7 +66,7 @@ export function setInlineStyle(element, text) {
     }
     const {style} = element;
     if (!style) {
-        return; // not an element that has looks
+        return; // an element without a style
     }
     if (!isPlain) {
         tame(style);

@@ -1,10 +1,10 @@
-// Which documents are on the screen: one, or two side by side. Every open document keeps a view of
-// its own, with its scroll place and its zoom, whether it is on the screen or not.
+// The area with the visible documents: one, or two side by side. Every open document has its own
+// view, which keeps scroll position and zoom while it is not visible.
 
 import {PagesView} from './pages-view.js';
 import {text} from './texts.js';
 
-export class Arrangement {
+export class SplitView {
     #area;
     #services;
     #slots = [];
@@ -13,7 +13,7 @@ export class Arrangement {
     #active = null;
     #isSplit = false;
 
-    /// `services` is what a PagesView asks for, with `activate(id)` and `serve(view)` besides.
+    /// `services`: those of PagesView, and `activate(id)` and `serve(view)`.
     constructor(area, services) {
         this.#area = area;
         this.#services = services;
@@ -79,7 +79,7 @@ export class Arrangement {
         this.#slots.push(slot);
     }
 
-    // What is active stays on the screen.
+    // The active document stays visible.
     #dropSlot() {
         const slot = this.#slots.pop();
         this.#show(slot, null);
@@ -87,7 +87,7 @@ export class Arrangement {
         this.#show(this.#slots[0], this.#active);
     }
 
-    // Side by side as their tabs are.
+    // Orders the visible documents like their tabs.
     #sort() {
         const order = this.#documents.map(({id}) => id);
         const shown = this.#slots.map((slot) => slot.document);
