@@ -217,9 +217,12 @@ TEST(RenderQueueTest, DestroysItsJobsOnTheThreadThatAddsThem)
                                                    noteEnd(token);
                                                    delete token;
                                                }),
-                   &ran] { ran.set_value(); });
+                   &ran] {
+            ran.set_value();
+            return true;
+        });
         ran.get_future().wait();
-        queue.Add([] {});
+        queue.Add([] { return true; });
     }
     EXPECT_EQ(where, std::this_thread::get_id());
 }

@@ -110,7 +110,8 @@ std::string Outline(const PanelView& view)
     return out.str();
 }
 
-PanelTest::PanelTest() : host(HostOptions{}), state(std::shared_ptr<void>(), &host.State())
+PanelTest::PanelTest()
+    : host(HostOptions{.logsModuleErrors = false}), state(std::shared_ptr<void>(), &host.State())
 {
     ClearThreadLastError();
 }

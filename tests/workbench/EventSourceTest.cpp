@@ -22,8 +22,8 @@ using Source = Workbench::EventSource<Event>;
 // Subscribes the way a module does: a heap copy that the source frees.
 std::uint64_t Subscribe(Source& source, Event::Callable callable)
 {
-    auto copy = std::make_unique<Event::Callable>(std::move(callable));
-    return source.Subscribe(&Event::Forward, &Event::Release, copy.release());
+    return source.Subscribe(&Event::Forward, &Event::Release,
+                            Event::Hold(std::move(callable)).release());
 }
 
 TEST(EventSource, CallsInOrderOfSubscription)

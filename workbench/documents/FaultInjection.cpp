@@ -63,7 +63,8 @@ ResultCode TakeFault(TableEntry entry, const _PDAnnotRec* annotation) noexcept
     ResultCode code = kResultOk;
     for (PlannedFault& planned : Plan()) {
         Fault& fault = planned.fault;
-        if (fault.entry != entry || (fault.annotation && fault.annotation.Get() != annotation)) {
+        const bool isMeant = fault.entry == entry || fault.entry == TableEntry::kAny;
+        if (!isMeant || (fault.annotation && fault.annotation.Get() != annotation)) {
             continue;
         }
         if (fault.skip > 0) {

@@ -21,6 +21,7 @@ enum class TableEntry : std::uint8_t {
     kAnnotGetCreationDate,
     kAnnotGetModificationDate,
     kAnnotGetRect,
+    kAny,  // in a Fault: every entry
 };
 inline constexpr std::size_t kTableEntryCount = 12;
 

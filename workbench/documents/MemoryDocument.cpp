@@ -101,7 +101,7 @@ std::shared_ptr<MemoryDocument> MemoryDocument::Make(std::string name,
         }
         made.push_back({MakePageRecord(std::move(annotations)), page.box});
     }
-    const std::shared_ptr<MemoryDocument> document{new MemoryDocument{std::move(name), options}};
+    std::shared_ptr<MemoryDocument> document{new MemoryDocument{std::move(name), options}};
     document->SetPages(std::move(made));
     return document;
 }

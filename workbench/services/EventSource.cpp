@@ -1,6 +1,7 @@
 #include "services/EventSource.h"
 
 #include "platform/Threads.h"
+#include "services/ModuleBoundary.h"
 
 #include <algorithm>
 #include <atomic>
@@ -20,6 +21,7 @@ struct EventSourceBase::Subscriber {
 
     void FreeCallable() noexcept
     {
+        const OnSide module(Side::kModule);
         if (release != nullptr) {
             std::exchange(release, nullptr)(callable);
         }
@@ -139,6 +141,7 @@ FireFailures EventSourceBase::CallEach(Call call, void* context)
             continue;
         }
         try {
+            const OnSide module(Side::kModule);
             call(context, subscriber->forwarder, subscriber->callable);
         } catch (...) {
             failures.push_back(std::current_exception());

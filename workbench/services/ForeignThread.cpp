@@ -1,6 +1,7 @@
 #include "services/ForeignThread.h"
 
 #include "platform/Threads.h"
+#include "services/ModuleBoundary.h"
 
 #include <exception>
 #include <utility>
@@ -50,6 +51,7 @@ bool ForeignThread::IsIdle() const
 
 void ForeignThread::Serve()
 {
+    const OnSide host(Side::kHost);
     loop_.AddHostThread(Platform::CurrentThreadId());
     std::unique_lock lock(mutex_);
     for (;;) {

@@ -17,8 +17,10 @@ ResultCode HandlerAttachment::Attach(UIWnd* window, const UIElement& element)
 {
     const BasicServiceObjectPtr<UIHandler> held = handler_;
     knowsElement_ = true;
-    const ResultCode code =
-        CallMethodUnchecked<UIHandler::Attached>(held.Get(), window, &element).code;
+    const ResultCode code = [&] {
+        const OnSide module(Side::kModule);
+        return CallMethodUnchecked<UIHandler::Attached>(held.Get(), window, &element).code;
+    }();
     if (IsExpectedResult(code)) {
         Call<UIHandler::GetSubscribedEvents>(&groups_);
     } else {

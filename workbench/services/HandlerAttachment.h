@@ -5,6 +5,7 @@
 #include "html-engine/AttachedHandler.h"
 #include "service-common/ServiceObjectPtr.h"
 #include "services/FailureLog.h"
+#include "services/ModuleBoundary.h"
 #include "ui-engine/UIHandler.SO.h"
 
 #include <cstdint>
@@ -34,6 +35,7 @@ public:
         }
         const BasicServiceObjectPtr<UIHandler> held = handler_;
         try {
+            const OnSide module(Side::kModule);
             const CallResult result = CallMethodUnchecked<M>(held.Get(), arguments...);
             if (result.called && !IsExpectedResult(result.code)) {
                 AddFailure(M::kName, result.code);

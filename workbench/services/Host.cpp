@@ -2,10 +2,12 @@
 
 #include "platform-libraries/AtomLibraryHost.h"
 #include "platform-libraries/ServiceProviderHost.h"
+#include "services/ModuleBoundary.h"
 #include "services/PanelElements.h"
 #include "services/ResourceStore.h"
 
 #include <stdexcept>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -19,6 +21,13 @@ template <class T>
 void ListService(const BasicServiceObjectPtr<T>& object)
 {
     VxHostRegisterService(T::InterfaceType::kName, object->AsInterface());
+}
+
+template <class M, class... Args>
+void CallModule(typename M::Interface* object, Args... arguments)
+{
+    const OnSide module(Side::kModule);
+    CallMethod<M>(object, arguments...);
 }
 
 template <class T>
@@ -76,23 +85,24 @@ void Host::StartPanel()
 {
     library_ = std::make_unique<ModuleLibrary>(options_.module);
     CreatePlugin();
+    state_->moduleErrors.Watch(options_.logsModuleErrors ? plugin_.Get() : nullptr);
 
-    CallMethod<UIInplacePlugin::Handshake>(plugin_.Get());
-    CallMethod<UIInplacePlugin::RegisterResources>(plugin_.Get());
+    CallModule<UIInplacePlugin::Handshake>(plugin_.Get());
+    CallModule<UIInplacePlugin::RegisterResources>(plugin_.Get());
     const UIInitBeginArguments begin{Window(), uiService_->AsInterface()};
-    CallMethod<UIInplacePlugin::InitBegin>(plugin_.Get(), &begin);
+    CallModule<UIInplacePlugin::InitBegin>(plugin_.Get(), &begin);
     const UIInitHtmlArguments html{Window(), Engine()};
-    CallMethod<UIInplacePlugin::InitHtml>(plugin_.Get(), &html);
+    CallModule<UIInplacePlugin::InitHtml>(plugin_.Get(), &html);
     LoadPanelDocument();
-    CallMethod<UIInplacePlugin::InitSubscription>(plugin_.Get());
+    CallModule<UIInplacePlugin::InitSubscription>(plugin_.Get());
     const UIInitHandlerArguments handler{handler_.Receive()};
-    CallMethod<UIInplacePlugin::InitHandler>(plugin_.Get(), &handler);
+    CallModule<UIInplacePlugin::InitHandler>(plugin_.Get(), &handler);
     AttachPanelHandler();
-    CallMethod<UIInplacePlugin::InitComplete>(plugin_.Get());
+    CallModule<UIInplacePlugin::InitComplete>(plugin_.Get());
     panel_->CallHandlers<UIHandler::OnInplacePluginsInitialized>();
-    CallMethod<UIInplacePlugin::CreateControl>(plugin_.Get());
+    CallModule<UIInplacePlugin::CreateControl>(plugin_.Get());
     const UIGetUIModelArguments model{model_.Receive()};
-    CallMethod<UIInplacePlugin::GetUIModel>(plugin_.Get(), &model);
+    CallModule<UIInplacePlugin::GetUIModel>(plugin_.Get(), &model);
     if (!model_) {
         throw std::runtime_error("the panel has no model");
     }
@@ -130,12 +140,16 @@ void Host::AttachPanelHandler()
     panel_->Document()->SelectFirst(panel_->Document()->Root(), "body", body);
     const ResultCode code = panel_->AttachHandler(body, handler_.Get());
     CheckServiceCall(handler_.Get(), code);
+    if (!IsExpectedResult(code)) {
+        throw std::runtime_error("the panel's handler fails to attach with code " +
+                                 std::to_string(code));
+    }
     panel_->CallHandlers<UIHandler::OnDocumentComplete>();
 }
 
 void Host::HandOverDocuments()
 {
-    CallMethod<UIDocumentPanelModel::SetDocumentsCollection>(model_.Get(),
+    CallModule<UIDocumentPanelModel::SetDocumentsCollection>(model_.Get(),
                                                              collection_->AsInterface());
 }
 
@@ -210,9 +224,11 @@ void Host::EndPanel()
     panel_->Close();
     handler_.Reset();
     if (plugin_) {
+        const OnSide module(Side::kModule);
         CallMethodUnchecked<UIInplacePlugin::Cleanup>(plugin_.Get());
     }
     model_.Reset();
+    state_->moduleErrors.Watch(nullptr);
     plugin_.Reset();
     // What a module still posts is not taken any more; what it has posted still holds its objects.
     state_->loop.End();

@@ -44,6 +44,8 @@ struct HostOptions {
     std::filesystem::path module = DefaultModule();
     std::filesystem::path locales = DefaultLocales();
     std::string language = "en";
+    // Errors that the module leaves behind in posted calls and events go to the failure log.
+    bool logsModuleErrors = true;
 };
 
 class Host {

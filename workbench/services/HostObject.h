@@ -7,6 +7,7 @@
 #include "service-common/ServiceObjectImplementation.h"
 #include "services/EventSource.h"
 #include "services/LiveObjects.h"
+#include "services/ModuleBoundary.h"
 
 #include <string>
 #include <string_view>
@@ -101,6 +102,11 @@ private:
             if (self == nullptr) {
                 return kResultNullPointer;
             }
+            if (const CallOutcome outcome = OutcomeOfCall(I::kName, M::kName);
+                outcome != CallOutcome::kPasses) {
+                return ResultOfOutcome(outcome);
+            }
+            const OnSide host(Side::kHost);
             try {
                 ResultCode code = kResultOk;
                 if constexpr (std::is_void_v<decltype((FromInterface(self)->*Member)(
@@ -126,10 +132,18 @@ private:
         static std::uint64_t Subscribe(I* self, typename E::Forwarder forwarder,
                                        typename E::ReleaseCallable release, void* callable)
         {
+            const CallOutcome outcome = OutcomeOfCall(I::kName, E::kName);
+            const OnSide host(Side::kHost);
+            if (outcome != CallOutcome::kPasses) {
+                release(callable);
+                ResultOfOutcome(outcome);
+                return 0;
+            }
             return FromInterface(self)->template Event<E>().Subscribe(forwarder, release, callable);
         }
         static ResultCode Unsubscribe(I* self, std::uint64_t cookie)
         {
+            const OnSide host(Side::kHost);
             return FromInterface(self)->template Event<E>().Unsubscribe(cookie) ? kResultOk
                                                                                 : kResultNotFound;
         }

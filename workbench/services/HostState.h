@@ -6,6 +6,7 @@
 #include "services/EventSource.h"
 #include "services/FailureLog.h"
 #include "services/ForeignThread.h"
+#include "services/ModuleErrors.h"
 #include "services/UiThreadLoop.h"
 
 #include <atomic>
@@ -16,7 +17,8 @@ namespace Workbench {
 
 struct HostState {
     FailureLog failures;
-    UiThreadLoop loop{failures};
+    ModuleErrors moduleErrors{failures};
+    UiThreadLoop loop{failures, &moduleErrors};
     ForeignThread foreignThread{loop, failures};
     CallLog calls;
 
@@ -29,8 +31,15 @@ struct HostState {
     template <class E, class... Args>
     void Fire(EventSource<E>& source, Args... arguments)
     {
-        for (const auto& exception : source.Fire(arguments...)) {
-            failures.Add(E::kName, exception);
+        const auto fire = [&] {
+            for (const auto& exception : source.Fire(arguments...)) {
+                failures.Add(E::kName, exception);
+            }
+        };
+        if (loop.IsUiThread()) {
+            moduleErrors.Around(E::kName, fire);
+        } else {
+            fire();
         }
     }
 };

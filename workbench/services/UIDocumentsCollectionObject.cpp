@@ -85,6 +85,7 @@ UIDocumentsCollectionObject::EnumerateViews(UIDocumentsCollection::ViewCollector
     }
     const std::vector<ViewPtr> views = views_;  // the collector may lead to a change
     for (const ViewPtr& view : views) {
+        const OnSide module(Side::kModule);
         collector(context, view->AsInterface());
     }
     return kResultOk;

@@ -54,6 +54,7 @@ ResultCode UIWndObject::SelectElements(HtmlElementHandle root, const char* selec
     }
     CheckEngineResult(document->SelectAll(ElementOf(root), selector,
                                           [&](HtmlEngine::ElementHandle element) {
+                                              const OnSide module(Side::kModule);
                                               collector(context, HandleOf(element), engine_);
                                               return true;
                                           }),

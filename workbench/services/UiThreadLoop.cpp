@@ -1,6 +1,8 @@
 #include "services/UiThreadLoop.h"
 
 #include "platform/Threads.h"
+#include "services/ModuleBoundary.h"
+#include "services/ModuleErrors.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,8 +10,11 @@
 
 namespace Workbench {
 
-UiThreadLoop::UiThreadLoop(FailureLog& failures)
-    : threadId_(Platform::CurrentThreadId()), failures_(failures), hostThreads_{threadId_}
+UiThreadLoop::UiThreadLoop(FailureLog& failures, ModuleErrors* moduleErrors)
+    : threadId_(Platform::CurrentThreadId()),
+      failures_(failures),
+      moduleErrors_(moduleErrors),
+      hostThreads_{threadId_}
 {
 }
 
@@ -103,7 +108,15 @@ bool UiThreadLoop::RunNext()
     }
     try {
         if (call.runner != nullptr) {
-            call.runner(call.record);
+            const auto run = [&call] {
+                const OnSide module(Side::kModule);
+                call.runner(call.record);
+            };
+            if (moduleErrors_ != nullptr) {
+                moduleErrors_->Around("posted call", run);
+            } else {
+                run();
+            }
         } else {
             call.work();
         }

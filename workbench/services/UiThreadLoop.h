@@ -15,10 +15,13 @@
 
 namespace Workbench {
 
+class ModuleErrors;
+
 class UiThreadLoop {
 public:
-    // The calling thread becomes the UI thread. Exceptions of posted calls go to `failures`.
-    explicit UiThreadLoop(FailureLog& failures);
+    // The calling thread becomes the UI thread. Exceptions of posted calls go to `failures`, and so
+    // do the errors that they leave behind, where `moduleErrors` (may be null) watches for them.
+    explicit UiThreadLoop(FailureLog& failures, ModuleErrors* moduleErrors = nullptr);
     UiThreadLoop(const UiThreadLoop&) = delete;
     UiThreadLoop& operator=(const UiThreadLoop&) = delete;
 
@@ -73,6 +76,7 @@ private:
 
     const std::uint32_t threadId_;
     FailureLog& failures_;
+    ModuleErrors* const moduleErrors_;
 
     mutable std::mutex mutex_;
     std::condition_variable posted_;

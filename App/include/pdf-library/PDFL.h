@@ -14,6 +14,11 @@ namespace PDFL {
 // the life of the module. Throws ServiceObjectException when it cannot be had.
 const PDFunctionTable& Library();
 
+// Number of queries of this thread that the library failed to answer; what they asked for counts as
+// absent. Its growth tells that something was left out. A property that is not there is no failure.
+std::uint64_t FailedQueryCount() noexcept;
+void CountFailedQuery() noexcept;
+
 // The rectangle with its corners in order.
 _PDRect Normalised(const _PDRect& rectangle);
 

@@ -1,6 +1,7 @@
 // The panel's way to the DOM: references to single elements and sets of elements that a selector
 // found. Nothing of the DOM is held elsewhere. Every operation is safe on an empty reference or
-// after the window died: it does nothing, or yields what is empty. [ui-thread]
+// after the window died: it does nothing, or yields what is empty. Failures that are not thrown, a
+// refused use among them, are counted (FailedCallCount), but those of refreshing. [ui-thread]
 #pragma once
 
 #include "service-common/ServiceObjectPtr.h"
@@ -44,6 +45,8 @@ public:
     bool AllInState(std::uint32_t bits) const;
 
 private:
+    friend class ElementReference;
+
     template <class Operation>
     const ElementSet& ForEach(Operation operation) const;
 

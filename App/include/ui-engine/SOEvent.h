@@ -6,6 +6,7 @@
 #include "service-common/ServiceMethod.h"
 #include "service-common/ServiceObjectPtr.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -69,14 +70,40 @@ struct EventDeclaration<I, Slot, void(Args...)> {
     static constexpr unsigned kUnsubscribeSlot = Slot + 1;
     static constexpr unsigned kSlotCount = 2;
 
-    // Calls the callable, by way of a copy: the host may free it while it runs. An empty one
-    // raises std::bad_function_call.
+    // What the host keeps as its user pointer: the callable, which lives until the host has freed
+    // it and no call of it is running any more.
+    struct HeldCallable {
+        const Callable callable;
+        std::atomic<unsigned> holders = 1;  // the host, and each running call
+
+        static void Drop(HeldCallable* held) noexcept
+        {
+            if (held->holders.fetch_sub(1) == 1) {
+                std::unique_ptr<HeldCallable>(held).reset();
+            }
+        }
+    };
+    static std::unique_ptr<HeldCallable> Hold(Callable callable)
+    {
+        return std::unique_ptr<HeldCallable>(new HeldCallable{std::move(callable)});
+    }
+
+    // Calls the callable, which the host may free meanwhile. An empty one raises
+    // std::bad_function_call.
     static void Forward(Args... arguments, void* callable)
     {
-        const Callable copy = *static_cast<const Callable*>(callable);
-        copy(arguments...);
+        auto* const held = static_cast<HeldCallable*>(callable);
+        held->holders.fetch_add(1);
+        const std::unique_ptr<HeldCallable, void (*)(HeldCallable*)> running(held,
+                                                                             &HeldCallable::Drop);
+        held->callable(arguments...);
     }
-    static void Release(void* callable) { delete static_cast<Callable*>(callable); }
+    static void Release(void* callable) noexcept
+    {
+        if (callable != nullptr) {
+            HeldCallable::Drop(static_cast<HeldCallable*>(callable));
+        }
+    }
 };
 
 }  // namespace SODetails
@@ -97,15 +124,25 @@ struct EventSubscription : SubscriptionBase {
         }
         const auto object = host.Lock();
         if (object && cookie != 0) {
+            End(object.Get(), cookie);
+        }
+    }
+
+    // Ends a subscription at the host, whatever comes of it.
+    static void End(typename E::Interface* object, std::uint64_t cookie) noexcept
+    {
+        try {
             reinterpret_cast<typename E::Unsubscribe>(
-                SODetails::RawMethodEntry(object.Get(), E::kUnsubscribeSlot))(object.Get(), cookie);
+                SODetails::RawMethodEntry(object, E::kUnsubscribeSlot))(object, cookie);
+        } catch (...) {  // NOLINT: nobody could act on it
         }
     }
 };
 
 // Subscribes `callable` to event `E` of `host`. Empty when the host has no subscribe entry or
-// answers with cookie 0. Fails with std::bad_alloc; no subscription is left at the host then. The
-// table size is not consulted: a host that hands out an interface offers its events.
+// answers with cookie 0, or hands out no weak reference of itself. Fails with std::bad_alloc; no
+// subscription is left at the host then. The table size is not consulted: a host that hands out an
+// interface offers its events.
 template <class Subscription, class E>
 SubscriptionHandle SubscribeTo(typename E::Interface* host, typename E::Callable callable)
 {
@@ -119,13 +156,18 @@ SubscriptionHandle SubscribeTo(typename E::Interface* host, typename E::Callable
     }
     // Everything that can fail for want of memory is made before the host is asked.
     auto subscription = std::make_shared<Subscription>();
-    auto copy = std::make_unique<typename E::Callable>(std::move(callable));
+    auto copy = E::Hold(std::move(callable));
     const std::uint64_t cookie = subscribe(host, &E::Forward, &E::Release, copy.release());
     if (cookie == 0) {
         return nullptr;
     }
     const auto held = BasicServiceObjectPtr<typename E::Interface>::Retain(host);
     subscription->host = WeakServiceObjectPtr<typename E::Interface>(held.Get());
+    if (subscription->host.IsEmpty()) {
+        // It could not be ended later, when what the callable is bound to is gone.
+        Subscription::End(held.Get(), cookie);
+        return nullptr;
+    }
     subscription->cookie = cookie;
     subscription->subscribed = true;
     return subscription;

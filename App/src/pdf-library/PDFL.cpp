@@ -7,11 +7,23 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <new>
 
 namespace PDFL {
 namespace {
 
 std::atomic<const PDFunctionTable*> g_library = nullptr;
+
+thread_local std::uint64_t t_failedQueries = 0;
+
+bool Succeeded(ResultCode code)
+{
+    if (code != kResultOk && !IsAbsence(code)) {
+        ++t_failedQueries;
+    }
+    return code == kResultOk;
+}
 
 const PDFunctionTable& FetchLibrary()
 {
@@ -26,9 +38,20 @@ const PDFunctionTable& FetchLibrary()
     return *table;
 }
 
-void AppendText(void* context, const char16_t* text, std::uint32_t length)
+struct TextTarget {
+    std::wstring& text;
+    bool failed = false;  // there was no memory for it
+};
+
+// Throws nothing through the library.
+void AppendText(void* context, const char16_t* text, std::uint32_t length) noexcept
 {
-    AppendFromUtf16(*static_cast<std::wstring*>(context), std::u16string_view(text, length));
+    auto& target = *static_cast<TextTarget*>(context);
+    try {
+        AppendFromUtf16(target.text, std::u16string_view(text, length));
+    } catch (const std::exception&) {
+        target.failed = true;
+    }
 }
 
 using TextQuery = ResultCode (*)(_PDAnnotRec*, PDTextSink, void*);
@@ -36,8 +59,13 @@ using TextQuery = ResultCode (*)(_PDAnnotRec*, PDTextSink, void*);
 void ReadText(_PDAnnotRec* annotation, TextQuery query, std::wstring& text)
 {
     text.clear();
-    if (query(annotation, &AppendText, &text) != kResultOk) {
+    TextTarget target{text};
+    const bool isWhole = Succeeded(query(annotation, &AppendText, &target));
+    if (!isWhole || target.failed) {
         text.clear();
+    }
+    if (target.failed) {
+        throw std::bad_alloc();
     }
 }
 
@@ -46,13 +74,23 @@ using DateQuery = ResultCode (*)(_PDAnnotRec*, _PDDateRec*);
 _PDDateRec DateOf(_PDAnnotRec* annotation, DateQuery query)
 {
     _PDDateRec date{};
-    if (query(annotation, &date) != kResultOk) {
+    if (!Succeeded(query(annotation, &date))) {
         date = {};
     }
     return date;
 }
 
 }  // namespace
+
+std::uint64_t FailedQueryCount() noexcept
+{
+    return t_failedQueries;
+}
+
+void CountFailedQuery() noexcept
+{
+    ++t_failedQueries;
+}
 
 const PDFunctionTable& Library()
 {
@@ -69,7 +107,7 @@ _PDRect Normalised(const _PDRect& rectangle)
 std::uint32_t Page::AnnotationCount() const
 {
     std::uint32_t count = 0;
-    if (record_ == nullptr || Library().PageGetAnnotCount(record_, &count) != kResultOk) {
+    if (record_ == nullptr || !Succeeded(Library().PageGetAnnotCount(record_, &count))) {
         return 0;
     }
     return count;
@@ -88,7 +126,7 @@ Annotation Annotation::Retain(_PDAnnotRec* record)
 Annotation Annotation::At(const Page& page, std::uint32_t position)
 {
     Annotation annotation;
-    if (page && Library().PageGetAnnot(page.Get(), position, annotation.Receive()) != kResultOk) {
+    if (page && !Succeeded(Library().PageGetAnnot(page.Get(), position, annotation.Receive()))) {
         annotation.Reset();
     }
     return annotation;
@@ -98,19 +136,19 @@ bool Annotation::IsEqual(const Annotation& other) const
 {
     bool equal = false;
     return record_ != nullptr && other.record_ != nullptr &&
-           Library().AnnotIsEqual(record_, other.record_, &equal) == kResultOk && equal;
+           Succeeded(Library().AnnotIsEqual(record_, other.record_, &equal)) && equal;
 }
 
 bool Annotation::IsListed() const
 {
     bool listed = false;
-    return record_ != nullptr && Library().AnnotIsListed(record_, &listed) == kResultOk && listed;
+    return record_ != nullptr && Succeeded(Library().AnnotIsListed(record_, &listed)) && listed;
 }
 
 Atom Annotation::Subtype() const
 {
     Atom subtype = kAtomNone;
-    if (record_ == nullptr || Library().AnnotGetSubtype(record_, &subtype) != kResultOk) {
+    if (record_ == nullptr || !Succeeded(Library().AnnotGetSubtype(record_, &subtype))) {
         return kAtomNone;
     }
     return subtype;

@@ -1,11 +1,14 @@
 #include "AnnotDate.h"
 
+#include "service-common/ServiceMethod.h"
+
 #include <boost/date_time/c_local_time_adjustor.hpp>
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 #include <boost/date_time/posix_time/posix_time.hpp>
 
 #include <exception>
 #include <locale>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 
@@ -24,6 +27,8 @@ boost::posix_time::ptime LocalTime(const _PDDateRec& date)
         ptime(day, time_duration(date.hour, date.minute, date.second)) - hours(date.utcOffsetHours);
     try {
         return boost::date_time::c_local_adjustor<ptime>::utc_to_local(utc);
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception&) {
         return ptime(boost::date_time::not_a_date_time);
     }
@@ -88,6 +93,9 @@ void WriteTime(const boost::posix_time::ptime& time, const std::wstring& format,
     // The locale owns the facet.
     stream.imbue(std::locale(stream.getloc(), new boost::posix_time::wtime_facet(format.c_str())));
     stream << time;
+    if (stream.bad()) {  // streams keep a lack of memory to themselves
+        throw std::bad_alloc();
+    }
     text = stream.str();
 }
 
@@ -101,6 +109,9 @@ void WriteAnnotDate(const _PDDateRec& date, const std::wstring& format, std::wst
     }
     try {
         WriteTime(LocalTime(date), format, text);
+    } catch (const std::bad_alloc&) {
+        CountFailedCall();  // the row is missing, and may be there the next time
+        text.clear();
     } catch (const std::exception&) {
         text.clear();  // a field out of range hides the row
     }

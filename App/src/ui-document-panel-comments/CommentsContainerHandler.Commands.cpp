@@ -6,7 +6,9 @@
 #include "service-common/SingletonStaticData.h"
 #include "ui-engine/BLService.SO.h"
 
+#include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <span>
 
 namespace {
@@ -54,19 +56,24 @@ bool IsCollapsed(const ElementReference& page)
 
 Atom DeleteCommand()
 {
-    static std::atomic<Atom> command = kAtomUnresolved;
-    if (command.load() == kAtomUnresolved) {
-        command.store(AtomService::Resolve(kDeleteCommand));
-    }
-    return command.load();
+    static std::atomic<Atom> cached = kAtomUnresolved;
+    return SP::Details::ResolveOnce(kDeleteCommand, cached);
+}
+
+bool IsCommandKey(std::uint32_t virtualKey)
+{
+    constexpr std::uint32_t kKeys[] = {kKeyEnter, kKeyPageUp,  kKeyPageDown,  kKeyEnd,
+                                       kKeyHome,  kKeyUpArrow, kKeyDownArrow, kKeyDelete};
+    return std::find(std::begin(kKeys), std::end(kKeys), virtualKey) != std::end(kKeys);
 }
 
 }  // namespace
 
 ResultCode CommentsContainerHandler::HandleKey(HtmlElementHandle, UIKeyEvent* event)
 {
-    if (event != nullptr && event->kind == kKeyDown &&
+    if (event != nullptr && event->kind == kKeyDown && IsCommandKey(event->virtualKey) &&
         container_.SameWindow(event->target).Enclosing(kEnclosingResults)) {
+        RequireFreshList();
         ActOnKey(event->virtualKey);
     }
     return kResultDeclined;
@@ -159,6 +166,7 @@ void CommentsContainerHandler::ActOnClick(const ElementReference& target)
         isInList ? std::span<const ClickTarget>(kListTargets) : kButtons;
     for (const ClickTarget& click : targets) {
         if (target.Matches(click.selector)) {
+            RequireFreshList();
             click.act(*this, target);
             return;
         }

@@ -7,7 +7,7 @@
 
 #include "ui-engine/NarrowText.h"
 
-#include <boost/format.hpp>
+#include <string>
 
 namespace {
 
@@ -42,17 +42,18 @@ std::uint32_t LeadingNumber(std::wstring_view text)
     return negative ? 0u - number : number;
 }
 
+std::string ItemSelector(const std::string& name)
+{
+    return "li[annot-name=\"" + name + "\"]";
+}
+
 // The page at an index that is below the page count; fails otherwise.
-PDFL::Page AcquirePage(BLDocument* document, std::uint32_t pageIndex, bool& inRange)
+PDFL::Page AcquirePageInRange(BLDocument* document, std::uint32_t pageIndex, bool& inRange)
 {
     std::int32_t pageCount = 0;
     CallMethod<BLDocument::GetPageCount>(document, &pageCount);
     inRange = pageCount > 0 && pageIndex < static_cast<std::uint32_t>(pageCount);
-    PDFL::Page page;
-    if (inRange) {
-        CallMethod<BLDocument::AcquirePage>(document, pageIndex, page.Receive());
-    }
-    return page;
+    return inRange ? AcquirePage(document, pageIndex) : PDFL::Page();
 }
 
 }  // namespace
@@ -74,7 +75,7 @@ std::uint32_t CommentsContainerHandler::GetAnnotIndex(BLDocument* document, std:
         Fail(kResultNotInitialized, L"Not initialized", kFunction, __LINE__);
     }
     bool inRange = false;
-    const PDFL::Page page = AcquirePage(document, pageIndex, inRange);
+    const PDFL::Page page = AcquirePageInRange(document, pageIndex, inRange);
     if (!inRange) {
         Fail(kResultOutOfRange, L"Page index out of range", kFunction, __LINE__);
     }
@@ -95,7 +96,7 @@ PDFL::Annotation CommentsContainerHandler::FindAnnot(BLDocument* document, std::
         Fail(kResultNotInitialized, L"Not initialized", kFunction, __LINE__);
     }
     bool inRange = false;
-    const PDFL::Page page = AcquirePage(document, pageIndex, inRange);
+    const PDFL::Page page = AcquirePageInRange(document, pageIndex, inRange);
     if (!inRange) {
         Fail(kResultOutOfRange, L"Page index out of range", kFunction, __LINE__);
     }
@@ -168,12 +169,10 @@ ElementReference CommentsContainerHandler::FindAnnotItem(std::uint32_t pageIndex
         return {};
     }
     const std::string name = ToNarrow(MakeAnnotUniqueName(document.Get(), pageIndex, annotation));
-    ElementReference item = container_.SelectFirst(
-        (boost::format("div.results-container li[annot-name=\"%1%\"]") % name).str());
+    ElementReference item = container_.SelectFirst("div.results-container " + ItemSelector(name));
     if (IsInsideItem(item)) {
-        item = PageItem(pageIndex).SelectFirst(
-            (boost::format(":root > li > div > ul.comments > li[annot-name=\"%1%\"]") % name)
-                .str());
+        item = PageItem(pageIndex).SelectFirst(":root > li > div > ul.comments > " +
+                                               ItemSelector(name));
     }
     return item;
 }

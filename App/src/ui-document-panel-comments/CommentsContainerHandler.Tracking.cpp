@@ -54,31 +54,52 @@ struct CommentsContainerHandler::Loading {
     WeakServiceObjectPtr<CommentsContainerHandler> handler;  // used on the UI thread alone
     BasicServiceObjectPtr<UIThread> thread;  // the worker may still be calling it when it completes
     BasicServiceObjectPtr<BLDocument> document;
+    bool rendered = false;  // the worker's
     // Written by the worker before the completion is posted, read after that.
     std::string html;            // UTF-8
     std::exception_ptr failure;  // null: rendered
+    bool failedCalls = false;    // calls into the host failed, and were passed over
+    bool failedQueries = false;  // and so did queries of the PDF library
     // Set by the worker when the host does not take the completion.
     std::atomic<bool> refused = false;
 
     // Runs on the worker.
     void Render() noexcept
     {
-        if (dropped.load()) {
+        if (std::exchange(rendered, true) || dropped.load()) {
             return;
         }
+        const std::uint64_t callsBefore = FailedCallCount();
+        const std::uint64_t queriesBefore = PDFL::FailedQueryCount();
         try {
             ListRenderer renderer(document.Get());
             renderer.wanted = [this] { return !dropped.load(std::memory_order_relaxed); };
             html = renderer.RenderResultsUtf8();
         } catch (...) {
-            html.clear();
+            html = {};
             failure = std::current_exception();
         }
+        failedCalls = FailedCallCount() != callsBefore;
+        failedQueries = PDFL::FailedQueryCount() != queriesBefore;
+    }
+
+    // Runs on the worker: has the host run Complete on the UI thread. False when the host does not
+    // take it, and may be asked again.
+    static bool PostCompletion(const std::shared_ptr<Loading>& loading) noexcept
+    {
+        bool taken = false;
+        SODetails::RunEventTask(kLoadName, [&] {
+            taken =
+                UIThreadDispatcher::PostTo(loading->thread.Get(), [loading] { Complete(loading); });
+        });
+        loading->refused.store(!taken);
+        return taken || !loading->thread;
     }
 
     // Runs on the UI thread, after Render.
     static void Complete(const std::shared_ptr<Loading>& loading)
     {
+        loading->dropped.store(true);  // the worker has nothing more to do for it
         loading->document.Reset();
         const auto handler = loading->handler.Lock();
         if (handler && handler->loading_ == loading) {
@@ -94,8 +115,11 @@ void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
     view_ = WeakServiceObjectPtr<BLDocumentView>(view);
     viewSubscriptions_.Clear();
     documentReadOnly_ = false;
+    isBound_ = false;
+    const std::uint64_t failedBefore = FailedCallCount();
     CallMethod<BLDocumentView::IsReadOnly>(view, &documentReadOnly_);
     const auto document = CurrentDocument();
+    const bool isBound = FailedCallCount() == failedBefore;
     if (document) {
         SetDocument(document.Get());
     } else {
@@ -103,6 +127,7 @@ void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
         document_.Reset();
         ReloadList();
     }
+    isBound_ = isBound;
     viewSubscriptions_.Append(BLDocumentView::Subscribe_OnInputHandleFocusAnnot(
         view, boost::bind(&CommentsContainerHandler::OnFocusAnnot, this, _1, _2)));
 }
@@ -111,7 +136,7 @@ void CommentsContainerHandler::SetDocument(BLDocument* document)
 {
     using namespace boost::placeholders;
     documentSubscriptions_.Clear();
-    document_ = WeakServiceObjectPtr<BLDocument>(document);
+    document_ = WeakServiceObjectPtr<BLDocument>::Require(document);
     documentSubscriptions_.Append(BLDocument::Subscribe_OnPagesChanged(
         document, boost::bind(&CommentsContainerHandler::OnPagesChanged, this, _1, _2)));
     documentSubscriptions_.Append(BLDocument::Subscribe_OnAnnotChanged(
@@ -121,11 +146,64 @@ void CommentsContainerHandler::SetDocument(BLDocument* document)
 
 void CommentsContainerHandler::ReloadList()
 {
-    ClearResults();
+    // The list that lands replaces what cannot be cleared now, and its buttons are its own; no
+    // command acts on what is left until then.
+    stale_ = true;
+    const std::uint64_t failedBefore = FailedCallCount();
+    const bool cleared = SODetails::RunEventTask(kLoadName, [this] { ClearResults(); }) &&
+                         FailedCallCount() == failedBefore;
     LoadResults();
-    SelectFirstAnnotItem();
-    UpdateButtons();
-    UpdateMoveButtons();
+    stale_ = !cleared;
+    SODetails::RunEventTask(kLoadName, [this] {
+        SelectFirstAnnotItem();
+        UpdateButtons();
+        UpdateMoveButtons();
+    });
+}
+
+void CommentsContainerHandler::ReloadListOfDocument()
+{
+    if (document_.Lock()) {
+        isRecovering_ = false;
+        ReloadList();
+    }
+}
+
+void CommentsContainerHandler::Refresh()
+{
+    if (const auto waiting = loading_; waiting && waiting->refused.load()) {
+        Loading::Complete(waiting);
+    }
+    const bool isWorthATry = (incomplete_ || !isBound_) && !recoveryFailed_;
+    if (changeMissed_.load() || (!loading_ && (stale_ || isWorthATry))) {
+        Recover();
+    }
+}
+
+void CommentsContainerHandler::RequireFreshList()
+{
+    if (const auto waiting = loading_; waiting && waiting->refused.load()) {
+        Loading::Complete(waiting);
+    }
+    const bool recovers = (IsStale() || !isBound_) && !loading_ && !recoveryFailed_;
+    if (recovers) {
+        Recover();
+    }
+    if (recovers || (IsStale() && !tolerated_)) {
+        Fail(kResultNotInitialized, L"Not initialized",
+             "CommentsContainerHandler::RequireFreshList", __LINE__);
+    }
+}
+
+void CommentsContainerHandler::Recover()
+{
+    isRecovering_ = true;
+    if (isBound_) {
+        ReloadList();
+    } else {
+        const auto view = view_.Lock();
+        SetDocumentView(view.Get());
+    }
 }
 
 void CommentsContainerHandler::ClearResults()
@@ -151,47 +229,112 @@ void CommentsContainerHandler::LoadResults()
             .Collapse();  // a loading that was dropped may have shown it
         return;
     }
-    container_.SelectAll(kPreloader).SetVisibility(u"visible");
-    loading_ = std::make_shared<Loading>();
-    loading_->handler = WeakServiceObjectPtr<CommentsContainerHandler>(this);
+    const auto loading = std::make_shared<Loading>();
+    loading->handler = WeakServiceObjectPtr<CommentsContainerHandler>::Require(this);
     SODetails::RunEventTask(kLoadName, [this] { dispatcher_.EnsureStarted(); });
-    loading_->thread = dispatcher_.ThreadObject();
-    loading_->document = std::move(document);
-    queue_->Add([loading = loading_] {
+    loading->thread = dispatcher_.ThreadObject();
+    loading->document = std::move(document);
+    changeMissed_ = false;  // what is missed from here on may not be in the rendering
+    queue_->Add([loading] {
         loading->Render();
-        bool taken = false;
-        SODetails::RunEventTask(kLoadName, [&] {
-            taken = UIThreadDispatcher::PostTo(loading->thread.Get(),
-                                               [loading] { Loading::Complete(loading); });
-        });
-        loading->refused.store(!taken);
+        return loading->dropped.load() || Loading::PostCompletion(loading);
     });
+    loading_ = loading;
+    SODetails::RunEventTask(kLoadName,
+                            [this] { container_.SelectAll(kPreloader).SetVisibility(u"visible"); });
 }
 
 void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loading)
 {
     const auto touched = std::exchange(touchedPages_, {});
+    const bool recovering = std::exchange(isRecovering_, false);
     loading_.reset();
-    container_.SelectAll(kPreloader).Collapse();
-    if (loading->failure) {
+    incomplete_ = loading->failedQueries;
+    const std::uint64_t failedBefore = FailedCallCount();
+    const std::uint64_t queriesBefore = PDFL::FailedQueryCount();
+    bool landed = loading->failure == nullptr;
+    // A step that fails leaves the others standing.
+    const auto step = [&landed](const auto& task) {
+        landed = SODetails::RunEventTask(kLoadName, task) && landed;
+    };
+    step([this] { container_.SelectAll(kPreloader).Collapse(); });
+    if (!loading->failure) {
+        step([&] { ShowResults(*loading); });
+        // What changed while the worker was rendering may be in the rendering or not.
+        for (const std::uint32_t pageIndex : touched) {
+            step([&] { UpdatePageItem(pageIndex); });
+        }
+    }
+    step([this] { SelectFirstAnnotItem(); });
+    step([this] {
         UpdateButtons();
         UpdateMoveButtons();
+    });
+    incomplete_ = incomplete_ || PDFL::FailedQueryCount() != queriesBefore;
+    stale_ = !landed || loading->failedCalls || FailedCallCount() != failedBefore;
+    // What fails twice, and is not thrown, may be how this host is: commands act all the same.
+    tolerated_ = recovering && landed;
+    recoveryFailed_ = recovering && (stale_ || incomplete_ || !isBound_);
+    if (loading->failure) {
         std::rethrow_exception(loading->failure);
     }
-    const ElementReference results = container_.SelectFirst(kResults);
-    results.SetHtml(loading->html, HtmlPosition::kReplaceContent);
-    results.Update(kUpdateMeasure);
-    // What changed while the worker was rendering may be in the rendering or not.
-    for (const std::uint32_t pageIndex : touched) {
-        SODetails::RunEventTask(kLoadName, [&] { UpdatePageItem(pageIndex); });
+    if (stale_ && !recovering) {  // nobody may come by for a while
+        PostToUIThread(kLoadName, [this] {
+            if (stale_ && !loading_) {
+                Recover();
+            }
+        });
     }
+}
+
+void CommentsContainerHandler::ShowResults(const Loading& loading)
+{
+    const ElementReference results = container_.SelectFirst(kResults);
+    if (!results) {
+        Fail(kResultNotInitialized, L"Not initialized", kLoadName, __LINE__);
+    }
+    results.SetHtml(loading.html, HtmlPosition::kReplaceContent);
+    results.Update(kUpdateMeasure);
     const ElementReference message = results.SelectFirst(kNoItemsMessage);
     if (message) {
         message.SetText(LocalizedString(message.Attribute(kLocaleToken)));
     }
-    SelectFirstAnnotItem();
-    UpdateButtons();
-    UpdateMoveButtons();
+}
+
+template <class Task>
+void CommentsContainerHandler::RunOnUIThread(const char* name, const Task& task)
+{
+    if (dispatcher_.IsUIThread()) {
+        SODetails::RunEventTask(name, task);
+    } else {
+        PostToUIThread(name, task);
+    }
+}
+
+template <class Step>
+void CommentsContainerHandler::ChangeList(const Step& step)
+{
+    const std::uint64_t callsBefore = FailedCallCount();
+    const std::uint64_t queriesBefore = PDFL::FailedQueryCount();
+    const auto note = [&](bool failed) {
+        if (failed || FailedCallCount() != callsBefore) {
+            stale_ = true;
+            tolerated_ = false;
+            recoveryFailed_ = false;
+        }
+        incomplete_ = incomplete_ || PDFL::FailedQueryCount() != queriesBefore;
+    };
+    try {
+        Refresh();
+        step();
+        note(false);
+    } catch (const ServiceObjectException& failure) {
+        note(!IsAbsence(failure.Code()));
+        throw;
+    } catch (...) {
+        note(true);
+        throw;
+    }
 }
 
 void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _PDPageRange* range)
@@ -200,36 +343,41 @@ void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _
         operation != PDPageOperation::kMoved) {
         return;
     }
-    // The range is the caller's; a task that runs later has its own copy.
-    std::vector<std::uint32_t> pages;
-    if (range != nullptr && range->pages != nullptr) {
-        pages.assign(range->pages, range->pages + range->count);
-    }
-    RunOnUIThread("CommentsContainerHandler::OnPagesChanged", [this, pages = std::move(pages)] {
-        if (document_.Lock()) {
-            ReloadList();
+    constexpr const char* kName = "CommentsContainerHandler::OnPagesChanged";
+    const bool known = SODetails::RunEventTask(kName, [&] {
+        // The range is the caller's; a task that runs later has its own copy.
+        std::vector<std::uint32_t> pages;
+        if (range != nullptr && range->pages != nullptr) {
+            pages.assign(range->pages, range->pages + range->count);
         }
+        RunOnUIThread(kName, [this, pages = std::move(pages)] { ReloadListOfDocument(); });
     });
+    changeMissed_ = changeMissed_ || !known;
 }
 
 void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsigned int pageIndex,
                                               _PDAnnotRec* annotation)
 {
-    SODetails::RunEventTask("CommentsContainerHandler::OnAnnotChanged", [&] {
+    const bool ofPage =
+        operation == PDAnnotOperation::kAdded || operation == PDAnnotOperation::kRemoved;
+    const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
+                        operation == PDAnnotOperation::kPropertiesChanged;
+    if (annotation == nullptr || !(ofPage || ofItem)) {
+        return;
+    }
+    constexpr const char* kName = "CommentsContainerHandler::OnAnnotChanged";
+    const bool known = SODetails::RunEventTask(kName, [&] {
         const auto changed = PDFL::Annotation::Retain(annotation);
-        const bool ofPage =
-            operation == PDAnnotOperation::kAdded || operation == PDAnnotOperation::kRemoved;
-        const bool ofItem = operation == PDAnnotOperation::kAppearanceChanged ||
-                            operation == PDAnnotOperation::kPropertiesChanged;
         // What is not listed changes no item, but coming or going it moves its neighbours'
         // positions, and with them their names.
-        if (changed && (ofPage || (ofItem && changed.IsListed()))) {
-            RunOnUIThread("CommentsContainerHandler::OnAnnotChanged",
-                          [this, operation, pageIndex, changed] {
-                              ApplyAnnotChange(operation, pageIndex, changed);
-                          });
+        const std::uint64_t failedBefore = PDFL::FailedQueryCount();
+        if (ofPage || changed.IsListed() || PDFL::FailedQueryCount() != failedBefore) {
+            RunOnUIThread(kName, [this, operation, pageIndex, changed] {
+                ChangeList([&] { ApplyAnnotChange(operation, pageIndex, changed); });
+            });
         }
     });
+    changeMissed_ = changeMissed_ || !known;
 }
 
 void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec* annotation)
@@ -237,11 +385,12 @@ void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec*
     if (annotation == nullptr || pageIndex == kPDNoPage) {
         return;
     }
-    SODetails::RunEventTask("CommentsContainerHandler::OnFocusAnnot", [&] {
-        RunOnUIThread("CommentsContainerHandler::OnFocusAnnot",
-                      [this, pageIndex, focused = PDFL::Annotation::Retain(annotation)] {
-                          SelectAnnotItem(pageIndex, focused);
-                      });
+    constexpr const char* kName = "CommentsContainerHandler::OnFocusAnnot";
+    SODetails::RunEventTask(kName, [&] {
+        RunOnUIThread(kName, [this, pageIndex, focused = PDFL::Annotation::Retain(annotation)] {
+            Refresh();
+            SelectAnnotItem(pageIndex, focused);
+        });
     });
 }
 
@@ -279,8 +428,7 @@ void CommentsContainerHandler::ApplyAnnotChange(PDAnnotOperation operation, std:
 auto CommentsContainerHandler::ListedAnnotations(BLDocument& document, std::uint32_t pageIndex)
     -> std::vector<NamedAnnotation>
 {
-    PDFL::Page page;
-    CallMethod<BLDocument::AcquirePage>(&document, pageIndex, page.Receive());
+    const PDFL::Page page = AcquirePage(&document, pageIndex);
     PageListing listing(page, pageIndex);
     std::vector<NamedAnnotation> listed;
     for (std::wstring name; listing.Next(name);) {
@@ -343,8 +491,7 @@ std::size_t CommentsContainerHandler::PlaceAmongListed(BLDocument& document,
                                                        std::uint32_t pageIndex,
                                                        const PDFL::Annotation& annotation)
 {
-    PDFL::Page page;
-    CallMethod<BLDocument::AcquirePage>(&document, pageIndex, page.Receive());
+    const PDFL::Page page = AcquirePage(&document, pageIndex);
     std::size_t place = 0;
     for (std::uint32_t position = 0; position < page.AnnotationCount(); ++position) {
         const auto other = PDFL::Annotation::At(page, position);
@@ -371,11 +518,13 @@ void CommentsContainerHandler::RenewItem(const ElementReference& item, std::wstr
 
 ElementReference CommentsContainerHandler::PageItem(std::uint32_t pageIndex) const
 {
+    const std::uint64_t failedBefore = FailedCallCount();
     const std::string selector = PageItemSelector(pageIndex);
     ElementReference page = container_.SelectFirst("div.results-container " + selector);
     if (IsInsideItem(page)) {
         page = container_.SelectFirst("div.results-container > " + selector);
     }
+    RequireAnswers(failedBefore);
     return page;
 }
 
@@ -412,13 +561,23 @@ void CommentsContainerHandler::InsertPageItem(std::uint32_t pageIndex, std::stri
 
 void CommentsContainerHandler::RefreshNoItemsMessage()
 {
+    const std::uint64_t failedBefore = FailedCallCount();
     const ElementReference results = container_.SelectFirst(kResults);
     const ElementReference message = results.SelectFirst(kNoItemsMessage);
     const bool hasItems = HasPageItems();
+    RequireAnswers(failedBefore);
     if (hasItems && message) {
         message.Delete();
     } else if (!hasItems && !message) {
         results.SetHtml(ToUtf8(ListRenderer::RenderNoItems()), HtmlPosition::kReplaceContent);
+    }
+}
+
+void CommentsContainerHandler::RequireAnswers(std::uint64_t failedBefore)
+{
+    if (FailedCallCount() != failedBefore) {
+        Fail(kResultNotInitialized, L"Not initialized", "CommentsContainerHandler::RequireAnswers",
+             __LINE__);
     }
 }
 

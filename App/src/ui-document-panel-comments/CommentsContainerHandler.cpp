@@ -6,7 +6,10 @@
 
 #include <utility>
 
-CommentsContainerHandler::CommentsContainerHandler(BLDocumentView& view) : view_(&view) {}
+CommentsContainerHandler::CommentsContainerHandler(BLDocumentView& view)
+    : view_(WeakServiceObjectPtr<BLDocumentView>::Require(&view))
+{
+}
 
 CommentsContainerHandler::~CommentsContainerHandler()
 {
@@ -20,11 +23,20 @@ std::uint32_t CommentsContainerHandler::SubscribedEvents() const noexcept
 
 ResultCode CommentsContainerHandler::Attached(UIWnd& window, const UIElement& element)
 {
-    dispatcher_.Start();
-    queue_ = RenderQueue::Shared();
-    container_ = ElementReference(element, WeakServiceObjectPtr<UIWnd>(&window));
-    const auto view = view_.Lock();
-    SetDocumentView(view.Get());
+    try {
+        dispatcher_.Start();
+        queue_ = RenderQueue::Shared();
+        container_ = ElementReference(element, WeakServiceObjectPtr<UIWnd>(&window));
+        if (!container_) {
+            Fail(kResultNotInitialized, L"Not initialized", "CommentsContainerHandler::Attached",
+                 __LINE__);
+        }
+        const auto view = view_.Lock();
+        SetDocumentView(view.Get());
+    } catch (...) {
+        Detached();
+        throw;
+    }
     return kResultOk;
 }
 
@@ -42,11 +54,13 @@ ResultCode CommentsContainerHandler::Detached()
 
 ResultCode CommentsContainerHandler::OnLocaleChanged()
 {
-    PostToUIThread("CommentsContainerHandler::OnLocaleChanged", [this] {
-        if (document_.Lock()) {
-            ReloadList();
-        }
-    });
+    constexpr const char* kName = "CommentsContainerHandler::OnLocaleChanged";
+    try {
+        PostToUIThread(kName, [this] { ReloadListOfDocument(); });
+    } catch (...) {
+        changeMissed_ = true;
+        throw;
+    }
     return kResultOk;
 }
 
@@ -57,24 +71,18 @@ void CommentsContainerHandler::Fail(ResultCode code, const wchar_t* message, con
         {code, message, function, "src/ui-document-panel-comments/CommentsContainerHandler", line});
 }
 
-void CommentsContainerHandler::RunOnUIThread(const char* name, std::function<void()> task)
+void CommentsContainerHandler::PostToUIThread(const char* name, const std::function<void()>& task)
 {
-    if (dispatcher_.IsUIThread()) {
-        SODetails::RunEventTask(name, task);
-    } else {
-        SODetails::RunEventTask(name, [&] { PostToUIThread(name, std::move(task)); });
-    }
-}
-
-void CommentsContainerHandler::PostToUIThread(const char* name, std::function<void()> task)
-{
-    dispatcher_.Post(
-        [self = WeakServiceObjectPtr<CommentsContainerHandler>(this), name, run = std::move(task)] {
+    const bool taken = dispatcher_.Post(
+        [self = WeakServiceObjectPtr<CommentsContainerHandler>::Require(this), name, run = task] {
             const auto handler = self.Lock();
             if (handler && handler->dispatcher_.IsUIThread()) {
                 SODetails::RunEventTask(name, run);
             }
         });
+    if (!taken && dispatcher_.IsStarted()) {
+        Fail(kResultNotInitialized, L"Not initialized", name, __LINE__);
+    }
 }
 
 BasicServiceObjectPtr<BLDocument> CommentsContainerHandler::CurrentDocument() const

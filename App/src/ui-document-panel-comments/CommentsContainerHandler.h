@@ -9,6 +9,9 @@
 //
 // Everything runs on the UI thread except where it says otherwise. The DOM is the only record of
 // which item is current and which pages are collapsed. Failures are ServiceObjectException.
+//
+// A loading or an update that fails leaves a list that is known to be stale: the next event or
+// command loads it anew, and no command acts on an item of it.
 #pragma once
 
 #include "AnnotDate.h"
@@ -22,6 +25,7 @@
 #include "ui-engine/UIThreadDispatcher.h"
 #include "ui-engine/internal/CppUIHandlerBase.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -45,8 +49,9 @@ public:
 
     UIElement ElementAttachedTo() const noexcept { return container_.AsElement(); }
     std::uint32_t SubscribedEvents() const noexcept;
-    // Starts the dispatcher and binds the handler to its view.
+    // Starts the dispatcher and binds the handler to its view. A failure leaves it detached.
     ResultCode Attached(UIWnd& window, const UIElement& element);
+    bool IsAttached() const noexcept { return static_cast<bool>(container_); }
     // Drops a rendering under way, all subscriptions and the dispatcher. May come twice.
     ResultCode Detached();
     ResultCode HandleKey(HtmlElementHandle element, UIKeyEvent* event);
@@ -158,18 +163,36 @@ private:
                                   std::uint32_t line);
 
     // Runs `task` on the UI thread: now when this is it, else posted, and dropped when the handler
-    // is gone or detached by then. Failures end the task. [any-thread]
-    void RunOnUIThread(const char* name, std::function<void()> task);
-    void PostToUIThread(const char* name, std::function<void()> task);
+    // is gone or detached by then. Failures of the task end it. Fails when a task cannot be posted.
+    // [any-thread]
+    template <class Task>
+    void RunOnUIThread(const char* name, const Task& task);
+    void PostToUIThread(const char* name, const std::function<void()>& task);
+    // Runs a step that follows a change of the document; whatever fails in it makes the list
+    // stale, but for the absence of what the change was about, which another change has removed.
+    template <class Step>
+    void ChangeList(const Step& step);
 
     // The document of the view, asked for anew each time; empty when view or document is gone.
     BasicServiceObjectPtr<BLDocument> CurrentDocument() const;
 
-    // Empties the list and loads it anew.
+    // Empties the list and loads it anew; the second one when a document is bound.
     void ReloadList();
+    void ReloadListOfDocument();
     void ClearResults();
     void DropLoading();
     void LandResults(const std::shared_ptr<Loading>& loading);
+    void ShowResults(const Loading& loading);
+
+    // Whether the items shown may be other than those of the document.
+    bool IsStale() const noexcept { return stale_ || changeMissed_.load(); }
+    // Before an event is acted on: loads a list anew that is stale, or that lacks what the host
+    // failed to give.
+    void Refresh();
+    // Before a command acts: loads a stale list anew, which then has nothing to act on: fails with
+    // "Not initialized". Does not try again what has just failed.
+    void RequireFreshList();
+    void Recover();
     void ApplyAnnotChange(PDAnnotOperation operation, std::uint32_t pageIndex,
                           const PDFL::Annotation& annotation);
     // Renders the item of an annotation anew, if it has one. False, and nothing is done, when the
@@ -187,7 +210,11 @@ private:
     void InsertPageItem(std::uint32_t pageIndex, std::string_view html);
     // Keeps the no-items paragraph and page items from being shown together, or neither.
     void RefreshNoItemsMessage();
+    // Fails when the engine cannot tell.
     ElementReference PageItem(std::uint32_t pageIndex) const;
+    // Fails when a call has failed since `failedBefore` (FailedCallCount), so that what was found,
+    // or not found, is not relied on.
+    static void RequireAnswers(std::uint64_t failedBefore);
 
     // Whether an element belongs to what a comment says.
     static bool IsInsideItem(const ElementReference& element);
@@ -219,4 +246,12 @@ private:
     std::shared_ptr<RenderQueue> queue_;    // held while attached
     std::shared_ptr<Loading> loading_;      // the rendering that may still land
     std::set<std::uint32_t> touchedPages_;  // changed since that rendering began
+
+    bool stale_ = false;                      // since a step failed, until a loading has landed
+    std::atomic<bool> changeMissed_ = false;  // by a task that could not be posted [any-thread]
+    bool incomplete_ = false;      // the host failed to give a text or an annotation of the list
+    bool isBound_ = true;          // false: something failed while the handler bound to its view
+    bool isRecovering_ = false;    // the loading under way was begun because of the above
+    bool recoveryFailed_ = false;  // and the last such one did not help
+    bool tolerated_ = false;       // but it landed: commands act on it
 };

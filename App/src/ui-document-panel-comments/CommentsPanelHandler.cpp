@@ -10,10 +10,9 @@
 #include "ui-engine/internal/TemplatesPreprocessor.h"
 #include "ui-engine/internal/UIWndServiceObjectRequester.h"
 
-#include <boost/format.hpp>
-
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 namespace {
@@ -30,26 +29,47 @@ std::string ContainerKey(const BLDocumentView* view)
     return std::to_string(static_cast<std::int32_t>(static_cast<std::uint32_t>(address)));
 }
 
+[[noreturn]] void Fail(const char* function, std::uint32_t line)
+{
+    throw ServiceObjectException({kResultNotInitialized, L"Not initialized", function,
+                                  "src/ui-document-panel-comments/CommentsPanelHandler", line});
+}
+
+// Empty when the view has none; fails when the host cannot tell.
 BasicServiceObjectPtr<BLDocumentView> ViewObject(UIDocumentView* view)
 {
+    const std::uint64_t failedBefore = FailedCallCount();
     BasicServiceObjectPtr<BLDocumentView> object;
     CallMethod<UIDocumentView::GetDocumentView>(view, object.Receive());
+    if (!object && FailedCallCount() != failedBefore) {
+        Fail("CommentsPanelHandler::ViewObject", __LINE__);
+    }
     return object;
 }
 
 // The view objects of a collection, in its order; without those that it fails to hand out.
 std::vector<BasicServiceObjectPtr<BLDocumentView>> ViewObjectsOf(UIDocumentsCollection* collection)
 {
-    using Views = std::vector<BasicServiceObjectPtr<UIDocumentView>>;
-    Views views;
+    struct Collected {
+        std::vector<BasicServiceObjectPtr<UIDocumentView>> views;
+        bool failed = false;  // not all could be kept
+    };
+    Collected collected;
     const auto collect = [](void* context, UIDocumentView* view) {
-        static_cast<Views*>(context)->push_back(
-            BasicServiceObjectPtr<UIDocumentView>::Retain(view));
+        auto& target = *static_cast<Collected*>(context);
+        try {
+            target.views.push_back(BasicServiceObjectPtr<UIDocumentView>::Retain(view));
+        } catch (const std::exception&) {  // nothing is thrown through the host
+            target.failed = true;
+        }
     };
     CallMethod<UIDocumentsCollection::EnumerateViews>(collection, collect,
-                                                      static_cast<void*>(&views));
+                                                      static_cast<void*>(&collected));
+    if (collected.failed) {
+        throw std::bad_alloc();
+    }
     std::vector<BasicServiceObjectPtr<BLDocumentView>> objects;
-    for (const auto& view : views) {
+    for (const auto& view : collected.views) {
         SODetails::RunEventTask("CommentsPanelHandler::ViewObjectsOf", [&] {
             if (auto object = ViewObject(view.Get())) {
                 objects.push_back(std::move(object));
@@ -78,6 +98,9 @@ CommentsPanelHandler::~CommentsPanelHandler()
 ResultCode CommentsPanelHandler::Attached(UIWnd& window, const UIElement& element)
 {
     root_ = ElementReference(element, WeakServiceObjectPtr<UIWnd>(&window));
+    if (!root_) {
+        return kResultNotInitialized;
+    }
     isDetached_ = false;
     containers_.clear();
     SODetails::RunEventTask("CommentsPanelHandler::Attached",
@@ -96,6 +119,8 @@ ResultCode CommentsPanelHandler::Detached()
     root_ = {};
     collection_.Reset();
     pending_.Reset();
+    framesToObserve_.clear();
+    eventMissed_ = false;
     shownFor_ = 0;
     containers_.clear();
     dispatcher_.Detach();
@@ -120,15 +145,26 @@ void CommentsPanelHandler::PostPendingCollection()
     }
     if (dispatcher_.Post(
             [self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this), held = pending_] {
-                self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
-                              [&] { self->AdoptCollection(held.Get()); });
+                const bool adopted = self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
+                                                   [&] { self->AdoptCollection(held.Get()); });
+                if (!adopted && !self->pending_ && !self->isDetached_) {
+                    self->pending_ = held;
+                }
             })) {
         pending_.Reset();
     }
 }
 
-void CommentsPanelHandler::TryAgain()
+void CommentsPanelHandler::CatchUp()
 {
+    constexpr const char* kName = "CommentsPanelHandler::CatchUp";
+    if (eventMissed_.exchange(false)) {
+        SynchroniseContainers();
+        for (const auto& frame : std::exchange(framesToObserve_, {})) {
+            SODetails::RunEventTask(kName, [&] { ObserveFrame(frame.Lock().Get()); });
+        }
+        ShowActiveView(shownFor_ == 0 ? collection_ : CollectionOf(shownFor_));
+    }
     std::vector<View> waiting;
     for (const Container& container : containers_) {
         View view = container.view.Lock();
@@ -136,7 +172,7 @@ void CommentsPanelHandler::TryAgain()
             waiting.push_back(std::move(view));
         }
     }
-    SODetails::RunEventTask("CommentsPanelHandler::TryAgain", [&] {
+    SODetails::RunEventTask(kName, [&] {
         dispatcher_.EnsureStarted();
         PostPendingCollection();
         for (const View& view : waiting) {
@@ -186,26 +222,35 @@ void CommentsPanelHandler::ObserveHostMainFrame()
     }
 }
 
+void CommentsPanelHandler::SynchroniseContainers()
+{
+    if (!root_ || !collection_) {
+        return;
+    }
+    constexpr const char* kName = "CommentsPanelHandler::SynchroniseContainers";
+    const auto step = [this](const auto& task) {
+        if (!SODetails::RunEventTask(kName, task)) {
+            eventMissed_ = true;
+        }
+    };
+    step([this] { RemoveForlornContainers(); });
+    step([this] { RemoveStrayContainers(); });
+    step([this] { CreateContainersOf(collection_.Get()); });
+    step([&] {
+        for (const Collection& child : ChildCollections()) {
+            step([&] { CreateContainersOf(child.Get()); });
+        }
+    });
+}
+
 void CommentsPanelHandler::SynchroniseWithViews()
 {
     if (!root_ || !collection_) {
         return;
     }
-    // A step that fails leaves the others standing.
+    SynchroniseContainers();
+    ShowActiveView(collection_);
     constexpr const char* kName = "CommentsPanelHandler::SynchroniseWithViews";
-    SODetails::RunEventTask(kName, [this] { RemoveForlornContainers(); });
-    SODetails::RunEventTask(kName, [this] { RemoveStrayContainers(); });
-    SODetails::RunEventTask(kName, [this] { CreateContainersOf(collection_.Get()); });
-    for (const Collection& child : ChildCollections()) {
-        SODetails::RunEventTask(kName, [&] { CreateContainersOf(child.Get()); });
-    }
-    SODetails::RunEventTask(kName, [this] {
-        BasicServiceObjectPtr<UIDocumentView> active;
-        CallMethod<UIDocumentsCollection::GetActiveView>(collection_.Get(), active.Receive());
-        if (const View view = ViewObject(active.Get())) {
-            ActivateContainer(view.Get(), SourceOf(collection_.Get()));
-        }
-    });
     SODetails::RunEventTask(kName, [this] {
         BasicServiceObjectPtr<UIDocumentViewSbS> sideBySide;
         CallMethod<UIDocumentsCollection::GetActiveSbSView>(collection_.Get(),
@@ -214,12 +259,32 @@ void CommentsPanelHandler::SynchroniseWithViews()
     });
 }
 
+void CommentsPanelHandler::ShowActiveView(const Collection& collection)
+{
+    const bool shown = SODetails::RunEventTask("CommentsPanelHandler::ShowActiveView", [&] {
+        const std::uint64_t failedBefore = FailedCallCount();
+        BasicServiceObjectPtr<UIDocumentView> active;
+        CallMethod<UIDocumentsCollection::GetActiveView>(collection.Get(), active.Receive());
+        if (const View view = ViewObject(active.Get())) {
+            ActivateContainer(view.Get(), SourceOf(collection.Get()));
+        } else if (FailedCallCount() != failedBefore) {
+            Fail("CommentsPanelHandler::ShowActiveView", __LINE__);
+        }
+    });
+    eventMissed_ = eventMissed_ || !shown;
+}
+
 void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
 {
     const Source source = SourceOf(collection);
-    for (const View& view : ViewObjectsOf(collection)) {
-        SODetails::RunEventTask("CommentsPanelHandler::CreateContainersOf",
-                                [&] { CreateContainer(view.Get(), source); });
+    const std::uint64_t failedBefore = FailedCallCount();
+    const std::vector<View> views = ViewObjectsOf(collection);
+    eventMissed_ = eventMissed_ || FailedCallCount() != failedBefore;
+    for (const View& view : views) {
+        if (!SODetails::RunEventTask("CommentsPanelHandler::CreateContainersOf",
+                                     [&] { CreateContainer(view.Get(), source); })) {
+            eventMissed_ = true;
+        }
     }
 }
 
@@ -301,48 +366,56 @@ void CommentsPanelHandler::ForEachContainer(
     }
 }
 
-void CommentsPanelHandler::RunOnUIThread(const char* name, std::function<void()> task)
+template <class Task>
+void CommentsPanelHandler::RunOnUIThread(const char* name, Task task) noexcept
 {
-    SODetails::RunEventTask(name, [&] {
+    const bool known = SODetails::RunEventTask(name, [&] {
         // The handler may be dying on another thread while its event runs here: a reference is only
         // taken where it still lives.
-        WeakServiceObjectPtr<CommentsPanelHandler> self(this);
+        auto self = WeakServiceObjectPtr<CommentsPanelHandler>::Require(this);
         // An event of the UI thread does not overtake those that other threads have posted.
         if (!dispatcher_.IsUIThread() || waiting_.use_count() > 1) {
-            dispatcher_.Post([weak = std::move(self), name, run = std::move(task),
-                              waiting = waiting_]() mutable {
+            const bool taken = dispatcher_.Post([weak = std::move(self), name,
+                                                 run = std::function<void()>(std::move(task)),
+                                                 waiting = waiting_]() mutable {
                 waiting.reset();  // what this event leads to need not wait for it
                 if (const auto handler = weak.Lock()) {
                     handler->RunTask(name, run);
                 }
             });
+            eventMissed_ = eventMissed_ || !taken;
         } else if (const auto handler = self.Lock()) {
-            handler->RunTask(name, task);
+            handler->RunTask(name, std::move(task));
         }
     });
+    eventMissed_ = eventMissed_ || !known;
 }
 
-void CommentsPanelHandler::RunTask(const char* name, const std::function<void()>& task)
+bool CommentsPanelHandler::RunTask(const char* name, const std::function<void()>& task)
 {
     if (!dispatcher_.IsUIThread()) {
-        return;  // detached since
+        return false;  // detached since
     }
-    TryAgain();
-    SODetails::RunEventTask(name, task);
+    CatchUp();
+    const bool done = SODetails::RunEventTask(name, task);
+    eventMissed_ = eventMissed_ || !done;
+    return done;
 }
 
+template <class Step>
 void CommentsPanelHandler::RunForView(const char* name, Source source, UIDocumentView* view,
-                                      std::function<void(BLDocumentView*)> step)
+                                      Step step) noexcept
 {
-    SODetails::RunEventTask(name, [&] {
-        if (View object = ViewObject(view)) {
-            RunOnUIThread(name, [this, source, run = std::move(step), held = std::move(object)] {
+    const bool known = SODetails::RunEventTask(name, [&] {
+        if (const View object = ViewObject(view)) {
+            RunOnUIThread(name, [this, source, step, object] {
                 if (IsObserved(source)) {
-                    run(held.Get());
+                    step(object.Get());
                 }
             });
         }
     });
+    eventMissed_ = eventMissed_ || !known;
 }
 
 void CommentsPanelHandler::OnDocumentViewCreated(Source source, UIDocumentView* view)
@@ -384,19 +457,29 @@ void CommentsPanelHandler::OnChildDocumentFrameCreated(UIDocumentFrame* frame)
 {
     RunOnUIThread("CommentsPanelHandler::OnChildDocumentFrameCreated",
                   [this, held = BasicServiceObjectPtr<UIDocumentFrame>::Retain(frame)] {
-                      Collection collection;
-                      CallMethod<UIDocumentFrame::GetDocumentsCollection>(held.Get(),
-                                                                          collection.Receive());
-                      if (!collection || IsOfChildFrame(collection)) {
-                          return;
-                      }
-                      childCollections_.emplace_back(collection.Get());
-                      if (collection != collection_) {
-                          ObserveCollection(collection.Get());
-                          RemoveForlornContainers();
-                          CreateContainersOf(collection.Get());
-                      }
+                      ObserveFrame(held.Get());
                   });
+}
+
+void CommentsPanelHandler::ObserveFrame(UIDocumentFrame* frame)
+{
+    Collection collection;
+    try {
+        CallMethod<UIDocumentFrame::GetDocumentsCollection>(frame, collection.Receive());
+        if (collection && !IsOfChildFrame(collection)) {
+            childCollections_.push_back(
+                WeakServiceObjectPtr<UIDocumentsCollection>::Require(collection.Get()));
+        }
+        if (collection && collection != collection_ && SourceOf(collection.Get()) == 0) {
+            ObserveCollection(collection.Get());
+            RemoveForlornContainers();
+            CreateContainersOf(collection.Get());
+        }
+    } catch (...) {
+        framesToObserve_.emplace_back(frame);
+        eventMissed_ = true;
+        throw;
+    }
 }
 
 bool CommentsPanelHandler::Has(Source source, BLDocumentView* view) const
@@ -465,7 +548,7 @@ void CommentsPanelHandler::OnSelectionChanged(BLSelection* selection)
 
 ElementSet CommentsPanelHandler::ContainersWithKey(const std::string& key) const
 {
-    return root_.SelectAll((boost::format(".panel-content[doc-view-addr=\"%1%\"]") % key).str());
+    return root_.SelectAll(".panel-content[doc-view-addr=\"" + key + "\"]");
 }
 
 void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
@@ -479,6 +562,7 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
         known->source = source;
         return;
     }
+    const std::uint64_t failedBefore = FailedCallCount();
     std::uint64_t viewNumber = 0;
     CallMethod<BLDocumentView::GetViewNumber>(view, &viewNumber);
 
@@ -500,11 +584,26 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
         body = root_.SelectFirst("body");
     }
     if (!body || html.empty()) {
+        if (FailedCallCount() != failedBefore) {
+            Fail("CommentsPanelHandler::CreateContainer", __LINE__);
+        }
         return;
     }
-    body.SetHtml(html, HtmlPosition::kAppendLast);
-    ContainersWithKey(key).Collapse();
-    containers_.push_back({WeakServiceObjectPtr<BLDocumentView>(view), key, source});
+    containers_.push_back({WeakServiceObjectPtr<BLDocumentView>::Require(view), key, source});
+    try {
+        body.SetHtml(html, HtmlPosition::kAppendLast);
+        const ElementSet made = ContainersWithKey(key);
+        if (made.IsEmpty()) {
+            Fail("CommentsPanelHandler::CreateContainer", __LINE__);
+        }
+        made.Collapse();
+    } catch (...) {
+        // Where two views share the key, the other one's container goes too, and both are made
+        // anew.
+        SODetails::RunEventTask("CommentsPanelHandler::CreateContainer",
+                                [&] { RemoveContainers(key); });
+        throw;
+    }
     PostAttaching(view);
 }
 
@@ -537,16 +636,24 @@ void CommentsPanelHandler::AttachContainerHandler(BLDocumentView* view)
     }
     // The host may lead to a change of the containers.
     const std::string key = container->key;
+    NoteAttaching(view, Attaching::kNotPosted);
     try {
         const ElementSet containers = ContainersWithKey(key);
-        if (!containers.IsEmpty()) {
-            const auto handler =
-                SODetails::ServiceObjectCppTheConcrete<CommentsContainerHandler>::Create(*view);
-            root_.SameWindow(containers.Elements().front().handle)
-                .AttachHandler(handler->AsInterface());
+        if (containers.IsEmpty()) {
+            return;  // it may be there when the next event comes
+        }
+        const auto handler =
+            SODetails::ServiceObjectCppTheConcrete<CommentsContainerHandler>::Create(*view);
+        root_.SameWindow(containers.Elements().front().handle)
+            .AttachHandler(handler->AsInterface());
+        if (!handler->IsAttached()) {
+            Fail("CommentsPanelHandler::AttachContainerHandler", __LINE__);
         }
     } catch (...) {
-        NoteAttaching(view, Attaching::kNotPosted);
+        Container* const failed = ContainerOf(view);
+        if (failed != nullptr && ++failed->failedTries % kAttachingTries != 0) {
+            PostAttaching(view);
+        }
         throw;
     }
     NoteAttaching(view, Attaching::kDone);
@@ -561,10 +668,12 @@ void CommentsPanelHandler::NoteAttaching(BLDocumentView* view, Attaching attachi
 
 void CommentsPanelHandler::ActivateContainer(BLDocumentView* view, Source source)
 {
+    shownFor_ = source;
+    const std::uint64_t failedBefore = FailedCallCount();
     ForEachContainer(
         [](const ElementReference& container) { container.SetStyle("visibility", u"collapse"); });
-    shownFor_ = source;
     ContainersWithKey(ContainerKey(view)).SetVisibility(u"visible");
+    eventMissed_ = eventMissed_ || FailedCallCount() != failedBefore;
     ObserveView(view);
 }
 

@@ -9,6 +9,7 @@
 #include "ui-engine/internal/CppUIHandlerBase.h"
 #include "ui-engine/internal/DocumentViewObserverBase.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -55,6 +56,7 @@ private:
 
     // State of the task that attaches a container's own handler.
     enum class Attaching { kNotPosted, kPosted, kDone };
+    static constexpr unsigned kAttachingTries = 3;  // in a row; more with later events
 
     // The container of one view. Two views may share a key, so that the DOM alone cannot tell
     // whether a view has one.
@@ -63,21 +65,24 @@ private:
         std::string key;
         Source source;  // the collection that the view was last seen in
         Attaching attaching = Attaching::kNotPosted;
+        unsigned failedTries = 0;  // of attaching its handler
     };
 
     // Runs `task` on the UI thread, now or posted after what is waiting, with this handler kept
-    // alive while it runs; failures end it. A dying handler runs nothing. [any-thread]
-    void RunOnUIThread(const char* name, std::function<void()> task);
-    // As above, on the UI thread and with the handler held by the caller.
-    void RunTask(const char* name, const std::function<void()>& task);
+    // alive while it runs; failures end it. A dying handler runs nothing. What fails is made good
+    // with the next task (CatchUp). [any-thread]
+    template <class Task>
+    void RunOnUIThread(const char* name, Task task) noexcept;
+    // As above, on the UI thread and with the handler held by the caller. Whether it succeeded.
+    bool RunTask(const char* name, const std::function<void()>& task);
     // As above, for a step on the view object behind an event's argument, while the collection that
     // the event came from is observed.
-    void RunForView(const char* name, Source source, UIDocumentView* view,
-                    std::function<void(BLDocumentView*)> step);
+    template <class Step>
+    void RunForView(const char* name, Source source, UIDocumentView* view, Step step) noexcept;
 
-    // Catches up on what the host could not do before: a missing thread object, and tasks that were
-    // not taken.
-    void TryAgain();
+    // Catches up on what could not be done before: a missing thread object, tasks that were not
+    // taken, and events whose tasks failed.
+    void CatchUp();
     // Only called while the handler is held.
     void PostPendingCollection();
 
@@ -85,6 +90,10 @@ private:
     void ObserveHostMainFrame();
     // Makes containers for the views of all collections and shows that of the active one.
     void SynchroniseWithViews();
+    // Makes missing containers and removes those without a view. A step that fails leaves the
+    // others standing.
+    void SynchroniseContainers();
+    void ShowActiveView(const Collection& collection);
     void CreateContainersOf(UIDocumentsCollection* collection);
     // A container is forlorn when its view died or its collection is not observed any more.
     bool IsForlorn(const Container& container) const;
@@ -95,6 +104,7 @@ private:
     // Removes what an earlier attachment left in the element.
     void RemoveStrayContainers();
 
+    void ObserveFrame(UIDocumentFrame* frame);
     void CreateContainer(BLDocumentView* view, Source source);
     void PostAttaching(BLDocumentView* view);
     void AttachContainerHandler(BLDocumentView* view);
@@ -118,11 +128,14 @@ private:
     UIThreadDispatcher dispatcher_;
     // Held by every posted event that waits.
     const std::shared_ptr<const char> waiting_ = std::make_shared<const char>('\0');
-    bool isDetached_ = false;  // was attached, and is not any more
+    std::atomic<bool> eventMissed_ = false;  // an event's task failed or could not be posted
+    bool isDetached_ = false;                // was attached, and is not any more
     ElementReference root_;
     Collection collection_;
     Collection pending_;   // handed over, and not posted yet
     Source shownFor_ = 0;  // the collection whose active view was shown last
+    // What is still to be done where the host failed.
+    std::vector<WeakServiceObjectPtr<UIDocumentFrame>> framesToObserve_;
     WeakServiceObjectPtr<UIDocumentViewSbS> sideBySideView_;
     WeakServiceObjectPtr<BLSelection> selection_;
     // Collections of child frames, which may be the same as `collection_`.

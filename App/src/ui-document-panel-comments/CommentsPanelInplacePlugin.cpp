@@ -62,7 +62,9 @@ void CommentsPanelInplacePlugin::CreatePanelObjects()
         handler_ = ServiceObjectCppTheConcrete<CommentsPanelHandler>::Create();
         model_ = ServiceObjectCppTheConcrete<CommentsPanelModel>::Create(handler_);
     } catch (const std::exception&) {
-        // What could not be made stays empty; the host receives null.
+        // Made together or not at all: the host receives null, and may ask again.
+        handler_.Reset();
+        model_.Reset();
     }
 }
 

@@ -13,7 +13,7 @@ class CommentsPanelModel
 public:
     // Takes a weak reference; the strong one goes at once.
     explicit CommentsPanelModel(const BasicServiceObjectPtr<CommentsPanelHandler>& handler)
-        : handler_(handler.Get())
+        : handler_(WeakServiceObjectPtr<CommentsPanelHandler>::Require(handler.Get()))
     {
     }
 

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <exception>
 #include <locale>
+#include <new>
 #include <random>
 
 namespace {
@@ -38,15 +39,18 @@ constexpr DateRow kCreatedRow{L"DATE_CREATED_DISPLAY_ATTRIBUTE", L"DATE_CREATED_
 constexpr DateRow kModifiedRow{L"DATE_MODIFIED_DISPLAY_ATTRIBUTE", L"DATE_MODIFIED_KEY",
                                L"DATE_MODIFIED_VALUE"};
 
-// A translated text with placeholders. One that is malformed shows itself rather than nothing.
-template <class... Args>
-std::wstring FormatTranslated(const std::wstring& text, const Args&... arguments)
+// A translated text with the number in place of its placeholder. One that is malformed shows itself
+// rather than nothing.
+std::wstring FormatTranslated(const std::wstring& text, const std::wstring& number)
 {
     try {
         boost::wformat format(text, std::locale::classic());
         format.exceptions(boost::io::no_error_bits);
-        (format % ... % arguments);
-        return format.str();
+        std::wstring formatted = (format % number).str();
+        if (format.expected_args() > 0 && formatted.find(number) == formatted.npos) {
+            throw std::bad_alloc();  // which streams keep to themselves
+        }
+        return formatted;
     } catch (const boost::io::format_error&) {
         return text;
     }
@@ -82,6 +86,7 @@ std::wstring DateFormat()
     try {
         return LocalizedString(kDateFormat);
     } catch (const std::exception&) {
+        CountFailedCall();
         return {};
     }
 }
@@ -106,13 +111,11 @@ std::wstring TypeName(Atom subtype)
 // The page, or an empty one when the document cannot deliver it.
 PDFL::Page DeliveredPage(BLDocument* document, std::uint32_t pageIndex)
 {
-    PDFL::Page page;
     try {
-        CallMethod<BLDocument::AcquirePage>(document, pageIndex, page.Receive());
+        return AcquirePage(document, pageIndex);
     } catch (const ServiceObjectException&) {
-        page.Reset();  // gone meanwhile: skipped
+        return {};  // gone meanwhile: skipped
     }
-    return page;
 }
 
 // The text with every line break turned into "<br/>".
@@ -204,8 +207,14 @@ auto ListRenderer::KindOf(const PDFL::Annotation& annotation) -> const Kind&
 template <class Render>
 void ListRenderer::ForEachPage(const Render& render) const
 {
+    const std::uint64_t failedBefore = FailedCallCount();
     std::int32_t count = 0;
     CallMethod<BLDocument::GetPageCount>(document_, &count);
+    if (FailedCallCount() != failedBefore) {  // which is not a document without pages
+        throw ServiceObjectException({kResultNotInitialized, L"Not initialized",
+                                      "ListRenderer::ForEachPage",
+                                      "src/ui-document-panel-comments/ListRenderer", __LINE__});
+    }
     for (std::int32_t i = 0; i < count && wanted(); ++i) {
         render(static_cast<std::uint32_t>(i), (i + 1.0) / count);
     }
@@ -244,10 +253,8 @@ std::string ListRenderer::RenderResultsUtf8()
 
 std::wstring ListRenderer::RenderNoItems()
 {
-    return (boost::wformat(L"<p id=\"NoItemsMessage\" localize=\"\" "
-                           L"__l_o_c_a_l_e__t_o_k_e_n__=\"%1%\">%2%</p>") %
-            kNoItems % LocalizedString(kNoItems))
-        .str();
+    std::wstring html = L"<p id=\"NoItemsMessage\" localize=\"\" __l_o_c_a_l_e__t_o_k_e_n__=\"";
+    return html.append(kNoItems).append(L"\">").append(LocalizedString(kNoItems)).append(L"</p>");
 }
 
 std::wstring ListRenderer::RenderPageItem(std::uint32_t pageIndex)
@@ -269,7 +276,8 @@ void ListRenderer::AppendPageItem(std::uint32_t pageIndex, std::wstring& target)
         return;
     }
     const std::wstring index = DecimalText(pageIndex);
-    const std::wstring caption = FormatTranslated(captions_.page, std::uint64_t{pageIndex} + 1);
+    const std::wstring caption =
+        FormatTranslated(captions_.page, std::to_wstring(std::uint64_t{pageIndex} + 1));
     TemplatesPreprocessor& item = templates_->page;
     item.SetRule(L"PAGE_INDEX"sv, TemplateAction::kReplace, index);
     item.SetRule(L"PAGE_NAME"sv, TemplateAction::kReplace, caption);

@@ -12,6 +12,17 @@ void WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position, std::wstri
     AppendDecimal(name, position);
 }
 
+PDFL::Page AcquirePage(BLDocument* document, std::uint32_t pageIndex)
+{
+    PDFL::Page page;
+    const CallResult result =
+        CallMethod<BLDocument::AcquirePage>(document, pageIndex, page.Receive());
+    if (result.Succeeded() && !page) {
+        PDFL::CountFailedQuery();
+    }
+    return page;
+}
+
 bool PageListing::Next(std::wstring& name)
 {
     while (annotations_.size() < count_) {

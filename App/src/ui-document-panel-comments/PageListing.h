@@ -4,6 +4,7 @@
 #pragma once
 
 #include "pdf-library/PDFL.h"
+#include "ui-engine/BLDocument.SO.h"
 
 #include <cstdint>
 #include <string>
@@ -11,6 +12,10 @@
 
 // "%1%_%2%" of page index and position, in plain digits.
 void WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position, std::wstring& name);
+
+// A page of a document; empty, which counts as a failed query, when the document hands out none.
+// Fails as the document does.
+PDFL::Page AcquirePage(BLDocument* document, std::uint32_t pageIndex);
 
 class PageListing {
 public:

@@ -1,5 +1,6 @@
 #include "RenderQueue.h"
 
+#include <chrono>
 #include <utility>
 
 std::shared_ptr<RenderQueue> RenderQueue::Shared()
@@ -30,25 +31,27 @@ void RenderQueue::Add(Job job)
     std::list<Job> added;
     added.push_back(std::move(job));
     std::list<Job> done;
+    if (!worker_.joinable()) {
+        worker_ = std::thread([this] { Run(); });
+    }
     {
         const std::lock_guard lock(mutex_);
         done.swap(done_);
         jobs_.splice(jobs_.end(), added);
-        if (!worker_.joinable()) {
-            worker_ = std::thread([this] { Run(); });
-        }
     }
     jobAdded_.Signal();
 }
 
 void RenderQueue::Run()
 {
+    constexpr std::chrono::milliseconds kPause(100);
     std::list<Job> running;
+    std::list<Job> undone;
     for (;;) {
         {
             const std::lock_guard lock(mutex_);
-            done_.splice(done_.end(), running);
             if (stopping_) {
+                done_.splice(done_.end(), undone);
                 return;
             }
             if (!jobs_.empty()) {
@@ -56,9 +59,16 @@ void RenderQueue::Run()
             }
         }
         if (!running.empty()) {
-            running.front()();
-        } else {
+            const bool isDone = running.front()();
+            const std::lock_guard lock(mutex_);
+            std::list<Job>& target = isDone ? done_ : undone;
+            target.splice(target.end(), running);
+        } else if (undone.empty()) {
             jobAdded_.Wait();
+        } else {
+            jobAdded_.WaitFor(kPause);
+            const std::lock_guard lock(mutex_);
+            jobs_.splice(jobs_.end(), undone);
         }
     }
 }

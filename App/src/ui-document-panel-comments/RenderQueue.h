@@ -13,10 +13,11 @@
 
 class RenderQueue {
 public:
-    // A job runs on the worker; it must not throw, and must not hold a handle to the queue. It is
-    // destroyed, with all that it holds, on the UI thread: with the next call of Add after it has
-    // run, or with the queue.
-    using Job = std::function<void()>;
+    // A job runs on the worker; it must not throw, and must not hold a handle to the queue. One
+    // that answers false is not done: it runs again after a while, once no other is waiting. A job
+    // is destroyed, with all that it holds, on the UI thread: with the next call of Add after it is
+    // done, or with the queue.
+    using Job = std::function<bool()>;
 
     // The queue that all containers share, made when no container holds it. [ui-thread]
     static std::shared_ptr<RenderQueue> Shared();
@@ -27,7 +28,8 @@ public:
     RenderQueue(const RenderQueue&) = delete;
     RenderQueue& operator=(const RenderQueue&) = delete;
 
-    // Jobs run in the order in which they were added. [ui-thread]
+    // Jobs run in the order in which they were added. Fails, and does not take the job, when there
+    // is no memory or no thread for it. [ui-thread]
     void Add(Job job);
 
 private:

@@ -2,7 +2,9 @@
 
 #include "service-common/SingletonStaticData.h"
 
-#include <unordered_map>
+#include <atomic>
+#include <cstddef>
+#include <iterator>
 
 namespace {
 
@@ -23,6 +25,18 @@ constexpr SubtypeEntry kSubtypes[] = {
     {"Redact", L".redaction"},
 };
 
+// The atom of an entry's subtype, kept once it could be resolved.
+Atom AtomOf(std::size_t entry)
+{
+    static std::atomic<Atom> atoms[std::size(kSubtypes)];  // kAtomNone: not resolved
+    Atom atom = atoms[entry].load(std::memory_order_relaxed);
+    if (atom == kAtomNone) {
+        atom = AtomService::Resolve(kSubtypes[entry].subtype);
+        atoms[entry].store(atom, std::memory_order_relaxed);
+    }
+    return atom;
+}
+
 }  // namespace
 
 std::span<const SubtypeEntry> SubtypeTable()
@@ -32,13 +46,11 @@ std::span<const SubtypeEntry> SubtypeTable()
 
 std::wstring_view ClassNameOf(Atom subtype)
 {
-    static const auto classes = [] {
-        std::unordered_map<Atom, std::wstring_view> names;
-        for (const SubtypeEntry& entry : kSubtypes) {
-            names.emplace(AtomService::Resolve(entry.subtype), entry.className);
+    std::wstring_view className;
+    for (std::size_t entry = 0; entry < std::size(kSubtypes); ++entry) {
+        if (AtomOf(entry) == subtype && subtype != kAtomNone) {
+            className = kSubtypes[entry].className;
         }
-        return names;
-    }();
-    const auto found = classes.find(subtype);
-    return found == classes.end() ? std::wstring_view() : found->second;
+    }
+    return className;
 }

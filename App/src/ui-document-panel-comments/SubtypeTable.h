@@ -14,6 +14,6 @@ struct SubtypeEntry {
 };
 std::span<const SubtypeEntry> SubtypeTable();
 
-// The class of a subtype; empty for one without an icon. Looked up by atom, in a map that is built
-// once, at module start-up.
+// The class of a subtype; empty for one without an icon. Looked up by atom; the first call, at
+// module start-up, resolves the atoms of the table, and later ones those that were refused.
 std::wstring_view ClassNameOf(Atom subtype);

@@ -3,32 +3,63 @@
 #include "service-common/WideText.h"
 #include "ui-engine/internal/EventTask.h"
 
-#include <memory>
+#include <limits>
+#include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace {
 
 using Engine = UIHtmlEngine;
 
+// A call of the engine that is not checked, but counted when it fails.
+template <class M, class... Args>
+CallResult CallCounted(UIHtmlEngine* engine, Args... arguments)
+{
+    const CallResult result = CallMethodUnchecked<M>(engine, arguments...);
+    if (!IsExpectedResult(result.code)) {
+        CountFailedCall();
+    }
+    return result;
+}
+
 bool BeginUse(UIHtmlEngine* engine, HtmlElementHandle element)
 {
-    return element != nullptr &&
-           CallMethodUnchecked<Engine::UseElement>(engine, element).Succeeded();
+    return element != nullptr && CallCounted<Engine::UseElement>(engine, element).Succeeded();
 }
 
-void EndUse(UIHtmlEngine* engine, HtmlElementHandle element)
+// Called by destructors: nothing is thrown.
+void EndUse(UIHtmlEngine* engine, HtmlElementHandle element) noexcept
 {
-    CallMethodUnchecked<Engine::UnuseElement>(engine, element);
+    SODetails::RunEventTask("ElementReference::EndUse",
+                            [&] { CallMethodUnchecked<Engine::UnuseElement>(engine, element); });
 }
+
+std::uint32_t LengthForEngine(std::size_t length)
+{
+    if (length > std::numeric_limits<std::uint32_t>::max()) {
+        throw std::length_error("the HTML engine takes no more than 4 GiB at once");
+    }
+    return static_cast<std::uint32_t>(length);
+}
+
+struct Collected {
+    std::vector<UIElement> elements;
+    bool failed = false;  // not all could be kept
+};
 
 // Collector of UIWnd::SelectElements. An element whose use the engine refuses keeps its place with
-// a null handle.
-void Collect(void* context, HtmlElementHandle handle, UIHtmlEngine* engine)
+// a null handle. Throws nothing through the host.
+void Collect(void* context, HtmlElementHandle handle, UIHtmlEngine* engine) noexcept
 {
-    auto& elements = *static_cast<std::vector<UIElement>*>(context);
-    elements.push_back({nullptr, engine});
-    if (BeginUse(engine, handle)) {
-        elements.back().handle = handle;
+    auto& collected = *static_cast<Collected*>(context);
+    try {
+        collected.elements.push_back({nullptr, engine});
+        if (BeginUse(engine, handle)) {
+            collected.elements.back().handle = handle;
+        }
+    } catch (...) {
+        collected.failed = true;
     }
 }
 
@@ -69,16 +100,14 @@ const ElementSet& ElementSet::Collapse() const
 const ElementSet& ElementSet::SetVisibility(const char16_t* value) const
 {
     return ForEach([value](const UIElement& element) {
-        CallMethodUnchecked<Engine::SetStyleAttribute>(element.engine, element.handle, "visibility",
-                                                       value);
+        CallCounted<Engine::SetStyleAttribute>(element.engine, element.handle, "visibility", value);
     });
 }
 
 const ElementSet& ElementSet::ChangeState(std::uint32_t bitsToSet, std::uint32_t bitsToClear) const
 {
     return ForEach([=](const UIElement& element) {
-        CallMethodUnchecked<Engine::SetState>(element.engine, element.handle, bitsToSet,
-                                              bitsToClear, 1u);
+        CallCounted<Engine::SetState>(element.engine, element.handle, bitsToSet, bitsToClear, 1u);
     });
 }
 
@@ -87,10 +116,9 @@ const ElementSet& ElementSet::SetHtml(const std::uint8_t* html, std::uint32_t le
 {
     return ForEach([=](const UIElement& element) {
         if (html == nullptr || length == 0) {
-            CallMethodUnchecked<Engine::SetText>(element.engine, element.handle, u"", 0u);
+            CallCounted<Engine::SetText>(element.engine, element.handle, u"", 0u);
         } else {
-            CallMethodUnchecked<Engine::SetHtml>(element.engine, element.handle, html, length,
-                                                 position);
+            CallCounted<Engine::SetHtml>(element.engine, element.handle, html, length, position);
         }
     });
 }
@@ -115,7 +143,7 @@ bool ElementSet::AllInState(std::uint32_t bits) const
     ForEach([&](const UIElement& element) {
         if (all) {
             std::uint32_t state = 0;
-            CallMethodUnchecked<Engine::GetState>(element.engine, element.handle, &state);
+            CallCounted<Engine::GetState>(element.engine, element.handle, &state);
             all = (state & bits) == bits;
         }
     });
@@ -126,10 +154,17 @@ ElementReference::ElementReference(const UIElement& element,
                                    const WeakServiceObjectPtr<UIWnd>& window)
 {
     const auto held = window.Lock();
-    if (held && BeginUse(element.engine, element.handle)) {
+    if (!held || element.handle == nullptr) {
+        return;
+    }
+    window_ = WeakServiceObjectPtr<UIWnd>(held.Get());
+    if (window_.IsEmpty()) {  // the use could not be ended
+        CountFailedCall();
+    } else if (BeginUse(element.engine, element.handle)) {
         element_ = element.handle;
         engine_ = element.engine;
-        window_ = WeakServiceObjectPtr<UIWnd>(held.Get());
+    } else {
+        window_.Reset();
     }
 }
 
@@ -180,12 +215,16 @@ ElementSet ElementReference::SelectAll(const char* selector) const
         return {};
     }
     // The set ends the uses that were begun when the host fails midway.
-    std::vector<UIElement> elements;
+    ElementSet set({}, WeakServiceObjectPtr<UIWnd>::Require(window.Get()));
+    Collected collected;
     const auto result = CallMethodUnchecked<UIWnd::SelectElements>(
-        window.Get(), element_, selector, &Collect, static_cast<void*>(&elements));
-    ElementSet set(std::move(elements), WeakServiceObjectPtr<UIWnd>(window.Get()));
+        window.Get(), element_, selector, &Collect, static_cast<void*>(&collected));
+    set.elements_ = std::move(collected.elements);
     if (result.called) {
         CheckServiceCall(window.Get(), result.code);
+    }
+    if (collected.failed) {
+        throw std::bad_alloc();
     }
     return set;
 }
@@ -291,7 +330,7 @@ void ElementReference::SetState(std::uint32_t bitsToSet, std::uint32_t bitsToCle
 {
     const auto window = Lock();
     if (window) {
-        CallMethodUnchecked<Engine::SetState>(engine_, element_, bitsToSet, bitsToClear, 1u);
+        CallCounted<Engine::SetState>(engine_, element_, bitsToSet, bitsToClear, 1u);
     }
 }
 
@@ -299,7 +338,7 @@ void ElementReference::SetStyle(const char* name, const char16_t* value) const
 {
     const auto window = Lock();
     if (window) {
-        CallMethodUnchecked<Engine::SetStyleAttribute>(engine_, element_, name, value);
+        CallCounted<Engine::SetStyleAttribute>(engine_, element_, name, value);
     }
 }
 
@@ -317,7 +356,7 @@ void ElementReference::SetHtml(std::string_view utf8, HtmlPosition position) con
     }
     CallMethod<Engine::SetHtml>(engine_, element_,
                                 reinterpret_cast<const std::uint8_t*>(utf8.data()),
-                                static_cast<std::uint32_t>(utf8.size()), position);
+                                LengthForEngine(utf8.size()), position);
 }
 
 void ElementReference::SetText(std::wstring_view text) const
@@ -326,7 +365,7 @@ void ElementReference::SetText(std::wstring_view text) const
     if (window) {
         const std::u16string units = ToUtf16(text);
         CallMethod<Engine::SetText>(engine_, element_, units.c_str(),
-                                    static_cast<std::uint32_t>(units.size()));
+                                    LengthForEngine(units.size()));
     }
 }
 

@@ -1,6 +1,7 @@
 // Threads as the two systems have them. [any-thread]
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -21,6 +22,8 @@ class AutoResetEvent {
 public:
     void Signal();
     void Wait();
+    // The same, but no longer than that.
+    void WaitFor(std::chrono::milliseconds limit);
 
 private:
     std::mutex mutex_;

@@ -16,8 +16,9 @@ struct ErrorRecord {
     std::uint32_t line = 0;
 };
 
-// Stores the calling thread's last error and signals the thread's error event. [any-thread]
-void SetThreadLastError(ErrorRecord record);
+// Stores the calling thread's last error and signals the thread's error event. Where memory is
+// short, the code is stored without its text. [any-thread]
+void SetThreadLastError(ErrorRecord record) noexcept;
 
 // The calling thread's last error, or null when there is none. Borrowed until the next error or
 // clearing on this thread.
@@ -36,4 +37,4 @@ ResultCode ReadThreadLastError(ErrorInfo* info, ServiceObject** errorObject) noe
 // The reporting rule. Records "%s::%s() failed, code: %d" (the code as a signed number) for a code
 // that is not expected, unless a name is missing, and returns the code unchanged.
 ResultCode ReportMethodResult(ResultCode code, const char* interfaceName, const char* methodName,
-                              const char* function, const char* file, std::uint32_t line);
+                              const char* function, const char* file, std::uint32_t line) noexcept;

@@ -33,3 +33,9 @@ constexpr bool IsExpectedResult(ResultCode code) noexcept
 {
     return code == kResultOk || code == kResultDeclined || code == kResultNotReported;
 }
+
+// Codes that say that what a call is about is not there, such as a page that has been removed.
+constexpr bool IsAbsence(ResultCode code) noexcept
+{
+    return code == kResultNotFound || code == kResultOutOfRange;
+}

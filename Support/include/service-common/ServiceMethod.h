@@ -135,6 +135,13 @@ struct CallResult {
 // thrown as ServiceObjectException; an object without that entry, or without a record, is let pass.
 void CheckServiceCall(ServiceObject* object, ResultCode code);
 
+// Number of failed calls that were counted on this thread. Its growth tells that a series of calls
+// did not get all that it asked for, whether or not that became an exception. CheckServiceCall
+// counts, unless the code says that something is not there (IsAbsence); callers of
+// CallMethodUnchecked count what matters to them.
+std::uint64_t FailedCallCount() noexcept;
+void CountFailedCall() noexcept;
+
 // Calls method `M` when the object has it, without looking at the result code.
 template <class M, class... Args>
 CallResult CallMethodUnchecked(typename M::Interface* object, Args&&... arguments)

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -133,6 +134,17 @@ public:
             header->GetWeakReference(header, &record);
         }
         record_.store(record);
+    }
+    // As the constructor, where an empty handle would be taken for a dead object. Throws
+    // std::bad_alloc when the object has weak references and does not hand one out.
+    static WeakServiceObjectPtr Require(T* object)
+    {
+        WeakServiceObjectPtr made(object);
+        ServiceObject* header = SODetails::HeaderOf(object);
+        if (made.IsEmpty() && header != nullptr && header->GetWeakReference != nullptr) {
+            throw std::bad_alloc();
+        }
+        return made;
     }
     // A copy of a handle whose object died is empty.
     WeakServiceObjectPtr(const WeakServiceObjectPtr& other) noexcept

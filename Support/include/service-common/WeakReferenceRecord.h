@@ -49,7 +49,8 @@ struct ReferenceCounted {
 std::uint32_t ReleaseReference(const ReferenceCounted& counted);
 
 // See ServiceObject::GetWeakReference. May be called while the object is being destroyed; the
-// record is then that of a dead object. Fails with the standard bad_alloc when memory is short.
+// record is then that of a dead object. Fails with 3 for a null argument, and with
+// kResultUnexpected when memory is short.
 ResultCode HandOutWeakReference(const ReferenceCounted& counted, WeakReferenceRecord** record);
 
 // Guards a record's spin lock: retries at once four times, then pauses the processor, then yields

@@ -18,4 +18,11 @@ void AutoResetEvent::Wait()
     signalled_ = false;
 }
 
+void AutoResetEvent::WaitFor(std::chrono::milliseconds limit)
+{
+    std::unique_lock lock(mutex_);
+    condition_.wait_for(lock, limit, [this] { return signalled_; });
+    signalled_ = false;
+}
+
 }  // namespace Platform

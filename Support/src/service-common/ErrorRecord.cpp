@@ -4,6 +4,7 @@
 
 #include <boost/format.hpp>
 
+#include <exception>
 #include <locale>
 #include <memory>
 #include <mutex>
@@ -26,11 +27,13 @@ thread_local ThreadErrors* t_errors = nullptr;
 
 class ThreadErrorsStore {
 public:
+    // Fails with std::bad_alloc on a thread's first use.
     ThreadErrors& ForThisThread()
     {
         if (t_errors == nullptr) {
+            auto made = std::make_unique<ThreadErrors>();
             const std::lock_guard lock(mutex_);
-            all_.push_back(std::make_unique<ThreadErrors>());
+            all_.push_back(std::move(made));
             t_errors = all_.back().get();
         }
         return *t_errors;
@@ -49,14 +52,19 @@ ThreadErrors& Errors()
 
 }  // namespace
 
-void SetThreadLastError(ErrorRecord record)
+void SetThreadLastError(ErrorRecord record) noexcept
 {
-    ThreadErrors& errors = Errors();
-    errors.message = ToUtf16(record.message);
-    errors.record = std::move(record);
-    errors.present = true;
-    if (errors.listener) {
-        errors.listener(errors.record);
+    try {
+        ThreadErrors& errors = Errors();
+        errors.present = true;
+        errors.message.clear();
+        errors.record = std::move(record);
+        errors.message = ToUtf16(errors.record.message);
+        if (errors.listener) {
+            errors.listener(errors.record);
+        }
+    } catch (const std::exception&) {
+        // Short of memory: the code stands without its text, or the thread has no record yet.
     }
 }
 
@@ -96,16 +104,20 @@ ResultCode ReadThreadLastError(ErrorInfo* info, ServiceObject** errorObject) noe
 }
 
 ResultCode ReportMethodResult(ResultCode code, const char* interfaceName, const char* methodName,
-                              const char* function, const char* file, std::uint32_t line)
+                              const char* function, const char* file, std::uint32_t line) noexcept
 {
     if (IsExpectedResult(code) || interfaceName == nullptr || methodName == nullptr) {
         return code;
     }
-    // %d prints a signed number: 0x80004005 is -2147467259.
-    const auto message = boost::wformat(L"%s::%s() failed, code: %d", std::locale::classic()) %
-                         FromAscii(interfaceName) % FromAscii(methodName) %
-                         static_cast<std::int32_t>(code);
-    SetThreadLastError({code, message.str(), function == nullptr ? "" : function,
-                        file == nullptr ? "" : file, line});
+    try {
+        // %d prints a signed number: 0x80004005 is -2147467259.
+        const auto message = boost::wformat(L"%s::%s() failed, code: %d", std::locale::classic()) %
+                             FromAscii(interfaceName) % FromAscii(methodName) %
+                             static_cast<std::int32_t>(code);
+        SetThreadLastError({code, message.str(), function == nullptr ? "" : function,
+                            file == nullptr ? "" : file, line});
+    } catch (const std::exception&) {
+        SetThreadLastError({code, {}, {}, {}, line});
+    }
     return code;
 }

@@ -9,6 +9,8 @@
 
 namespace {
 
+thread_local std::uint64_t t_failedCalls = 0;
+
 std::string TextOrEmpty(const char* text)
 {
     return text == nullptr ? std::string() : std::string(text);
@@ -16,9 +18,25 @@ std::string TextOrEmpty(const char* text)
 
 }  // namespace
 
+std::uint64_t FailedCallCount() noexcept
+{
+    return t_failedCalls;
+}
+
+void CountFailedCall() noexcept
+{
+    ++t_failedCalls;
+}
+
 void CheckServiceCall(ServiceObject* object, ResultCode code)
 {
-    if (IsExpectedResult(code) || object == nullptr || object->GetLastErrorInfo == nullptr) {
+    if (IsExpectedResult(code)) {
+        return;
+    }
+    if (!IsAbsence(code)) {
+        CountFailedCall();
+    }
+    if (object == nullptr || object->GetLastErrorInfo == nullptr) {
         return;
     }
     ErrorInfo info{};

@@ -56,12 +56,14 @@ ResultCode ReflectRegisteredObjects(const ServiceObjectInfo** entries, std::uint
     }
     auto& table = SingletonHolder<ReflectionTable>::Instance();
     if (!table.built) {
+        std::vector<ServiceObjectInfo> made;
         for (const auto* record = g_firstRegistration; record != nullptr; record = record->next_) {
-            table.entries.push_back({record->atom_, 0, record->name_});
+            made.push_back({record->atom_, 0, record->name_});
         }
-        if (!table.entries.empty()) {
-            table.entries.push_back({});
+        if (!made.empty()) {
+            made.push_back({});
         }
+        table.entries.swap(made);
         table.built = true;
     }
     if (table.entries.empty()) {

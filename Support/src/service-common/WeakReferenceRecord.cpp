@@ -2,6 +2,8 @@
 
 #include "platform/Threads.h"
 
+#include <new>
+
 namespace SODetails {
 namespace {
 
@@ -124,9 +126,13 @@ ResultCode HandOutWeakReference(const ReferenceCounted& counted, WeakReferenceRe
     if (record == nullptr) {
         return kResultNullArgument;
     }
+    *record = nullptr;
     WeakReferenceRecord* current = counted.weakReference.load();
     if (current == nullptr) {
-        auto* made = new WeakReferenceRecord{kFunctions, 1, counted.object, 0};
+        auto* made = new (std::nothrow) WeakReferenceRecord{kFunctions, 1, counted.object, 0};
+        if (made == nullptr) {
+            return kResultUnexpected;
+        }
         if (counted.weakReference.compare_exchange_strong(current, made)) {
             current = made;
         } else {

@@ -2,24 +2,24 @@
 // task, becomes the thread's last error, and goes no further. [any-thread]
 #pragma once
 
-#include "service-common/ErrorRecord.h"
-#include "service-common/ServiceObjectException.h"
-#include "ui-engine/NarrowText.h"
-
-#include <exception>
+#include <utility>
 
 namespace SODetails {
 
+// Stores the exception that is being handled as the thread's last error. `function` stands for one
+// that does not name its own. To be called inside a catch block.
+void RecordTaskFailure(const char* function) noexcept;
+
+// Whether the task ended without an exception.
 template <class Task>
-void RunEventTask(const char* function, Task&& task)
+bool RunEventTask(const char* function, Task&& task) noexcept
 {
     try {
-        task();
-    } catch (const ServiceObjectException& failure) {
-        SetThreadLastError(failure.Record());
-    } catch (const std::exception& failure) {
-        SetThreadLastError({kResultUnexpected, FromNarrow(failure.what()), function,
-                            "include/ui-engine/internal/EventTask", __LINE__});
+        std::forward<Task>(task)();
+        return true;
+    } catch (...) {
+        RecordTaskFailure(function);
+        return false;
     }
 }
 

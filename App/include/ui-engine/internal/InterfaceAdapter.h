@@ -31,11 +31,6 @@ struct PassExceptions {
     {
         return body();
     }
-    template <class Reporting>
-    static ResultCode Report(ResultCode, Reporting&& reporting)
-    {
-        return reporting();
-    }
 };
 
 // No exception leaves the thunk: ServiceObjectException becomes its code, any other becomes
@@ -50,16 +45,6 @@ struct ContainExceptions {
             return IsExpectedResult(failure.Code()) ? kResultUnexpected : failure.Code();
         } catch (...) {
             return kResultUnexpected;
-        }
-    }
-    // A record for which there is no memory is not made.
-    template <class Reporting>
-    static ResultCode Report(ResultCode code, Reporting&& reporting) noexcept
-    {
-        try {
-            return reporting();
-        } catch (...) {
-            return code;
         }
     }
 };
@@ -96,11 +81,12 @@ struct MethodThunk<Impl, T, Traits, M, Exceptions, ResultCode (*)(I*, Args...)> 
         if (IsExpectedResult(code)) {
             return code;
         }
-        return Exceptions::Report(code, [code] {
-            return Traits::Report(code, I::kName, M::kName,
-                                  ThunkName(I::kName, TypeName<T>(), M::kName).c_str(), I::kHeader,
-                                  M::kLine);
-        });
+        std::string function;  // stays empty when memory is short
+        try {
+            function = ThunkName(I::kName, TypeName<T>(), M::kName);
+        } catch (const std::exception&) {
+        }
+        return Traits::Report(code, I::kName, M::kName, function.c_str(), I::kHeader, M::kLine);
     }
 
     static ResultCode CallWithArguments(ServiceObject* self, ArgumentReader& reader)

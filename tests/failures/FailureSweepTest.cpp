@@ -1,0 +1,193 @@
+// Every call of the module into a service object fails: once, and from then on, in each way in
+// which a host can fail.
+#include "SweptPanel.h"
+
+#include "platform-libraries/ServiceProviderHost.h"
+#include "service-common/ServiceProvider.h"
+#include "service-common/SingletonStaticData.h"
+
+#include <atomic>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace PanelTests {
+namespace {
+
+using namespace Workbench;
+
+// Fails the n-th call of a stretch, or all from there on, and counts the uses of elements.
+class FailingCall final : public CallHook {
+public:
+    FailingCall(std::uint64_t n, bool fromThenOn, CallOutcome outcome)
+        : n_(n), fromThenOn_(fromThenOn), outcome_(outcome)
+    {
+        Install(this);
+    }
+    ~FailingCall() { Install(nullptr); }
+    FailingCall(const FailingCall&) = delete;
+    FailingCall& operator=(const FailingCall&) = delete;
+
+    void Arm() { armed_ = true; }
+    SweptPanel::Expected Disarm()
+    {
+        armed_ = false;
+        using Expected = SweptPanel::Expected;
+        return refusedEvents_                       ? Expected::kStands
+               : outcome_ == CallOutcome::kPretends ? Expected::kMendsWithLoading
+                                                    : Expected::kMendsItself;
+    }
+    bool HasFailed() const { return calls_ > n_; }
+    const char* Where() const { return where_; }
+    std::int64_t OpenUses() const { return uses_; }
+
+    CallOutcome OutcomeOf(const char*, const char* methodName) noexcept override
+    {
+        CallOutcome outcome = CallOutcome::kPasses;
+        const std::string_view method = methodName;
+        // A posted call that the host takes and forgets is its own loss.
+        const bool isSpared = method == "UnuseElement" ||
+                              (method == "PostCall" && outcome_ == CallOutcome::kPretends);
+        if (armed_ && !isSpared) {
+            const std::uint64_t call = calls_++;
+            if (fromThenOn_ ? call >= n_ : call == n_) {
+                outcome = outcome_;
+                where_ = methodName;
+                refusedEvents_ = refusedEvents_ || method.starts_with("On");
+            }
+        }
+        if (outcome == CallOutcome::kPasses || outcome == CallOutcome::kPretends) {
+            uses_ += method == "UseElement" ? 1 : method == "UnuseElement" ? -1 : 0;
+        }
+        return outcome;
+    }
+
+private:
+    const std::uint64_t n_;
+    const bool fromThenOn_;
+    const CallOutcome outcome_;
+    std::atomic<bool> armed_ = false;
+    std::atomic<bool> refusedEvents_ = false;
+    std::atomic<std::uint64_t> calls_ = 0;
+    std::atomic<std::int64_t> uses_ = 0;
+    std::atomic<const char*> where_ = "";
+};
+
+struct Way {
+    const char* name;
+    CallOutcome outcome;
+    bool fromThenOn;
+};
+constexpr Way kWays[] = {
+    {"fails", CallOutcome::kFails, false},
+    {"fails from then on", CallOutcome::kFails, true},
+    {"fails without a record", CallOutcome::kFailsMutely, false},
+    {"fails without a record from then on", CallOutcome::kFailsMutely, true},
+    {"throws", CallOutcome::kThrows, false},
+    {"pretends", CallOutcome::kPretends, false},
+    {"pretends from then on", CallOutcome::kPretends, true},
+};
+
+TEST(FailureSweep, ThePanelStandsWhateverCallFails)
+{
+    std::uint64_t points = 0;
+    std::uint64_t skipped = 0;
+    for (const Way& way : kWays) {
+        for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
+            // Another part of the points for each pair, so that strides do not always meet the
+            // same.
+            const std::uint64_t stride = SweepStride();
+            bool failed = true;
+            for (std::uint64_t n = stride < 2 ? 0 : skipped++ % stride; failed; n += stride) {
+                FailingCall call(n, way.fromThenOn, way.outcome);
+                {
+                    SweptPanel panel;
+                    testing::ScopedTrace trace(__FILE__, __LINE__,
+                                               std::string(operation.name) + ": call " +
+                                                   std::to_string(n) + " " + way.name);
+                    panel.Run(
+                        operation, [&] { call.Arm(); }, [&] { return call.Disarm(); });
+                }
+                EXPECT_EQ(call.OpenUses(), 0) << operation.name << " " << n << " " << way.name;
+                failed = call.HasFailed();
+                points += failed ? 1 : 0;
+                if (testing::Test::HasFailure()) {
+                    FAIL() << operation.name << ": call " << n << ", " << call.Where() << ", "
+                           << way.name;
+                }
+            }
+        }
+    }
+    std::cout << points << " failing calls\n";
+    EXPECT_GT(points, 100u);
+}
+
+TEST(FailureSweep, ThePanelStandsWhateverQueryOfThePdfLibraryFails)
+{
+    using Documents::Fault;
+    std::uint64_t points = 0;
+    std::uint64_t skipped = 0;
+    for (const std::uint32_t times : {1u, Fault::kEveryTime}) {
+        for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
+            const std::uint64_t stride = SweepStride();
+            bool failed = true;
+            for (std::uint64_t n = stride < 2 ? 0 : skipped++ % stride; failed; n += stride) {
+                std::optional<Documents::FaultInjection> fault;
+                SweptPanel panel;
+                testing::ScopedTrace trace(__FILE__, __LINE__,
+                                           std::string(operation.name) + ": query " +
+                                               std::to_string(n) + ", times " +
+                                               std::to_string(times));
+                panel.Run(
+                    operation,
+                    [&] {
+                        fault.emplace(Fault{Documents::TableEntry::kAny, kInjectedFailure,
+                                            static_cast<std::uint32_t>(n), times});
+                    },
+                    [&] {
+                        failed = fault->Failures() != 0;
+                        fault.reset();
+                        // A library that fails the same query again counts as one that always does.
+                        return times == 1 ? SweptPanel::Expected::kMendsItself
+                                          : SweptPanel::Expected::kMendsWithLoading;
+                    });
+                points += failed ? 1 : 0;
+                ASSERT_FALSE(testing::Test::HasFailure());
+            }
+        }
+    }
+    std::cout << points << " failing queries\n";
+    EXPECT_GT(points, 10u);
+}
+
+TEST(FailureSweep, ThePanelStandsWhateverServiceIsRefused)
+{
+    for (const char* const name :
+         {"UIEngine", "UIService", "LocaleManager", "BLService", "PDModelService"}) {
+        for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
+            if (operation.endsHost) {
+                continue;
+            }
+            SweptPanel panel;
+            testing::ScopedTrace trace(__FILE__, __LINE__,
+                                       std::string(operation.name) + " without " + name);
+            BasicServiceObjectPtr<ServiceObject> service;
+            panel.Run(
+                operation,
+                [&] {
+                    ServiceProviderGetServiceObject(AtomService::Resolve(name), service.Receive());
+                    VxHostRefuseService(name, kResultFactoryFailed, 0);
+                },
+                [&] {
+                    VxHostRegisterService(name, service.Get());
+                    service.Reset();
+                    return SweptPanel::Expected::kMendsItself;
+                });
+            ASSERT_FALSE(testing::Test::HasFailure());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace PanelTests
