@@ -167,8 +167,7 @@ constexpr unsigned kGetEvents = 1, kHandleKey = 3;
 constexpr unsigned kInitHtml = 3, kInitHandler = 5, kInitComplete = 6, kCreateControl = 7,
                    kGetUIModel = 8, kCleanup = 9, kAttached = 15, kSetCollection = 0;
 
-// --- A weak-reference record that is not shared
-// ----------------------------------------------------
+// --- A weak-reference record that is not shared -------------------------------------------------
 
 struct UnsharedRecord {
     Entry entries[5];
@@ -207,8 +206,7 @@ ResultCode TakeAnyName(Object*, const char*, ...)
     return kResultOk;
 }
 
-// --- Defects
-// ---------------------------------------------------------------------------------------
+// --- Defects ------------------------------------------------------------------------------------
 
 void SubscribeForever(Object* model)
 {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace Conformance {
 
@@ -109,59 +110,32 @@ namespace ModelSlot {
 inline constexpr unsigned kSetCollection = 0;
 }
 
-// The interfaces that the tool's host offers, and of which the module makes its calls.
-enum class Peer : unsigned {
-    kUIEngine,
-    kUIResources,
-    kUIResource,
-    kUIResourceRegistration,
-    kUIService,
-    kUIThread,
-    kUIWnd,
-    kUIHtmlEngine,
-    kUIMainFrame,
-    kUIDocumentsCollection,
-    kUIDocumentView,
-    kBLDocumentView,
-    kBLDocument,
-    kBLService,
-    kBLAnnotNavigator,
-    kBLSelection,
-    kLocaleManager,
-    kPDModelService,
-    kHighlight,
-    kContext,
-    kCount
-};
-inline constexpr std::size_t kPeerCount = static_cast<std::size_t>(Peer::kCount);
-
-// One subscription, by the interface of its source and the slot of its subscribe entry.
+// One subscription: the interface of its source and the slot of its subscribe entry.
 struct SubscribedEvent {
-    Peer peer;
+    std::string_view source;
     unsigned slot;
     bool operator==(const SubscribedEvent&) const = default;
 };
 
-// The subscriptions of a panel that was handed its documents and then shows one view, in order.
-inline constexpr SubscribedEvent kPanelEvents[] = {
-    {Peer::kUIMainFrame, 25},           {Peer::kUIDocumentsCollection, 8},
-    {Peer::kUIDocumentsCollection, 11}, {Peer::kUIDocumentsCollection, 14},
-    {Peer::kUIDocumentsCollection, 17}, {Peer::kUIDocumentsCollection, 24},
-    {Peer::kUIDocumentsCollection, 27}, {Peer::kUIDocumentsCollection, 30},
-    {Peer::kUIDocumentsCollection, 33},
-};
-inline constexpr SubscribedEvent kViewEvents[] = {
-    {Peer::kBLDocumentView, 42},  {Peer::kBLDocumentView, 20},  {Peer::kBLDocumentView, 25},
-    {Peer::kBLDocumentView, 28},  {Peer::kBLDocumentView, 51},  {Peer::kBLDocumentView, 6},
-    {Peer::kBLDocumentView, 126}, {Peer::kBLDocumentView, 54},  {Peer::kBLDocumentView, 188},
-    {Peer::kBLDocumentView, 94},  {Peer::kBLDocumentView, 199}, {Peer::kBLDocumentView, 182},
-    {Peer::kBLDocumentView, 185},
-};
-inline constexpr SubscribedEvent kContainerEvents[] = {
-    {Peer::kBLDocument, 39},
-    {Peer::kBLDocument, 78},
-    {Peer::kBLDocumentView, 99},
-};
+// The events of one source, in the order in which they are subscribed.
+template <std::size_t N>
+constexpr std::array<SubscribedEvent, N> EventsOf(std::string_view source,
+                                                  const unsigned (&slots)[N])
+{
+    std::array<SubscribedEvent, N> events;
+    for (std::size_t i = 0; i < N; ++i) {
+        events[i] = {source, slots[i]};
+    }
+    return events;
+}
+inline constexpr SubscribedEvent kFrameEvent{"UIMainFrame", 25};
+inline constexpr auto kCollectionEvents =
+    EventsOf("UIDocumentsCollection", {8, 11, 14, 17, 24, 27, 30, 33});
+inline constexpr auto kViewEvents =
+    EventsOf("BLDocumentView", {42, 20, 25, 28, 51, 6, 126, 54, 188, 94, 199, 182, 185});
+inline constexpr std::array kContainerEvents{SubscribedEvent{"BLDocument", 39},
+                                             SubscribedEvent{"BLDocument", 78},
+                                             SubscribedEvent{"BLDocumentView", 99}};
 
 // Element states, event-group masks, keys and operations that the tool uses.
 inline constexpr std::uint32_t kCurrent = 32;

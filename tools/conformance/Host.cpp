@@ -1,6 +1,6 @@
 #include "Host.h"
 
-#include "PdfLibrary.h"
+#include "HostInterfaces.h"
 #include "PlatformLibraries.h"
 
 #include <algorithm>
@@ -29,284 +29,21 @@ struct PageRange {
     const std::uint32_t* pages;
 };
 
-// --- Entries -------------------------------------------------------------------------------------
-
-template <Peer Which>
-std::uint32_t HandOutPeer(HostObject& self, HostObject** object)
-{
-    return self.host->HandOut(Which, object);
-}
-
-std::uint32_t CreateRegistration(HostObject& self, void* instance, HostObject** registration)
-{
-    self.host->instance = instance;
-    return self.host->HandOut(Peer::kUIResourceRegistration, registration);
-}
-
-std::uint32_t Register(HostObject& self, HostObject*)
-{
-    ++self.host->registrations;
-    return kResultOk;
-}
-
-std::uint32_t GetResource(HostObject& self, const char16_t* path, HostObject** resource)
-{
-    return self.host->HandOutResource(path, resource);
-}
-
-std::uint32_t GetThreadObject(HostObject& self, std::uint32_t, HostObject** thread)
-{
-    return self.host->HandOut(Peer::kUIThread, thread);
-}
-
-std::uint32_t PostCall(HostObject& self, void (*run)(void* record), void* record)
-{
-    return self.host->Post(run, record);
-}
-
-using ViewCollector = void (*)(void* context, HostObject* view);
-
-std::uint32_t EnumerateViews(HostObject& self, ViewCollector collector, void* context)
-{
-    if (self.host->viewIsOpen) {
-        collector(context, &self.host->Of(Peer::kUIDocumentView));
-    }
-    return kResultOk;
-}
-
-std::uint32_t HandOutNone(HostObject&, HostObject** object)
-{
-    *object = nullptr;
-    return kResultOk;
-}
-
-std::uint32_t AnswerFlag(HostObject&, bool* flag)
-{
-    *flag = false;
-    return kResultOk;
-}
-
-std::uint32_t AnswerNumber(HostObject&, std::uint32_t* number)
-{
-    *number = 0;
-    return kResultOk;
-}
-
-std::uint32_t AnswerViewNumber(HostObject&, std::uint64_t* number)
-{
-    *number = 1;
-    return kResultOk;
-}
-
-std::uint32_t TakePointer(HostObject&, const void*)
-{
-    return kResultOk;
-}
-
-std::uint32_t TakeNumber(HostObject&, std::uint32_t)
-{
-    return kResultOk;
-}
-
-std::uint32_t FocusAnnotation(HostObject&, std::uint32_t, void*)
-{
-    return kResultOk;
-}
-
-std::uint32_t IsPermitted(HostObject&, std::uint32_t, std::uint32_t, std::uint32_t, bool* permitted)
-{
-    *permitted = true;
-    return kResultOk;
-}
-
-std::uint32_t GetPageScale(HostObject&, std::uint32_t, double* scale)
-{
-    *scale = 1;
-    return kResultOk;
-}
-
-std::uint32_t GetPageRotation(HostObject&, std::uint32_t, std::uint32_t* degrees)
-{
-    *degrees = 0;
-    return kResultOk;
-}
-
-std::uint32_t GetPageCount(HostObject&, std::int32_t* count)
-{
-    *count = 1;
-    return kResultOk;
-}
-
-std::uint32_t AcquirePageAt(HostObject&, std::uint32_t index, void** page)
-{
-    *page = index == 0 ? AcquirePage() : nullptr;
-    return index == 0 ? kResultOk : kResultOutOfRange;
-}
-
-std::uint32_t ExecuteCommand(HostObject&, std::uint32_t command, const void*)
-{
-    return command == AtomOf("Annot_Delete") ? kResultOk : kResultNotFound;
-}
-
-std::uint32_t BuildHighlight(HostObject& self, const void*, HostObject** highlight)
-{
-    return self.host->HandOut(Peer::kHighlight, highlight);
-}
-
-std::uint32_t GetString(HostObject&, const char16_t** text, const char16_t* key)
-{
-    *text = key;
-    return kResultOk;
-}
-
-std::uint32_t GetSectionString(HostObject&, const char16_t** text, const char16_t*,
-                               const char16_t* key)
-{
-    *text = key;
-    return kResultOk;
-}
-
-std::uint32_t GetFunctionTable(HostObject&, const void** table)
-{
-    *table = PdfFunctionTable();
-    return kResultOk;
-}
-
-void FillCollection(HostObject& object)
-{
-    Fill<1, HandOutNone>(object);
-    Fill<2, EnumerateViews>(object);
-    Fill<22, HandOutNone>(object);
-    FillEvent<8>(object);
-    FillEvent<11>(object);
-    FillEvent<14>(object);
-    FillEvent<17>(object);
-    FillEvent<24>(object);
-    FillEvent<27>(object);
-    FillEvent<30>(object);
-    FillEvent<33>(object);
-}
-
-void FillView(HostObject& object)
-{
-    Fill<0, HandOutPeer<Peer::kBLDocument>>(object);
-    Fill<1, AnswerFlag>(object);
-    Fill<2, AnswerNumber>(object);
-    Fill<3, TakePointer>(object);
-    Fill<4, FocusAnnotation>(object);
-    Fill<5, IsPermitted>(object);
-    Fill<8, TakeNumber>(object);
-    Fill<9, TakeNumber>(object);
-    Fill<10, GetPageScale>(object);
-    Fill<11, GetPageRotation>(object);
-    Fill<12, TakePointer>(object);
-    Fill<13, AnswerViewNumber>(object);
-    FillEvent<6>(object);
-    FillEvent<20>(object);
-    FillEvent<25>(object);
-    FillEvent<28>(object);
-    FillEvent<42>(object);
-    FillEvent<51>(object);
-    FillEvent<54>(object);
-    FillEvent<94>(object);
-    FillEvent<99>(object);
-    FillEvent<126>(object);
-    FillEvent<182>(object);
-    FillEvent<185>(object);
-    FillEvent<188>(object);
-    FillEvent<199>(object);
-}
-
-void FillDocument(HostObject& object)
-{
-    Fill<0, GetPageCount>(object);
-    Fill<1, AcquirePageAt>(object);
-    Fill<2, ExecuteCommand>(object);
-    FillEvent<39>(object);
-    FillEvent<78>(object);
-}
-
-std::uint32_t GetData(HostObject& self, const char** data, std::uint32_t* size)
-{
-    const std::string_view bytes = self.host->BytesOf(self);
-    *data = bytes.data();
-    *size = static_cast<std::uint32_t>(bytes.size());
-    return kResultOk;
-}
-
-struct PeerRow {
-    Peer peer;
-    const char* name;
-    unsigned methods;
-    void (*fill)(HostObject& object);
-    bool isService = false;
-};
-
-constexpr PeerRow kPeers[] = {
-    {Peer::kUIEngine, "UIEngine", 8,
-     [](HostObject& object) {
-         Fill<0, HandOutPeer<Peer::kUIResources>>(object);
-         Fill<4, CreateRegistration>(object);
-         Fill<7, Register>(object);
-     },
-     true},
-    {Peer::kUIResources, "UIResources", 1,
-     [](HostObject& object) { Fill<0, GetResource>(object); }},
-    {Peer::kUIResource, "UIResource", 1, [](HostObject& object) { Fill<0, GetData>(object); }},
-    {Peer::kUIResourceRegistration, "UIResourceRegistration", 1, [](HostObject&) {}},
-    {Peer::kUIService, "UIService", 13,
-     [](HostObject& object) {
-         Fill<5, HandOutPeer<Peer::kUIMainFrame>>(object);
-         Fill<12, GetThreadObject>(object);
-     },
-     true},
-    {Peer::kUIThread, "UIThread", 2, [](HostObject& object) { Fill<1, PostCall>(object); }},
-    {Peer::kUIWnd, "UIWnd", 33, FillWindow},
-    {Peer::kUIHtmlEngine, "UIHtmlEngine", 19, FillEngine},
-    {Peer::kUIMainFrame, "UIMainFrame", 27, [](HostObject& object) { FillEvent<25>(object); }},
-    {Peer::kUIDocumentsCollection, "UIDocumentsCollection", 35, FillCollection},
-    {Peer::kUIDocumentView, "UIDocumentView", 3,
-     [](HostObject& object) { Fill<2, HandOutPeer<Peer::kBLDocumentView>>(object); }},
-    {Peer::kBLDocumentView, "BLDocumentView", 201, FillView},
-    {Peer::kBLDocument, "BLDocument", 80, FillDocument},
-    {Peer::kBLService, "BLService", 1,
-     [](HostObject& object) { Fill<0, HandOutPeer<Peer::kBLAnnotNavigator>>(object); }, true},
-    {Peer::kBLAnnotNavigator, "BLAnnotNavigator", 1,
-     [](HostObject& object) { Fill<0, BuildHighlight>(object); }},
-    {Peer::kBLSelection, "BLSelection", 1, [](HostObject&) {}},
-    {Peer::kLocaleManager, "LocaleManager", 10,
-     [](HostObject& object) {
-         Fill<8, GetString>(object);
-         Fill<9, GetSectionString>(object);
-     },
-     true},
-    {Peer::kPDModelService, "PDModelService", 1,
-     [](HostObject& object) { Fill<0, GetFunctionTable>(object); }, true},
-    {Peer::kHighlight, "Highlight", 1, [](HostObject&) {}},
-    {Peer::kContext, "HostContext", 1, [](HostObject&) {}},
-};
-
-const PeerRow& RowOf(Peer peer)
-{
-    return *std::find_if(std::begin(kPeers), std::end(kPeers),
-                         [peer](const PeerRow& row) { return row.peer == peer; });
-}
-
 }  // namespace
 
 Host::Host(ModuleLibrary& library) : library_(library)
 {
     VxHostRestartSingletonStorage();
-    for (const PeerRow& row : kPeers) {
-        auto& object = objects_[static_cast<std::size_t>(row.peer)];
+    for (const HostInterface& each : HostInterfaces()) {
+        auto& object = objects_[each.name];
         object = std::make_unique<HostObject>();
-        object->Init(*this, witness_, row.peer, row.name, row.methods);
-        row.fill(*object);
-        if (row.isService) {
-            VxHostRegisterService(row.name, object.get());
+        object->Init(*this, witness_, each.name, each.methods);
+        each.fill(*object);
+        if (each.isService) {
+            VxHostRegisterService(each.name, object.get());
         }
     }
-    page_ = std::make_unique<Page>(Of(Peer::kUIWnd), Of(Peer::kUIHtmlEngine));
+    page_ = std::make_unique<Page>(Of("UIWnd"), Of("UIHtmlEngine"));
 }
 
 Host::~Host()
@@ -314,53 +51,31 @@ Host::~Host()
     ShutDown();
 }
 
-// --- For the entries
-// -------------------------------------------------------------------------------
+// --- For the entries ----------------------------------------------------------------------------
 
-std::uint32_t Host::HandOut(Peer peer, HostObject** object)
-{
-    *object = Of(peer).Retained();
-    return kResultOk;
-}
-
-std::uint32_t Host::HandOutNamed(std::uint32_t atom, HostObject** object)
-{
-    for (const Peer peer : {Peer::kUIMainFrame, Peer::kUIDocumentsCollection}) {
-        if (atom == AtomOf(Of(peer).interfaceName)) {
-            return HandOut(peer, object);
-        }
-    }
-    return kResultNotFound;
-}
-
-std::uint32_t Host::HandOutResource(const char16_t* path, HostObject** object)
+// A resource is an object of its own, found by its file's name.
+HostObject* Host::HandOutResource(const char16_t* path)
 {
     const std::lock_guard lock(mutex_);
-    auto& resource = resources_[path];
-    if (resource == nullptr) {
-        std::string name;
-        for (const char16_t* unit = path; *unit != 0; ++unit) {
-            name += static_cast<char>(*unit >= u'a' && *unit <= u'z' ? *unit - u'a' + u'A' : *unit);
-        }
-        resource = std::make_unique<Resource>();
-        resource->bytes = FindEmbeddedFile(instance, "UI-DATA", name.c_str());
-        const PeerRow& row = RowOf(Peer::kUIResource);
-        resource->object.Init(*this, witness_, row.peer, row.name, row.methods);
-        row.fill(resource->object);
+    std::string name;
+    for (; *path != 0; ++path) {
+        name += static_cast<char>(*path >= u'a' && *path <= u'z' ? *path - u'a' + u'A' : *path);
     }
-    *object = resource->bytes.empty() ? nullptr : resource->object.Retained();
-    return kResultOk;
-}
-
-std::string_view Host::BytesOf(const HostObject& resource)
-{
-    const std::lock_guard lock(mutex_);
-    for (const auto& [path, each] : resources_) {
-        if (&each->object == &resource) {
-            return each->bytes;
-        }
+    if (FindEmbeddedFile(library_.instance, "UI-DATA", name.c_str()).empty()) {
+        return nullptr;
     }
-    return {};
+    const auto [entry, isNew] = resources_.try_emplace(name);
+    if (isNew) {
+        entry->second = std::make_unique<HostObject>();
+        entry->second->Init(*this, witness_, entry->first.c_str(), 1);
+        entry->second->Method<0>([](HostObject& self, const char** data, std::uint32_t* size) {
+            const std::string_view bytes =
+                FindEmbeddedFile(self.host->Library().instance, "UI-DATA", self.interfaceName);
+            *data = bytes.data();
+            *size = static_cast<std::uint32_t>(bytes.size());
+        });
+    }
+    return entry->second->Retained();
 }
 
 std::uint32_t Host::Post(void (*run)(void* record), void* record)
@@ -382,8 +97,7 @@ std::uint32_t Host::Post(void (*run)(void* record), void* record)
     return kResultOk;
 }
 
-// --- Steps of a life
-// -------------------------------------------------------------------------------
+// --- Steps of a life ----------------------------------------------------------------------------
 
 // Waits for the next call while a list is being loaded.
 bool Host::NextCall(PostedCall& call)
@@ -433,9 +147,9 @@ void Host::StartPanel()
     } catch (const std::exception&) {
         // A host whose engine fails has a panel without resources.
     }
-    const void* const begin[] = {&Of(Peer::kUIWnd), &Of(Peer::kContext)};
+    const void* const begin[] = {&Of("UIWnd"), &Of("HostContext")};
     plugin.Call(PluginSlot::kInitBegin, &begin);
-    const void* const html[] = {&Of(Peer::kUIWnd), &Of(Peer::kUIHtmlEngine)};
+    const void* const html[] = {&Of("UIWnd"), &Of("UIHtmlEngine")};
     plugin.Call(PluginSlot::kInitHtml, &html);
     plugin.Call(PluginSlot::kInitSubscription);
     handler = AskPlugin(plugin, PluginSlot::kInitHandler);
@@ -448,16 +162,16 @@ void Host::StartPanel()
 
 void Host::HandOverDocuments()
 {
-    model.Call(ModelSlot::kSetCollection, &Of(Peer::kUIDocumentsCollection));
+    model.Call(ModelSlot::kSetCollection, &Of("UIDocumentsCollection"));
     Run();
 }
 
 void Host::OpenView()
 {
     viewIsOpen = true;
-    HostObject* const view = &Of(Peer::kUIDocumentView);
-    Fire(Peer::kUIDocumentsCollection, 8, view);
-    Fire(Peer::kUIDocumentsCollection, 11, view);
+    HostObject* const view = &Of("UIDocumentView");
+    Fire("UIDocumentsCollection", 8, view);
+    Fire("UIDocumentsCollection", 11, view);
     Run();
 }
 
@@ -482,12 +196,12 @@ void Host::UseView()
     const std::uint32_t pages[] = {0};
     const PageRange range{1, 0, pages};
     const auto change = [&] {
-        Fire(Peer::kBLDocument, 78, std::uint32_t{4}, std::uint32_t{0}, TheAnnotation());
-        Fire(Peer::kBLDocumentView, 99, std::uint32_t{0}, TheAnnotation());
-        Fire(Peer::kBLDocumentView, 51, &Of(Peer::kBLSelection));
-        Fire(Peer::kBLDocumentView, 42, std::uint32_t{0}, 1.5f);
-        Fire(Peer::kBLDocumentView, 182, true);
-        Fire(Peer::kBLDocument, 39, std::uint32_t{0}, &range);
+        Fire("BLDocument", 78, std::uint32_t{4}, std::uint32_t{0}, TheAnnotation());
+        Fire("BLDocumentView", 99, std::uint32_t{0}, TheAnnotation());
+        Fire("BLDocumentView", 51, &Of("BLSelection"));
+        Fire("BLDocumentView", 42, std::uint32_t{0}, 1.5f);
+        Fire("BLDocumentView", 182, true);
+        Fire("BLDocument", 39, std::uint32_t{0}, &range);
     };
     change();
     Run();
@@ -499,17 +213,17 @@ void Host::UseView()
 
 void Host::CloseView()
 {
-    HostObject* const view = &Of(Peer::kUIDocumentView);
-    Fire(Peer::kUIDocumentsCollection, 14, view);
+    HostObject* const view = &Of("UIDocumentView");
+    Fire("UIDocumentsCollection", 14, view);
     viewIsOpen = false;
-    Fire(Peer::kUIDocumentsCollection, 17, view);
+    Fire("UIDocumentsCollection", 17, view);
     Run();
 }
 
-void Host::LetDie(Peer peer)
+void Host::LetDie(std::string_view name)
 {
-    Of(peer).ownReferences = 0;
-    Of(peer).Release();
+    Of(name).ownReferences = 0;
+    Of(name).Release();
 }
 
 void Host::Live()
@@ -561,8 +275,7 @@ void Host::ShutDown()
     VxHostUnregisterAllServices();
 }
 
-// --- What was seen
-// ---------------------------------------------------------------------------------
+// --- What was seen ------------------------------------------------------------------------------
 
 ModuleObject Host::ContainerHandler()
 {
@@ -578,7 +291,7 @@ std::vector<SubscribedEvent> Host::SubscribedEvents() const
 {
     std::vector<SubscribedEvent> events;
     for (const auto& each : witness_.Subscriptions()) {
-        events.push_back({each.source->peer, each.slot});
+        events.push_back({each.source->interfaceName, each.slot});
     }
     return events;
 }
@@ -593,17 +306,12 @@ std::vector<Remainder> Host::Remainders() const
                                          std::to_string(wanted)});
         }
     };
-    const auto expectObject = [&](const HostObject& object) {
-        const std::string name = object.interfaceName;
-        expect("balance.references", "count of " + name, object.references.load(),
-               object.ownReferences);
-        expect("balance.weak-records", "holders of " + name, object.weak.holders.load(), 1u);
-    };
-    for (const auto& object : objects_) {
-        expectObject(*object);
-    }
-    for (const auto& [path, resource] : resources_) {
-        expectObject(resource->object);
+    for (const Objects& objects : {std::cref(objects_), std::cref(resources_)}) {
+        for (const auto& [name, object] : objects) {
+            expect("balance.references", "count of " + name, object->references.load(),
+                   object->ownReferences);
+            expect("balance.weak-records", "holders of " + name, object->weak.holders.load(), 1u);
+        }
     }
     for (const auto& each : witness_.Subscriptions()) {
         expect("balance.subscriptions",
@@ -611,9 +319,9 @@ std::vector<Remainder> Host::Remainders() const
                    " ended",
                each.ended || each.source->references == 0, true);
     }
-    const HostObject& engine = *objects_[static_cast<std::size_t>(Peer::kUIHtmlEngine)];
+    const HostObject& engine = *objects_.at("UIHtmlEngine");
     if (engine.tableSize > 8 && engine.entries[1] != nullptr) {  // it can end uses
-        expect("balance.element-uses", "uses left", page_->UsesLeft(), 0);
+        expect("balance.element-uses", "uses left", page_->UsesLeft(), 0u);
     }
     expect("balance.pdf-records", "references left", CountPdfReferences(), 0);
     return left;

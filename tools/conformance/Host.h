@@ -7,7 +7,6 @@
 #include "ModuleObject.h"
 #include "Page.h"
 
-#include <array>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -15,7 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
+#include <string_view>
 #include <vector>
 
 namespace Conformance {
@@ -34,12 +33,12 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    HostObject& Of(Peer peer) { return *objects_[static_cast<std::size_t>(peer)]; }
+    // The object of an interface; it must be one of the host's.
+    HostObject& Of(std::string_view name) { return *objects_.find(name)->second; }
     Page& ThePage() { return *page_; }
-    const ModuleLibrary& Library() const { return library_; }
+    ModuleLibrary& Library() { return library_; }
 
-    // --- Steps of a life; each runs what was posted
-    // -----------------------------------------------
+    // --- Steps of a life; each runs what was posted ---------------------------------------------
 
     // From creating the plug-in to its model, in the expected order.
     void StartPanel();
@@ -52,7 +51,7 @@ public:
     void ShutDown();
 
     // Gives up the host's own reference to an object.
-    void LetDie(Peer peer);
+    void LetDie(std::string_view name);
 
     // A life of all the steps; what the module throws ends a step.
     void Live();
@@ -60,11 +59,10 @@ public:
     void Run();
     // What a listening module gets of an event: the arguments, then its callable.
     template <class... Args>
-    void Fire(Peer peer, unsigned slot, Args... arguments);
+    void Fire(std::string_view source, unsigned slot, Args... arguments);
     std::uint32_t PressKey(std::uint32_t key);
 
-    // --- The module's objects
-    // ----------------------------------------------------------------------
+    // --- The module's objects -------------------------------------------------------------------
 
     // Of StartPanel; the caller of CreatePlugin owns what it gets.
     ModuleObject plugin, handler, model;
@@ -72,29 +70,22 @@ public:
     // The handler that the module attached to the container of the view; none without a container.
     ModuleObject ContainerHandler();
 
-    // --- What was seen
-    // -----------------------------------------------------------------------------
+    // --- What was seen --------------------------------------------------------------------------
 
     Witness& Seen() { return witness_; }
     const Witness& Seen() const { return witness_; }
     std::vector<SubscribedEvent> SubscribedEvents() const;
     // To be asked after ShutDown and after the library was unloaded.
     std::vector<Remainder> Remainders() const;
-    // The instance that the module registered its resources with; null before.
-    void* instance = nullptr;
-    unsigned registrations = 0;
     unsigned postedCalls = 0;
     bool viewIsOpen = false;
     // The runner of the last posted call.
     void (*runner)(void* record) = nullptr;
 
-    // --- For the entries
-    // ---------------------------------------------------------------------------
+    // --- For the entries ------------------------------------------------------------------------
 
-    std::uint32_t HandOut(Peer peer, HostObject** object);
-    std::uint32_t HandOutNamed(std::uint32_t atom, HostObject** object);
-    std::uint32_t HandOutResource(const char16_t* path, HostObject** object);
-    std::string_view BytesOf(const HostObject& resource);
+    // Null when the module has no file of that path.
+    HostObject* HandOutResource(const char16_t* path);
     std::uint32_t Post(void (*run)(void* record), void* record);
 
 private:
@@ -102,18 +93,15 @@ private:
         void (*run)(void* record);
         void* record;
     };
-    struct Resource {
-        HostObject object{};
-        std::string_view bytes;
-    };
+    using Objects = std::map<std::string, std::unique_ptr<HostObject>, std::less<>>;
 
     void ReleasePanelObjects();
     bool NextCall(PostedCall& call);
 
     ModuleLibrary& library_;
     Witness witness_;
-    std::array<std::unique_ptr<HostObject>, kPeerCount> objects_;
-    std::map<std::u16string, std::unique_ptr<Resource>> resources_;
+    Objects objects_;
+    Objects resources_;  // made on any thread
     std::unique_ptr<Page> page_;
     std::vector<Remainder> released_;
     std::mutex mutex_;
@@ -123,19 +111,20 @@ private:
     bool isShutDown_ = false;
 };
 
-// What InitHandler or GetUIModel of a plug-in hands out, owned.
-ModuleObject AskPlugin(const ModuleObject& plugin, unsigned slot);
-
 template <class... Args>
-void Host::Fire(Peer peer, unsigned slot, Args... arguments)
+void Host::Fire(std::string_view source, unsigned slot, Args... arguments)
 {
-    const auto subscriptions = witness_.Subscriptions();
-    for (std::size_t i = 0; i < subscriptions.size(); ++i) {
-        const auto& each = subscriptions[i];
-        if (each.source == &Of(peer) && each.slot == slot && !witness_.Subscriptions()[i].ended) {
+    const std::size_t count = witness_.Subscriptions().size();
+    for (std::size_t i = 0; i < count; ++i) {
+        // Asked for anew: the one before may have ended it.
+        const Witness::Subscription each = witness_.Subscriptions()[i];
+        if (each.source == &Of(source) && each.slot == slot && !each.ended) {
             reinterpret_cast<void (*)(Args..., void*)>(each.forwarder)(arguments..., each.callable);
         }
     }
 }
+
+// What InitHandler or GetUIModel of a plug-in hands out, owned.
+ModuleObject AskPlugin(const ModuleObject& plugin, unsigned slot);
 
 }  // namespace Conformance

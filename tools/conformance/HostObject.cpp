@@ -2,7 +2,9 @@
 
 #include "PlatformLibraries.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace Conformance {
@@ -10,12 +12,6 @@ namespace Conformance {
 namespace {
 
 constexpr std::uint64_t kFirstCookie = 0xC0000000'00000001u;
-
-template <class Function>
-AnyFunction Erased(Function function)
-{
-    return reinterpret_cast<AnyFunction>(function);
-}
 
 std::uint32_t AddRef(HostObject* self)
 {
@@ -69,35 +65,20 @@ std::uint32_t CallMethodByName(HostObject* self, const char* name, ...)
     return kResultNotFound;
 }
 
-// --- Weak-reference record -----------------------------------------------------------------------
-
-std::uint32_t AddHolder(WeakRecordImage* record)
+// Entries of a weak-reference record; the first and the third are not the module's to call.
+void FillWeakRecord(WeakRecordImage& record, HostObject& object)
 {
-    return ++record->holders;
+    record.entries[1] =
+        Erased(+[](WeakRecordImage* self) -> std::uint32_t { return --self->holders; });
+    record.entries[3] =
+        Erased(+[](WeakRecordImage* self) { return self->object.load() != nullptr; });
+    record.entries[4] = Erased(+[](WeakRecordImage* self) {
+        HostObject* const living = self->object;
+        return living == nullptr ? nullptr : living->Retained();
+    });
+    record.holders = 1;
+    record.object = &object;
 }
-
-std::uint32_t DropHolder(WeakRecordImage* record)
-{
-    return --record->holders;
-}
-
-std::uint32_t CountHolders(WeakRecordImage* record)
-{
-    return record->holders;
-}
-
-bool IsAlive(WeakRecordImage* record)
-{
-    return record->object.load() != nullptr;
-}
-
-HostObject* Lock(WeakRecordImage* record)
-{
-    HostObject* const object = record->object;
-    return object == nullptr ? nullptr : object->Retained();
-}
-
-// --- Entries without a meaning -------------------------------------------------------------------
 
 template <unsigned Slot>
 std::uint32_t Meaningless(HostObject* self)
@@ -110,7 +91,7 @@ std::uint32_t Meaningless(HostObject* self)
 template <unsigned... Slots>
 void FillMeaningless(HostObject& object, std::integer_sequence<unsigned, Slots...>)
 {
-    ((object.entries[Slots] = Erased(&Meaningless<Slots>)), ...);
+    ((object.entries[Slots] = Erased(Meaningless<Slots>)), ...);
 }
 
 }  // namespace
@@ -164,32 +145,23 @@ std::vector<Witness::Subscription> Witness::Subscriptions() const
     return subscriptions_;
 }
 
-void HostObject::Init(Host& itsHost, Witness& itsWitness, Peer itsPeer, const char* name,
-                      unsigned methods)
+void HostObject::Init(Host& itsHost, Witness& itsWitness, const char* name, unsigned methods)
 {
     interfaceId = HashOf(name);
     tableSize = 8 * methods;
     interfaceName = name;
-    common[0] = Erased(&Conformance::AddRef);
-    common[1] = Erased(&Conformance::Release);
-    common[2] = Erased(&Conformance::GetRefCount);
-    common[3] = Erased(&Conformance::GetWeakReference);
-    common[4] = Erased(&Conformance::GetLastErrorInfo);
-    common[5] = Erased(&Conformance::CallMethodByName);
+    const AnyFunction entriesOfAll[] = {
+        Erased(Conformance::AddRef),           Erased(Conformance::Release),
+        Erased(Conformance::GetRefCount),      Erased(Conformance::GetWeakReference),
+        Erased(Conformance::GetLastErrorInfo), Erased(Conformance::CallMethodByName)};
+    std::copy(std::begin(entriesOfAll), std::end(entriesOfAll), common);
     FillMeaningless(*this, std::make_integer_sequence<unsigned, kMostMethods>());
     std::memcpy(&entries[methods], kEndOfTable, 4);
     host = &itsHost;
     witness = &itsWitness;
-    peer = itsPeer;
     references = 1;
     ownReferences = 1;
-    weak.entries[0] = Erased(&AddHolder);
-    weak.entries[1] = Erased(&DropHolder);
-    weak.entries[2] = Erased(&CountHolders);
-    weak.entries[3] = Erased(&IsAlive);
-    weak.entries[4] = Erased(&Lock);
-    weak.holders = 1;
-    weak.object = this;
+    FillWeakRecord(weak, *this);
 }
 
 HostObject* HostObject::Retained()

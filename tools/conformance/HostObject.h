@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace Conformance {
@@ -70,7 +71,6 @@ struct HostObject {
     // The tool's own.
     Host* host;
     Witness* witness;
-    Peer peer;
     std::atomic<std::uint32_t> references;
     std::uint32_t ownReferences;  // that the host holds, and that are left at the end
     WeakRecordImage weak;
@@ -83,56 +83,77 @@ struct HostObject {
     std::atomic<std::uint32_t> errorsAsked;
 
     // Makes an object of a table of `methods` whose entries are all without a meaning.
-    void Init(Host& itsHost, Witness& itsWitness, Peer itsPeer, const char* name, unsigned methods);
+    void Init(Host& itsHost, Witness& itsWitness, const char* name, unsigned methods);
+
+    // Gives a slot its entry: notes the call, then answers what the function does, or 0.
+    template <unsigned Slot, class Function>
+    void Method(Function);
+    // Gives the subscribe and unsubscribe entries of events their meaning. Both are called whatever
+    // the table's size.
+    template <unsigned... Slots>
+    void Events()
+    {
+        (Event<Slots>(), ...);
+    }
 
     HostObject* Retained();
     void Release();
 
-    // Notes a call of a slot; true when the slot answers as it is told to fail.
+    // Notes a call of a method; true when the slot is told to fail.
     bool Enter(unsigned slot);
-    // Notes a call of an event's entry, which the table's size does not limit.
     void EnterEvent(unsigned slot);
+
+private:
+    template <unsigned Slot>
+    void Event();
 };
 static_assert(offsetof(HostObject, common) == kAddRefAt);
 static_assert(offsetof(HostObject, entries) == kMethodsAt);
 
-// The entry for a slot: notes the call, then answers.
-template <unsigned Slot, auto Function>
+template <class Function>
+AnyFunction Erased(Function* function)
+{
+    return reinterpret_cast<AnyFunction>(function);
+}
+
+template <unsigned Slot, class Function, class Signature>
 struct HostMethod;
 
-template <unsigned Slot, class... Args, std::uint32_t (*Function)(HostObject&, Args...)>
-struct HostMethod<Slot, Function> {
+template <unsigned Slot, class Function, class R, class... Args>
+struct HostMethod<Slot, Function, R (Function::*)(HostObject&, Args...) const> {
     static std::uint32_t Call(HostObject* self, Args... arguments)
     {
-        return self->Enter(Slot) ? self->failure : Function(*self, arguments...);
+        if (self->Enter(Slot)) {
+            return self->failure;
+        }
+        if constexpr (std::is_void_v<R>) {
+            Function{}(*self, arguments...);
+            return kResultOk;
+        } else {
+            return Function{}(*self, arguments...);
+        }
     }
 };
 
-template <unsigned Slot, auto Function>
-void Fill(HostObject& object)
+template <unsigned Slot, class Function>
+void HostObject::Method(Function)
 {
-    object.entries[Slot] = reinterpret_cast<AnyFunction>(&HostMethod<Slot, Function>::Call);
+    entries[Slot] = Erased(&HostMethod<Slot, Function, decltype(&Function::operator())>::Call);
 }
 
-// The subscribe and unsubscribe entries of an event, from `Slot` on. Both are called whatever the
-// table's size.
 template <unsigned Slot>
-void FillEvent(HostObject& object)
+void HostObject::Event()
 {
-    using SubscribeEntry = std::uint64_t (*)(HostObject*, AnyFunction, void (*)(void*), void*);
-    const SubscribeEntry subscribe = [](HostObject* self, AnyFunction forwarder,
-                                        void (*release)(void*), void* callable) {
-        self->EnterEvent(Slot);
-        return self->witness->Subscribe({self, Slot, forwarder, release, callable});
-    };
-    using UnsubscribeEntry = std::uint32_t (*)(HostObject*, std::uint64_t);
-    const UnsubscribeEntry unsubscribe = [](HostObject* self, std::uint64_t cookie) {
+    entries[Slot] = Erased(
+        +[](HostObject* self, AnyFunction forwarder, void (*release)(void*), void* callable) {
+            self->EnterEvent(Slot);
+            return self->witness->Subscribe({self, Slot, forwarder, release, callable});
+        });
+    entries[Slot + 1] = Erased(+[](HostObject* self, std::uint64_t cookie) {
         self->EnterEvent(Slot + 1);
         self->witness->Unsubscribe(self, Slot, cookie);
         return std::uint32_t{0};
-    };
-    object.entries[Slot] = reinterpret_cast<AnyFunction>(subscribe);
-    object.entries[Slot + 1] = reinterpret_cast<AnyFunction>(unsubscribe);
+    });
 }
 
 }  // namespace Conformance

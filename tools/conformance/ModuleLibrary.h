@@ -30,6 +30,9 @@ public:
     // Whether the file has left the process.
     bool Unload();
 
+    // What the module registered its resources with; null before.
+    void* instance = nullptr;
+
 private:
     std::string file_;
     void* handle_;

@@ -1,8 +1,7 @@
 #include "Page.h"
 
-#include "Host.h"
-
 #include <algorithm>
+#include <cstdlib>
 
 namespace Conformance {
 
@@ -147,12 +146,13 @@ void Page::Remove(Element* element)
     }
 }
 
-void Page::Attach(Element* element, const ModuleObject& handler)
+std::uint32_t Page::Attach(Element* element, const ModuleObject& handler)
 {
     handler.AddRef();
     Attachment& attachment = attachments_.emplace_back(Attachment{element, handler, 0});
     const ElementAddress address{element, &engine_};
     attachment.attachedResult = handler.Call(HandlerSlot::kAttached, &window_, &address);
+    return attachment.attachedResult;
 }
 
 void Page::DetachBelow(Element* element)
@@ -177,192 +177,13 @@ bool Page::IsLoading()
                        [](const Element* preloader) { return preloader->isVisible; });
 }
 
-std::int32_t Page::UsesLeft() const
+std::uint32_t Page::UsesLeft() const
 {
-    std::int32_t left = 0;
+    std::uint32_t left = 0;
     for (const Element& element : elements_) {
-        left += element.uses < 0 ? -element.uses : element.uses;
+        left += static_cast<std::uint32_t>(std::abs(element.uses));
     }
     return left;
-}
-
-namespace {
-
-Page& PageOf(HostObject& self)
-{
-    return self.host->ThePage();
-}
-
-using Collector = void (*)(void* context, Element* element, HostObject* engine);
-
-std::uint32_t QueryServiceObject(HostObject& self, std::uint32_t atom, HostObject** object)
-{
-    return self.host->HandOutNamed(atom, object);
-}
-
-std::uint32_t SelectElements(HostObject& self, Element* root, const char* selector,
-                             Collector collector, void* context)
-{
-    for (Element* element : PageOf(self).Select(root, selector)) {
-        collector(context, element, &self.host->Of(Peer::kUIHtmlEngine));
-    }
-    return kResultOk;
-}
-
-std::uint32_t UseElement(HostObject&, Element* element)
-{
-    if (element == nullptr || !element->inTree) {
-        return kResultNotFound;
-    }
-    ++element->uses;
-    return kResultOk;
-}
-
-std::uint32_t UnuseElement(HostObject&, Element* element)
-{
-    --element->uses;
-    return kResultOk;
-}
-
-std::uint32_t GetParent(HostObject&, Element* element, Element** parent)
-{
-    *parent = element->parent;
-    return kResultOk;
-}
-
-std::uint32_t GetIndex(HostObject&, Element* element, std::uint32_t* index)
-{
-    if (element->parent == nullptr || !element->inTree) {
-        return kResultNotFound;
-    }
-    const auto& siblings = element->parent->children;
-    *index = static_cast<std::uint32_t>(std::find(siblings.begin(), siblings.end(), element) -
-                                        siblings.begin());
-    return kResultOk;
-}
-
-std::uint32_t GetChildCount(HostObject&, Element* element, std::uint32_t* count)
-{
-    *count = static_cast<std::uint32_t>(element->children.size());
-    return kResultOk;
-}
-
-std::uint32_t GetNthChild(HostObject&, Element* element, std::uint32_t index, Element** child)
-{
-    *child = index < element->children.size() ? element->children[index] : nullptr;
-    return kResultOk;
-}
-
-std::uint32_t SetHtml(HostObject& self, Element* element, const char* html, std::uint32_t length,
-                      std::uint32_t position)
-{
-    PageOf(self).Change(element, {html, length}, position);
-    return kResultOk;
-}
-
-std::uint32_t SetText(HostObject& self, Element* element, const char16_t*, std::uint32_t)
-{
-    PageOf(self).Clear(element);
-    return kResultOk;
-}
-
-std::uint32_t SetStyleAttribute(HostObject&, Element* element, const char*, const char16_t* value)
-{
-    element->isVisible = std::u16string_view(value) == u"visible";
-    return kResultOk;
-}
-
-std::uint32_t GetState(HostObject&, Element* element, std::uint32_t* state)
-{
-    *state = element->state;
-    return kResultOk;
-}
-
-std::uint32_t SetState(HostObject&, Element* element, std::uint32_t set, std::uint32_t clear,
-                       std::uint32_t)
-{
-    element->state = (element->state | set) & ~clear;
-    return kResultOk;
-}
-
-std::uint32_t SelectFirst(HostObject& self, Element* root, const char* selector, Element** element)
-{
-    const auto found = PageOf(self).Select(root, selector);
-    *element = found.empty() ? nullptr : found.front();
-    return kResultOk;
-}
-
-std::uint32_t SelectEnclosing(HostObject&, Element* element, const char* selector,
-                              Element** enclosing)
-{
-    while (element != nullptr && !Page::Matches(*element, selector)) {
-        element = element->parent;
-    }
-    *enclosing = element;
-    return kResultOk;
-}
-
-std::uint32_t TestSelector(HostObject&, Element* element, const char* selector, bool* matches)
-{
-    *matches = Page::Matches(*element, selector);
-    return kResultOk;
-}
-
-std::uint32_t GetAttribute(HostObject&, Element* element, const char*, const char16_t** value,
-                           std::uint32_t* length)
-{
-    *value = element->value.empty() ? nullptr : element->value.c_str();
-    *length = static_cast<std::uint32_t>(element->value.size());
-    return kResultOk;
-}
-
-// Updating, scrolling.
-std::uint32_t Refresh(HostObject&, Element*, std::uint32_t)
-{
-    return kResultOk;
-}
-
-std::uint32_t AttachHandler(HostObject& self, Element* element, void* handler)
-{
-    PageOf(self).Attach(element, ModuleObject(handler));
-    return PageOf(self).Attachments().back().attachedResult;
-}
-
-std::uint32_t DeleteElement(HostObject& self, Element* element)
-{
-    PageOf(self).Remove(element);
-    return kResultOk;
-}
-
-}  // namespace
-
-void FillWindow(HostObject& window)
-{
-    Fill<4, QueryServiceObject>(window);
-    Fill<32, SelectElements>(window);
-}
-
-void FillEngine(HostObject& engine)
-{
-    Fill<0, UseElement>(engine);
-    Fill<1, UnuseElement>(engine);
-    Fill<2, GetParent>(engine);
-    Fill<3, GetIndex>(engine);
-    Fill<4, GetChildCount>(engine);
-    Fill<5, GetNthChild>(engine);
-    Fill<6, SetHtml>(engine);
-    Fill<7, SetText>(engine);
-    Fill<8, SetStyleAttribute>(engine);
-    Fill<9, GetState>(engine);
-    Fill<10, SetState>(engine);
-    Fill<11, SelectFirst>(engine);
-    Fill<12, SelectEnclosing>(engine);
-    Fill<13, TestSelector>(engine);
-    Fill<14, GetAttribute>(engine);
-    Fill<15, Refresh>(engine);
-    Fill<16, Refresh>(engine);
-    Fill<17, AttachHandler>(engine);
-    Fill<18, DeleteElement>(engine);
 }
 
 }  // namespace Conformance

@@ -54,15 +54,16 @@ public:
     void Clear(Element* element);
     void Remove(Element* element);
 
-    void Attach(Element* element, const ModuleObject& handler);
+    // The result of Attached.
+    std::uint32_t Attach(Element* element, const ModuleObject& handler);
     // Detaches what is attached to an element or below it, and gives the references back.
     void DetachBelow(Element* element);
     const std::deque<Attachment>& Attachments() const { return attachments_; }
 
     // Whether a list is being loaded: its preloader shows.
     bool IsLoading();
-    // Uses that were begun and not ended, and ended without a beginning.
-    std::int32_t UsesLeft() const;
+    // Uses that were begun and not ended, or ended without a beginning.
+    std::uint32_t UsesLeft() const;
 
 private:
     Element* Add(Element* parent, const char* kind, std::u16string value = {});
@@ -75,9 +76,5 @@ private:
     std::deque<Attachment> attachments_;
     Element* body_;
 };
-
-// Puts the entries into the objects of the window and of the engine. `Host::ThePage` is theirs.
-void FillWindow(HostObject& window);
-void FillEngine(HostObject& engine);
 
 }  // namespace Conformance

@@ -93,7 +93,7 @@ void ProveRegistration(Finding& finding, const std::string& module)
 {
     ModuleLibrary library(module);
     Host host(library);
-    HostObject& engine = host.Of(Peer::kUIEngine);
+    HostObject& engine = host.Of("UIEngine");
     const std::uint32_t whole = engine.tableSize;
     engine.tableSize = 32;
     finding.Equal("a table of 32 bytes", library.RegisterResources(&engine), 0);
@@ -103,7 +103,7 @@ void ProveRegistration(Finding& finding, const std::string& module)
     finding.Equal("the second registration", library.RegisterResources(&engine), 0);
     finding.Equal("calls of slot 4", engine.calls[4].load(), 1);
     finding.Equal("calls of slot 7", engine.calls[7].load(), 1);
-    finding.Want(host.instance != nullptr, "no module instance was handed over");
+    finding.Want(library.instance != nullptr, "no module instance was handed over");
     finding.Want(host.Seen().Violations().empty(), "an entry was called that should not be");
 }
 
@@ -111,8 +111,8 @@ void ProveFiles(Finding& finding, const std::string& module)
 {
     ModuleLibrary library(module);
     Host host(library);
-    library.RegisterResources(&host.Of(Peer::kUIEngine));
-    std::string_view contents = FindEmbeddedFile(host.instance, "UI-DATA-TOC", "UI-DATA-TOC");
+    library.RegisterResources(&host.Of("UIEngine"));
+    std::string_view contents = FindEmbeddedFile(library.instance, "UI-DATA-TOC", "UI-DATA-TOC");
     finding.Want(contents.ends_with(";"), "the table of contents does not end with ';'");
     std::string_view before;
     std::size_t count = 0;
@@ -125,7 +125,7 @@ void ProveFiles(Finding& finding, const std::string& module)
         for (char& c : name) {
             c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
         }
-        const std::string_view bytes = FindEmbeddedFile(host.instance, "UI-DATA", name.c_str());
+        const std::string_view bytes = FindEmbeddedFile(library.instance, "UI-DATA", name.c_str());
         const bool isTemplate = path.find("/template-") != path.npos;
         const std::string_view mark = isTemplate               ? "\xFF\xFE"
                                       : path.ends_with(".png") ? "\x89PNG"

@@ -1,7 +1,6 @@
 #include "Promises.h"
 
 #include "Host.h"
-#include "LastError.h"
 #include "PlatformLibraries.h"
 
 #include <optional>
@@ -167,8 +166,7 @@ void CheckModelNulls(SlotCheck check)
     check.Answers(ModelSlot::kSetCollection, 0, check.call(ModelSlot::kSetCollection, kNothing));
 }
 
-// --- Layout
-// ----------------------------------------------------------------------------------------
+// --- Layout -------------------------------------------------------------------------------------
 
 std::size_t EndOfTable(const Subject& subject)
 {
@@ -236,8 +234,7 @@ void CheckEnd(Finding& finding, const Subject& subject)
     record.DropHolder();
 }
 
-// --- Counts
-// ----------------------------------------------------------------------------------------
+// --- Counts -------------------------------------------------------------------------------------
 
 void CheckCounts(Finding& finding, const Subject& subject)
 {
@@ -297,8 +294,7 @@ void CheckWeakDeath(Finding& finding, const Host& host)
     record.DropHolder();
 }
 
-// --- Error records
-// ---------------------------------------------------------------------------------
+// --- Error records ------------------------------------------------------------------------------
 
 // A failing call of each class, and a declined one.
 struct FailingCall {
@@ -372,8 +368,7 @@ void CheckUnknownNames(Finding& finding, const Subject& subject)
     finding.Equal("by a null name", subject.object.CallByName(nullptr), 3);
 }
 
-// --- Groups
-// ----------------------------------------------------------------------------------------
+// --- Groups -------------------------------------------------------------------------------------
 
 struct SubjectRow {
     const char* promise;

@@ -41,7 +41,7 @@ public:
             Ask(slot);
             return;
         }
-        const void* const block[] = {&host_.Of(Peer::kUIWnd), &host_.Of(Peer::kContext)};
+        const void* const block[] = {&host_.Of("UIWnd"), &host_.Of("HostContext")};
         const bool declines =
             slot == kInitHtml || slot == kInitSubscription || slot == kCreateControl;
         finding_.Equal(kPluginMethods[slot], plugin_.Call(slot, &block), declines ? 1u : 0u);
@@ -124,8 +124,7 @@ void ProveModelFirst(Finding& finding, Host& host)
     const auto handOver = [&](unsigned wanted, const char* when) {
         const unsigned before = host.postedCalls;
         finding.Equal("SetDocumentsCollection",
-                      model.Call(ModelSlot::kSetCollection, &host.Of(Peer::kUIDocumentsCollection)),
-                      0);
+                      model.Call(ModelSlot::kSetCollection, &host.Of("UIDocumentsCollection")), 0);
         finding.Equal(std::string("calls posted ") + when, host.postedCalls - before, wanted);
         host.Run();
     };
@@ -142,11 +141,11 @@ void ProveModelFirst(Finding& finding, Host& host)
 void ProveInvalidWindows(Finding& finding, Host& host)
 {
     ModuleObject plugin = host.CreatePlugin();
-    HostObject& window = host.Of(Peer::kUIWnd);
+    HostObject& window = host.Of("UIWnd");
     const std::uint32_t id = window.interfaceId;
     const std::uint32_t size = window.tableSize;
     const auto begin = [&](const char* which) {
-        const void* const block[] = {&window, &host.Of(Peer::kContext)};
+        const void* const block[] = {&window, &host.Of("HostContext")};
         finding.Equal(which, plugin.Call(PluginSlot::kInitBegin, &block), 0);
     };
     begin("a valid window");

@@ -48,12 +48,12 @@ Report::Report(std::string_view only) : only_(only)
     }
 }
 
-void Report::Prove(const char* promise, const Proof& proof)
+void Report::Prove(const std::string& promise, const Proof& proof)
 {
-    if (!std::string_view(promise).starts_with(only_)) {
+    if (!promise.starts_with(only_)) {
         return;
     }
-    g_promise = promise;
+    g_promise = promise.c_str();
     Finding finding;
     try {
         proof(finding);
@@ -62,9 +62,9 @@ void Report::Prove(const char* promise, const Proof& proof)
     }
     ++(finding.Failed() ? failed_ : kept_);
     if (finding.Failed()) {
-        std::printf("FAIL %s: %s\n", promise, finding.Text().c_str());
+        std::printf("FAIL %s: %s\n", promise.c_str(), finding.Text().c_str());
     } else {
-        std::printf("ok   %s\n", promise);
+        std::printf("ok   %s\n", promise.c_str());
     }
     std::fflush(stdout);
 }

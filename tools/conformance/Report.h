@@ -52,7 +52,7 @@ public:
     explicit Report(std::string_view only);
 
     // Proves one promise and prints its line. An exception that leaves the proof fails it.
-    void Prove(const char* promise, const Proof& proof);
+    void Prove(const std::string& promise, const Proof& proof);
 
     // Prints the counts; the exit status of the program.
     int Finish() const;
