@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #if defined(_WIN32)
@@ -54,7 +55,11 @@ void Pin()
 #else
 void* Load()
 {
-    return dlopen("ui-document-panel-comments.so", RTLD_NOW | RTLD_LOCAL);
+    Dl_info self{};
+    dladdr(reinterpret_cast<void*>(&Load), &self);
+    const std::string path = self.dli_fname;
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    return dlopen((folder + "ui-document-panel-comments.so").c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 Entry Find(void* library, const char* name)
 {
@@ -129,14 +134,17 @@ constexpr std::size_t Slot(unsigned slot)
 // Offsets of the plug-in's ends.
 constexpr std::size_t kPluginEndOfTable = 144, kPluginTypeId = 148, kPluginEnd = 200;
 
-// The entry that another one has replaced. A defect replaces at most one of each place.
+// The entry that another one has replaced, by its place. A defect replaces at most one of each.
 std::array<Entry, 32> g_replaced;
 
+// An object that is handed out again is spoilt already.
 template <class Function>
 void Replace(Object* object, std::size_t offset, Function replacement)
 {
-    g_replaced[offset / 8] = Read<Entry>(object, offset);
-    Write(object, offset, replacement);
+    if (Read<Function>(object, offset) != replacement) {
+        g_replaced[offset / 8] = Read<Entry>(object, offset);
+        Write(object, offset, replacement);
+    }
 }
 
 template <class... Args>
@@ -146,17 +154,15 @@ std::uint32_t CallReplaced(std::size_t offset, Object* object, Args... arguments
         object, arguments...);
 }
 
-// Spoils what the plug-in hands out at a slot, once for each object.
+// Spoils what the plug-in hands out at a slot.
 template <unsigned HandOutSlot, void (*Spoil)(Object*)>
 void SpoilHandedOut(Object* plugin)
 {
     Replace(
         plugin, Slot(HandOutSlot), +[](Object* self, Object*** block) {
-            static Object* spoilt = nullptr;
             const ResultCode code = CallReplaced(Slot(HandOutSlot), self, block);
-            if (code == kResultOk && **block != spoilt) {
-                spoilt = **block;
-                Spoil(spoilt);
+            if (code == kResultOk) {
+                Spoil(**block);
             }
             return code;
         });

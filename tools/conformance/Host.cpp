@@ -224,6 +224,7 @@ void Host::LetDie(std::string_view name)
 {
     Of(name).ownReferences = 0;
     Of(name).Release();
+    witness_.FreeCallablesOf(&Of(name));
 }
 
 void Host::Live()

@@ -253,8 +253,8 @@ void FillUIService(HostObject& object)
 
 void FillLocale(HostObject& object)
 {
-    object.Method<8>([](HostObject&, Wide* text, Wide key) { *text = key; });
-    object.Method<9>([](HostObject&, Wide* text, Wide, Wide key) { *text = key; });
+    object.Method<8>([](HostObject&, Wide* text, Wide) { *text = u"a text"; });
+    object.Method<9>([](HostObject&, Wide* text, Wide, Wide) { *text = u"a label"; });
 }
 
 constexpr HostInterface kInterfaces[] = {

@@ -139,6 +139,15 @@ void Witness::Unsubscribe(HostObject* source, unsigned slot, std::uint64_t cooki
     }
 }
 
+void Witness::FreeCallablesOf(const HostObject* source)
+{
+    for (const Subscription& each : Subscriptions()) {
+        if (each.source == source && !each.ended) {
+            each.release(each.callable);
+        }
+    }
+}
+
 std::vector<Witness::Subscription> Witness::Subscriptions() const
 {
     const std::lock_guard lock(mutex_);

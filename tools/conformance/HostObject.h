@@ -39,6 +39,8 @@ public:
     std::uint64_t Subscribe(const Subscription& subscription);
     void Unsubscribe(HostObject* source, unsigned slot, std::uint64_t cookie);
     std::vector<Subscription> Subscriptions() const;
+    // What the death of a source entails: frees the callables of its subscriptions.
+    void FreeCallablesOf(const HostObject* source);
 
     // Whether subscriptions are refused: the callable is freed, the cookie is 0.
     bool refuses = false;

@@ -11,10 +11,9 @@
 #include <tlhelp32.h>
 #else
 #include <dlfcn.h>
-#include <unistd.h>
+#include <malloc.h>
 
 #include <cstring>
-#include <fstream>
 #endif
 
 namespace Conformance {
@@ -184,10 +183,8 @@ std::size_t CountThreads()
 
 std::size_t MemoryInUse()
 {
-    std::size_t whole = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> whole >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
 }
 
 #endif

@@ -43,7 +43,7 @@ std::string_view FindEmbeddedFile(void* instance, const char* type, const char* 
 
 // Threads of this process.
 std::size_t CountThreads();
-// Bytes of memory that this process has in use.
+// Bytes of memory that this process has in use; 0 where a sanitizer has taken the heap over.
 std::size_t MemoryInUse();
 
 }  // namespace Conformance
