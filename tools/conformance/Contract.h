@@ -107,7 +107,7 @@ inline constexpr unsigned kGetElement = 0, kGetEvents = 1, kHandleMouse = 2, kHa
                           kGetName = 21;
 }
 namespace ModelSlot {
-inline constexpr unsigned kSetCollection = 0;
+inline constexpr unsigned kSetCollection = 0, kGetConcreteModel = 1;
 }
 
 // One subscription: the interface of its source and the slot of its subscribe entry.

@@ -22,148 +22,131 @@ struct Subject {
     std::uint32_t nullEvent = 0;
 };
 
-// Calls a method through its slot or through its name.
-class Caller {
+// The methods of an object, called through their slots or through their names.
+class Methods {
 public:
-    Caller(const Subject& subject, bool byName) : subject_(subject), byName_(byName) {}
+    Methods(Finding& finding, const Subject& itsSubject, bool byName)
+        : subject(itsSubject), finding_(finding), byName_(byName)
+    {
+    }
 
     template <class... Args>
-    std::uint32_t operator()(unsigned slot, Args... arguments) const
+    void Answer(std::uint32_t wanted, unsigned slot, Args... arguments) const
     {
-        return byName_ ? subject_.object.CallByName(subject_.offered.methods[slot], arguments...)
-                       : subject_.object.Call(slot, arguments...);
-    }
-    const Subject& Of() const { return subject_; }
-
-private:
-    const Subject& subject_;
-    bool byName_;
-};
-
-// The methods of one class, checked one after another: `call` makes the calls of a slot.
-class SlotCheck {
-public:
-    SlotCheck(Finding& finding, const Caller& caller) : call(caller), finding_(finding) {}
-
-    void Answers(unsigned slot, std::uint32_t wanted, std::uint32_t seen)
-    {
-        finding_.Equal(call.Of().offered.methods[slot], seen, wanted);
-    }
-    template <class T>
-    void Hands(unsigned slot, const T& seen, const T& wanted)
-    {
-        finding_.Equal(std::string("what ") + call.Of().offered.methods[slot] + " hands out", seen,
+        const char* name = subject.offered.methods[slot];
+        finding_.Equal(name,
+                       byName_ ? subject.object.CallByName(name, arguments...)
+                               : subject.object.Call(slot, arguments...),
                        wanted);
     }
+    void HandOut(unsigned slot, bool asPromised) const
+    {
+        finding_.Want(asPromised, std::string(subject.offered.methods[slot]) +
+                                      " hands out something else than it promises");
+    }
 
-    const Caller call;
+    const Subject& subject;
 
 private:
     Finding& finding_;
+    const bool byName_;
 };
 
 constexpr const void* kNothing = nullptr;
 
-void CheckPlugin(SlotCheck check)
+void CheckPlugin(const Methods& all)
 {
     using namespace PluginSlot;
-    const auto& call = check.call;
-    int context = 0;
-    const void* const block[] = {kNothing, &context};
-    for (const unsigned slot : {kHandshake, kInitComplete}) {
-        check.Answers(slot, 0, call(slot));
-    }
-    for (const unsigned slot : {kInitSubscription, kCreateControl}) {
-        check.Answers(slot, 1, call(slot));
-    }
-    check.Answers(kRegisterResources, 0, call(kRegisterResources));
-    check.Answers(kInitBegin, 0, call(kInitBegin, &block));
-    const void* const both[] = {&context, &context};
-    check.Answers(kInitHtml, 1, call(kInitHtml, &both));
+    const int something = 0;
+    const void* const context[] = {kNothing, &something};
+    const void* const both[] = {&something, &something};
+    all.Answer(0, kHandshake);
+    all.Answer(0, kRegisterResources);
+    all.Answer(0, kInitBegin, &context);
+    all.Answer(1, kInitHtml, &both);
+    all.Answer(1, kInitSubscription);
+    all.Answer(0, kInitComplete);
+    all.Answer(1, kCreateControl);
     for (const unsigned slot : {kInitHandler, kGetUIModel}) {
         void* first = nullptr;
         void* second = nullptr;
         void** const firstOut[] = {&first};
         void** const secondOut[] = {&second};
-        check.Answers(slot, 0, call(slot, &firstOut));
-        check.Answers(slot, 0, call(slot, &secondOut));
-        check.Hands(slot, first != nullptr && first == second, true);
-        ModuleObject(first).Release();
-        ModuleObject(second).Release();
+        all.Answer(0, slot, &firstOut);
+        all.Answer(0, slot, &secondOut);
+        all.HandOut(slot, first != nullptr && first == second);
+        ModuleObject(first).ReleaseAndForget();
+        ModuleObject(second).ReleaseAndForget();
     }
-    check.Answers(kCleanup, 0, call(kCleanup));
+    all.Answer(0, kCleanup);
 }
 
-void CheckPluginNulls(SlotCheck check)
+void CheckPluginNulls(const Methods& all)
 {
     using namespace PluginSlot;
-    const auto& call = check.call;
     const int something = 0;
     const void* const none[] = {kNothing, kNothing};
     const void* const first[] = {&something, kNothing};
     const void* const second[] = {kNothing, &something};
     for (const unsigned slot : {kInitBegin, kInitHtml, kInitHandler, kGetUIModel}) {
-        check.Answers(slot, 3, call(slot, kNothing));
-        check.Answers(slot, 3, call(slot, &none));
+        all.Answer(3, slot, kNothing);
+        all.Answer(3, slot, &none);
     }
-    check.Answers(kInitBegin, 3, call(kInitBegin, &first));
-    check.Answers(kInitHtml, 3, call(kInitHtml, &first));
-    check.Answers(kInitHtml, 3, call(kInitHtml, &second));
+    all.Answer(3, kInitBegin, &first);
+    all.Answer(3, kInitHtml, &first);
+    all.Answer(3, kInitHtml, &second);
 }
 
-void CheckHandler(SlotCheck check)
+void CheckHandler(const Methods& all)
 {
     using namespace HandlerSlot;
-    const auto& call = check.call;
     ElementAddress element{};
     std::uint32_t mask = 0;
     const char* name = nullptr;
-    check.Answers(kGetElement, 0, call(kGetElement, &element));
-    check.Hands(kGetElement, element.handle != nullptr, true);
-    check.Answers(kGetEvents, 0, call(kGetEvents, &mask));
-    check.Hands(kGetEvents, mask, check.call.Of().eventMask);
-    char event[64] = "an event that is none of the panel's";
+    all.Answer(0, kGetElement, &element);
+    all.HandOut(kGetElement, element.handle != nullptr);
+    all.Answer(0, kGetEvents, &mask);
+    all.HandOut(kGetEvents, mask == all.subject.eventMask);
+    const char event[64] = "an event that is none of the panel's";
     for (unsigned slot = kHandleMouse; slot < kAttached; ++slot) {
-        check.Answers(slot, 1, call(slot, kNothing, &event));
+        all.Answer(1, slot, kNothing, &event);
     }
     for (unsigned slot = kDetached + 1; slot < kLocaleChanged; ++slot) {
-        check.Answers(slot, 1, call(slot));
+        all.Answer(1, slot);
     }
-    check.Answers(kLocaleChanged, check.call.Of().localeChanged, call(kLocaleChanged));
-    check.Answers(kGetName, 0, call(kGetName, &name));
-    check.Hands(kGetName, name != nullptr && *name != '\0', true);
+    all.Answer(all.subject.localeChanged, kLocaleChanged);
+    all.Answer(0, kGetName, &name);
+    all.HandOut(kGetName, name != nullptr && *name != '\0');
 }
 
-void CheckHandlerNulls(SlotCheck check)
+void CheckHandlerNulls(const Methods& all)
 {
     using namespace HandlerSlot;
-    const auto& call = check.call;
     const ElementAddress element{};
     for (const unsigned slot : {kGetElement, kGetEvents, kGetName}) {
-        check.Answers(slot, 3, call(slot, kNothing));
+        all.Answer(3, slot, kNothing);
     }
     for (const unsigned slot : {kHandleKey, kHandleEvent}) {
-        check.Answers(slot, check.call.Of().nullEvent, call(slot, kNothing, kNothing));
+        all.Answer(all.subject.nullEvent, slot, kNothing, kNothing);
     }
-    check.Answers(kAttached, 3, call(kAttached, kNothing, &element));
-    check.Answers(kAttached, 3, call(kAttached, &element, kNothing));
+    all.Answer(3, kAttached, kNothing, &element);
+    all.Answer(3, kAttached, &element, kNothing);
 }
 
-void CheckModel(SlotCheck check)
+void CheckModel(const Methods& all)
 {
-    const auto& call = check.call;
+    using namespace ModelSlot;
     void* out = nullptr;
-    check.Answers(1, 1, call(1, &out));
-    check.Hands(1, out == nullptr, true);
-    for (const unsigned slot : {2u, 3u, 5u}) {
-        check.Answers(slot, 1, call(slot, kNothing));
+    all.Answer(1, kGetConcreteModel, &out);
+    all.HandOut(kGetConcreteModel, out == nullptr);
+    for (unsigned slot = kGetConcreteModel + 1; slot < kModelMethods.size(); ++slot) {
+        all.Answer(1, slot, kNothing);
     }
-    check.Answers(4, 1, call(4));
 }
 
-void CheckModelNulls(SlotCheck check)
+void CheckModelNulls(const Methods& all)
 {
-    check.Answers(ModelSlot::kSetCollection, 0, check.call(ModelSlot::kSetCollection, kNothing));
+    all.Answer(0, ModelSlot::kSetCollection, kNothing);
 }
 
 // --- Layout -------------------------------------------------------------------------------------
@@ -403,20 +386,17 @@ constexpr SubjectRow kSubjectRows[] = {
     {"names.unknown", CheckUnknownNames},
 };
 
-struct SlotRow {
-    const char* bySlot;
-    const char* byName;
-    const char* nulls;
-    void (*check)(SlotCheck);
-    void (*checkNulls)(SlotCheck);
+// Checks of the methods, in the order of the subjects.
+struct MethodsRow {
+    const char* name;
+    void (*check)(const Methods&);
+    void (*checkNulls)(const Methods&);
 };
-constexpr SlotRow kSlotRows[] = {
-    {"slots.plug-in", "names.plug-in", "nulls.plug-in", CheckPlugin, CheckPluginNulls},
-    {"slots.panel-handler", "names.panel-handler", "nulls.panel-handler", CheckHandler,
-     CheckHandlerNulls},
-    {"slots.model", "names.model", "nulls.model", CheckModel, CheckModelNulls},
-    {"slots.container-handler", "names.container-handler", "nulls.container-handler", CheckHandler,
-     CheckHandlerNulls},
+constexpr MethodsRow kMethodsRows[] = {
+    {"plug-in", CheckPlugin, CheckPluginNulls},
+    {"panel-handler", CheckHandler, CheckHandlerNulls},
+    {"model", CheckModel, CheckModelNulls},
+    {"container-handler", CheckHandler, CheckHandlerNulls},
 };
 
 struct ErrorRow {
@@ -430,16 +410,14 @@ constexpr ErrorRow kErrorRows[] = {
     {"errors.null-argument", CheckNullRecord},
 };
 
-void ProveSlots(Report& report, const SlotRow& row, const Subject& subject)
+void ProveMethods(Report& report, const MethodsRow& row, const Subject& subject)
 {
-    for (const bool byName : {false, true}) {
-        report.Prove(byName ? row.byName : row.bySlot, [&](Finding& finding) {
-            row.check({finding, Caller(subject, byName)});
-        });
-    }
-    report.Prove(row.nulls, [&](Finding& finding) {
-        row.checkNulls({finding, Caller(subject, false)});
-        row.checkNulls({finding, Caller(subject, true)});
+    const std::string name = row.name;
+    report.Prove("slots." + name, [&](Finding& finding) { row.check({finding, subject, false}); });
+    report.Prove("names." + name, [&](Finding& finding) { row.check({finding, subject, true}); });
+    report.Prove("nulls." + name, [&](Finding& finding) {
+        row.checkNulls({finding, subject, false});
+        row.checkNulls({finding, subject, true});
     });
 }
 
@@ -483,7 +461,7 @@ void ProveObjects(Report& report, const std::string& module)
         });
     }
     for (std::size_t i = 0; i < std::size(subjects); ++i) {
-        ProveSlots(report, kSlotRows[i], subjects[i]);
+        ProveMethods(report, kMethodsRows[i], subjects[i]);
     }
     plugin.ReleaseAndForget();
     host.CloseView();
