@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 #include <iterator>
+#include <stdexcept>
 #include <thread>
 
 namespace Conformance {
@@ -88,22 +89,27 @@ void ProveEndings(Finding& finding, Host& host)
     ExpectNoViolation(finding, host);
 }
 
+Element& ItemOf(Host& host)
+{
+    Element* const item = host.ThePage().Find("li[annot-name");
+    if (item == nullptr) {
+        throw std::runtime_error("the list has no item");
+    }
+    item->state = 0;
+    return *item;
+}
+
 // A callable gets the arguments that the event's catalogue promises, by what it does with them.
 void ProveDelivery(Finding& finding, Host& host)
 {
     StartWithView(host);
     host.Fire("BLDocumentView", 51, &host.Of("BLSelection"));
     finding.Equal("holders of a selection that was told", host.Of("BLSelection").weak.holders, 2u);
-    Element* const item = host.ThePage().Find("li[annot-name");
-    finding.Want(item != nullptr, "the list has no item");
-    if (item == nullptr) {
-        return;
-    }
-    item->state = 0;
+    const Element& item = ItemOf(host);
     host.Fire("BLDocumentView", 99, 0xFFFFFFFFu, TheAnnotation());
-    finding.Equal("the item's state without a page", item->state, 0u);
+    finding.Equal("the item's state without a page", item.state, 0u);
     host.Fire("BLDocumentView", 99, 0u, TheAnnotation());
-    finding.Equal("the item's state when it has the focus", item->state & kCurrent, kCurrent);
+    finding.Equal("the item's state when it has the focus", item.state & kCurrent, kCurrent);
     const auto pagesAcquired = [&] { return host.Of("BLDocument").calls[1].load(); };
     const std::uint32_t before = pagesAcquired();
     host.Fire("BLDocument", 78, 3u, 0u, TheAnnotation());
@@ -117,14 +123,13 @@ void ProveDelivery(Finding& finding, Host& host)
 void ProveForeignThread(Finding& finding, Host& host)
 {
     StartWithView(host);
-    Element* const item = host.ThePage().Find("li[annot-name");
-    item->state = 0;
+    const Element& item = ItemOf(host);
     const unsigned before = host.postedCalls;
     std::thread([&] { host.Fire("BLDocumentView", 99, 0u, TheAnnotation()); }).join();
     finding.Equal("calls posted", host.postedCalls - before, 1u);
-    finding.Equal("the item's state before the call runs", item->state, 0u);
+    finding.Equal("the item's state before the call runs", item.state, 0u);
     host.Run();
-    finding.Equal("the item's state then", item->state & kCurrent, kCurrent);
+    finding.Equal("the item's state then", item.state & kCurrent, kCurrent);
 }
 
 void ProveRefusedSubscriptions(Finding& finding, Host& host)
@@ -291,8 +296,7 @@ void ProveBalance(Report& report, const std::string& module)
     }
 }
 
-// --- Host tables
-// -----------------------------------------------------------------------------------
+// --- Host tables --------------------------------------------------------------------------------
 
 // An interface of the host: its methods, and the subscribe entries of its events.
 struct TableRow {
