@@ -14,17 +14,6 @@ using HtmlEngine::ElementHandle;
 
 namespace {
 
-nlohmann::ordered_json DescribeLocales(const Host& host)
-{
-    auto locales = nlohmann::ordered_json::array();
-    for (const LocaleTitle& title : host.Locale().Titles()) {
-        locales.push_back({{"name", title.language},
-                           {"title", title.name},
-                           {"direction", title.isRightToLeft ? "rtl" : "ltr"}});
-    }
-    return locales;
-}
-
 nlohmann::ordered_json DescribeKeys()
 {
     auto names = nlohmann::ordered_json::array();
@@ -42,7 +31,6 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       documents_(documents),
       workers_(workers),
       options_(options),
-      locales_(std::make_shared<const Json>(DescribeLocales(host))),
       author_(UserName()),
       clients_(std::move(send)),
       jobs_(documents, [this](DocumentNumber number) { MarkChanged(number); }),
@@ -70,7 +58,6 @@ void BrowserSession::Connect(SocketNumber client)
     }
     clients_.Send(client, {{"type", "hello"},
                            {"version", 1},
-                           {"locales", *locales_},
                            {"keys", DescribeKeys()},
                            {"mostMessageBytes", options_.mostMessageBytes}});
     clients_.Send(client, {{"type", "locale"}, {"name", host_.Locale().Language()}});
@@ -141,7 +128,7 @@ void BrowserSession::TellDocumentChanges()
         clients_.Broadcast(DescribeDocuments());
     } else {
         for (const DocumentNumber number : changed) {
-            if (const OpenDocument* const document = documents_.Find(number)) {
+            if (OpenDocument* const document = documents_.Find(number)) {
                 clients_.Broadcast({{"type", "document"}, {"document", Describe(*document)}});
             }
         }
@@ -203,7 +190,6 @@ void BrowserSession::Close(OpenDocument& document)
     const std::unique_ptr<OpenDocument> closed = documents_.Close(document);
     listChanged_ = true;
     currents_.erase(number);
-    toldWarnings_.erase(number);
     contents_.Forget(number);
     jobs_.Forget(number);
     // Releasing a large document takes long.
@@ -249,7 +235,7 @@ void BrowserSession::SwitchLanguage(const std::string& language)
 void BrowserSession::CheckWarnings(DocumentNumber number)
 {
     const OpenDocument* const document = documents_.Find(number);
-    if (document != nullptr && document->content->Warnings().size() != toldWarnings_[number]) {
+    if (document != nullptr && document->content->Warnings().size() != document->warningsTold) {
         MarkChanged(number);
     }
 }
@@ -321,11 +307,11 @@ CommentPosition BrowserSession::RequireCurrent(const OpenDocument& document,
 
 // --- Descriptions ---
 
-BrowserSession::Json BrowserSession::Describe(const OpenDocument& document)
+BrowserSession::Json BrowserSession::Describe(OpenDocument& document)
 {
     const CurrentComment& current = Current(document);
     const bool isSaving = jobs_.IsSaving(document.number);
-    toldWarnings_[document.number] = document.content->Warnings().size();
+    document.warningsTold = document.content->Warnings().size();
     return DescribeDocument(document,
                             isSaving              ? "saving"
                             : current.IsLoading() ? "listing"

@@ -107,7 +107,7 @@ public:
     // --- Parts ---
 
     bool ListsAll() const noexcept { return options_.listAll; }
-    // Of comments that are added.
+    // Name of the user who runs the workbench, the author of comments that clients add.
     const std::u16string& Author() const noexcept { return author_; }
     Host& TheHost() noexcept { return host_; }
     OpenDocuments& Documents() noexcept { return documents_; }
@@ -125,7 +125,7 @@ private:
     void FollowEdit(DocumentNumber number, const std::vector<Documents::Change>& changes);
     void FollowPanel();
 
-    Json Describe(const OpenDocument& document);
+    Json Describe(OpenDocument& document);
     Json DescribeDocuments();
     void TellPanelChanges();
     void TellDocumentChanges();
@@ -134,15 +134,13 @@ private:
     OpenDocuments& documents_;
     WorkerThreads& workers_;
     const BrowserSessionOptions options_;
-    const std::shared_ptr<const Json> locales_;
-    const std::u16string author_;
+    const std::u16string author_;  // asked of the system once
     BrowserClients clients_;
     DocumentJobs jobs_;
     DocumentContents contents_;
     SavePrompt prompt_;
     PanelStream panel_;
     std::map<DocumentNumber, CurrentComment> currents_;
-    std::map<DocumentNumber, std::size_t> toldWarnings_;  // number of those described last
 
     // Changes that are not sent yet.
     bool listChanged_ = false;          // the open documents, or the active one

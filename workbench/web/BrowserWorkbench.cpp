@@ -33,17 +33,16 @@ BrowserWorkbench::~BrowserWorkbench()
 
 void BrowserWorkbench::OpenDocuments()
 {
+    const SessionOptions& session = options_.request.session;
     std::vector<DocumentFile> documents;
     for (const std::string& file : options_.request.files) {
-        documents.push_back(session_.ReadFile(file));
-        documents.back().name = documents.back().path->filename().string();
+        documents.push_back(ReadDocument(file, {session.password, session.listAll}));
     }
-    const bool listAll = options_.request.session.listAll;
     for (const std::string& description : options_.request.memoryDocuments) {
-        documents.push_back(MakeMemoryDocument(description, listAll));
+        documents.push_back(MakeMemoryDocument(description, session.listAll));
     }
     if (documents.empty()) {
-        documents.push_back({kSampleName, OpenSample(listAll)});
+        documents.push_back({kSampleName, OpenSample(session.listAll)});
     }
     session_.Start({});
     // Binds the port before lists are rendered, so that a port in use is reported at once.
@@ -52,7 +51,7 @@ void BrowserWorkbench::OpenDocuments()
     server_ = std::make_unique<HttpServer>(server, router_);
     browser_ = std::make_shared<BrowserSession>(
         TheHost(), session_.Documents(), workers_,
-        BrowserSessionOptions{listAll, server.mostMessageBytes},
+        BrowserSessionOptions{session.listAll, server.mostMessageBytes},
         [this](SocketNumber client, std::shared_ptr<const std::string> text) {
             server_->Send(client, std::move(text));
         });

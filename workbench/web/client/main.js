@@ -11,7 +11,7 @@ import {SplitView} from './split-view.js';
 import {Splitter} from './splitter.js';
 import {StatusLine} from './status-line.js';
 import {Tabs} from './tabs.js';
-import {setTextLanguage, text, translatePage} from './texts.js';
+import {kLanguages, setTextLanguage, text, translatePage} from './texts.js';
 import {Theme} from './theme.js';
 import {Toolbar} from './toolbar.js';
 import {Tools} from './tools.js';
@@ -36,7 +36,6 @@ class Page {
     activeId = null;
     language = {
         name: 'en',
-        locales: [],
         choose: (name) => this.edits.run('locale', {locale: name}),
     };
     split = {isOn: false, toggle: () => this.#toggleSplit()};
@@ -139,7 +138,6 @@ class Page {
     #listenToWorkbench() {
         const {connection} = this;
         connection.on('hello', (message) => {
-            this.language.locales = message.locales;
             connection.mostMessageBytes = message.mostMessageBytes;
             connection.panelKeys = new Set(message.keys);
         });
@@ -189,8 +187,7 @@ class Page {
     }
 
     #setLocale(name) {
-        const locale = this.language.locales.find((one) => one.name === name);
-        const direction = locale?.direction ?? 'ltr';
+        const direction = kLanguages.find((one) => one.name === name)?.direction ?? 'ltr';
         this.language.name = name;
         setTextLanguage(name);
         document.documentElement.lang = name;
