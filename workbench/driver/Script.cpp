@@ -80,6 +80,22 @@ private:
     bool anyRead_ = false;
 };
 
+// As std::getline, with an end for a file that has none.
+bool ReadLine(std::istream& steps, std::string& line)
+{
+    constexpr std::size_t kMostBytes = std::size_t{128} << 20;
+    line.clear();
+    for (char c = 0; steps.get(c); line += c) {
+        if (c == '\n') {
+            return true;
+        }
+        if (line.size() == kMostBytes) {
+            throw std::runtime_error("a line of the steps is longer than 128 MiB");
+        }
+    }
+    return !line.empty();
+}
+
 }  // namespace
 
 std::vector<std::string> SplitWords(std::string_view line)
@@ -102,7 +118,7 @@ std::string OneLine(std::string text)
 void RunScript(Session& session, std::istream& steps, std::ostream& output, std::ostream& errors)
 {
     std::size_t number = 0;
-    for (std::string line; std::getline(steps, line);) {
+    for (std::string line; ReadLine(steps, line);) {
         const std::string place = "line " + std::to_string(++number) + ": ";
         try {
             const std::vector<std::string> words = SplitWords(line);

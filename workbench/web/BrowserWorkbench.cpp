@@ -129,6 +129,12 @@ void BrowserWorkbench::Finish(std::ostream& errors)
         return;
     }
     // Completes the files that are being written.
+    if (workers_.IsBusy()) {
+        errors
+            << "workbench: waits for files that are being read or written (Ctrl-C once more ends "
+               "without them)"
+            << std::endl;
+    }
     workers_.Stop();
     for (const std::string& line : WriteRecoveryCopies()) {
         errors << "workbench: " << line << std::endl;

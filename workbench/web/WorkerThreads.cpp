@@ -49,11 +49,13 @@ void WorkerThreads::Post(std::function<void()> job)
     }
     boost::asio::post(*pool_, [this, job = std::move(job)] {
         const HostThread known(loop_);
+        ++runningJobs_;
         try {
             job();
         } catch (const std::exception&) {
             // Jobs report their own failures; what remains is a lack of memory.
         }
+        --runningJobs_;
     });
 }
 

@@ -2,6 +2,7 @@
 // releasing files. Posting is [any-thread].
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -26,12 +27,16 @@ public:
     // a job is released without being run.
     void Post(std::function<void()> job);
 
+    // Whether a job is running. [any-thread]
+    bool IsBusy() const noexcept { return runningJobs_ != 0; }
+
     // Waits for the running jobs and releases the others. May be called twice, on the thread that
     // created this.
     void Stop();
 
 private:
     UiThreadLoop& loop_;
+    std::atomic<int> runningJobs_ = 0;
     std::mutex mutex_;
     std::unique_ptr<boost::asio::thread_pool> pool_;  // null once stopped
 };
