@@ -1,9 +1,12 @@
 #include "driver/Script.h"
 
 #include "actions/ActionRefused.h"
+#include "driver/MemoryReserve.h"
 
+#include <cerrno>
 #include <istream>
 #include <ostream>
+#include <system_error>
 
 namespace Workbench {
 
@@ -115,6 +118,15 @@ std::string OneLine(std::string text)
     return text;
 }
 
+void Flush(std::ostream& output)
+{
+    errno = 0;
+    if (!output.flush()) {
+        throw std::runtime_error("the output cannot be written" +
+                                 (errno == 0 ? "" : ": " + std::generic_category().message(errno)));
+    }
+}
+
 void RunScript(Session& session, std::istream& steps, std::ostream& output, std::ostream& errors)
 {
     std::size_t number = 0;
@@ -132,7 +144,8 @@ void RunScript(Session& session, std::istream& steps, std::ostream& output, std:
             throw StepError(place + error.what());
         }
         session.AwaitIdle();
-        output << std::flush;
+        RequireMemory();
+        Flush(output);
         for (const std::string& failure : session.TakeFailures()) {
             errors << "warning: " << place << OneLine(failure) << "\n";
         }

@@ -35,6 +35,9 @@ void RunStep(Session& session, std::ostream& output, const std::vector<std::stri
 // idle, and for a line that is longer than 128 MiB.
 void RunScript(Session& session, std::istream& steps, std::ostream& output, std::ostream& errors);
 
+// Throws std::runtime_error when what was printed so far cannot be written.
+void Flush(std::ostream& output);
+
 // The text with line ends replaced by blanks, for messages.
 std::string OneLine(std::string text);
 
