@@ -517,6 +517,17 @@ TEST_F(Browsing, EditsAndUndoes)
     EXPECT_GE(created.year, 2024);
 
     Json edit = place;
+    edit["contents"] = "LONE";
+    edit.update({{"type", "command"}, {"name", "edit"}, {"id", 7'000}});
+    std::string text = edit.dump();
+    client->SendText(text.replace(text.find("LONE"), 4,
+                                  R"(\ud800 \\ \udc00\ud83d\ude00\uD8)"
+                                  "00"));
+    EXPECT_EQ(
+        client->ReadUntil([](const Json& m) { return m.value("id", 0) == 7'000; }).at("error"),
+        nullptr);
+    EXPECT_THAT(client->tree.TextOf(Item(name)), HasSubstr("\uFFFD \\ \uFFFD\U0001F600\uFFFD"));
+    Do("undo", {{"document", 1}});
     edit["contents"] = "changed";
     Do("edit", edit);
     EXPECT_THAT(client->tree.TextOf(Item(name)), HasSubstr("changed"));

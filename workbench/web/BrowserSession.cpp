@@ -89,7 +89,7 @@ void BrowserSession::Receive(SocketNumber client, const std::string& text)
         } else {
             throw MessageError("there is no message of type \"" + type + "\"");
         }
-    } catch (const MessageError& error) {
+    } catch (const std::exception& error) {
         clients_.Send(client, {{"type", "refused"}, {"reason", error.what()}});
     }
 }

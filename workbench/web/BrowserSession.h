@@ -52,6 +52,7 @@ public:
     // Adds a client and sends it the complete state.
     void Connect(SocketNumber client);
     void Disconnect(SocketNumber client);
+    // What cannot be carried out is answered by a refusal.
     void Receive(SocketNumber client, const std::string& text);
 
     // Sends the changes since the last call to all clients. To be called after each call of the UI

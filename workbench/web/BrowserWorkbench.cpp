@@ -1,5 +1,6 @@
 #include "web/BrowserWorkbench.h"
 
+#include "driver/MemoryReserve.h"
 #include "web/RecoveryCopies.h"
 #include "web/SampleFile.h"
 #include "web/StopSignals.h"
@@ -95,11 +96,24 @@ void BrowserWorkbench::FollowExit(std::ostream& errors)
     }
 }
 
+// Clients that may have missed a change, for lack of memory, connect again and are told everything.
+void BrowserWorkbench::UpdateClients()
+{
+    MemoryReserve::Refill();
+    try {
+        browser_->Update();
+    } catch (const std::exception&) {
+        for (const SocketNumber client : browser_->Clients().All()) {
+            server_->CloseSocket(client);
+        }
+    }
+}
+
 void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& isDone)
 {
     // The loop evaluates this before each call, so clients are updated after each call.
     const auto update = [&] {
-        browser_->Update();
+        UpdateClients();
         FollowExit(errors);
         return exit_ == Exit::kNow || (isDone && isDone());
     };
@@ -129,13 +143,12 @@ void BrowserWorkbench::Finish(std::ostream& errors)
         return;
     }
     // Completes the files that are being written.
-    if (workers_.IsBusy()) {
+    workers_.Stop([&] {
         errors
             << "workbench: waits for files that are being read or written (Ctrl-C once more ends "
                "without them)"
             << std::endl;
-    }
-    workers_.Stop();
+    });
     for (const std::string& line : WriteRecoveryCopies()) {
         errors << "workbench: " << line << std::endl;
         browser_->Clients().Notify(line);

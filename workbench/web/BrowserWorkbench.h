@@ -72,6 +72,7 @@ private:
     };
 
     void OpenDocuments();
+    void UpdateClients();
     void FollowExit(std::ostream& errors);
     std::vector<std::string> WriteRecoveryCopies();
 

@@ -167,9 +167,14 @@ bool RequestRouter::PostContent(const Url& url, const PendingAnswerPtr& answer)
 
 void RequestRouter::OnSocketOpened(SocketNumber socket)
 {
-    loop_.Post([session = session_, socket] {
+    loop_.Post([session = session_, server = server_, socket] {
         if (const auto living = session.lock()) {
-            living->Connect(socket);
+            try {
+                living->Connect(socket);
+            } catch (...) {
+                server->CloseSocket(socket);  // the client connects again
+                throw;
+            }
         }
     });
 }

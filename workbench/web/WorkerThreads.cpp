@@ -60,7 +60,7 @@ void WorkerThreads::Post(std::function<void()> job)
 }
 
 // The pool's destructor releases waiting jobs; a running job may still post.
-void WorkerThreads::Stop()
+void WorkerThreads::Stop(const std::function<void()>& tellSlow)
 {
     std::unique_ptr<boost::asio::thread_pool> ended;
     {
@@ -69,6 +69,12 @@ void WorkerThreads::Stop()
     }
     if (ended != nullptr) {
         ended->stop();
+        for (int hundredths = 0; runningJobs_ != 0 && hundredths < 100; ++hundredths) {
+            Platform::SleepMilliseconds(10);
+        }
+        if (runningJobs_ != 0) {
+            tellSlow();
+        }
         ended->join();
     }
 }

@@ -27,12 +27,9 @@ public:
     // a job is released without being run.
     void Post(std::function<void()> job);
 
-    // Whether a job is running. [any-thread]
-    bool IsBusy() const noexcept { return runningJobs_ != 0; }
-
-    // Waits for the running jobs and releases the others. May be called twice, on the thread that
-    // created this.
-    void Stop();
+    // Waits for the running jobs and releases the others; calls `tellSlow` when that takes more
+    // than a second. May be called twice, on the thread that created this.
+    void Stop(const std::function<void()>& tellSlow = [] {});
 
 private:
     UiThreadLoop& loop_;
