@@ -410,6 +410,12 @@ EditResult Document::MovePage(std::uint32_t from, std::uint32_t to)
     });
 }
 
+void Document::MarkModified()
+{
+    const std::lock_guard lock{editMutex_};
+    history_.NoteUnsaved();
+}
+
 SaveResult Document::Save(const std::filesystem::path& path)
 {
     const std::lock_guard lock{editMutex_};

@@ -36,6 +36,7 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       jobs_(documents, [this](DocumentNumber number) { MarkChanged(number); }),
       contents_(*this),
       prompt_(*this),
+      recovery_(*this, options.recovery),
       panel_(*host.Panel().Document())
 {
     host_.Panel().SetScrollCallback(
@@ -101,6 +102,7 @@ void BrowserSession::Update()
     }
     host_.State().calls.Take();
     contents_.WriteDue();
+    recovery_.Update();
     // Without clients the stream notes no changes.
     if (clients_.IsEmpty() || panel_.HasChanges()) {
         FollowPanel();
@@ -180,6 +182,7 @@ OpenDocument& BrowserSession::Open(DocumentFile file)
 {
     OpenDocument& document = documents_.Open(std::move(file));
     FollowView(document);
+    recovery_.Look(document);
     listChanged_ = true;
     return document;
 }
@@ -191,6 +194,7 @@ void BrowserSession::Close(OpenDocument& document)
     listChanged_ = true;
     currents_.erase(number);
     contents_.Forget(number);
+    recovery_.Forget(number);
     jobs_.Forget(number);
     // Releasing a large document takes long.
     workers_.Post([content = std::move(closed->content)] {});
@@ -316,7 +320,8 @@ BrowserSession::Json BrowserSession::Describe(OpenDocument& document)
                             isSaving              ? "saving"
                             : current.IsLoading() ? "listing"
                                                   : nullptr,
-                            current.PositionIn(*document.content));
+                            current.PositionIn(*document.content),
+                            recovery_.Offer(document.number));
 }
 
 BrowserSession::Json BrowserSession::DescribeDocuments()

@@ -12,6 +12,7 @@
 #include "web/DocumentContents.h"
 #include "web/DocumentJobs.h"
 #include "web/PanelStream.h"
+#include "web/RecoveryKeeper.h"
 #include "web/SavePrompt.h"
 #include "web/WorkerThreads.h"
 
@@ -34,6 +35,7 @@ namespace Workbench {
 struct BrowserSessionOptions {
     bool listAll = false;  // documents that clients open list every annotation
     std::size_t mostMessageBytes = HttpServerOptions{}.mostMessageBytes;  // that the server takes
+    RecoveryOptions recovery{};
 };
 
 class BrowserSession : public std::enable_shared_from_this<BrowserSession> {
@@ -116,6 +118,7 @@ public:
     DocumentJobs& Jobs() noexcept { return jobs_; }
     DocumentContents& Contents() noexcept { return contents_; }
     SavePrompt& Prompt() noexcept { return prompt_; }
+    RecoveryKeeper& Recovery() noexcept { return recovery_; }
     const PanelStream& PanelTree() const noexcept { return panel_; }
     CurrentComment& Current(const OpenDocument& document);
 
@@ -140,6 +143,7 @@ private:
     DocumentJobs jobs_;
     DocumentContents contents_;
     SavePrompt prompt_;
+    RecoveryKeeper recovery_;
     PanelStream panel_;
     std::map<DocumentNumber, CurrentComment> currents_;
 

@@ -1,7 +1,6 @@
 #include "web/BrowserWorkbench.h"
 
 #include "driver/MemoryReserve.h"
-#include "web/RecoveryCopies.h"
 #include "web/SampleFile.h"
 #include "web/StopSignals.h"
 
@@ -52,7 +51,7 @@ void BrowserWorkbench::OpenDocuments()
     server_ = std::make_unique<HttpServer>(server, router_);
     browser_ = std::make_shared<BrowserSession>(
         TheHost(), session_.Documents(), workers_,
-        BrowserSessionOptions{session.listAll, server.mostMessageBytes},
+        BrowserSessionOptions{session.listAll, server.mostMessageBytes, options_.recovery},
         [this](SocketNumber client, std::shared_ptr<const std::string> text) {
             server_->Send(client, std::move(text));
         });
@@ -114,27 +113,13 @@ void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& is
     // The loop evaluates this before each call, so clients are updated after each call.
     const auto update = [&] {
         UpdateClients();
+        for (const std::string& line : browser_->Recovery().TakeLines()) {
+            errors << "workbench: " << line << std::endl;
+        }
         FollowExit(errors);
         return exit_ == Exit::kNow || (isDone && isDone());
     };
     TheHost().State().loop.RunUntil(update, std::chrono::steady_clock::time_point::max());
-}
-
-std::vector<std::string> BrowserWorkbench::WriteRecoveryCopies()
-{
-    std::vector<std::string> lines;
-    for (const auto& document : session_.Documents().All()) {
-        if (!document->content->Modified() || browser_->Prompt().DiscardsChanges()) {
-            continue;
-        }
-        const RecoveryCopy copy = WriteRecoveryCopy(*document->content, document->name,
-                                                    document->path, options_.recoveryFolders);
-        lines.push_back(copy.error.empty()
-                            ? document->name + " was not saved; a copy of it as it was is " +
-                                  copy.file.string()
-                            : copy.error);
-    }
-    return lines;
 }
 
 void BrowserWorkbench::Finish(std::ostream& errors)
@@ -149,7 +134,8 @@ void BrowserWorkbench::Finish(std::ostream& errors)
                "without them)"
             << std::endl;
     });
-    for (const std::string& line : WriteRecoveryCopies()) {
+    const bool discards = browser_->Prompt().DiscardsChanges();
+    for (const std::string& line : browser_->Recovery().Finish(discards)) {
         errors << "workbench: " << line << std::endl;
         browser_->Clients().Notify(line);
     }
@@ -161,7 +147,7 @@ void BrowserWorkbench::Finish(std::ostream& errors)
 
 int RunInBrowser(const BrowserRequest& request, std::ostream& output, std::ostream& errors)
 {
-    BrowserWorkbench workbench({.request = request, .recoveryFolders = RecoveryFolders()});
+    BrowserWorkbench workbench({.request = request, .recovery = {.folders = RecoveryFolders()}});
     const StopSignals signals([&](int signal) { return workbench.TakeSignal(signal); });
     for (const std::string& warning : workbench.TheSession().Documents().TakeWarnings()) {
         errors << "warning: " << warning << std::endl;

@@ -87,6 +87,8 @@ constexpr Command kCommands[] = {
     {"focus", Focus, false, kNamesPositions},
     {"current", GiveCurrent, kWaits},
     {"annotations", GiveAnnotations},
+    {"recovery", [](const CommandCall& call) { return call.session.Recovery().Answer(call); },
+     kWaits},
     {"end", [](const CommandCall& call) { return call.session.Prompt().Answer(call.request); }},
 };
 

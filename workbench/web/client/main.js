@@ -41,6 +41,7 @@ class Page {
     split = {isOn: false, toggle: () => this.#toggleSplit()};
     #hasEnded = false;
     #ending = null;
+    #offers = new Map(); // of recovery, by document: functions that withdraw them
 
     constructor(frame) {
         this.connection = new Connection(socketAddress(document.baseURI), (state) =>
@@ -172,6 +173,22 @@ class Page {
         this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
+        this.#offerRecovery();
+    }
+
+    #offerRecovery() {
+        const offered = this.documents.filter(({recovery}) => recovery !== null);
+        for (const [id, withdraw] of this.#offers) {
+            if (!offered.some((one) => one.id === id)) {
+                withdraw();
+                this.#offers.delete(id);
+            }
+        }
+        for (const description of offered) {
+            if (!this.#offers.has(description.id)) {
+                this.#offers.set(description.id, this.edits.offerRecovery(description));
+            }
+        }
     }
 
     // The prompt closes when it is answered, here or by another client, when the workbench ends,
