@@ -1,6 +1,8 @@
 #include "Listing.h"
 #include "PdfBuilder.h"
 
+#include "documents/FileReplacement.h"
+
 #include <gtest/gtest.h>
 
 #include <qpdf/QPDF.hh>
@@ -103,13 +105,39 @@ TEST(QpdfSave, ReplacesItsTargetInPlace)
     const auto document = OpenPdf(kPlain);
     WriteBytes(folder / "a.pdf", "former");
     fs::permissions(folder / "a.pdf", fs::perms{0640});
+    fs::create_directory(folder / "far");
     fs::create_symlink("a.pdf", folder / "link.pdf");
-    ASSERT_EQ(document->Save(folder / "link.pdf").error, "");
-    EXPECT_TRUE(fs::is_symlink(folder / "link.pdf"));
+    fs::create_symlink("link.pdf", folder / "indirect.pdf");
+    fs::create_symlink("far/not-there-yet.pdf", folder / "dangling.pdf");
+    for (const char* const link : {"link.pdf", "indirect.pdf", "dangling.pdf"}) {
+        ASSERT_EQ(document->Save(folder / link).error, "");
+        EXPECT_TRUE(fs::is_symlink(folder / link)) << link;
+    }
+    EXPECT_TRUE(fs::is_regular_file(folder / "far" / "not-there-yet.pdf"));
     EXPECT_EQ(fs::status(folder / "a.pdf").permissions(), fs::perms{0640});
     EXPECT_EQ(List(*QpdfDocument::Open(folder / "a.pdf").document), List(*document));
-    ASSERT_EQ(document->Save(folder / "new.pdf").error, "");
-    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"a.pdf", "link.pdf", "new.pdf"}));
+    const std::string longest(255, 'n');
+    ASSERT_EQ(document->Save(folder / longest).error, "");
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"a.pdf", "dangling.pdf", "far",
+                                                        "indirect.pdf", "link.pdf", longest}));
+}
+
+// Killed in the middle, a process leaves nothing.
+TEST(QpdfSave, ShowsNothingBeforeItIsComplete)
+{
+    const TemporaryFolder folder;
+    WriteBytes(folder / "a.pdf", "former");
+    const auto write = [&](const ByteSink& sink) {
+        const std::vector<unsigned char> bytes(100'000, 'x');
+        sink(bytes.data(), bytes.size());
+        EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.pdf"});
+    };
+    ReplaceFile(folder / "a.pdf", write);
+    EXPECT_EQ(ReadBytes(folder / "a.pdf").size(), 100'000u);
+    EXPECT_FALSE(CreateFile(folder / "a.pdf", write));
+    EXPECT_TRUE(CreateFile(folder / "b.pdf", write));
+    EXPECT_EQ(fs::status(folder / "b.pdf").permissions(), fs::perms{0600});
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"a.pdf", "b.pdf"}));
 }
 
 // A file's size may not exceed this for as long as the object lives: writing fails in the middle.
@@ -139,16 +167,16 @@ TEST(QpdfSave, ThatFailsLeavesTheFormerFile)
     WriteBytes(folder / "protected.pdf", "former");
     fs::permissions(folder / "protected.pdf", fs::perms::owner_read);
     fs::create_directory(folder / "folder.pdf");
+    fs::create_symlink("loop.pdf", folder / "loop.pdf");
     const auto names = folder.Names();
 
     const struct {
         std::string name;
         const char* words;
     } rows[] = {
-        {"full.pdf", "File too large"},
-        {"protected.pdf", "write-protected"},
-        {"folder.pdf", "folder"},
-        {"missing/a.pdf", "No such file"},
+        {"full.pdf", "File too large"}, {"protected.pdf", "write-protected"},
+        {"folder.pdf", "folder"},       {"missing/a.pdf", "No such file"},
+        {"loop.pdf", "without end"},
     };
     for (const auto& row : rows) {
         std::string error;

@@ -13,6 +13,7 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -79,7 +80,7 @@ protected:
         }
         workbench = std::make_unique<RunningWorkbench>(
             files, std::vector<std::string>{},
-            std::vector<std::filesystem::path>{folder.At("state")}, endPatience);
+            Workbench::RecoveryOptions{.folders = {folder.At("state")}}, endPatience);
         client = Connect();
     }
     std::unique_ptr<BrowserClient> Connect()
@@ -127,8 +128,6 @@ TEST_F(Browsing, OpensTheSampleWhenNoFileIsNamed)
     const Json hello = newClient.Read();
     EXPECT_EQ(hello.at("type"), "hello");
     EXPECT_EQ(hello.at("version"), 1);
-    EXPECT_EQ(hello.at("locales").size(), 5u);
-    EXPECT_EQ(hello.at("locales")[0].at("direction"), "rtl");
     EXPECT_EQ(newClient.Read().at("type"), "locale");
     EXPECT_EQ(newClient.Read().at("type"), "documents");
     const Json first = newClient.Read();
@@ -519,6 +518,17 @@ TEST_F(Browsing, EditsAndUndoes)
     EXPECT_GE(created.year, 2024);
 
     Json edit = place;
+    edit["contents"] = "LONE";
+    edit.update({{"type", "command"}, {"name", "edit"}, {"id", 7'000}});
+    std::string text = edit.dump();
+    client->SendText(text.replace(text.find("LONE"), 4,
+                                  R"(\ud800 \\ \udc00\ud83d\ude00\uD8)"
+                                  "00"));
+    EXPECT_EQ(
+        client->ReadUntil([](const Json& m) { return m.value("id", 0) == 7'000; }).at("error"),
+        nullptr);
+    EXPECT_THAT(client->tree.TextOf(Item(name)), HasSubstr("\uFFFD \\ \uFFFD\U0001F600\uFFFD"));
+    Do("undo", {{"document", 1}});
     edit["contents"] = "changed";
     Do("edit", edit);
     EXPECT_THAT(client->tree.TextOf(Item(name)), HasSubstr("changed"));
@@ -910,6 +920,115 @@ TEST_F(Browsing, WritesRecoveryCopiesWithoutAnAnswer)
     EXPECT_THAT(WaitForEnd(), HasSubstr("a.recovered.pdf"));
 }
 
+// A workbench in a process of its own is killed once its copy is there; the next one offers it.
+TEST_F(Browsing, RestoresWhatAKilledWorkbenchHadCopied)
+{
+    const std::string path = folder.AddSample("a.pdf");
+    const std::filesystem::path copy = Path("a.recovered.pdf");
+    const std::size_t count = CountIn(ReadFile(path), 1);
+    const Workbench::RecoveryOptions atOnce{.folders = {}, .delay = {}};
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t process = ::fork();
+    if (process == 0) {
+        const RunningWorkbench killed({path}, {}, atOnce);
+        const std::string address =
+            "http://" + killed.Address().host + "/" + killed.Address().token + "/";
+        const bool isTold = ::write(ends[1], address.data(), address.size()) == std::ssize(address);
+        ::pause();
+        ::_Exit(isTold ? 0 : 1);
+    }
+    std::string address(200, '\0');
+    address.resize(static_cast<std::size_t>(::read(ends[0], address.data(), address.size())));
+    ::close(ends[0]);
+    ::close(ends[1]);
+    client = std::make_unique<BrowserClient>(ServerAddress(address));
+    Do("add", {{"document", 1}, {"page", 1}, {"subtype", "Text"}});
+    while (!std::filesystem::exists(copy)) {
+        client->Fence();
+    }
+    {
+        const auto beside = std::make_unique<RunningWorkbench>(std::vector<std::string>{path});
+        BrowserClient other(beside->Address());
+        other.Fence();
+        EXPECT_EQ(other.Document(1).at("recovery"), nullptr) << "the copy is another one's";
+    }
+    ASSERT_EQ(::kill(process, SIGKILL), 0);
+    ASSERT_EQ(::waitpid(process, nullptr, 0), process);
+
+    workbench = std::make_unique<RunningWorkbench>(std::vector<std::string>{path});
+    client = Connect();
+    EXPECT_EQ(client->Document(1).at("recovery"), copy.string());
+    const Json restored = Do("recovery", {{"document", 1}, {"use", "restore"}});
+    const std::uint64_t number = restored.at("document");
+    const Json document = client->Document(number);
+    EXPECT_EQ(client->Ids(), std::vector<std::uint64_t>{number});
+    EXPECT_EQ(document.at("path"), path);
+    EXPECT_EQ(document.at("name"), "a.pdf");
+    EXPECT_EQ(document.at("modified"), true);
+    EXPECT_EQ(document.at("recovery"), nullptr);
+    EXPECT_EQ(CountIn(ReadFile(copy), 1), count + 1) << "it stays until the document is saved";
+    Do("save", {{"document", number}});
+    client->Fence();
+    EXPECT_EQ(CountIn(ReadFile(path), 1), count + 1);
+    EXPECT_FALSE(std::filesystem::exists(copy));
+    client.reset();
+    EXPECT_THAT(workbench->End(), AllOf(HasSubstr(copy.string()), HasSubstr("earlier run")));
+}
+
+TEST_F(Browsing, RemovesCopiesThatAreNotNeededAnyMore)
+{
+    const std::filesystem::path copy = Path("a.recovered.pdf");
+    const Json document = {{"document", 1}};
+    const struct {
+        const char* name;
+        std::function<void()> act;
+    } rows[] = {
+        {"saved", [&] { Do("save", document); }},
+        {"taken back", [&] { Do("undo", document); }},
+        {"closed",
+         [&] {
+             Do("close", {{"document", 1}, {"unsaved", "discard"}});
+         }},
+        {"discarded at the end",
+         [&] {
+             workbench->Signal(SIGINT);
+             client->ReadUntil([](const Json& m) { return m.at("type") == "ending"; });
+             Do("end", {{"unsaved", "discard"}});
+             WaitForEnd();
+         }},
+        {"replaced at the end",
+         [&] {
+             Do("insert-page", {{"document", 1}, {"at", 0}});
+             client.reset();
+             EXPECT_THAT(workbench->End(), HasSubstr(copy.string()));
+             EXPECT_FALSE(std::filesystem::exists(Path("a.recovered-2.pdf")));
+             workbench =
+                 std::make_unique<RunningWorkbench>(std::vector<std::string>{Path("a.pdf")});
+             client = Connect();
+             Do("recovery", {{"document", 1}, {"use", "discard"}});
+             EXPECT_EQ(client->Document(1).at("recovery"), nullptr);
+             EXPECT_EQ(
+                 client->Command("recovery", {{"document", 1}, {"use", "restore"}}).at("reason"),
+                 "gone");
+         }},
+    };
+    for (const auto& row : rows) {
+        workbench = std::make_unique<RunningWorkbench>(
+            std::vector<std::string>{folder.AddSample("a.pdf")}, std::vector<std::string>{},
+            Workbench::RecoveryOptions{.folders = {}, .delay = {}});
+        client = Connect();
+        Do("insert-page", {{"document", 1}, {"at", 0}});
+        while (!std::filesystem::exists(copy)) {
+            client->Fence();
+        }
+        row.act();
+        client.reset();
+        workbench->End();
+        EXPECT_FALSE(std::filesystem::exists(copy)) << row.name;
+    }
+}
+
 TEST_F(Browsing, ReportsFailuresInThePanelAndContinues)
 {
     Start({"a.pdf"});
@@ -977,16 +1096,16 @@ TEST(RecoveryCopy, GoesToTheFirstPlaceThatTakesIt)
     const auto opened = Documents::QpdfDocument::Open(path);
     folder.AddFile("file", "no folder");
     const auto copy =
-        Workbench::WriteRecoveryCopy(*opened.document, "a.pdf", folder.At("file") / "a.pdf",
-                                     {folder.At("file") / "x", folder.At("new") / "deep"});
+        Workbench::KeptCopy().Write(*opened.document, "a.pdf", folder.At("file") / "a.pdf",
+                                    {folder.At("file") / "x", folder.At("new") / "deep"});
     EXPECT_EQ(copy.error, "");
     EXPECT_EQ(copy.file, folder.At("new") / "deep" / "a.recovered.pdf");
     EXPECT_EQ(std::filesystem::status(copy.file).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    EXPECT_THAT(
-        Workbench::WriteRecoveryCopy(*opened.document, "a.pdf", std::nullopt, {folder.At("file")})
-            .error,
-        AllOf(HasSubstr("a.pdf"), HasSubstr("no recovery copy")));
+    EXPECT_THAT(Workbench::KeptCopy()
+                    .Write(*opened.document, "a.pdf", std::nullopt, {folder.At("file")})
+                    .error,
+                AllOf(HasSubstr("a.pdf"), HasSubstr("no recovery copy")));
 }
 
 TEST(StopSignals, AreHandledUntilRefused)

@@ -9,6 +9,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <set>
 #include <thread>
 
@@ -25,6 +26,9 @@ public:
     {
         if (request.url.path.front() == "forget") {
             return;
+        }
+        if (request.url.path.front() == "throw") {
+            throw std::bad_alloc();
         }
         if (request.url.path.front() == "keep") {
             const std::lock_guard lock(mutex_);
@@ -268,8 +272,26 @@ TEST_F(CrowdedServerTest, LimitsConnections)
     }
     echo.AwaitSockets(1);
     ExpectServes();
+    // Who only connects, or begins a request, makes room for who asks.
+    const BareConnection silent(address.port);
+    BareConnection slow(address.port);
+    slow.Send("GET /" + address.token);
+    ExpectServes();
     first.SendText("still there");
     EXPECT_EQ(first.Read().at("text"), "still there");
+}
+
+TEST_F(HttpServerTest, ServesOnAfterAnException)
+{
+    BrowserClient client(address);
+    echo.AwaitSockets(1);
+    EXPECT_NE(Get(address, "/throw").status, 200);
+    EXPECT_THROW(client.Read(), std::runtime_error);  // it may be the one that was struck
+    echo.AwaitSockets(0);
+    ExpectServes();
+    BrowserClient again(address);
+    again.SendText("back");
+    EXPECT_EQ(again.Read().at("text"), "back");
 }
 
 TEST_F(HttpServerTest, AnswersRequestsOfOneConnectionInTurn)

@@ -41,13 +41,13 @@ std::string TemporaryFolder::AddSample(const std::string& name) const
 
 RunningWorkbench::RunningWorkbench(std::vector<std::string> files,
                                    std::vector<std::string> memoryDocuments,
-                                   std::vector<std::filesystem::path> recoveryFolders,
+                                   Workbench::RecoveryOptions recovery,
                                    std::chrono::milliseconds endPatience)
 {
     Workbench::BrowserOptions options;
     options.request.files = std::move(files);
     options.request.memoryDocuments = std::move(memoryDocuments);
-    options.recoveryFolders = std::move(recoveryFolders);
+    options.recovery = std::move(recovery);
     options.endPatience = endPatience;
     thread_ = std::thread([this, options] { Run(options); });
     try {

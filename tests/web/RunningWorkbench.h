@@ -38,7 +38,7 @@ class RunningWorkbench {
 public:
     explicit RunningWorkbench(std::vector<std::string> files,
                               std::vector<std::string> memoryDocuments = {},
-                              std::vector<std::filesystem::path> recoveryFolders = {},
+                              Workbench::RecoveryOptions recovery = {},
                               std::chrono::milliseconds endPatience = std::chrono::seconds(60));
     // Ends it, if that has not been done.
     ~RunningWorkbench();

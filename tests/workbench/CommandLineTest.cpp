@@ -5,6 +5,14 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#if defined(__linux__)
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -65,6 +73,63 @@ TEST(CommandLine, EndsBadCallsWithOneLineAndItsStatus)
         EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
     }
 }
+
+// An output that takes nothing.
+class FullBuffer final : public std::streambuf {};
+
+const std::vector<const char*> kPrintingModes[] = {{"--json"}, {"--text"}, {"--script", "-"}};
+
+int PrintList(std::vector<const char*> arguments, std::ostream& output, std::ostream& errors)
+{
+    std::istringstream input("dump");
+    arguments.insert(arguments.begin(), "workbench");
+    arguments.insert(arguments.end(), {"--memory", "3000:30"});
+    return Workbench::RunProgram(static_cast<int>(arguments.size()), arguments.data(), input,
+                                 output, errors);
+}
+
+TEST(CommandLine, TellsWhenItsOutputTakesNothing)
+{
+    for (const auto& mode : kPrintingModes) {
+        FullBuffer full;
+        std::ostream output(&full);
+        std::ostringstream errors;
+        EXPECT_EQ(PrintList(mode, output, errors), Workbench::kExitFailed) << mode[0];
+        EXPECT_THAT(errors.str(), HasSubstr("output cannot be written")) << mode[0];
+    }
+}
+
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+void LimitMemoryTo(std::size_t more)
+{
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t bytes = pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) + more;
+    const rlimit limit{bytes, bytes};
+    ::setrlimit(RLIMIT_AS, &limit);
+}
+
+// Wherever memory runs out, a list is printed whole, or one line says that it is not.
+TEST(CommandLine, TellsWhenMemoryRunsOut)
+{
+    for (const auto& mode : kPrintingModes) {
+        std::ostringstream whole;
+        ASSERT_EQ(PrintList(mode, whole, std::cerr), Workbench::kExitDone);
+        const auto prints = [&](std::size_t memory) {
+            LimitMemoryTo(memory);
+            std::ostringstream output;
+            std::ostringstream errors;
+            const int status = PrintList(mode, output, errors);
+            return status == 0 ? output.str().size() == whole.str().size()
+                               : errors.str().starts_with("workbench: ") && output.str().empty();
+        };
+        for (std::size_t megabytes = 34; megabytes < 64; megabytes += 2) {
+            EXPECT_EXIT(std::_Exit(prints(megabytes << 20) ? 0 : 9), testing::ExitedWithCode(0), "")
+                << mode[0] << " with " << megabytes << " MiB";
+        }
+    }
+}
+#endif
 
 // The whole way: module loaded, panel driven, lists rendered, tree read, everything let go again.
 TEST(CommandLine, ListsDocumentsInTheLanguageAskedFor)

@@ -81,7 +81,7 @@ std::optional<FileStamp> StampOf(const fs::path& path)
 DocumentFile ReadDocument(const fs::path& path, const ReadingOptions& options)
 {
     DocumentFile file{path.filename().string(), nullptr, fs::absolute(path).lexically_normal(),
-                      StampOf(path)};
+                      StampOf(path), options.password};
     file.content = Opened(Documents::QpdfDocument::Open(path, {options.password, options.listAll}));
     return file;
 }

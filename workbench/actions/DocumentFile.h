@@ -30,6 +30,7 @@ struct DocumentFile {
     std::shared_ptr<Documents::Document> content;
     std::optional<std::filesystem::path> path{};  // absolute; nullopt: not from a local file
     std::optional<FileStamp> stamp{};             // of the file at the last read or write
+    std::string password{};                       // that it was opened with
 };
 
 struct ReadingOptions {

@@ -19,7 +19,7 @@ using DocumentNumber = std::uint32_t;
 struct OpenDocument : DocumentFile {
     DocumentNumber number = 0;
     Host::ViewPtr view;
-    std::size_t warningsTold = 0;            // see OpenDocuments::TakeWarnings
+    std::size_t warningsTold = 0;            // number of the content's warnings told so far
     std::uint64_t targetsOfFormerViews = 0;  // go-to requests to its closed views
 
     BLDocumentObject& Object() const { return *view->View().Document(); }

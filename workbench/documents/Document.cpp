@@ -5,6 +5,7 @@
 #include "documents/Records.h"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 
 namespace Documents {
@@ -29,6 +30,12 @@ std::string InOneLine(std::string text)
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     return text;
+}
+
+std::string ReasonOf(const std::exception& error)
+{
+    const bool lacksMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+    return lacksMemory ? "not enough memory" : error.what();
 }
 
 // Places the `ordinal`-th annotation that is added to a page: a grid from the top left, each
@@ -188,7 +195,7 @@ EditResult Document::RunEdit(const Edit& edit)
     } catch (const EditRefused& refused) {
         return {InOneLine(name_ + ": " + refused.what()), {}, refused.Failure()};
     } catch (const std::exception& error) {
-        return {InOneLine(name_ + ": " + error.what()), {}, EditFailure::kOther};
+        return {InOneLine(name_ + ": " + ReasonOf(error)), {}, EditFailure::kOther};
     }
 }
 
@@ -403,6 +410,12 @@ EditResult Document::MovePage(std::uint32_t from, std::uint32_t to)
     });
 }
 
+void Document::MarkModified()
+{
+    const std::lock_guard lock{editMutex_};
+    history_.NoteUnsaved();
+}
+
 SaveResult Document::Save(const std::filesystem::path& path)
 {
     const std::lock_guard lock{editMutex_};
@@ -411,7 +424,7 @@ SaveResult Document::Save(const std::filesystem::path& path)
         history_.NoteSaved();
         return {};
     } catch (const std::exception& error) {
-        return {InOneLine(path.string() + ": " + error.what())};
+        return {InOneLine(path.string() + ": " + ReasonOf(error))};
     }
 }
 
@@ -421,7 +434,7 @@ BytesResult Document::WriteBytes(Encryption encryption)
     try {
         return {{}, FileBytes(encryption)};
     } catch (const std::exception& error) {
-        return {InOneLine(name_ + ": " + error.what()), {}};
+        return {InOneLine(name_ + ": " + ReasonOf(error)), {}};
     }
 }
 

@@ -166,6 +166,9 @@ public:
     // Redo has led back there.
     bool Modified() const { return history_.Modified(); }
 
+    // What was opened is not what the document's file holds: it is modified until it is saved.
+    void MarkModified();
+
     // Writes the document to `path`: beside it first, then renamed over it, so that a write that
     // fails leaves what was there. The document stays usable, under its old name, in any case.
     SaveResult Save(const std::filesystem::path& path);

@@ -38,6 +38,12 @@ void EditHistory::NoteSaved()
     savedState_ = State();
 }
 
+void EditHistory::NoteUnsaved()
+{
+    const std::lock_guard lock{mutex_};
+    savedState_ = kNoState;
+}
+
 std::optional<EditKind> EditHistory::KindOfLast(const Steps& steps) const
 {
     const std::lock_guard lock{mutex_};

@@ -54,6 +54,8 @@ public:
     std::vector<Change> Redo() { return Travel(undone_, done_, &Step::apply); }
     // The present state is the saved one.
     void NoteSaved();
+    // No state so far is a saved one.
+    void NoteUnsaved();
 
     // Of the step that Undo would take back and that Redo would do again.
     std::optional<EditKind> UndoKind() const { return KindOfLast(done_); }
@@ -66,6 +68,8 @@ public:
 private:
     using Steps = std::list<Step>;
 
+    static constexpr std::uint64_t kNoState = ~std::uint64_t{0};
+
     std::vector<Change> Travel(Steps& from, Steps& to,
                                std::function<std::vector<Change>()> Step::*direction);
     std::optional<EditKind> KindOfLast(const Steps& steps) const;
@@ -75,7 +79,7 @@ private:
     Steps done_;                // most recent last, as in undone_
     Steps undone_;
     std::uint64_t lastState_ = 0;
-    std::uint64_t savedState_ = 0;
+    std::uint64_t savedState_ = 0;  // kNoState: none
     std::uint64_t revision_ = 0;
 };
 

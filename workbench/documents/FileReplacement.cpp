@@ -9,7 +9,7 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -35,25 +35,32 @@ void Check(bool succeeded, const char* what)
     }
 }
 
-// The file beside the target; removed unless it was renamed. Written without the C library's
-// streams, which forget a write that failed once a later one fits their buffer.
-class NeighbourFile {
+// A name in the folder that nothing has, most likely; short, whatever is written is called.
+fs::path HiddenName(const fs::path& folder)
+{
+    std::random_device random;
+    return folder / (".comments-" + std::to_string(random()) + ".tmp");
+}
+
+// Written without the C library's streams, which forget a write that failed once a later one fits
+// their buffer.
+class UnfinishedFile {
 public:
-    explicit NeighbourFile(const fs::path& target)
-        : name_{(target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string()},
-          descriptor_{::mkostemp(name_.data(), O_CLOEXEC)}
+    explicit UnfinishedFile(const fs::path& folder)
+        : folder_{folder},
+          descriptor_{::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kMode)}
     {
-        Check(descriptor_ >= 0, "cannot write into the folder");
+        if (descriptor_ < 0 || ::access(Itself().c_str(), F_OK) != 0) {
+            OpenWithName();
+        }
         buffer_.reserve(kBufferSize);
     }
-    NeighbourFile(const NeighbourFile&) = delete;
-    NeighbourFile& operator=(const NeighbourFile&) = delete;
-    ~NeighbourFile()
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+    ~UnfinishedFile()
     {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-        if (!renamed_) {
+        Close();
+        if (!name_.empty()) {
             ::unlink(name_.c_str());
         }
     }
@@ -73,20 +80,86 @@ public:
     void Complete(mode_t mode)
     {
         Flush();
-        Check(::fsync(descriptor_) == 0, kCannotWrite);
         Check(::fchmod(descriptor_, mode) == 0, "cannot set the permissions");
-        Check(::close(std::exchange(descriptor_, -1)) == 0, kCannotWrite);
+        Check(::fsync(descriptor_) == 0, kCannotWrite);
     }
 
-    void RenameTo(const fs::path& target)
+    // A link replaces nothing, so a file without a name has one for the moment of its renaming.
+    void Replace(const fs::path& target)
     {
-        Check(std::rename(name_.c_str(), target.c_str()) == 0, "cannot replace the file");
-        renamed_ = true;
+        while (name_.empty()) {
+            fs::path name = HiddenName(folder_);
+            if (LinkTo(name)) {
+                name_ = std::move(name);
+            }
+        }
+        Check(std::rename(name_.c_str(), target.c_str()) == 0, kCannotReplace);
+        name_.clear();
+        SyncFolder();
+    }
+
+    bool Create(const fs::path& target)
+    {
+        if (name_.empty()) {
+            return LinkTo(target) && SyncFolder();
+        }
+        const int result =
+            ::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
+        Check(result == 0 || errno == EEXIST, kCannotCreate);
+        if (result == 0) {
+            name_.clear();
+        }
+        return result == 0 && SyncFolder();
     }
 
 private:
+    static constexpr mode_t kMode = 0600;
     static constexpr std::size_t kBufferSize = std::size_t{1} << 16;
     static constexpr const char* kCannotWrite = "cannot be written, what was there is unchanged";
+    static constexpr const char* kCannotReplace = "cannot replace the file";
+    static constexpr const char* kCannotCreate = "cannot create the file";
+
+    std::string Itself() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+    // False when the name is in use.
+    bool LinkTo(const fs::path& name)
+    {
+        const int result =
+            ::linkat(AT_FDCWD, Itself().c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
+        Check(result == 0 || errno == EEXIST, kCannotCreate);
+        return result == 0;
+    }
+
+    void OpenWithName()
+    {
+        Close();
+        do {
+            name_ = HiddenName(folder_);
+            descriptor_ = ::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+        } while (descriptor_ < 0 && errno == EEXIST);
+        if (descriptor_ < 0) {
+            name_.clear();
+            ThrowSystemError("cannot write into the folder");
+        }
+    }
+
+    void Close()
+    {
+        if (descriptor_ >= 0) {
+            ::close(std::exchange(descriptor_, -1));
+        }
+    }
+
+    // Makes the new name durable. Not every file system can; the file is complete either way.
+    bool SyncFolder() const
+    {
+        const int folder = ::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (folder >= 0) {
+            ::fsync(folder);
+            ::close(folder);
+        }
+        return true;
+    }
 
     void Flush()
     {
@@ -107,10 +180,10 @@ private:
         }
     }
 
-    std::string name_;
+    const fs::path folder_;
     int descriptor_;
+    fs::path name_;  // hidden; empty while there is none
     std::vector<unsigned char> buffer_;
-    bool renamed_ = false;
 };
 
 // Hands what QPDF writes on to a sink.
@@ -147,31 +220,47 @@ mode_t ModeFor(const fs::path& target)
     return status.st_mode & 0777;
 }
 
-// Makes the renaming itself durable. Not every file system can; the file is complete either way.
-void SyncFolder(const fs::path& folder)
+// What a chain of symbolic links leads to, whether it is there or not.
+fs::path Resolved(fs::path path)
 {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        ::fsync(descriptor);
-        ::close(descriptor);
+    constexpr int kMostLinks = 40;
+    std::error_code ignored;
+    for (int links = 0; fs::is_symlink(fs::symlink_status(path, ignored)); ++links) {
+        if (links == kMostLinks) {
+            throw std::runtime_error("it leads from one symbolic link to the next without end");
+        }
+        path = path.parent_path() / fs::read_symlink(path);
     }
+    return path;
+}
+
+void Fill(UnfinishedFile& file, const std::function<void(const ByteSink& sink)>& write, mode_t mode)
+{
+    write([&](const unsigned char* bytes, std::size_t length) { file.Write(bytes, length); });
+    file.Complete(mode);
 }
 
 }  // namespace
 
 void ReplaceFile(const fs::path& target, const std::function<void(const ByteSink& sink)>& write)
 {
-    fs::path final = fs::absolute(target);
-    std::error_code ignored;
-    if (fs::is_symlink(fs::symlink_status(final, ignored))) {
-        final = fs::weakly_canonical(final);
-    }
+    const fs::path final = Resolved(fs::absolute(target));
     const mode_t mode = ModeFor(final);
-    NeighbourFile neighbour{final};
-    write([&](const unsigned char* bytes, std::size_t length) { neighbour.Write(bytes, length); });
-    neighbour.Complete(mode);
-    neighbour.RenameTo(final);
-    SyncFolder(final.parent_path());
+    UnfinishedFile file{final.parent_path()};
+    Fill(file, write, mode);
+    file.Replace(final);
+}
+
+bool CreateFile(const fs::path& target, const std::function<void(const ByteSink& sink)>& write)
+{
+    const fs::path final = fs::absolute(target);
+    std::error_code ignored;
+    if (fs::exists(fs::symlink_status(final, ignored))) {
+        return false;
+    }
+    UnfinishedFile file{final.parent_path()};
+    Fill(file, write, 0600);
+    return file.Create(final);
 }
 
 void ReplaceFile(const fs::path& target, QPDFWriter& writer)

@@ -1,4 +1,4 @@
-// Writing a file beside its target and renaming it over the target once it is complete. Linux only.
+// Writing a file that appears under its name only when it is complete. Linux only.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +14,20 @@ using ByteSink = std::function<void(const unsigned char* bytes, std::size_t leng
 
 // Calls `write` with the sink of a new file in the target's folder, makes the file durable and
 // renames it over `target`, whose permission bits it takes over; a symbolic link stays one, and
-// what it leads to is replaced. When anything fails (the write, or a target that is write-protected
-// or a folder), the new file is removed, the target is as it was, and the exception says why.
+// what it leads to is replaced or created. When anything fails (the write, or a target that is
+// write-protected or a folder), nothing is left of the new file, the target is as it was, and the
+// exception says why. The new file has no name while it is written, so that nothing is left either
+// when the process is ended meanwhile; only file systems without such files show it under a hidden
+// name.
 void ReplaceFile(const std::filesystem::path& target,
                  const std::function<void(const ByteSink& sink)>& write);
 
 // The same with what the writer, set up but for its output, writes.
 void ReplaceFile(const std::filesystem::path& target, QPDFWriter& writer);
+
+// The same for a name that is not in use, readable by the user only: returns false, and changes
+// nothing, when there is anything of that name.
+bool CreateFile(const std::filesystem::path& target,
+                const std::function<void(const ByteSink& sink)>& write);
 
 }  // namespace Documents

@@ -2,7 +2,9 @@
 
 #include "documents/AnnotationDictionary.h"
 #include "documents/AnnotationSyntax.h"
+#include "documents/DeepStructures.h"
 #include "documents/FileReplacement.h"
+#include "documents/InputFile.h"
 #include "documents/PdfText.h"
 #include "documents/Records.h"
 
@@ -16,13 +18,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <map>
+#include <new>
 #include <stdexcept>
-#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -145,40 +145,6 @@ Permissions PermissionsOf(QPDF& file)
     return {!anything, annotations};
 }
 
-bool IsWriteProtected(const fs::path& path)
-{
-    std::error_code error;
-    const fs::perms permissions = fs::status(path, error).permissions();
-    constexpr fs::perms kWrite =
-        fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-    return !error && (permissions & kWrite) == fs::perms::none;
-}
-
-// The whole file; throws std::system_error.
-std::string ReadFileBytes(const fs::path& path)
-{
-    const auto fail = [] { throw std::system_error{errno, std::generic_category()}; };
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file{std::fopen(path.c_str(), "rb"),
-                                                               std::fclose};
-    if (file == nullptr) {
-        fail();
-    }
-    // One byte more than the file is said to have, so that its end is met in the first round.
-    std::error_code unknown;
-    const std::uintmax_t size = fs::file_size(path, unknown);
-    std::string bytes(unknown ? 1 : static_cast<std::size_t>(size) + 1, '\0');
-    std::size_t read = 0;
-    while ((read += std::fread(bytes.data() + read, 1, bytes.size() - read, file.get())) ==
-           bytes.size()) {
-        bytes.resize(2 * bytes.size());
-    }
-    if (std::ferror(file.get()) != 0) {
-        fail();
-    }
-    bytes.resize(read);
-    return bytes;
-}
-
 class OpenedFile final : public QpdfDocument {
 public:
     // Throws QPDFExc and other standard exceptions.
@@ -190,6 +156,7 @@ public:
         if (!file_->getRoot().getKey("/Pages").isDictionary()) {
             throw std::runtime_error("it has no page tree");
         }
+        CheckPageTree(*file_);
         const std::size_t count = file_->getAllPages().size();
         SetPages(std::vector<Page>(count));
         nextObject_ = FirstFreeObject();
@@ -226,8 +193,8 @@ private:
         for (std::size_t attempt = 0;; ++attempt) {
             file_ = MakeQuietFile();
             try {
-                file_->processMemoryFile(description.c_str(), bytes_.data(), bytes_.size(),
-                                         spellings[attempt].c_str());
+                file_->processInputSource(MakeStackSavingSource(description, bytes_),
+                                          spellings[attempt].c_str());
                 return;
             } catch (const QPDFExc& error) {
                 if (error.getErrorCode() != qpdf_e_password || attempt + 1 == spellings.size()) {
@@ -629,6 +596,8 @@ OpenResult OpenFile(std::string bytes, const std::string& description, std::stri
             std::make_shared<OpenedFile>(std::move(bytes), description, std::move(name), options);
         document->ApplyPermissions(writeProtected);
         return {std::move(document), OpenFailure::kNone, {}};
+    } catch (const TooDeep& error) {
+        return Failure(OpenFailure::kDamaged, description, error.what());
     } catch (const QPDFExc& error) {
         if (error.getErrorCode() == qpdf_e_password) {
             return Failure(OpenFailure::kPassword, description,
@@ -646,18 +615,18 @@ OpenResult OpenFile(std::string bytes, const std::string& description, std::stri
 
 OpenResult QpdfDocument::Open(const fs::path& path, const OpenOptions& options)
 {
-    std::string bytes;
+    InputFile file;
     try {
-        bytes = ReadFileBytes(path);
-    } catch (const std::system_error& error) {
-        return Failure(OpenFailure::kUnreadable, path.string(),
-                       "cannot be read: " + error.code().message());
-    } catch (const std::exception&) {
+        file = ReadInputFile(path);
+    } catch (const std::bad_alloc&) {
         return Failure(OpenFailure::kUnreadable, path.string(),
                        "cannot be read: not enough memory");
+    } catch (const std::exception& error) {
+        return Failure(OpenFailure::kUnreadable, path.string(),
+                       std::string{"cannot be read: "} + error.what());
     }
-    return OpenFile(std::move(bytes), path.string(), path.filename().string(), options,
-                    IsWriteProtected(path));
+    return OpenFile(std::move(file.bytes), path.string(), path.filename().string(), options,
+                    file.isWriteProtected);
 }
 
 OpenResult QpdfDocument::OpenBytes(std::string bytes, std::string name, const OpenOptions& options)

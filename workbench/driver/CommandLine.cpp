@@ -1,6 +1,7 @@
 #include "driver/CommandLine.h"
 
 #include "actions/ActionRefused.h"
+#include "driver/MemoryReserve.h"
 #include "driver/PanelReport.h"
 #include "driver/Script.h"
 #include "driver/Session.h"
@@ -9,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include <fstream>
+#include <new>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -79,10 +81,23 @@ void PrintWarnings(Session& session, std::ostream& errors)
     }
 }
 
+// A panel that could not render a list leaves it empty, without the words for an empty one.
+void RequireLists(const Session& session)
+{
+    for (const auto& document : session.Documents().All()) {
+        const PanelView view = session.ReadView(*document);
+        if (view.pages.empty() && !view.noItems) {
+            throw std::runtime_error(document->name + ": the panel could not list the comments");
+        }
+    }
+}
+
 std::string Listing(const ProgramOptions& options, std::ostream& errors)
 {
     Session session(options.session);
     session.Start(ReadDocuments(options, session));
+    RequireMemory();
+    RequireLists(session);
 
     std::string listing;
     if (options.json) {
@@ -109,6 +124,7 @@ void CarryOut(const ProgramOptions& options, std::istream& input, std::ostream& 
     }
     Session session(options.session);
     session.Start(ReadDocuments(options, session));
+    RequireMemory();
     PrintWarnings(session, errors);
     RunScript(session, options.script == kInput ? input : file, output, errors);
     session.Finish();
@@ -153,13 +169,15 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
         options.session.host.locales = options.locales;
     }
     options.session.waitLimit = std::chrono::seconds(options.waitSeconds);
+    const MemoryReserve reserve;
     try {
         if (browses) {
             return browse({options.session, options.files, options.memoryDocuments, options.port},
                           output, errors);
         }
         if (options.script.empty()) {
-            output << Listing(options, errors) << std::flush;
+            output << Listing(options, errors);
+            Flush(output);
         } else {
             CarryOut(options, input, output, errors);
         }
@@ -170,6 +188,9 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
     } catch (const ActionRefused& error) {
         errors << "workbench: " << OneLine(error.what()) << "\n";
         return kExitNoDocument;
+    } catch (const std::bad_alloc&) {
+        errors << "workbench: not enough memory\n";
+        return kExitFailed;
     } catch (const std::exception& error) {
         errors << "workbench: " << OneLine(error.what()) << "\n";
         return kExitFailed;

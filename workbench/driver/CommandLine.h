@@ -13,7 +13,7 @@ namespace Workbench {
 
 // Exit statuses of the program.
 inline constexpr int kExitDone = 0;
-inline constexpr int kExitFailed = 1;      // wrong options, or the panel failed
+inline constexpr int kExitFailed = 1;      // wrong options, panel failed, no memory or output
 inline constexpr int kExitNoDocument = 2;  // a file is missing, not a PDF, or needs a password
 inline constexpr int kExitBadStep = 3;     // a step of a script cannot be carried out
 

@@ -1,9 +1,12 @@
 #include "driver/Script.h"
 
 #include "actions/ActionRefused.h"
+#include "driver/MemoryReserve.h"
 
+#include <cerrno>
 #include <istream>
 #include <ostream>
+#include <system_error>
 
 namespace Workbench {
 
@@ -80,6 +83,22 @@ private:
     bool anyRead_ = false;
 };
 
+// As std::getline, with an end for a file that has none.
+bool ReadLine(std::istream& steps, std::string& line)
+{
+    constexpr std::size_t kMostBytes = std::size_t{128} << 20;
+    line.clear();
+    for (char c = 0; steps.get(c); line += c) {
+        if (c == '\n') {
+            return true;
+        }
+        if (line.size() == kMostBytes) {
+            throw std::runtime_error("a line of the steps is longer than 128 MiB");
+        }
+    }
+    return !line.empty();
+}
+
 }  // namespace
 
 std::vector<std::string> SplitWords(std::string_view line)
@@ -99,10 +118,19 @@ std::string OneLine(std::string text)
     return text;
 }
 
+void Flush(std::ostream& output)
+{
+    errno = 0;
+    if (!output.flush()) {
+        throw std::runtime_error("the output cannot be written" +
+                                 (errno == 0 ? "" : ": " + std::generic_category().message(errno)));
+    }
+}
+
 void RunScript(Session& session, std::istream& steps, std::ostream& output, std::ostream& errors)
 {
     std::size_t number = 0;
-    for (std::string line; std::getline(steps, line);) {
+    for (std::string line; ReadLine(steps, line);) {
         const std::string place = "line " + std::to_string(++number) + ": ";
         try {
             const std::vector<std::string> words = SplitWords(line);
@@ -116,7 +144,8 @@ void RunScript(Session& session, std::istream& steps, std::ostream& output, std:
             throw StepError(place + error.what());
         }
         session.AwaitIdle();
-        output << std::flush;
+        RequireMemory();
+        Flush(output);
         for (const std::string& failure : session.TakeFailures()) {
             errors << "warning: " << place << OneLine(failure) << "\n";
         }

@@ -32,8 +32,11 @@ void RunStep(Session& session, std::ostream& output, const std::vector<std::stri
 // and writes failures of the panel and problems of files to `errors`, one per line. Throws
 // StepError, with the line number, for a bad step; earlier steps have taken effect. Throws
 // std::runtime_error when the steps cannot be read and when the panel is broken or does not become
-// idle.
+// idle, and for a line that is longer than 128 MiB.
 void RunScript(Session& session, std::istream& steps, std::ostream& output, std::ostream& errors);
+
+// Throws std::runtime_error when what was printed so far cannot be written.
+void Flush(std::ostream& output);
 
 // The text with line ends replaced by blanks, for messages.
 std::string OneLine(std::string text);

@@ -54,22 +54,6 @@ std::vector<std::string> LocaleManagerObject::Languages() const
     return languages;
 }
 
-std::vector<LocaleTitle> LocaleManagerObject::Titles() const
-{
-    std::vector<LocaleTitle> titles;
-    for (const std::string& language : Languages()) {
-        try {
-            std::ifstream stream(folder_ / (language + ".json"), std::ios::binary);
-            const nlohmann::json json = nlohmann::json::parse(stream);
-            titles.push_back(
-                {language, json.at("name"), json.at("direction").get<std::string>() == "rtl"});
-        } catch (const nlohmann::json::exception&) {
-            continue;
-        }
-    }
-    return titles;
-}
-
 LocaleManagerObject::Contents LocaleManagerObject::Read(const std::filesystem::path& file,
                                                         const std::string& language)
 {

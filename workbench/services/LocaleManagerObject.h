@@ -6,7 +6,7 @@
 //     "sections": { "Coments annot info": { "Date created": "Erstellt am" } },
 //     "workbench": { "close.save": "Speichern" } }
 //
-// "workbench" holds the texts of the web page, which reads them itself.
+// "name" and "workbench" are for the web page, which reads the files itself.
 #pragma once
 
 #include "services/HostObject.h"
@@ -22,13 +22,6 @@
 
 namespace Workbench {
 
-// A language as a menu offers it.
-struct LocaleTitle {
-    std::string language;  // "de"
-    std::string name;      // "Deutsch"
-    bool isRightToLeft = false;
-};
-
 class LocaleManagerObject : public HostObject<LocaleManagerObject, LocaleManager> {
 public:
     // Starts without a language: every lookup fails.
@@ -36,9 +29,6 @@ public:
 
     // The available languages, sorted ("ar", "de", "en").
     std::vector<std::string> Languages() const;
-
-    // The same with the names and directions in their files; unreadable files are left out.
-    std::vector<LocaleTitle> Titles() const;
 
     // Selects a language. Throws std::runtime_error, naming language or file, for an unknown
     // language and a malformed file; the selection is then unchanged.

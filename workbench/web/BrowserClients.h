@@ -24,6 +24,7 @@ public:
     void Add(SocketNumber client) { clients_.push_back(client); }
     void Remove(SocketNumber client) { std::erase(clients_, client); }
     bool IsEmpty() const noexcept { return clients_.empty(); }
+    const std::vector<SocketNumber>& All() const noexcept { return clients_; }
 
     void Send(SocketNumber client, const Json& message) const;
     void Broadcast(const Json& message) const;

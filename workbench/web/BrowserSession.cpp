@@ -14,17 +14,6 @@ using HtmlEngine::ElementHandle;
 
 namespace {
 
-nlohmann::ordered_json DescribeLocales(const Host& host)
-{
-    auto locales = nlohmann::ordered_json::array();
-    for (const LocaleTitle& title : host.Locale().Titles()) {
-        locales.push_back({{"name", title.language},
-                           {"title", title.name},
-                           {"direction", title.isRightToLeft ? "rtl" : "ltr"}});
-    }
-    return locales;
-}
-
 nlohmann::ordered_json DescribeKeys()
 {
     auto names = nlohmann::ordered_json::array();
@@ -42,12 +31,12 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       documents_(documents),
       workers_(workers),
       options_(options),
-      locales_(std::make_shared<const Json>(DescribeLocales(host))),
       author_(UserName()),
       clients_(std::move(send)),
       jobs_(documents, [this](DocumentNumber number) { MarkChanged(number); }),
       contents_(*this),
       prompt_(*this),
+      recovery_(*this, options.recovery),
       panel_(*host.Panel().Document())
 {
     host_.Panel().SetScrollCallback(
@@ -70,7 +59,6 @@ void BrowserSession::Connect(SocketNumber client)
     }
     clients_.Send(client, {{"type", "hello"},
                            {"version", 1},
-                           {"locales", *locales_},
                            {"keys", DescribeKeys()},
                            {"mostMessageBytes", options_.mostMessageBytes}});
     clients_.Send(client, {{"type", "locale"}, {"name", host_.Locale().Language()}});
@@ -102,7 +90,7 @@ void BrowserSession::Receive(SocketNumber client, const std::string& text)
         } else {
             throw MessageError("there is no message of type \"" + type + "\"");
         }
-    } catch (const MessageError& error) {
+    } catch (const std::exception& error) {
         clients_.Send(client, {{"type", "refused"}, {"reason", error.what()}});
     }
 }
@@ -114,6 +102,7 @@ void BrowserSession::Update()
     }
     host_.State().calls.Take();
     contents_.WriteDue();
+    recovery_.Update();
     // Without clients the stream notes no changes.
     if (clients_.IsEmpty() || panel_.HasChanges()) {
         FollowPanel();
@@ -141,7 +130,7 @@ void BrowserSession::TellDocumentChanges()
         clients_.Broadcast(DescribeDocuments());
     } else {
         for (const DocumentNumber number : changed) {
-            if (const OpenDocument* const document = documents_.Find(number)) {
+            if (OpenDocument* const document = documents_.Find(number)) {
                 clients_.Broadcast({{"type", "document"}, {"document", Describe(*document)}});
             }
         }
@@ -193,6 +182,7 @@ OpenDocument& BrowserSession::Open(DocumentFile file)
 {
     OpenDocument& document = documents_.Open(std::move(file));
     FollowView(document);
+    recovery_.Look(document);
     listChanged_ = true;
     return document;
 }
@@ -203,8 +193,8 @@ void BrowserSession::Close(OpenDocument& document)
     const std::unique_ptr<OpenDocument> closed = documents_.Close(document);
     listChanged_ = true;
     currents_.erase(number);
-    toldWarnings_.erase(number);
     contents_.Forget(number);
+    recovery_.Forget(number);
     jobs_.Forget(number);
     // Releasing a large document takes long.
     workers_.Post([content = std::move(closed->content)] {});
@@ -249,7 +239,7 @@ void BrowserSession::SwitchLanguage(const std::string& language)
 void BrowserSession::CheckWarnings(DocumentNumber number)
 {
     const OpenDocument* const document = documents_.Find(number);
-    if (document != nullptr && document->content->Warnings().size() != toldWarnings_[number]) {
+    if (document != nullptr && document->content->Warnings().size() != document->warningsTold) {
         MarkChanged(number);
     }
 }
@@ -321,16 +311,17 @@ CommentPosition BrowserSession::RequireCurrent(const OpenDocument& document,
 
 // --- Descriptions ---
 
-BrowserSession::Json BrowserSession::Describe(const OpenDocument& document)
+BrowserSession::Json BrowserSession::Describe(OpenDocument& document)
 {
     const CurrentComment& current = Current(document);
     const bool isSaving = jobs_.IsSaving(document.number);
-    toldWarnings_[document.number] = document.content->Warnings().size();
+    document.warningsTold = document.content->Warnings().size();
     return DescribeDocument(document,
                             isSaving              ? "saving"
                             : current.IsLoading() ? "listing"
                                                   : nullptr,
-                            current.PositionIn(*document.content));
+                            current.PositionIn(*document.content),
+                            recovery_.Offer(document.number));
 }
 
 BrowserSession::Json BrowserSession::DescribeDocuments()

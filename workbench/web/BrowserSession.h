@@ -12,6 +12,7 @@
 #include "web/DocumentContents.h"
 #include "web/DocumentJobs.h"
 #include "web/PanelStream.h"
+#include "web/RecoveryKeeper.h"
 #include "web/SavePrompt.h"
 #include "web/WorkerThreads.h"
 
@@ -34,6 +35,7 @@ namespace Workbench {
 struct BrowserSessionOptions {
     bool listAll = false;  // documents that clients open list every annotation
     std::size_t mostMessageBytes = HttpServerOptions{}.mostMessageBytes;  // that the server takes
+    RecoveryOptions recovery{};
 };
 
 class BrowserSession : public std::enable_shared_from_this<BrowserSession> {
@@ -52,6 +54,7 @@ public:
     // Adds a client and sends it the complete state.
     void Connect(SocketNumber client);
     void Disconnect(SocketNumber client);
+    // What cannot be carried out is answered by a refusal.
     void Receive(SocketNumber client, const std::string& text);
 
     // Sends the changes since the last call to all clients. To be called after each call of the UI
@@ -107,7 +110,7 @@ public:
     // --- Parts ---
 
     bool ListsAll() const noexcept { return options_.listAll; }
-    // Of comments that are added.
+    // Name of the user who runs the workbench, the author of comments that clients add.
     const std::u16string& Author() const noexcept { return author_; }
     Host& TheHost() noexcept { return host_; }
     OpenDocuments& Documents() noexcept { return documents_; }
@@ -115,6 +118,7 @@ public:
     DocumentJobs& Jobs() noexcept { return jobs_; }
     DocumentContents& Contents() noexcept { return contents_; }
     SavePrompt& Prompt() noexcept { return prompt_; }
+    RecoveryKeeper& Recovery() noexcept { return recovery_; }
     const PanelStream& PanelTree() const noexcept { return panel_; }
     CurrentComment& Current(const OpenDocument& document);
 
@@ -125,7 +129,7 @@ private:
     void FollowEdit(DocumentNumber number, const std::vector<Documents::Change>& changes);
     void FollowPanel();
 
-    Json Describe(const OpenDocument& document);
+    Json Describe(OpenDocument& document);
     Json DescribeDocuments();
     void TellPanelChanges();
     void TellDocumentChanges();
@@ -134,15 +138,14 @@ private:
     OpenDocuments& documents_;
     WorkerThreads& workers_;
     const BrowserSessionOptions options_;
-    const std::shared_ptr<const Json> locales_;
-    const std::u16string author_;
+    const std::u16string author_;  // asked of the system once
     BrowserClients clients_;
     DocumentJobs jobs_;
     DocumentContents contents_;
     SavePrompt prompt_;
+    RecoveryKeeper recovery_;
     PanelStream panel_;
     std::map<DocumentNumber, CurrentComment> currents_;
-    std::map<DocumentNumber, std::size_t> toldWarnings_;  // number of those described last
 
     // Changes that are not sent yet.
     bool listChanged_ = false;          // the open documents, or the active one

@@ -1,6 +1,6 @@
 #include "web/BrowserWorkbench.h"
 
-#include "web/RecoveryCopies.h"
+#include "driver/MemoryReserve.h"
 #include "web/SampleFile.h"
 #include "web/StopSignals.h"
 
@@ -33,17 +33,16 @@ BrowserWorkbench::~BrowserWorkbench()
 
 void BrowserWorkbench::OpenDocuments()
 {
+    const SessionOptions& session = options_.request.session;
     std::vector<DocumentFile> documents;
     for (const std::string& file : options_.request.files) {
-        documents.push_back(session_.ReadFile(file));
-        documents.back().name = documents.back().path->filename().string();
+        documents.push_back(ReadDocument(file, {session.password, session.listAll}));
     }
-    const bool listAll = options_.request.session.listAll;
     for (const std::string& description : options_.request.memoryDocuments) {
-        documents.push_back(MakeMemoryDocument(description, listAll));
+        documents.push_back(MakeMemoryDocument(description, session.listAll));
     }
     if (documents.empty()) {
-        documents.push_back({kSampleName, OpenSample(listAll)});
+        documents.push_back({kSampleName, OpenSample(session.listAll)});
     }
     session_.Start({});
     // Binds the port before lists are rendered, so that a port in use is reported at once.
@@ -52,7 +51,7 @@ void BrowserWorkbench::OpenDocuments()
     server_ = std::make_unique<HttpServer>(server, router_);
     browser_ = std::make_shared<BrowserSession>(
         TheHost(), session_.Documents(), workers_,
-        BrowserSessionOptions{listAll, server.mostMessageBytes},
+        BrowserSessionOptions{session.listAll, server.mostMessageBytes, options_.recovery},
         [this](SocketNumber client, std::shared_ptr<const std::string> text) {
             server_->Send(client, std::move(text));
         });
@@ -96,32 +95,31 @@ void BrowserWorkbench::FollowExit(std::ostream& errors)
     }
 }
 
+// Clients that may have missed a change, for lack of memory, connect again and are told everything.
+void BrowserWorkbench::UpdateClients()
+{
+    MemoryReserve::Refill();
+    try {
+        browser_->Update();
+    } catch (const std::exception&) {
+        for (const SocketNumber client : browser_->Clients().All()) {
+            server_->CloseSocket(client);
+        }
+    }
+}
+
 void BrowserWorkbench::Run(std::ostream& errors, const std::function<bool()>& isDone)
 {
     // The loop evaluates this before each call, so clients are updated after each call.
     const auto update = [&] {
-        browser_->Update();
+        UpdateClients();
+        for (const std::string& line : browser_->Recovery().TakeLines()) {
+            errors << "workbench: " << line << std::endl;
+        }
         FollowExit(errors);
         return exit_ == Exit::kNow || (isDone && isDone());
     };
     TheHost().State().loop.RunUntil(update, std::chrono::steady_clock::time_point::max());
-}
-
-std::vector<std::string> BrowserWorkbench::WriteRecoveryCopies()
-{
-    std::vector<std::string> lines;
-    for (const auto& document : session_.Documents().All()) {
-        if (!document->content->Modified() || browser_->Prompt().DiscardsChanges()) {
-            continue;
-        }
-        const RecoveryCopy copy = WriteRecoveryCopy(*document->content, document->name,
-                                                    document->path, options_.recoveryFolders);
-        lines.push_back(copy.error.empty()
-                            ? document->name + " was not saved; a copy of it as it was is " +
-                                  copy.file.string()
-                            : copy.error);
-    }
-    return lines;
 }
 
 void BrowserWorkbench::Finish(std::ostream& errors)
@@ -130,8 +128,14 @@ void BrowserWorkbench::Finish(std::ostream& errors)
         return;
     }
     // Completes the files that are being written.
-    workers_.Stop();
-    for (const std::string& line : WriteRecoveryCopies()) {
+    workers_.Stop([&] {
+        errors
+            << "workbench: waits for files that are being read or written (Ctrl-C once more ends "
+               "without them)"
+            << std::endl;
+    });
+    const bool discards = browser_->Prompt().DiscardsChanges();
+    for (const std::string& line : browser_->Recovery().Finish(discards)) {
         errors << "workbench: " << line << std::endl;
         browser_->Clients().Notify(line);
     }
@@ -143,7 +147,7 @@ void BrowserWorkbench::Finish(std::ostream& errors)
 
 int RunInBrowser(const BrowserRequest& request, std::ostream& output, std::ostream& errors)
 {
-    BrowserWorkbench workbench({.request = request, .recoveryFolders = RecoveryFolders()});
+    BrowserWorkbench workbench({.request = request, .recovery = {.folders = RecoveryFolders()}});
     const StopSignals signals([&](int signal) { return workbench.TakeSignal(signal); });
     for (const std::string& warning : workbench.TheSession().Documents().TakeWarnings()) {
         errors << "warning: " << warning << std::endl;

@@ -25,8 +25,7 @@ struct BrowserOptions {
     BrowserRequest request;
     HttpServerOptions server{};  // the port comes from `request`
     ServedFolders folders = DefaultServedFolders();
-    // Folders for recovery copies that cannot be written beside their originals.
-    std::vector<std::filesystem::path> recoveryFolders;
+    RecoveryOptions recovery{};
     // How long the save-before-exit prompt stays open.
     std::chrono::milliseconds endPatience = std::chrono::seconds(60);
 };
@@ -43,7 +42,8 @@ public:
     const std::string& Address() const noexcept { return server_->Address(); }
 
     // Serves until Stop is called, a signal or a user ends it, or `isDone` returns true. Writes one
-    // line to `errors` whenever the save-before-exit prompt opens.
+    // line to `errors` whenever the save-before-exit prompt opens, and for each recovery copy that
+    // is found or cannot be written.
     void Run(std::ostream& errors, const std::function<bool()>& isDone = {});
 
     // Makes Run return soon. [any-thread]
@@ -72,8 +72,8 @@ private:
     };
 
     void OpenDocuments();
+    void UpdateClients();
     void FollowExit(std::ostream& errors);
-    std::vector<std::string> WriteRecoveryCopies();
 
     const BrowserOptions options_;
     Session session_;

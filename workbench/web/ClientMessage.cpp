@@ -1,16 +1,53 @@
 #include "web/ClientMessage.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
+#include <string_view>
 
 namespace Workbench {
 
 namespace {
 
+constexpr std::size_t kUnitLength = 6;  // of "\uXXXX"
+
 [[noreturn]] void Fail(const char* name, const char* kind)
 {
     throw MessageError(std::string("\"") + name + "\" must be " + kind);
+}
+
+// The code unit of an escape "\uXXXX" at a place of JSON text; nullopt for anything else.
+std::optional<std::uint16_t> EscapedUnit(std::string_view text, std::size_t at)
+{
+    std::uint16_t unit = 0;
+    if (at + kUnitLength > text.size() || text.substr(at, 2) != "\\u") {
+        return std::nullopt;
+    }
+    const char* const end = text.data() + at + kUnitLength;
+    const auto [rest, error] = std::from_chars(text.data() + at + 2, end, unit, 16);
+    return error == std::errc() && rest == end ? std::optional(unit) : std::nullopt;
+}
+
+// Browsers write an unpaired surrogate as an escape, which the JSON reader rejects: U+FFFD takes
+// its place.
+std::string WithoutLoneSurrogates(std::string text)
+{
+    const auto isIn = [](std::optional<std::uint16_t> unit, unsigned first) {
+        return unit && *unit >= first && *unit < first + 0x400;
+    };
+    for (std::size_t at = 0; (at = text.find('\\', at)) != std::string::npos;) {
+        const auto unit = EscapedUnit(text, at);
+        if (isIn(unit, 0xD800) && isIn(EscapedUnit(text, at + kUnitLength), 0xDC00)) {
+            at += 2 * kUnitLength;
+        } else if (isIn(unit, 0xD800) || isIn(unit, 0xDC00)) {
+            text.replace(at, kUnitLength, "\\ufffd");
+            at += kUnitLength;
+        } else {
+            at += 2;
+        }
+    }
+    return text;
 }
 
 }  // namespace
@@ -18,6 +55,9 @@ namespace {
 ClientMessage::ClientMessage(const std::string& text)
     : json_(nlohmann::json::parse(text, nullptr, false))
 {
+    if (json_.is_discarded()) {
+        json_ = nlohmann::json::parse(WithoutLoneSurrogates(text), nullptr, false);
+    }
     if (!json_.is_object()) {
         throw MessageError("a message must be a JSON object");
     }

@@ -21,7 +21,7 @@ public:
 
 class ClientMessage {
 public:
-    // Throws MessageError for text that is not a JSON object.
+    // Throws MessageError for text that is not a JSON object. Unpaired surrogates become U+FFFD.
     explicit ClientMessage(const std::string& text);
 
     // Each throws MessageError for a missing value and for one of another type; those with an

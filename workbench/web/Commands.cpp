@@ -45,6 +45,11 @@ CommandReply RunNow(const Command& command, const CommandCall& call)
 
 }  // namespace
 
+CommandReply CommandDone()
+{
+    return nlohmann::ordered_json::object();
+}
+
 OpenDocument& CommandCall::Document() const
 {
     return session.Documents().Require(Message().SmallNumber("document"));

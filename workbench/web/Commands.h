@@ -27,6 +27,7 @@ struct ClientRequest {
 // Members of the reply besides `id` and `error`; nullopt when the command replies later.
 using CommandReply = std::optional<nlohmann::ordered_json>;
 inline constexpr std::nullopt_t kRepliesLater = std::nullopt;
+CommandReply CommandDone();  // a reply without further members
 
 struct CommandCall {
     BrowserSession& session;
@@ -47,6 +48,10 @@ struct Command {
     // Names pages and comments by position, which is valid for one revision of the document.
     bool namesPositions = false;
 };
+
+// Words for rows of the tables.
+inline constexpr bool kWaits = true;
+inline constexpr bool kNamesPositions = true;
 
 std::span<const Command> EditCommands();
 std::span<const Command> FileCommands();

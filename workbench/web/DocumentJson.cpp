@@ -101,7 +101,8 @@ std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
 }
 
 Json DescribeDocument(const OpenDocument& document, const char* busy,
-                      const std::optional<CommentPosition>& current)
+                      const std::optional<CommentPosition>& current,
+                      const std::optional<std::filesystem::path>& recovery)
 {
     const Documents::Document& content = *document.content;
     return {{"id", document.number},
@@ -115,6 +116,7 @@ Json DescribeDocument(const OpenDocument& document, const char* busy,
             {"busy", busy == nullptr ? Json(nullptr) : Json(busy)},
             {"undo", NameOf(content.UndoKind())},
             {"redo", NameOf(content.RedoKind())},
+            {"recovery", recovery ? Json(recovery->string()) : Json(nullptr)},
             {"warnings", ShortWarnings(content.Warnings(), content.Name())},
             {"current",
              current ? Json{{"page", current->page}, {"index", current->index}} : Json(nullptr)},

@@ -8,6 +8,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,9 +21,10 @@ std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
                                        const std::string& name);
 
 // DOCUMENT of the protocol. `busy` is "saving", "listing" or null, `current` the position of the
-// current comment. [ui-thread]
+// current comment, `recovery` the copy that it can be restored from. [ui-thread]
 nlohmann::ordered_json DescribeDocument(const OpenDocument& document, const char* busy,
-                                        const std::optional<CommentPosition>& current);
+                                        const std::optional<CommentPosition>& current,
+                                        const std::optional<std::filesystem::path>& recovery);
 
 // ANNOTATION of the protocol; null for an empty reference. [any-thread]
 nlohmann::ordered_json DescribeAnnotation(const Documents::AnnotationRef& annotation,

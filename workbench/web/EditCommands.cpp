@@ -15,11 +15,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-CommandReply Done()
-{
-    return Json::object();
-}
-
 _PDDateRec Now()
 {
     return DateOf(std::time(nullptr));
@@ -49,7 +44,7 @@ CommandReply Edit(const CommandCall& call)
     const std::string contents = call.Message().Text("contents");
     RequireCommentEditable(document, position);
     EditComment(document, position, contents, Now());
-    return Done();
+    return CommandDone();
 }
 
 CommandReply Remove(const CommandCall& call)
@@ -62,7 +57,7 @@ CommandReply Remove(const CommandCall& call)
             : call.session.RequireCurrent(document, message.OptionalNumber("item"));
     RequireCommentEditable(document, position);
     RemoveComment(document, position);
-    return Done();
+    return CommandDone();
 }
 
 // Undo or redo of an edit of contents shows the comment.
@@ -76,11 +71,8 @@ CommandReply Travel(const CommandCall& call,
     if (first != nullptr && first->operation == PDAnnotOperation::kPropertiesChanged) {
         call.session.Show(document, first->page, first->annotation);
     }
-    return Done();
+    return CommandDone();
 }
-
-constexpr bool kWaits = true;
-constexpr bool kNamesPositions = true;
 
 constexpr Command kCommands[] = {
     {"add", Add, kWaits},
@@ -89,20 +81,20 @@ constexpr Command kCommands[] = {
     {"insert-page",
      [](const CommandCall& call) {
          InsertPage(call.EditableDocument(), call.Message().SmallNumber("at"));
-         return Done();
+         return CommandDone();
      },
      kWaits, kNamesPositions},
     {"delete-page",
      [](const CommandCall& call) {
          DeletePage(call.EditableDocument(), call.Message().SmallNumber("page"));
-         return Done();
+         return CommandDone();
      },
      kWaits, kNamesPositions},
     {"move-page",
      [](const CommandCall& call) {
          MovePage(call.EditableDocument(), call.Message().SmallNumber("from"),
                   call.Message().SmallNumber("to"));
-         return Done();
+         return CommandDone();
      },
      kWaits, kNamesPositions},
     {"undo", [](const CommandCall& call) { return Travel(call, Undo); }, kWaits},

@@ -110,7 +110,7 @@ CommandReply Close(const CommandCall& call)
     }
     if (!document.content->Modified() || unsaved == "discard") {
         call.session.Close(document);
-        return Json::object();
+        return CommandDone();
     }
     if (unsaved == "ask") {
         throw ActionRefused(document.name + " has changes that are not saved",
@@ -177,13 +177,11 @@ CommandReply SaveCopy(const CommandCall& call)
         [request = call.request](BrowserSession& session, std::future<Stamp> written) {
             session.Answer(request, [&] {
                 written.get();
-                return CommandReply(Json::object());
+                return CommandDone();
             });
         });
     return kRepliesLater;
 }
-
-constexpr bool kWaits = true;
 
 constexpr Command kCommands[] = {
     {"open", Open},
@@ -262,7 +260,7 @@ void AnswerSaved(BrowserSession& session, const ClientRequest& request,
         if (failure != nullptr) {
             std::rethrow_exception(failure);
         }
-        return CommandReply(Json::object());
+        return CommandDone();
     });
 }
 

@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 
 namespace Workbench {
 
@@ -63,7 +64,10 @@ private:
 
     void Listen();
     void AcceptNext();
+    void Serve(tcp::socket socket);
+    void DropLongestWaiting();
     void Run();
+    void Resume();
     void BeginStop();
     void CutOff();
     void EndIfAlone();
@@ -80,6 +84,7 @@ private:
     std::unordered_map<HttpConnection*, std::shared_ptr<HttpConnection>> connections_;
     std::unordered_map<SocketNumber, std::shared_ptr<ClientSocket>> sockets_;
     SocketNumber lastSocket_ = 0;
+    bool accepting_ = false;  // or waiting to do it again
     bool stopping_ = false;
     std::thread thread_;
 };
@@ -137,26 +142,42 @@ void HttpServer::Core::Listen()
 
 void HttpServer::Core::Start()
 {
-    AcceptNext();
     thread_ = std::thread([this] { Run(); });
 }
 
 void HttpServer::Core::Run()
 {
+    bool isStruck = false;
     for (;;) {
         try {
+            if (std::exchange(isStruck, false)) {
+                Resume();
+            } else if (!accepting_ && !stopping_) {
+                AcceptNext();
+            }
             io_.run();
             return;
         } catch (const std::exception&) {
-            // Out of memory for one connection, which stays until its peer or its time limit ends
-            // it.
+            isStruck = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
+    }
+}
+
+// After an exception, most likely for lack of memory: the connection that it struck has lost its
+// next step and cannot be told from others, so all end. Clients connect again by themselves.
+void HttpServer::Core::Resume()
+{
+    CutOff();
+    if (!accepting_ && !stopping_) {
+        AcceptNext();
     }
 }
 
 void HttpServer::Core::AcceptNext()
 {
     acceptor_.async_accept([this](boost::system::error_code error, tcp::socket socket) {
+        accepting_ = false;
         if (stopping_) {
             return;
         }
@@ -164,21 +185,50 @@ void HttpServer::Core::AcceptNext()
             // The process is out of a resource; an immediate retry would fail again.
             retry_.expires_after(std::chrono::milliseconds(100));
             retry_.async_wait([this](boost::system::error_code aborted) {
+                accepting_ = false;
                 if (!aborted && !stopping_) {
                     AcceptNext();
                 }
             });
+            accepting_ = true;
             return;
         }
-        if (connections_.size() + sockets_.size() < options_.mostConnections) {
-            boost::system::error_code ignored;
-            socket.set_option(tcp::no_delay(true), ignored);
-            const auto connection = std::make_shared<HttpConnection>(std::move(socket), *this);
-            connections_.emplace(connection.get(), connection);
-            connection->ReadHeader();
-        }
+        Serve(std::move(socket));
         AcceptNext();
     });
+    accepting_ = true;
+}
+
+void HttpServer::Core::Serve(tcp::socket socket)
+{
+    const auto isFull = [this] {
+        return connections_.size() + sockets_.size() >= options_.mostConnections;
+    };
+    if (isFull()) {
+        DropLongestWaiting();
+    }
+    if (!isFull()) {
+        boost::system::error_code ignored;
+        socket.set_option(tcp::no_delay(true), ignored);
+        const auto connection = std::make_shared<HttpConnection>(std::move(socket), *this);
+        connections_.emplace(connection.get(), connection);
+        connection->ReadHeader();
+    }
+}
+
+// Peers that connect without asking for anything keep nobody out.
+void HttpServer::Core::DropLongestWaiting()
+{
+    std::shared_ptr<HttpConnection> longest;
+    for (const auto& [key, connection] : connections_) {
+        if (connection->WaitsSince() &&
+            (longest == nullptr || *connection->WaitsSince() < *longest->WaitsSince())) {
+            longest = connection;
+        }
+    }
+    if (longest != nullptr) {
+        longest->Abort();
+    }
 }
 
 void HttpServer::Core::OnRequest(HttpConnection& connection, HttpRequest request)

@@ -76,6 +76,7 @@ struct HttpServerOptions {
     std::size_t mostMessageBytes = std::size_t{4} << 20;
     // Limit for bytes queued to one client; a client over it is disconnected.
     std::size_t mostUnsentBytes = std::size_t{1} << 30;
+    // One more takes the place of the connection that has waited longest for a request.
     std::size_t mostConnections = 128;
     std::chrono::milliseconds headerTime = std::chrono::seconds(15);  // for a complete header
     std::chrono::milliseconds bodyTime =

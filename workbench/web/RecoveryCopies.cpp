@@ -1,15 +1,14 @@
 #include "web/RecoveryCopies.h"
 
-#include "documents/FileReplacement.h"
-
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
-#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace Workbench {
 
@@ -19,33 +18,6 @@ namespace {
 
 constexpr const char* kStateFolder = "comments-workbench";
 constexpr int kMostCopies = 1000;
-
-bool WriteAll(int descriptor, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-    }
-    return ::fsync(descriptor) == 0;
-}
-
-// Creates and writes a new file; returns the error, 0 on success. A failed file is removed.
-int WriteNewFile(const fs::path& file, std::string_view bytes)
-{
-    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (descriptor < 0) {
-        return errno;
-    }
-    const int error = WriteAll(descriptor, bytes) ? 0 : errno;
-    ::close(descriptor);
-    if (error != 0) {
-        ::unlink(file.c_str());
-    }
-    return error;
-}
 
 // The file's name without ".pdf" in upper or lower case.
 std::string Stem(const std::string& name)
@@ -57,6 +29,33 @@ std::string Stem(const std::string& name)
     }
     const std::string stem = extension == ".pdf" ? path.stem().string() : path.string();
     return stem.empty() ? "document" : stem;
+}
+
+std::string CopyName(const std::string& name, int number)
+{
+    return Stem(name) +
+           (number == 1 ? ".recovered.pdf" : ".recovered-" + std::to_string(number) + ".pdf");
+}
+
+// Descriptor that holds the lock; -1 where files cannot be locked.
+int Lock(const fs::path& file)
+{
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::flock(descriptor, LOCK_SH | LOCK_NB);
+    }
+    return descriptor;
+}
+
+bool IsLocked(const fs::path& file)
+{
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const bool isLocked =
+        descriptor >= 0 && ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    return isLocked;
 }
 
 }  // namespace
@@ -94,37 +93,92 @@ std::vector<fs::path> RecoveryFolders()
     return folders;
 }
 
-RecoveryCopy WriteRecoveryCopy(Documents::Document& document, const std::string& name,
-                               const std::optional<fs::path>& path,
-                               const std::vector<fs::path>& folders)
+std::optional<fs::path> FindRecoveryCopy(const fs::path& path)
+{
+    constexpr int kMostNumbers = 20;
+    std::error_code error;
+    fs::file_time_type newest = fs::last_write_time(path, error);
+    std::optional<fs::path> found;
+    for (int number = 1; !error && number <= kMostNumbers; ++number) {
+        const fs::path copy = path.parent_path() / CopyName(path.string(), number);
+        std::error_code missing;
+        const fs::file_time_type time = fs::last_write_time(copy, missing);
+        if (!missing && time > newest && fs::is_regular_file(fs::symlink_status(copy, missing)) &&
+            !IsLocked(copy)) {
+            newest = time;
+            found = copy;
+        }
+    }
+    return found;
+}
+
+KeptCopy::KeptCopy(fs::path file) : file_(std::move(file)), lock_(Lock(file_)) {}
+
+KeptCopy::~KeptCopy()
+{
+    if (isDiscarded_ && !file_.empty()) {
+        ::unlink(file_.c_str());
+    }
+    if (lock_ >= 0) {
+        ::close(lock_);
+    }
+}
+
+RecoveryCopy KeptCopy::Write(Documents::Document& document, const std::string& name,
+                             const std::optional<fs::path>& path,
+                             const std::vector<fs::path>& folders)
 {
     const Documents::BytesResult result = document.WriteBytes();
     if (!result.error.empty()) {
         return {result.error, {}};
     }
+    const auto write = [&](const Documents::ByteSink& sink) {
+        sink(reinterpret_cast<const unsigned char*>(result.bytes.data()), result.bytes.size());
+    };
+    const std::lock_guard guard(mutex_);
+    RecoveryCopy copy = WriteAnywhere(name, path, folders, write);
+    if (copy.error.empty()) {
+        if (lock_ >= 0) {
+            ::close(lock_);
+        }
+        file_ = copy.file;
+        lock_ = Lock(file_);
+    }
+    return copy;
+}
+
+// Replaces the copy that there is; without one, or where that is no longer possible, makes another.
+RecoveryCopy KeptCopy::WriteAnywhere(const std::string& name, const std::optional<fs::path>& path,
+                                     const std::vector<fs::path>& folders, const Writing& write)
+{
+    std::error_code missing;
+    if (!file_.empty() && fs::is_regular_file(fs::symlink_status(file_, missing))) {
+        try {
+            Documents::ReplaceFile(file_, write);
+            return {{}, file_};
+        } catch (const std::exception&) {
+        }
+    }
     std::vector<fs::path> places = folders;
     if (path) {
         places.insert(places.begin(), path->parent_path());
     }
-    int error = ENOENT;
+    std::string error = "there is no folder for it";
     for (const fs::path& place : places) {
         std::error_code ignored;
         fs::create_directories(place, ignored);
-        for (int number = 1; number <= kMostCopies; ++number) {
-            const std::string ending =
-                number == 1 ? ".recovered.pdf" : ".recovered-" + std::to_string(number) + ".pdf";
-            const fs::path file = place / (Stem(name) + ending);
-            error = WriteNewFile(file, result.bytes);
-            if (error == 0) {
-                return {{}, file};
+        try {
+            for (int number = 1; number <= kMostCopies; ++number) {
+                const fs::path file = place / CopyName(name, number);
+                if (Documents::CreateFile(file, write)) {
+                    return {{}, file};
+                }
             }
-            if (error != EEXIST) {
-                break;
-            }
+        } catch (const std::exception& exception) {
+            error = exception.what();
         }
     }
-    return {name + ": no recovery copy could be written: " + std::generic_category().message(error),
-            {}};
+    return {name + ": no recovery copy could be written: " + error, {}};
 }
 
 }  // namespace Workbench

@@ -93,17 +93,17 @@ HttpAnswer RequestRouter::FileAnswer(const Url& url) const
     return folder == "panel" ? PanelResource(url) : HttpAnswer{.status = 404};
 }
 
-// All languages as members of one object; a malformed file is left out.
+// All languages as members of one object, sorted by name; a malformed file is left out.
 HttpAnswer RequestRouter::LocalesAnswer() const
 {
-    auto all = nlohmann::ordered_json::object();
+    auto all = nlohmann::json::object();
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folders_.locales, error), end;
          !error && entry != end; entry.increment(error)) {
         const std::string name = entry->path().filename().string();
         const auto bytes = ReadServedFile(folders_.locales, std::span(&name, 1));
-        auto json = nlohmann::ordered_json::parse(bytes.value_or(""), nullptr, false);
-        if (entry->path().extension() == ".json" && !json.is_discarded()) {
+        auto json = nlohmann::json::parse(bytes.value_or(""), nullptr, false);
+        if (entry->path().extension() == ".json" && json.is_object()) {
             all[entry->path().stem().string()] = std::move(json);
         }
     }
@@ -167,9 +167,14 @@ bool RequestRouter::PostContent(const Url& url, const PendingAnswerPtr& answer)
 
 void RequestRouter::OnSocketOpened(SocketNumber socket)
 {
-    loop_.Post([session = session_, socket] {
+    loop_.Post([session = session_, server = server_, socket] {
         if (const auto living = session.lock()) {
-            living->Connect(socket);
+            try {
+                living->Connect(socket);
+            } catch (...) {
+                server->CloseSocket(socket);  // the client connects again
+                throw;
+            }
         }
     });
 }

@@ -97,7 +97,7 @@ CommandReply SavePrompt::Answer(const ClientRequest& request)
         question_->isClosed = true;
         question_->discards = answer == "discard";
     }
-    return Json::object();
+    return CommandDone();
 }
 
 // A document without a path stays unsaved and gets a recovery copy at shut-down.

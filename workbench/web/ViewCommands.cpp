@@ -13,11 +13,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-CommandReply Done()
-{
-    return Json::object();
-}
-
 CommandReply SetReadOnly(const CommandCall& call)
 {
     OpenDocument& document = call.Document();
@@ -27,13 +22,13 @@ CommandReply SetReadOnly(const CommandCall& call)
         throw ActionRefused(document.name + " itself does not permit changes",
                             RefusalReason::kReadOnly);
     }
-    return Done();
+    return CommandDone();
 }
 
 CommandReply SetLocale(const CommandCall& call)
 {
     call.session.SwitchLanguage(call.Message().Text("locale"));
-    return Done();
+    return CommandDone();
 }
 
 CommandReply Focus(const CommandCall& call)
@@ -42,11 +37,11 @@ CommandReply Focus(const CommandCall& call)
     const ClientMessage& message = call.Message();
     if (!message.OptionalNumber("page")) {
         document.view->View().SetFocus(kPDNoPage, {});
-        return Done();
+        return CommandDone();
     }
     const CommentPosition position{message.SmallNumber("page"), message.SmallNumber("index")};
     call.session.Show(document, position.page, CommentAt(document, position));
-    return Done();
+    return CommandDone();
 }
 
 CommandReply GiveCurrent(const CommandCall& call)
@@ -81,20 +76,19 @@ CommandReply GiveAnnotations(const CommandCall& call)
     return kRepliesLater;
 }
 
-constexpr bool kWaits = true;
-constexpr bool kNamesPositions = true;
-
 constexpr Command kCommands[] = {
     {"activate",
      [](const CommandCall& call) {
          call.session.Activate(call.Document());
-         return Done();
+         return CommandDone();
      }},
     {"read-only", SetReadOnly, kWaits},
     {"locale", SetLocale},
     {"focus", Focus, false, kNamesPositions},
     {"current", GiveCurrent, kWaits},
     {"annotations", GiveAnnotations},
+    {"recovery", [](const CommandCall& call) { return call.session.Recovery().Answer(call); },
+     kWaits},
     {"end", [](const CommandCall& call) { return call.session.Prompt().Answer(call.request); }},
 };
 

@@ -49,16 +49,18 @@ void WorkerThreads::Post(std::function<void()> job)
     }
     boost::asio::post(*pool_, [this, job = std::move(job)] {
         const HostThread known(loop_);
+        ++runningJobs_;
         try {
             job();
         } catch (const std::exception&) {
             // Jobs report their own failures; what remains is a lack of memory.
         }
+        --runningJobs_;
     });
 }
 
 // The pool's destructor releases waiting jobs; a running job may still post.
-void WorkerThreads::Stop()
+void WorkerThreads::Stop(const std::function<void()>& tellSlow)
 {
     std::unique_ptr<boost::asio::thread_pool> ended;
     {
@@ -67,6 +69,12 @@ void WorkerThreads::Stop()
     }
     if (ended != nullptr) {
         ended->stop();
+        for (int hundredths = 0; runningJobs_ != 0 && hundredths < 100; ++hundredths) {
+            Platform::SleepMilliseconds(10);
+        }
+        if (runningJobs_ != 0) {
+            tellSlow();
+        }
         ended->join();
     }
 }

@@ -2,6 +2,7 @@
 // releasing files. Posting is [any-thread].
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -26,12 +27,13 @@ public:
     // a job is released without being run.
     void Post(std::function<void()> job);
 
-    // Waits for the running jobs and releases the others. May be called twice, on the thread that
-    // created this.
-    void Stop();
+    // Waits for the running jobs and releases the others; calls `tellSlow` when that takes more
+    // than a second. May be called twice, on the thread that created this.
+    void Stop(const std::function<void()>& tellSlow = [] {});
 
 private:
     UiThreadLoop& loop_;
+    std::atomic<int> runningJobs_ = 0;
     std::mutex mutex_;
     std::unique_ptr<boost::asio::thread_pool> pool_;  // null once stopped
 };

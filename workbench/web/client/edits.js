@@ -366,6 +366,18 @@ export class Edits {
         }
     }
 
+    // --- Recovery ---
+
+    /// Offers to restore a document from the copy that an earlier run has left. Returns a function
+    /// that withdraws the offer.
+    offerRecovery({id, name, recovery}) {
+        const answer = (use, doneKey) => this.run('recovery', {document: id, use}, doneKey);
+        return this.#notices.show(text('recovery.offer', name, recovery), [
+            {key: 'recovery.restore', act: () => answer('restore', 'done.restore')},
+            {key: 'recovery.discard', act: () => answer('discard')},
+        ]);
+    }
+
     // --- Opening ---
 
     /// Asks for a path or a file.

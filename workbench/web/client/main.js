@@ -11,7 +11,7 @@ import {SplitView} from './split-view.js';
 import {Splitter} from './splitter.js';
 import {StatusLine} from './status-line.js';
 import {Tabs} from './tabs.js';
-import {setTextLanguage, text, translatePage} from './texts.js';
+import {kLanguages, setTextLanguage, text, translatePage} from './texts.js';
 import {Theme} from './theme.js';
 import {Toolbar} from './toolbar.js';
 import {Tools} from './tools.js';
@@ -36,12 +36,12 @@ class Page {
     activeId = null;
     language = {
         name: 'en',
-        locales: [],
         choose: (name) => this.edits.run('locale', {locale: name}),
     };
     split = {isOn: false, toggle: () => this.#toggleSplit()};
     #hasEnded = false;
     #ending = null;
+    #offers = new Map(); // of recovery, by document: functions that withdraw them
 
     constructor(frame) {
         this.connection = new Connection(socketAddress(document.baseURI), (state) =>
@@ -139,7 +139,6 @@ class Page {
     #listenToWorkbench() {
         const {connection} = this;
         connection.on('hello', (message) => {
-            this.language.locales = message.locales;
             connection.mostMessageBytes = message.mostMessageBytes;
             connection.panelKeys = new Set(message.keys);
         });
@@ -174,6 +173,22 @@ class Page {
         this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
+        this.#offerRecovery();
+    }
+
+    #offerRecovery() {
+        const offered = this.documents.filter(({recovery}) => recovery !== null);
+        for (const [id, withdraw] of this.#offers) {
+            if (!offered.some((one) => one.id === id)) {
+                withdraw();
+                this.#offers.delete(id);
+            }
+        }
+        for (const description of offered) {
+            if (!this.#offers.has(description.id)) {
+                this.#offers.set(description.id, this.edits.offerRecovery(description));
+            }
+        }
     }
 
     // The prompt closes when it is answered, here or by another client, when the workbench ends,
@@ -189,8 +204,7 @@ class Page {
     }
 
     #setLocale(name) {
-        const locale = this.language.locales.find((one) => one.name === name);
-        const direction = locale?.direction ?? 'ltr';
+        const direction = kLanguages.find((one) => one.name === name)?.direction ?? 'ltr';
         this.language.name = name;
         setTextLanguage(name);
         document.documentElement.lang = name;

@@ -7,6 +7,17 @@ import {text} from './texts.js';
 const kMostNotices = 5;
 const kMoment = 300;
 
+function makeAction({key, act}, dismiss) {
+    const button = document.createElement('button');
+    button.type = 'button';
+    button.textContent = text(key);
+    button.addEventListener('click', () => {
+        dismiss();
+        act();
+    });
+    return button;
+}
+
 export class Notices {
     #list;
     #status;
@@ -21,8 +32,9 @@ export class Notices {
         this.#banner = banner;
     }
 
-    /// Shows a notice: an error or another message that the user must not miss.
-    show(message) {
+    /// Shows a notice: an error or another message that the user must not miss. `actions`: buttons
+    /// `{key, act}`, each of which dismisses it. Returns a function that does so.
+    show(message, actions = []) {
         const notice = document.createElement('div');
         notice.className = 'notice';
         const words = document.createElement('span');
@@ -34,12 +46,14 @@ export class Notices {
         close.setAttribute('aria-label', text('notice.dismiss'));
         close.title = text('notice.dismiss');
         close.append(icon('close'));
-        close.addEventListener('click', () => notice.remove());
-        notice.append(words, close);
+        const dismiss = () => notice.remove();
+        close.addEventListener('click', dismiss);
+        notice.append(words, ...actions.map((action) => makeAction(action, dismiss)), close);
         this.#list.append(notice);
         while (this.#list.childElementCount > kMostNotices) {
             this.#list.firstElementChild.remove();
         }
+        return dismiss;
     }
 
     say(message) {

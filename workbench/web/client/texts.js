@@ -13,6 +13,11 @@ async function readTables() {
 const kTables = await readTables();
 let table = kTables.en;
 
+/// The languages, sorted by name: `name` ("de"), `title` ("Deutsch") and `direction`.
+export const kLanguages = Object.entries(kTables).map(
+    ([name, {name: title = name, direction = 'ltr'}]) => ({name, title, direction}),
+);
+
 /// Sets the language; an unknown one gives English texts.
 export function setTextLanguage(name) {
     table = kTables[name] ?? kTables.en;

@@ -2,7 +2,7 @@
 
 import {icon} from './icons.js';
 import {attachMenu} from './menus.js';
-import {text} from './texts.js';
+import {kLanguages, text} from './texts.js';
 import {kThemes} from './theme.js';
 import {kTools} from './tools.js';
 
@@ -206,7 +206,7 @@ export class Toolbar {
                 ),
             ),
             kLine,
-            ...language.locales.map(({name, title}) =>
+            ...kLanguages.map(({name, title}) =>
                 choice({title, isChecked: language.name === name}, () => language.choose(name)),
             ),
         ];

@@ -56,6 +56,7 @@ void HttpConnection::ReadHeader()
     parser_.emplace();
     parser_->header_limit(static_cast<std::uint32_t>(options.mostHeaderBytes));
     parser_->body_limit(options.mostBodyBytes);
+    waitsSince_ = std::chrono::steady_clock::now();
     stream_.expires_after(options.headerTime);
     http::async_read_header(
         stream_, buffer_, *parser_,
@@ -67,6 +68,7 @@ void HttpConnection::OnHeader(Error error)
     if (ended_) {
         return;
     }
+    waitsSince_.reset();
     if (error) {
         OnHeaderFailed(error);
         return;
@@ -208,6 +210,7 @@ void HttpConnection::OnWritten(Error error)
         // The rest of the peer's data must be read, or the peer may never receive the answer.
         Error ignored;
         stream_.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
+        waitsSince_ = std::chrono::steady_clock::now();
         stream_.expires_after(owner_.Options().closingTime);
         Drain();
     }

@@ -13,6 +13,7 @@
 #include <boost/beast/http/string_body.hpp>
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -47,6 +48,13 @@ public:
     // Answers the last request passed to the owner.
     void Give(HttpAnswer answer);
 
+    // Since when it has waited for a complete header, or for its peer to close; empty while it
+    // serves a request.
+    const std::optional<std::chrono::steady_clock::time_point>& WaitsSince() const noexcept
+    {
+        return waitsSince_;
+    }
+
     // Whether an answer is being written.
     bool IsWriting() const noexcept { return response_.has_value(); }
     void Abort();
@@ -71,6 +79,7 @@ private:
     HttpAnswer answer_;  // holds the bytes that `response_` refers to
     std::optional<boost::beast::http::response<boost::beast::http::span_body<const char>>>
         response_;
+    std::optional<std::chrono::steady_clock::time_point> waitsSince_;
     std::array<char, 4096> drained_{};
     std::size_t drainedBytes_ = 0;
     bool closes_ = false;
