@@ -7,17 +7,12 @@
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace HtmlEngine::Test;
-    std::string_view rest = TextOf(data, size);
-    const auto next = [&] {
-        const std::string_view text = rest.substr(0, rest.find('\0'));
-        rest.remove_prefix(std::min(rest.size(), text.size() + 1));
-        return std::string(text);
-    };
+    InputReader input(TextOf(data, size));
     ItemTexts texts;
-    texts.name = next();
-    texts.contents = next();
-    texts.subject = next();
-    texts.title = next();
+    texts.name = input.TextUntil('\0');
+    texts.contents = input.TextUntil('\0');
+    texts.subject = input.TextUntil('\0');
+    texts.title = input.TextUntil('\0');
     const std::string spoilt = SpellsOutItsEnd(texts) ? std::string() : SpoiltBy(texts);
     if (!spoilt.empty()) {
         EndWithFault(spoilt, TextOf(data, size));

@@ -32,7 +32,7 @@ std::uint32_t LeadingNumber(std::wstring_view text)
     }
     constexpr std::uint64_t kTooLarge = 0xFFFFFFFFu;
     std::uint64_t value = 0;
-    for (; at < text.size() && IsDigit(text[at]) && value < kTooLarge; ++at) {
+    for (; at < text.size() && IsDigit(text[at]) && value <= kTooLarge; ++at) {
         value = value * 10 + static_cast<std::uint64_t>(text[at] - L'0');
     }
     if (value > kTooLarge) {

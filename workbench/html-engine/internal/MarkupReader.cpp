@@ -560,8 +560,10 @@ void MarkupReader::Close(std::string_view name, std::size_t place)
     if (place != kUnknownElement && stage_ < PageStage::AfterHead && open_.size() == 1 &&
         EqualsIgnoringCase(name, "head")) {
         FlushText();
-        stage_ = PageStage::AfterHead;
-        open_.front().element = pageRoot_;
+        if (stage_ != PageStage::Body) {  // which the text may have begun
+            stage_ = PageStage::AfterHead;
+            open_.front().element = pageRoot_;
+        }
     }
     const Level nearest = NearestOpen(name, place);
     if (nearest != kNone && MayEnd(nearest)) {
