@@ -352,7 +352,9 @@ void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _
         }
         RunOnUIThread(kName, [this, pages = std::move(pages)] { ReloadListOfDocument(); });
     });
-    changeMissed_ = changeMissed_ || !known;
+    if (!known) {
+        changeMissed_ = true;
+    }
 }
 
 void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsigned int pageIndex,
@@ -377,7 +379,9 @@ void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsign
             });
         }
     });
-    changeMissed_ = changeMissed_ || !known;
+    if (!known) {
+        changeMissed_ = true;
+    }
 }
 
 void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec* annotation)

@@ -271,7 +271,9 @@ void CommentsPanelHandler::ShowActiveView(const Collection& collection)
             Fail("CommentsPanelHandler::ShowActiveView", __LINE__);
         }
     });
-    eventMissed_ = eventMissed_ || !shown;
+    if (!shown) {
+        eventMissed_ = true;
+    }
 }
 
 void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
@@ -279,7 +281,9 @@ void CommentsPanelHandler::CreateContainersOf(UIDocumentsCollection* collection)
     const Source source = SourceOf(collection);
     const std::uint64_t failedBefore = FailedCallCount();
     const std::vector<View> views = ViewObjectsOf(collection);
-    eventMissed_ = eventMissed_ || FailedCallCount() != failedBefore;
+    if (FailedCallCount() != failedBefore) {
+        eventMissed_ = true;
+    }
     for (const View& view : views) {
         if (!SODetails::RunEventTask("CommentsPanelHandler::CreateContainersOf",
                                      [&] { CreateContainer(view.Get(), source); })) {
@@ -383,12 +387,16 @@ void CommentsPanelHandler::RunOnUIThread(const char* name, Task task) noexcept
                     handler->RunTask(name, run);
                 }
             });
-            eventMissed_ = eventMissed_ || !taken;
+            if (!taken) {
+                eventMissed_ = true;
+            }
         } else if (const auto handler = self.Lock()) {
             handler->RunTask(name, std::move(task));
         }
     });
-    eventMissed_ = eventMissed_ || !known;
+    if (!known) {
+        eventMissed_ = true;
+    }
 }
 
 bool CommentsPanelHandler::RunTask(const char* name, const std::function<void()>& task)
@@ -398,7 +406,9 @@ bool CommentsPanelHandler::RunTask(const char* name, const std::function<void()>
     }
     CatchUp();
     const bool done = SODetails::RunEventTask(name, task);
-    eventMissed_ = eventMissed_ || !done;
+    if (!done) {
+        eventMissed_ = true;
+    }
     return done;
 }
 
@@ -415,7 +425,9 @@ void CommentsPanelHandler::RunForView(const char* name, Source source, UIDocumen
             });
         }
     });
-    eventMissed_ = eventMissed_ || !known;
+    if (!known) {
+        eventMissed_ = true;
+    }
 }
 
 void CommentsPanelHandler::OnDocumentViewCreated(Source source, UIDocumentView* view)
@@ -673,7 +685,9 @@ void CommentsPanelHandler::ActivateContainer(BLDocumentView* view, Source source
     ForEachContainer(
         [](const ElementReference& container) { container.SetStyle("visibility", u"collapse"); });
     ContainersWithKey(ContainerKey(view)).SetVisibility(u"visible");
-    eventMissed_ = eventMissed_ || FailedCallCount() != failedBefore;
+    if (FailedCallCount() != failedBefore) {
+        eventMissed_ = true;
+    }
     ObserveView(view);
 }
 
