@@ -28,7 +28,7 @@ const kDirections = [
     ],
     ['workbench', [...kSdk, 'tools/make-document']],
     ['tools', kHost('documents')],
-    ['fuzz', [...kHost('html-engine'), 'tests/html-engine']],
+    ['fuzz', ['']],
     ['benchmarks', ['']],
     ['tests', ['']],
 ];
