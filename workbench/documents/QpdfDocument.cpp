@@ -293,7 +293,7 @@ private:
     AnnotationRef MakeRecord(QPDFObjectHandle& dictionary, std::vector<PopupLink>& links)
     {
         AnnotationReader reader{dictionary};
-        const AnnotationRef record = MakeAnnotationRecord(reader.Read(), ListAll());
+        AnnotationRef record = MakeAnnotationRecord(reader.Read(), ListAll());
         const std::uint64_t popup = reader.Reference("/Popup");
         const std::uint64_t parent = reader.Reference("/Parent");
         if (popup != 0 || parent != 0) {
