@@ -48,7 +48,13 @@ export class Notices {
         close.append(icon('close'));
         const dismiss = () => notice.remove();
         close.addEventListener('click', dismiss);
-        notice.append(words, ...actions.map((action) => makeAction(action, dismiss)), close);
+        notice.append(words, close);
+        if (actions.length > 0) {
+            const row = document.createElement('div');
+            row.className = 'buttons';
+            row.append(...actions.map((action) => makeAction(action, dismiss)));
+            notice.append(row);
+        }
         this.#list.append(notice);
         while (this.#list.childElementCount > kMostNotices) {
             this.#list.firstElementChild.remove();
