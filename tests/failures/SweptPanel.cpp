@@ -56,6 +56,7 @@ void SweptPanel::Run(const Operation& operation, const std::function<void()>& ar
 {
     if (!operation.startsPanel) {
         StartUp();
+        ASSERT_TRUE(host.RunUntilIdle());
         ASSERT_EQ(OutlineOf(view_), "0:0_0*,0_1 2:2_0 3:3_0,3_1 [ECRDB]");
     }
     TakeFailures();
