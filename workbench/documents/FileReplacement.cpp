@@ -65,6 +65,8 @@ public:
         }
     }
 
+    int Descriptor() const noexcept { return descriptor_; }
+
     void Write(const unsigned char* bytes, std::size_t length)
     {
         if (buffer_.size() + length > kBufferSize) {
@@ -242,16 +244,19 @@ void Fill(UnfinishedFile& file, const std::function<void(const ByteSink& sink)>&
 
 }  // namespace
 
-void ReplaceFile(const fs::path& target, const std::function<void(const ByteSink& sink)>& write)
+void ReplaceFile(const fs::path& target, const std::function<void(const ByteSink& sink)>& write,
+                 const FileHook& onComplete)
 {
     const fs::path final = Resolved(fs::absolute(target));
     const mode_t mode = ModeFor(final);
     UnfinishedFile file{final.parent_path()};
     Fill(file, write, mode);
+    onComplete(file.Descriptor());
     file.Replace(final);
 }
 
-bool CreateFile(const fs::path& target, const std::function<void(const ByteSink& sink)>& write)
+bool CreateFile(const fs::path& target, const std::function<void(const ByteSink& sink)>& write,
+                const FileHook& onComplete)
 {
     const fs::path final = fs::absolute(target);
     std::error_code ignored;
@@ -260,6 +265,7 @@ bool CreateFile(const fs::path& target, const std::function<void(const ByteSink&
     }
     UnfinishedFile file{final.parent_path()};
     Fill(file, write, 0600);
+    onComplete(file.Descriptor());
     return file.Create(final);
 }
 

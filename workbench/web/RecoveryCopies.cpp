@@ -37,10 +37,10 @@ std::string CopyName(const std::string& name, int number)
            (number == 1 ? ".recovered.pdf" : ".recovered-" + std::to_string(number) + ".pdf");
 }
 
-// Descriptor that holds the lock; -1 where files cannot be locked.
-int Lock(const fs::path& file)
+// Locks a file for as long as the descriptor, or one made from it, is open. File systems without
+// locks do without.
+int Locked(int descriptor)
 {
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0) {
         ::flock(descriptor, LOCK_SH | LOCK_NB);
     }
@@ -112,7 +112,11 @@ std::optional<fs::path> FindRecoveryCopy(const fs::path& path)
     return found;
 }
 
-KeptCopy::KeptCopy(fs::path file) : file_(std::move(file)), lock_(Lock(file_)) {}
+KeptCopy::KeptCopy(fs::path file)
+    : file_(std::move(file)),
+      lock_(Locked(::open(file_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)))
+{
+}
 
 KeptCopy::~KeptCopy()
 {
@@ -138,11 +142,7 @@ RecoveryCopy KeptCopy::Write(Documents::Document& document, const std::string& n
     const std::lock_guard guard(mutex_);
     RecoveryCopy copy = WriteAnywhere(name, path, folders, write);
     if (copy.error.empty()) {
-        if (lock_ >= 0) {
-            ::close(lock_);
-        }
         file_ = copy.file;
-        lock_ = Lock(file_);
     }
     return copy;
 }
@@ -151,10 +151,17 @@ RecoveryCopy KeptCopy::Write(Documents::Document& document, const std::string& n
 RecoveryCopy KeptCopy::WriteAnywhere(const std::string& name, const std::optional<fs::path>& path,
                                      const std::vector<fs::path>& folders, const Writing& write)
 {
+    // Before it can be seen, so that nobody finds a copy that seems to be left.
+    const auto lock = [this](int descriptor) {
+        if (lock_ >= 0) {
+            ::close(lock_);
+        }
+        lock_ = Locked(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    };
     std::error_code missing;
     if (!file_.empty() && fs::is_regular_file(fs::symlink_status(file_, missing))) {
         try {
-            Documents::ReplaceFile(file_, write);
+            Documents::ReplaceFile(file_, write, lock);
             return {{}, file_};
         } catch (const std::exception&) {
         }
@@ -170,7 +177,7 @@ RecoveryCopy KeptCopy::WriteAnywhere(const std::string& name, const std::optiona
         try {
             for (int number = 1; number <= kMostCopies; ++number) {
                 const fs::path file = place / CopyName(name, number);
-                if (Documents::CreateFile(file, write)) {
+                if (Documents::CreateFile(file, write, lock)) {
                     return {{}, file};
                 }
             }
