@@ -149,11 +149,17 @@ void KeepInTooltip(std::wstring& text)
     const auto isSame = [](wchar_t left, wchar_t right) {
         return left == right || (left >= L'A' && left <= L'Z' && left + (L'a' - L'A') == right);
     };
+    std::wstring kept;
+    std::size_t copied = 0;
     for (std::size_t at = text.find(L'<'); at != text.npos; at = text.find(L'<', at + 1)) {
         const std::wstring_view rest = std::wstring_view(text).substr(at, kEnd.size());
         if (std::equal(rest.begin(), rest.end(), kEnd.begin(), kEnd.end(), isSame)) {
-            text.replace(at, 1, L"&lt;");
+            kept.append(text, copied, at - copied).append(L"&lt;");
+            copied = at + 1;
         }
+    }
+    if (copied != 0) {
+        text = kept.append(text, copied);
     }
 }
 
