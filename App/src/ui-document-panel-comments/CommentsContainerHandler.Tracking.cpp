@@ -260,9 +260,13 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     step([this] { container_.SelectAll(kPreloader).Collapse(); });
     if (!loading->failure) {
         step([&] { ShowResults(*loading); });
-        // What changed while the worker was rendering may be in the rendering or not.
+        // What changed while the worker was rendering may be in the rendering or not. A document
+        // that is gone has nothing to bring up to date.
+        const auto document = document_.Lock();
         for (const std::uint32_t pageIndex : touched) {
-            step([&] { UpdatePageItem(pageIndex); });
+            if (document) {
+                step([&] { UpdatePageItem(pageIndex); });
+            }
         }
     }
     step([this] { SelectFirstAnnotItem(); });
