@@ -1,6 +1,6 @@
 // Views, documents, frames, handlers and the module come and go in orders drawn at random: in the
-// middle of renderings and posted tasks, on foreign threads, twice, and again. Afterwards every list
-// that is left equals its document, and nothing else is left.
+// middle of renderings and posted tasks, on foreign threads, twice, and again. Afterwards every
+// list that is left equals its document, and nothing else is left.
 //
 // PANEL_LIFE_SEED plays one order again, PANEL_LIFE_COUNT sets how many there are.
 #include "PanelFixture.h"

@@ -112,7 +112,7 @@ struct CommentsContainerHandler::Loading {
 void CommentsContainerHandler::SetDocumentView(BLDocumentView* view)
 {
     using namespace boost::placeholders;
-    view_ = WeakServiceObjectPtr<BLDocumentView>(view);
+    view_ = WeakServiceObjectPtr<BLDocumentView>::Require(view);
     viewSubscriptions_.Clear();
     documentReadOnly_ = false;
     isBound_ = false;
@@ -149,6 +149,7 @@ void CommentsContainerHandler::ReloadList()
     // The list that lands replaces what cannot be cleared now, and its buttons are its own; no
     // command acts on what is left until then.
     stale_ = true;
+    tolerated_ = false;
     const std::uint64_t failedBefore = FailedCallCount();
     const bool cleared = SODetails::RunEventTask(kLoadName, [this] { ClearResults(); }) &&
                          FailedCallCount() == failedBefore;
@@ -182,14 +183,18 @@ void CommentsContainerHandler::Refresh()
 
 void CommentsContainerHandler::RequireFreshList()
 {
-    if (const auto waiting = loading_; waiting && waiting->refused.load()) {
+    const auto waiting = loading_;
+    const bool lands = waiting && waiting->refused.load();
+    if (lands) {
         Loading::Complete(waiting);
     }
-    const bool recovers = (IsStale() || !isBound_) && !loading_ && !recoveryFailed_;
+    const bool missed = changeMissed_.load();
+    const bool isWorthATry = (stale_ || !isBound_) && !recoveryFailed_;
+    const bool recovers = !loading_ && (missed || isWorthATry);
     if (recovers) {
         Recover();
     }
-    if (recovers || (IsStale() && !tolerated_)) {
+    if (lands || recovers || missed || (stale_ && !tolerated_)) {
         Fail(kResultNotInitialized, L"Not initialized",
              "CommentsContainerHandler::RequireFreshList", __LINE__);
     }
@@ -235,13 +240,18 @@ void CommentsContainerHandler::LoadResults()
     loading->thread = dispatcher_.ThreadObject();
     loading->document = std::move(document);
     changeMissed_ = false;  // what is missed from here on may not be in the rendering
-    queue_->Add([loading] {
-        loading->Render();
-        return loading->dropped.load() || Loading::PostCompletion(loading);
-    });
-    loading_ = loading;
     SODetails::RunEventTask(kLoadName,
                             [this] { container_.SelectAll(kPreloader).SetVisibility(u"visible"); });
+    try {
+        queue_->Add([loading] {
+            loading->Render();
+            return loading->dropped.load() || Loading::PostCompletion(loading);
+        });
+    } catch (...) {
+        SODetails::RunEventTask(kLoadName, [this] { container_.SelectAll(kPreloader).Collapse(); });
+        throw;
+    }
+    loading_ = loading;
 }
 
 void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loading)
@@ -277,14 +287,14 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     incomplete_ = incomplete_ || PDFL::FailedQueryCount() != queriesBefore;
     stale_ = !landed || loading->failedCalls || FailedCallCount() != failedBefore;
     // What fails twice, and is not thrown, may be how this host is: commands act all the same.
-    tolerated_ = recovering && landed;
+    tolerated_ = recovering && landed && stale_;
     recoveryFailed_ = recovering && (stale_ || incomplete_ || !isBound_);
     if (loading->failure) {
         std::rethrow_exception(loading->failure);
     }
-    if (stale_ && !recovering) {  // nobody may come by for a while
+    if (IsStale() && !recovering) {  // nobody may come by for a while
         PostToUIThread(kLoadName, [this] {
-            if (stale_ && !loading_) {
+            if (IsStale() && !loading_) {
                 Recover();
             }
         });
@@ -306,22 +316,26 @@ void CommentsContainerHandler::ShowResults(const Loading& loading)
 }
 
 template <class Task>
-void CommentsContainerHandler::RunOnUIThread(const char* name, const Task& task)
+bool CommentsContainerHandler::RunOnUIThread(const char* name, const Task& task)
 {
-    if (dispatcher_.IsUIThread()) {
-        SODetails::RunEventTask(name, task);
-    } else {
-        PostToUIThread(name, task);
+    if (!dispatcher_.IsUIThread()) {
+        return PostToUIThread(name, task);
     }
+    SODetails::RunEventTask(name, task);
+    return true;
 }
 
 template <class Step>
 void CommentsContainerHandler::ChangeList(const Step& step)
 {
+    Refresh();
     const std::uint64_t callsBefore = FailedCallCount();
     const std::uint64_t queriesBefore = PDFL::FailedQueryCount();
     const auto note = [&](bool failed) {
         if (failed || FailedCallCount() != callsBefore) {
+            if (loading_) {
+                changeMissed_ = true;  // it may have been rendered without the change
+            }
             stale_ = true;
             tolerated_ = false;
             recoveryFailed_ = false;
@@ -329,7 +343,6 @@ void CommentsContainerHandler::ChangeList(const Step& step)
         incomplete_ = incomplete_ || PDFL::FailedQueryCount() != queriesBefore;
     };
     try {
-        Refresh();
         step();
         note(false);
     } catch (const ServiceObjectException& failure) {
@@ -348,15 +361,17 @@ void CommentsContainerHandler::OnPagesChanged(PDPageOperation operation, const _
         return;
     }
     constexpr const char* kName = "CommentsContainerHandler::OnPagesChanged";
-    const bool known = SODetails::RunEventTask(kName, [&] {
+    bool followed = false;
+    SODetails::RunEventTask(kName, [&] {
         // The range is the caller's; a task that runs later has its own copy.
         std::vector<std::uint32_t> pages;
         if (range != nullptr && range->pages != nullptr) {
             pages.assign(range->pages, range->pages + range->count);
         }
-        RunOnUIThread(kName, [this, pages = std::move(pages)] { ReloadListOfDocument(); });
+        followed =
+            RunOnUIThread(kName, [this, pages = std::move(pages)] { ReloadListOfDocument(); });
     });
-    if (!known) {
+    if (!followed) {
         changeMissed_ = true;
     }
 }
@@ -372,18 +387,21 @@ void CommentsContainerHandler::OnAnnotChanged(PDAnnotOperation operation, unsign
         return;
     }
     constexpr const char* kName = "CommentsContainerHandler::OnAnnotChanged";
-    const bool known = SODetails::RunEventTask(kName, [&] {
+    bool followed = false;
+    SODetails::RunEventTask(kName, [&] {
         const auto changed = PDFL::Annotation::Retain(annotation);
         // What is not listed changes no item, but coming or going it moves its neighbours'
         // positions, and with them their names.
         const std::uint64_t failedBefore = PDFL::FailedQueryCount();
         if (ofPage || changed.IsListed() || PDFL::FailedQueryCount() != failedBefore) {
-            RunOnUIThread(kName, [this, operation, pageIndex, changed] {
+            followed = RunOnUIThread(kName, [this, operation, pageIndex, changed] {
                 ChangeList([&] { ApplyAnnotChange(operation, pageIndex, changed); });
             });
+        } else {
+            followed = true;
         }
     });
-    if (!known) {
+    if (!followed) {
         changeMissed_ = true;
     }
 }
@@ -396,7 +414,10 @@ void CommentsContainerHandler::OnFocusAnnot(unsigned int pageIndex, _PDAnnotRec*
     constexpr const char* kName = "CommentsContainerHandler::OnFocusAnnot";
     SODetails::RunEventTask(kName, [&] {
         RunOnUIThread(kName, [this, pageIndex, focused = PDFL::Annotation::Retain(annotation)] {
-            Refresh();
+            // Commands lead here too: the list that they act on is not loaded anew for little.
+            if (IsStale() && !tolerated_) {
+                Refresh();
+            }
             SelectAnnotItem(pageIndex, focused);
         });
     });

@@ -35,8 +35,10 @@ ResultCode CommentsContainerHandler::Attached(UIWnd& window, const UIElement& el
         SetDocumentView(view.Get());
     } catch (...) {
         Detached();
+        attachingFailed_ = true;
         throw;
     }
+    attachingFailed_ = false;
     return kResultOk;
 }
 
@@ -49,6 +51,8 @@ ResultCode CommentsContainerHandler::Detached()
     document_.Reset();
     container_ = {};
     queue_.reset();
+    stale_ = incomplete_ = isRecovering_ = recoveryFailed_ = tolerated_ = false;
+    changeMissed_ = false;
     return kResultOk;
 }
 
@@ -56,7 +60,9 @@ ResultCode CommentsContainerHandler::OnLocaleChanged()
 {
     constexpr const char* kName = "CommentsContainerHandler::OnLocaleChanged";
     try {
-        PostToUIThread(kName, [this] { ReloadListOfDocument(); });
+        if (!PostToUIThread(kName, [this] { ReloadListOfDocument(); })) {
+            changeMissed_ = true;
+        }
     } catch (...) {
         changeMissed_ = true;
         throw;
@@ -71,18 +77,15 @@ void CommentsContainerHandler::Fail(ResultCode code, const wchar_t* message, con
         {code, message, function, "src/ui-document-panel-comments/CommentsContainerHandler", line});
 }
 
-void CommentsContainerHandler::PostToUIThread(const char* name, const std::function<void()>& task)
+bool CommentsContainerHandler::PostToUIThread(const char* name, const std::function<void()>& task)
 {
-    const bool taken = dispatcher_.Post(
+    return dispatcher_.Post(
         [self = WeakServiceObjectPtr<CommentsContainerHandler>::Require(this), name, run = task] {
             const auto handler = self.Lock();
             if (handler && handler->dispatcher_.IsUIThread()) {
                 SODetails::RunEventTask(name, run);
             }
         });
-    if (!taken && dispatcher_.IsStarted()) {
-        Fail(kResultNotInitialized, L"Not initialized", name, __LINE__);
-    }
 }
 
 BasicServiceObjectPtr<BLDocument> CommentsContainerHandler::CurrentDocument() const

@@ -51,7 +51,7 @@ public:
     std::uint32_t SubscribedEvents() const noexcept;
     // Starts the dispatcher and binds the handler to its view. A failure leaves it detached.
     ResultCode Attached(UIWnd& window, const UIElement& element);
-    bool IsAttached() const noexcept { return static_cast<bool>(container_); }
+    bool HasFailedToAttach() const noexcept { return attachingFailed_; }
     // Drops a rendering under way, all subscriptions and the dispatcher. May come twice.
     ResultCode Detached();
     ResultCode HandleKey(HtmlElementHandle element, UIKeyEvent* event);
@@ -163,11 +163,11 @@ private:
                                   std::uint32_t line);
 
     // Runs `task` on the UI thread: now when this is it, else posted, and dropped when the handler
-    // is gone or detached by then. Failures of the task end it. Fails when a task cannot be posted.
-    // [any-thread]
+    // is gone or detached by then. Failures of the task end it. False when the host takes no posted
+    // task; fails when it fails to take it. [any-thread]
     template <class Task>
-    void RunOnUIThread(const char* name, const Task& task);
-    void PostToUIThread(const char* name, const std::function<void()>& task);
+    bool RunOnUIThread(const char* name, const Task& task);
+    bool PostToUIThread(const char* name, const std::function<void()>& task);
     // Runs a step that follows a change of the document; whatever fails in it makes the list
     // stale, but for the absence of what the change was about, which another change has removed.
     template <class Step>
@@ -186,7 +186,7 @@ private:
 
     // Whether the items shown may be other than those of the document.
     bool IsStale() const noexcept { return stale_ || changeMissed_.load(); }
-    // Before an event is acted on: loads a list anew that is stale, or that lacks what the host
+    // Before a change is acted on: loads a list anew that is stale, or that lacks what the host
     // failed to give.
     void Refresh();
     // Before a command acts: loads a stale list anew, which then has nothing to act on: fails with
@@ -242,6 +242,7 @@ private:
     UIThreadDispatcher dispatcher_;
     ElementReference container_;
     bool documentReadOnly_ = false;
+    bool attachingFailed_ = false;
 
     std::shared_ptr<RenderQueue> queue_;    // held while attached
     std::shared_ptr<Loading> loading_;      // the rendering that may still land

@@ -134,6 +134,7 @@ void CommentsPanelHandler::SetDocumentsCollection(UIDocumentsCollection* collect
         return;
     }
     pending_ = Collection::Retain(collection);
+    handedOver_ = WeakServiceObjectPtr<UIDocumentsCollection>(collection);
     dispatcher_.EnsureStarted();
     PostPendingCollection();
 }
@@ -147,7 +148,8 @@ void CommentsPanelHandler::PostPendingCollection()
             [self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this), held = pending_] {
                 const bool adopted = self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
                                                    [&] { self->AdoptCollection(held.Get()); });
-                if (!adopted && !self->pending_ && !self->isDetached_) {
+                const bool isLatest = self->handedOver_.Lock() == held;
+                if (!adopted && isLatest && !self->pending_ && !self->isDetached_) {
                     self->pending_ = held;
                 }
             })) {
@@ -269,6 +271,9 @@ void CommentsPanelHandler::ShowActiveView(const Collection& collection)
             ActivateContainer(view.Get(), SourceOf(collection.Get()));
         } else if (FailedCallCount() != failedBefore) {
             Fail("CommentsPanelHandler::ShowActiveView", __LINE__);
+        } else if (const View observed = ObservedView();
+                   observed && shownFor_ == SourceOf(collection.Get())) {
+            DeactivateContainer(observed.Get());
         }
     });
     if (!shown) {
@@ -404,7 +409,9 @@ bool CommentsPanelHandler::RunTask(const char* name, const std::function<void()>
     if (!dispatcher_.IsUIThread()) {
         return false;  // detached since
     }
-    CatchUp();
+    if (!SODetails::RunEventTask(name, [this] { CatchUp(); })) {
+        eventMissed_ = true;
+    }
     const bool done = SODetails::RunEventTask(name, task);
     if (!done) {
         eventMissed_ = true;
@@ -602,20 +609,18 @@ void CommentsPanelHandler::CreateContainer(BLDocumentView* view, Source source)
         return;
     }
     containers_.push_back({WeakServiceObjectPtr<BLDocumentView>::Require(view), key, source});
+    constexpr const char* kName = "CommentsPanelHandler::CreateContainer";
     try {
+        const std::uint64_t appendedBefore = FailedCallCount();
         body.SetHtml(html, HtmlPosition::kAppendLast);
-        const ElementSet made = ContainersWithKey(key);
-        if (made.IsEmpty()) {
-            Fail("CommentsPanelHandler::CreateContainer", __LINE__);
+        if (FailedCallCount() != appendedBefore) {
+            Fail(kName, __LINE__);
         }
-        made.Collapse();
     } catch (...) {
-        // Where two views share the key, the other one's container goes too, and both are made
-        // anew.
-        SODetails::RunEventTask("CommentsPanelHandler::CreateContainer",
-                                [&] { RemoveContainers(key); });
+        ForgetContainer(view);
         throw;
     }
+    SODetails::RunEventTask(kName, [&] { ContainersWithKey(key).Collapse(); });
     PostAttaching(view);
 }
 
@@ -650,15 +655,21 @@ void CommentsPanelHandler::AttachContainerHandler(BLDocumentView* view)
     const std::string key = container->key;
     NoteAttaching(view, Attaching::kNotPosted);
     try {
+        const std::uint64_t failedBefore = FailedCallCount();
         const ElementSet containers = ContainersWithKey(key);
         if (containers.IsEmpty()) {
-            return;  // it may be there when the next event comes
+            const bool isGone = FailedCallCount() == failedBefore &&
+                                HasMethod<UIWnd::SelectElements>(root_.Window().Lock().Get());
+            if (isGone) {
+                ForgetContainer(view);
+            }
+            return;
         }
         const auto handler =
             SODetails::ServiceObjectCppTheConcrete<CommentsContainerHandler>::Create(*view);
         root_.SameWindow(containers.Elements().front().handle)
             .AttachHandler(handler->AsInterface());
-        if (!handler->IsAttached()) {
+        if (handler->HasFailedToAttach() || FailedCallCount() != failedBefore) {
             Fail("CommentsPanelHandler::AttachContainerHandler", __LINE__);
         }
     } catch (...) {
@@ -693,7 +704,11 @@ void CommentsPanelHandler::ActivateContainer(BLDocumentView* view, Source source
 
 void CommentsPanelHandler::DeactivateContainer(BLDocumentView* view)
 {
+    const std::uint64_t failedBefore = FailedCallCount();
     ContainersWithKey(ContainerKey(view)).Collapse();
+    if (FailedCallCount() != failedBefore) {
+        eventMissed_ = true;
+    }
     StopObservingView(view);
 }
 
@@ -701,6 +716,12 @@ void CommentsPanelHandler::DestroyContainer(BLDocumentView* view)
 {
     StopObservingView(view);
     RemoveContainers(ContainerKey(view));
+}
+
+void CommentsPanelHandler::ForgetContainer(BLDocumentView* view)
+{
+    std::erase_if(containers_,
+                  [view](const Container& known) { return known.view.Lock().Get() == view; });
 }
 
 void CommentsPanelHandler::RemoveContainers(const std::string& key)

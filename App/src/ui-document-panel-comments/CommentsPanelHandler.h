@@ -113,6 +113,8 @@ private:
     void DeactivateContainer(BLDocumentView* view);
     void DestroyContainer(BLDocumentView* view);
     void RemoveContainers(const std::string& key);
+    // Of a view whose container is not in the tree.
+    void ForgetContainer(BLDocumentView* view);
 
     // Calls `step` for every container, not for what looks like one inside a comment. A failure
     // ends the step alone.
@@ -132,7 +134,8 @@ private:
     bool isDetached_ = false;                // was attached, and is not any more
     ElementReference root_;
     Collection collection_;
-    Collection pending_;   // handed over, and not posted yet
+    Collection pending_;                                      // handed over, and not posted yet
+    WeakServiceObjectPtr<UIDocumentsCollection> handedOver_;  // last
     Source shownFor_ = 0;  // the collection whose active view was shown last
     // What is still to be done where the host failed.
     std::vector<WeakServiceObjectPtr<UIDocumentFrame>> framesToObserve_;

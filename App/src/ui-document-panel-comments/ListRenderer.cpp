@@ -47,7 +47,8 @@ std::wstring FormatTranslated(const std::wstring& text, const std::wstring& numb
         boost::wformat format(text, std::locale::classic());
         format.exceptions(boost::io::no_error_bits);
         std::wstring formatted = (format % number).str();
-        if (format.expected_args() > 0 && formatted.find(number) == formatted.npos) {
+        const bool hasPlace = text.find(L"%1%") != text.npos;
+        if (hasPlace && formatted.find(number) == formatted.npos) {
             throw std::bad_alloc();  // which streams keep to themselves
         }
         return formatted;
