@@ -54,7 +54,9 @@ public:
             if (fromThenOn_ ? call >= n_ : call == n_) {
                 outcome = outcome_;
                 where_ = methodName;
-                refusedEvents_ = refusedEvents_ || method.starts_with("On");
+                // A handler that is not attached, against the host's word, hears of nothing either.
+                refusedEvents_ = refusedEvents_ || method.starts_with("On") ||
+                                 (method == "AttachHandler" && outcome_ == CallOutcome::kPretends);
             }
         }
         if (outcome == CallOutcome::kPasses || outcome == CallOutcome::kPretends) {
