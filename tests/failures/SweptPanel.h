@@ -21,9 +21,8 @@ public:
     // What a host can expect of the panel after a failure.
     enum class Expected {
         kMendsItself,       // with the next event
-        kMendsWithLoading,  // with the next loading: the host pretended to have done what it had
-                            // not
-        kStands,            // not to crash, nor to keep anything: events were refused for good
+        kMendsWithLoading,  // with the next loading: what failed counts as how the host is
+        kStands,            // not to crash, nor to keep anything
     };
 
     // Runs the operation between `arm` and `disarm`, which says what to expect, and judges the
