@@ -33,8 +33,13 @@ std::uintptr_t FindStackReserve()
 void RequireStack()
 {
     thread_local const std::uintptr_t reserve = FindStackReserve();
-    const char here = 0;
-    if (reinterpret_cast<std::uintptr_t>(&here) < reserve) {
+#if defined(__SANITIZE_ADDRESS__)  // which may keep locals in memory of its own
+    const void* const here = __builtin_frame_address(0);
+#else
+    const char local = 0;
+    const void* const here = &local;
+#endif
+    if (reinterpret_cast<std::uintptr_t>(here) < reserve) {
         throw std::runtime_error("objects refer to each other too deeply to be read");
     }
 }
