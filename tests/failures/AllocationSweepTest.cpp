@@ -10,38 +10,23 @@ namespace {
 
 TEST(AllocationSweep, ThePanelStandsWhereverMemoryRunsOut)
 {
-    struct Way {
-        const char* name;
-        std::uint64_t count;
-    };
-    constexpr Way kWays[] = {{"alone", 1}, {"and three more", 4}, {"and all later ones", ~0ull}};
     std::uint64_t points = 0;
-    std::uint64_t skipped = 0;
-    for (const Way& way : kWays) {
-        for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
-            const std::uint64_t stride = SweepStride();
-            bool failed = true;
-            for (std::uint64_t n = stride < 2 ? 0 : skipped++ % stride; failed; n += stride) {
-                FailingAllocations::Plan(n, way.count);
-                const std::string point = std::string(operation.name) + ": allocation " +
-                                          std::to_string(n) + " " + way.name;
-                {
-                    SweptPanel panel;
-                    testing::ScopedTrace trace(__FILE__, __LINE__, point);
-                    panel.Run(
-                        operation, [] { FailingAllocations::Arm(true); },
-                        [] {
-                            FailingAllocations::Arm(false);
-                            return SweptPanel::Expected::kMendsItself;
-                        });
-                }
-                failed = FailingAllocations::Count() > n;
-                points += failed ? 1 : 0;
-                if (testing::Test::HasFailure()) {
-                    FAIL() << point;
-                }
-            }
-        }
+    for (const std::uint64_t count : {std::uint64_t{1}, std::uint64_t{4}, ~std::uint64_t{0}}) {
+        points += SweepPoints(count, [&](const SweptPanel::Operation& operation, std::uint64_t n) {
+            FailingAllocations::Plan(n, count);
+            SweptPanel panel;
+            testing::ScopedTrace trace(__FILE__, __LINE__,
+                                       std::string(operation.name) + ": " + std::to_string(count) +
+                                           " allocations from " + std::to_string(n));
+            panel.Run(
+                operation, [] { FailingAllocations::Arm(true); },
+                [] {
+                    FailingAllocations::Arm(false);
+                    return SweptPanel::Expected::kMendsItself;
+                });
+            return FailingAllocations::Count() > n;
+        });
+        ASSERT_FALSE(HasFailure());
     }
     std::cout << points << " failing allocations\n";
     EXPECT_GT(points, 100u);

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <iostream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -91,32 +92,23 @@ constexpr Way kWays[] = {
 TEST(FailureSweep, ThePanelStandsWhateverCallFails)
 {
     std::uint64_t points = 0;
-    std::uint64_t skipped = 0;
-    for (const Way& way : kWays) {
-        for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
-            // Another part of the points for each pair, so that strides do not always meet the
-            // same.
-            const std::uint64_t stride = SweepStride();
-            bool failed = true;
-            for (std::uint64_t n = stride < 2 ? 0 : skipped++ % stride; failed; n += stride) {
-                FailingCall call(n, way.fromThenOn, way.outcome);
-                {
-                    SweptPanel panel;
-                    testing::ScopedTrace trace(__FILE__, __LINE__,
-                                               std::string(operation.name) + ": call " +
-                                                   std::to_string(n) + " " + way.name);
-                    panel.Run(
-                        operation, [&] { call.Arm(); }, [&] { return call.Disarm(); });
-                }
-                EXPECT_EQ(call.OpenUses(), 0) << operation.name << " " << n << " " << way.name;
-                failed = call.HasFailed();
-                points += failed ? 1 : 0;
-                if (testing::Test::HasFailure()) {
-                    FAIL() << operation.name << ": call " << n << ", " << call.Where() << ", "
-                           << way.name;
-                }
+    for (std::size_t way = 0; way < std::size(kWays); ++way) {
+        const auto& [name, outcome, fromThenOn] = kWays[way];
+        points += SweepPoints(way, [&](const SweptPanel::Operation& operation, std::uint64_t n) {
+            FailingCall call(n, fromThenOn, outcome);
+            {
+                SweptPanel panel;
+                testing::ScopedTrace trace(__FILE__, __LINE__,
+                                           std::string(operation.name) + ": call " +
+                                               std::to_string(n) + " " + name);
+                panel.Run(
+                    operation, [&] { call.Arm(); }, [&] { return call.Disarm(); });
             }
-        }
+            EXPECT_EQ(call.OpenUses(), 0) << operation.name << " " << n << " " << name;
+            EXPECT_FALSE(HasFailure()) << call.Where();
+            return call.HasFailed();
+        });
+        ASSERT_FALSE(HasFailure());
     }
     std::cout << points << " failing calls\n";
     EXPECT_GT(points, 100u);
@@ -126,35 +118,30 @@ TEST(FailureSweep, ThePanelStandsWhateverQueryOfThePdfLibraryFails)
 {
     using Documents::Fault;
     std::uint64_t points = 0;
-    std::uint64_t skipped = 0;
     for (const std::uint32_t times : {1u, Fault::kEveryTime}) {
-        for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
-            const std::uint64_t stride = SweepStride();
-            bool failed = true;
-            for (std::uint64_t n = stride < 2 ? 0 : skipped++ % stride; failed; n += stride) {
-                std::optional<Documents::FaultInjection> fault;
-                SweptPanel panel;
-                testing::ScopedTrace trace(__FILE__, __LINE__,
-                                           std::string(operation.name) + ": query " +
-                                               std::to_string(n) + ", times " +
-                                               std::to_string(times));
-                panel.Run(
-                    operation,
-                    [&] {
-                        fault.emplace(Fault{Documents::TableEntry::kAny, kInjectedFailure,
-                                            static_cast<std::uint32_t>(n), times});
-                    },
-                    [&] {
-                        failed = fault->Failures() != 0;
-                        fault.reset();
-                        // A library that fails the same query again counts as one that always does.
-                        return times == 1 ? SweptPanel::Expected::kMendsItself
-                                          : SweptPanel::Expected::kMendsWithLoading;
-                    });
-                points += failed ? 1 : 0;
-                ASSERT_FALSE(testing::Test::HasFailure());
-            }
-        }
+        points += SweepPoints(times, [&](const SweptPanel::Operation& operation, std::uint64_t n) {
+            bool failed = false;
+            std::optional<Documents::FaultInjection> fault;
+            SweptPanel panel;
+            testing::ScopedTrace trace(__FILE__, __LINE__,
+                                       std::string(operation.name) + ": query " +
+                                           std::to_string(n) + ", times " + std::to_string(times));
+            panel.Run(
+                operation,
+                [&] {
+                    fault.emplace(Fault{Documents::TableEntry::kAny, kInjectedFailure,
+                                        static_cast<std::uint32_t>(n), times});
+                },
+                [&] {
+                    failed = fault->Failures() != 0;
+                    fault.reset();
+                    // A library that fails the same query again counts as one that always does.
+                    return times == 1 ? SweptPanel::Expected::kMendsItself
+                                      : SweptPanel::Expected::kMendsWithLoading;
+                });
+            return failed;
+        });
+        ASSERT_FALSE(HasFailure());
     }
     std::cout << points << " failing queries\n";
     EXPECT_GT(points, 10u);

@@ -16,13 +16,14 @@ namespace {
 constexpr std::uint32_t kEveryKey[] = {kKeyEnd,  kKeyUpArrow,  kKeyPageUp, kKeyDownArrow,
                                        kKeyHome, kKeyPageDown, kKeyEnter};
 
-}  // namespace
-
+// How far apart the points are that are swept.
 std::uint64_t SweepStride()
 {
     const char* const stride = std::getenv("PANEL_SWEEP_STRIDE");
     return stride == nullptr ? 41 : std::strtoull(stride, nullptr, 10);
 }
+
+}  // namespace
 
 SweptPanel::SweptPanel() = default;
 
@@ -271,6 +272,24 @@ void SweptPanel::EditOnForeignThread()
     Publish(view_, DocumentOf(view_).ChangeContents(0, 1, u"changed elsewhere"));
     RunForAWhile();
     host.State().firesOnForeignThread = false;
+}
+
+std::uint64_t
+SweepPoints(std::uint64_t way,
+            const std::function<bool(const SweptPanel::Operation& operation, std::uint64_t n)>& run)
+{
+    const std::uint64_t stride = std::max<std::uint64_t>(SweepStride(), 1);
+    std::uint64_t points = 0;
+    std::uint64_t shift = way * SweptPanel::Operations().size();
+    for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {
+        for (std::uint64_t n = shift++ % stride; run(operation, n); n += stride) {
+            ++points;
+            if (testing::Test::HasFailure()) {
+                return points;
+            }
+        }
+    }
+    return points;
 }
 
 }  // namespace PanelTests

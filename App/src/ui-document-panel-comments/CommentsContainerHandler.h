@@ -10,8 +10,9 @@
 // Everything runs on the UI thread except where it says otherwise. The DOM is the only record of
 // which item is current and which pages are collapsed. Failures are ServiceObjectException.
 //
-// A loading or an update that fails leaves a list that is known to be stale: the next event or
-// command loads it anew, and no command acts on an item of it.
+// A loading or an update that fails leaves a list that is known to be stale: the next change or
+// command loads it anew, and no command acts on an item of it, unless the host fails without an
+// exception in that loading too.
 #pragma once
 
 #include "AnnotDate.h"
