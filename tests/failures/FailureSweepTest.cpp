@@ -93,9 +93,9 @@ TEST(FailureSweep, ThePanelStandsWhateverCallFails)
 {
     std::uint64_t points = 0;
     for (std::size_t way = 0; way < std::size(kWays); ++way) {
-        const auto& [name, outcome, fromThenOn] = kWays[way];
+        const char* const name = kWays[way].name;
         points += SweepPoints(way, [&](const SweptPanel::Operation& operation, std::uint64_t n) {
-            FailingCall call(n, fromThenOn, outcome);
+            FailingCall call(n, kWays[way].fromThenOn, kWays[way].outcome);
             {
                 SweptPanel panel;
                 testing::ScopedTrace trace(__FILE__, __LINE__,
