@@ -2,6 +2,7 @@
 // which a host can fail.
 #include "SweptPanel.h"
 
+#include "platform-libraries/AtomLibraryHost.h"
 #include "platform-libraries/ServiceProviderHost.h"
 #include "service-common/ServiceProvider.h"
 #include "service-common/SingletonStaticData.h"
@@ -145,6 +146,28 @@ TEST(FailureSweep, ThePanelStandsWhateverQueryOfThePdfLibraryFails)
     }
     std::cout << points << " failing queries\n";
     EXPECT_GT(points, 10u);
+}
+
+TEST(FailureSweep, ThePanelStandsWhateverAtomIsRefused)
+{
+    const std::uint64_t points = SweepPoints(
+        0,
+        [&](const SweptPanel::Operation& operation, std::uint64_t n) {
+            bool refused = false;
+            SweptPanel panel;
+            testing::ScopedTrace trace(__FILE__, __LINE__,
+                                       std::string(operation.name) + ": atom " + std::to_string(n));
+            panel.Run(
+                operation, [&] { VxHostRefuseAtomRequest(n + 1); },
+                [&] {
+                    refused = VxHostRefuseAtomRequest(0) != 0;
+                    return SweptPanel::Expected::kMendsItself;
+                });
+            return refused;
+        },
+        1);
+    std::cout << points << " refused atoms\n";
+    EXPECT_GT(points, 20u);
 }
 
 TEST(FailureSweep, ThePanelStandsWhateverServiceIsRefused)

@@ -16,13 +16,6 @@ namespace {
 constexpr std::uint32_t kEveryKey[] = {kKeyEnd,  kKeyUpArrow,  kKeyPageUp, kKeyDownArrow,
                                        kKeyHome, kKeyPageDown, kKeyEnter};
 
-// How far apart the points are that are swept.
-std::uint64_t SweepStride()
-{
-    const char* const stride = std::getenv("PANEL_SWEEP_STRIDE");
-    return stride == nullptr ? 41 : std::strtoull(stride, nullptr, 10);
-}
-
 }  // namespace
 
 SweptPanel::SweptPanel() = default;
@@ -274,11 +267,17 @@ void SweptPanel::EditOnForeignThread()
     host.State().firesOnForeignThread = false;
 }
 
+std::uint64_t SweepStride()
+{
+    const char* const stride = std::getenv("PANEL_SWEEP_STRIDE");
+    return stride == nullptr ? 41 : std::max<std::uint64_t>(std::strtoull(stride, nullptr, 10), 1);
+}
+
 std::uint64_t
 SweepPoints(std::uint64_t way,
-            const std::function<bool(const SweptPanel::Operation& operation, std::uint64_t n)>& run)
+            const std::function<bool(const SweptPanel::Operation& operation, std::uint64_t n)>& run,
+            std::uint64_t stride)
 {
-    const std::uint64_t stride = std::max<std::uint64_t>(SweepStride(), 1);
     std::uint64_t points = 0;
     std::uint64_t shift = way * SweptPanel::Operations().size();
     for (const SweptPanel::Operation& operation : SweptPanel::Operations()) {

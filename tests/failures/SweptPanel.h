@@ -72,12 +72,16 @@ private:
     const Workbench::OnSide host_{Workbench::Side::kHost};
 };
 
+// How far apart the points are that are swept: PANEL_SWEEP_STRIDE, or what suits every test run.
+std::uint64_t SweepStride();
+
 // Runs every operation with its n-th point failing, n growing by a stride until none fails. `run`
 // does one of these on a panel of its own and says whether the point was reached. The number of
 // points; ends with the first failure of the test. `way` shifts the points, so that different ways
 // of failing do not always meet the same.
-std::uint64_t SweepPoints(
-    std::uint64_t way,
-    const std::function<bool(const SweptPanel::Operation& operation, std::uint64_t n)>& run);
+std::uint64_t
+SweepPoints(std::uint64_t way,
+            const std::function<bool(const SweptPanel::Operation& operation, std::uint64_t n)>& run,
+            std::uint64_t stride = SweepStride());
 
 }  // namespace PanelTests

@@ -207,6 +207,14 @@ TEST_F(RenderingTest, PositionsAreThoseOfTheArray)
         return Item(".pencil annot-name=\"" + name + "\"", id, "Ink", "",
                     Tooltip(id, "Ink", "Ink"));
     };
+    // One of them stands at 3, 53, 103 and 153.
+    Pages crowded(1);
+    std::string crowdedItems;
+    for (unsigned i = 0; i < 200; ++i) {
+        const bool isRepeated = i % 50 == 3;
+        crowded[0].push_back(isRepeated ? twice : Comment("Ink"));
+        crowdedItems += ink("0_" + std::to_string(isRepeated ? 3 : i), "#" + std::to_string(i + 1));
+    }
     struct Row {
         const char* what;
         Pages pages;
@@ -214,6 +222,7 @@ TEST_F(RenderingTest, PositionsAreThoseOfTheArray)
     };
     const Row rows[] = {
         {"no pages", {}, kNoItems},
+        {"a crowded page", crowded, Page(0, crowdedItems)},
         {"pages without annotations", {{}, {}}, kNoItems},
         {"nothing listed",
          {{nullptr},

@@ -133,6 +133,18 @@ private:
     std::vector<std::unique_ptr<Segment>> ownedSegments_;
 };
 
+std::atomic<std::uint64_t> g_requestsToRefusal = 0;  // 0: none is refused
+std::atomic<std::uint64_t> g_refusedRequests = 0;
+
+bool IsRequestRefused() noexcept
+{
+    if (g_requestsToRefusal == 0 || --g_requestsToRefusal != 0) {
+        return false;
+    }
+    ++g_refusedRequests;
+    return true;
+}
+
 // Never destroyed: modules ask for names, and hold them, until the process is gone.
 AtomTable& Atoms()
 {
@@ -242,6 +254,9 @@ LIBRARY_EXPORT ResultCode VxGetAtomFromString(const char* name, Atom* atom)
     if (*name == 0) {
         return kResultNotFound;
     }
+    if (IsRequestRefused()) {
+        return kResultUnexpected;
+    }
     try {
         *atom = Atoms().Resolve(name);
         return kResultOk;
@@ -308,6 +323,12 @@ LIBRARY_EXPORT void VxHostRestartSingletonStorage()
 LIBRARY_EXPORT std::uint64_t VxHostCountAtomRequests(const char* name)
 {
     return name == nullptr ? 0 : Atoms().CountRequests(name);
+}
+
+LIBRARY_EXPORT std::uint64_t VxHostRefuseAtomRequest(std::uint64_t number)
+{
+    g_requestsToRefusal = number;
+    return g_refusedRequests.exchange(0);
 }
 
 }  // extern "C"

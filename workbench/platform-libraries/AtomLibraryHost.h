@@ -18,4 +18,8 @@ void VxHostRestartSingletonStorage();
 // How often VxGetAtomFromString was called with that name; 0 for null.
 std::uint64_t VxHostCountAtomRequests(const char* name);
 
+// Makes the call of VxGetAtomFromString of that number, counted from 1 and from now on, fail with
+// 6; 0 for none. Returns how many were refused since the call before.
+std::uint64_t VxHostRefuseAtomRequest(std::uint64_t number);
+
 }  // extern "C"

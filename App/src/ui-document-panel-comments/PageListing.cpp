@@ -3,6 +3,33 @@
 #include "DecimalText.h"
 
 #include <algorithm>
+#include <bit>
+
+namespace {
+
+// A hash of what equal annotations have in common.
+std::uint64_t SharedByEquals(const PDFL::Annotation& annotation)
+{
+    if (!annotation) {
+        return 0;
+    }
+    _PDRect rectangle{};
+    const ResultCode code = annotation.Rectangle(rectangle);
+    if (code != kResultOk) {
+        rectangle = {};
+        if (!IsAbsence(code)) {
+            PDFL::CountFailedQuery();
+        }
+    }
+    std::uint64_t hash = annotation.Subtype();
+    for (const double side : {rectangle.left, rectangle.bottom, rectangle.right, rectangle.top}) {
+        hash = (hash ^ std::bit_cast<std::uint64_t>(side + 0.0)) * 0x9E3779B97F4A7C15u;
+        hash ^= hash >> 29;
+    }
+    return hash;
+}
+
+}  // namespace
 
 void WriteUniqueName(std::uint32_t pageIndex, std::uint32_t position, std::wstring& name)
 {
@@ -36,10 +63,29 @@ bool PageListing::Next(std::wstring& name)
     return false;
 }
 
-std::uint32_t PageListing::FirstPosition() const
+// Equal annotations have one subtype and one rectangle, so on a crowded page only those are
+// compared that have these in common. On others comparing all takes less time than asking for both.
+std::uint32_t PageListing::FirstPosition()
 {
-    const auto first =
-        std::find_if(annotations_.begin(), annotations_.end() - 1,
-                     [&](const auto& former) { return former.IsEqual(annotations_.back()); });
-    return static_cast<std::uint32_t>(first - annotations_.begin());
+    constexpr std::uint32_t kCrowded = 64;
+    const auto last = static_cast<std::uint32_t>(annotations_.size() - 1);
+    if (last < kCrowded) {
+        const auto first =
+            std::find_if(annotations_.begin(), annotations_.end() - 1,
+                         [&](const auto& former) { return former.IsEqual(annotations_.back()); });
+        return static_cast<std::uint32_t>(first - annotations_.begin());
+    }
+    while (indexed_ < last) {
+        positions_.emplace(SharedByEquals(annotations_[indexed_]), indexed_);
+        ++indexed_;
+    }
+    std::uint32_t position = last;
+    const auto [begin, end] = positions_.equal_range(SharedByEquals(annotations_[last]));
+    for (auto candidate = begin; candidate != end; ++candidate) {
+        if (candidate->second < position &&
+            annotations_[candidate->second].IsEqual(annotations_[last])) {
+            position = candidate->second;
+        }
+    }
+    return position;
 }

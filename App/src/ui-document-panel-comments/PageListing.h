@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 // "%1%_%2%" of page index and position, in plain digits.
@@ -34,10 +35,13 @@ public:
     const PDFL::Annotation& Annotation() const { return annotations_.back(); }
 
 private:
-    std::uint32_t FirstPosition() const;
+    std::uint32_t FirstPosition();
 
     const PDFL::Page& page_;
     const std::uint32_t pageIndex_;
     const std::uint32_t count_;
     std::vector<PDFL::Annotation> annotations_;  // those before the next position
+    // Of a crowded page: positions by what equal annotations have in common, all before indexed_.
+    std::unordered_multimap<std::uint64_t, std::uint32_t> positions_;
+    std::uint32_t indexed_ = 0;
 };
