@@ -40,17 +40,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
 endif()
 
 if(WIN32)
-    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-    # Exceptions cross the borders between libraries, so all of them share one runtime.
-    add_link_options(-shared-libgcc)
-    foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
-        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}
-            OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
-        if(NOT IS_ABSOLUTE "${path}")
-            message(FATAL_ERROR "${CMAKE_CXX_COMPILER} does not know where its ${library} is")
-        endif()
-        file(COPY_FILE "${path}" ${CMAKE_BINARY_DIR}/bin/${library} ONLY_IF_DIFFERENT)
-    endforeach()
+    # Every library and program brings the compiler's runtimes along and asks for nothing but the
+    # system's libraries and the host's. Exceptions cross between runtimes of one compiler.
+    add_link_options(-static)
+    add_library(linked-runtime INTERFACE)
+    target_sources(linked-runtime INTERFACE
+        ${PROJECT_SOURCE_DIR}/Support/src/platform/LinkedRuntimeWindows.cpp)
 else()
     # A module that lacks a function should fail here and not on its first load.
     if(NOT COMMENTS_SANITIZERS)

@@ -139,10 +139,11 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
     CLI::App app("Shows the comments panel of PDF files, in the browser unless told otherwise.",
                  "workbench");
     Declare(app, options);
+    app.set_version_flag("--version", std::string("workbench ") + COMMENTS_PANEL_VERSION);
     try {
         app.parse(argumentCount, arguments);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help, output, errors);
+    } catch (const CLI::Success& answer) {  // help or version
+        return app.exit(answer, output, errors);
     } catch (const CLI::ParseError& error) {
         errors << "workbench: " << OneLine(error.what()) << " (see --help)\n";
         return kExitFailed;

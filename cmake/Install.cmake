@@ -1,0 +1,68 @@
+# What a host's engineer gets, laid out by `cmake --install`:
+#
+#   bin/ (Windows) or lib/       the module, and the platform libraries that it links to
+#   lib/                         import libraries, and the SDK's static libraries
+#   lib/cmake/CommentsPanel/     find_package(CommentsPanel)
+#   lib/pkgconfig/               comments-panel.pc
+#   include/comments-panel/      the SDK's headers
+#   share/comments-panel/        the panel's resources, examples
+#   share/doc/comments-panel/    documentation
+
+include(CMakePackageConfigHelpers)
+
+set(package lib/cmake/CommentsPanel)
+set(headers include/comments-panel)
+set(documents share/doc/comments-panel)
+
+# Everything that includes the SDK's headers links to this.
+add_library(comments-panel-sdk INTERFACE)
+target_include_directories(comments-panel-sdk INTERFACE $<INSTALL_INTERFACE:${headers}>)
+target_compile_features(comments-panel-sdk INTERFACE cxx_std_17)
+target_link_libraries(comments-panel-sdk INTERFACE support)
+set_target_properties(comments-panel-sdk PROPERTIES EXPORT_NAME sdk)
+
+# The archives bear the package's name, not that of a folder.
+set(archives support system-errors unicode-text)
+foreach(archive IN LISTS archives)
+    set_target_properties(${archive} PROPERTIES OUTPUT_NAME comments-panel-${archive})
+endforeach()
+
+set(platformLibraries vx-atom vx-service-provider vx-encoding)
+install(TARGETS comments-panel-sdk ${archives} ${platformLibraries} ui-document-panel-comments
+    EXPORT CommentsPanel
+    RUNTIME DESTINATION bin
+    LIBRARY DESTINATION $<IF:$<BOOL:${WIN32}>,bin,lib>
+    ARCHIVE DESTINATION lib)
+install(EXPORT CommentsPanel NAMESPACE CommentsPanel:: FILE CommentsPanelTargets.cmake
+    DESTINATION ${package})
+
+if(WIN32)
+    set(moduleFolder bin)
+    set(systemLibraries "")
+else()
+    set(moduleFolder lib)
+    set(systemLibraries "-ldl -pthread")
+endif()
+set(CommentsPanel_MODULE
+    ${moduleFolder}/ui-document-panel-comments${CMAKE_SHARED_MODULE_SUFFIX})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/CommentsPanelConfig.cmake.in
+    ${CMAKE_BINARY_DIR}/${package}/CommentsPanelConfig.cmake
+    INSTALL_DESTINATION ${package}
+    PATH_VARS CommentsPanel_MODULE
+    NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/${package}/CommentsPanelConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(DIRECTORY ${CMAKE_BINARY_DIR}/${package}/ DESTINATION ${package})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/comments-panel.pc.in
+    ${CMAKE_BINARY_DIR}/lib/pkgconfig/comments-panel.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/lib/pkgconfig/comments-panel.pc DESTINATION lib/pkgconfig)
+
+install(DIRECTORY Support/include/ App/include/ DESTINATION ${headers} FILES_MATCHING PATTERN *.h)
+install(FILES
+    workbench/platform-libraries/AtomLibraryHost.h
+    workbench/platform-libraries/ServiceProviderHost.h
+    DESTINATION ${headers}/platform-libraries)
+install(DIRECTORY resources/document-panel-comments DESTINATION share/comments-panel/resources)
+install(DIRECTORY examples DESTINATION share/comments-panel OPTIONAL)
+install(DIRECTORY docs/ DESTINATION ${documents}/docs)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${documents})
