@@ -11,6 +11,7 @@ import {conclude, exists, filesBelow, kRoot, read} from '../check/files.mjs';
 import {declarationsIn, fieldsOf, readHeader} from './headers.mjs';
 
 const kPage = 'docs/interface.md';
+const kLayout = 'tools/sdk-layout/PublicLayout.cpp';
 const kThreads = {'ui-thread': 'on the UI thread', 'any-thread': 'on any thread'};
 const kWidth = 100;
 
@@ -474,7 +475,21 @@ function page() {
     return `${parts.filter(Boolean).join('\n\n')}\n`;
 }
 
+/// What is compared with the last release is listed by hand: nothing of the interface is missing there.
+function requireLayout() {
+    const listed = new Set(read(kLayout).match(/\w+/g));
+    for (const {kind, name, body} of kChapters.flat().flatMap((each) => each.declarations ?? [])) {
+        const values = [...(body ?? '').matchAll(/(\w+) = \d+,/g)].map((match) => match[1]);
+        const names = kind === 'enumeration' ? values : [name];
+        const isShared = ['interface', 'struct', 'constant', 'enumeration'].includes(kind);
+        for (const missing of isShared ? names.filter((each) => !listed.has(each)) : []) {
+            findings.push(`${kLayout} lists no ${missing}`);
+        }
+    }
+}
+
 collectNames();
+requireLayout();
 const text = page();
 const headings = [...text.matchAll(/^#+ (.*)$/gm)].map(([, heading]) => anchorOf(heading));
 for (const twice of headings.filter((each, at) => headings.indexOf(each) !== at)) {
