@@ -2,6 +2,7 @@
 
 #include <map>
 #include <sstream>
+#include <tuple>
 
 namespace SdkLayout {
 
@@ -13,7 +14,10 @@ struct Key {
     std::string subject;
     unsigned long place = 0;
 
-    auto operator<=>(const Key&) const = default;
+    bool operator<(const Key& other) const
+    {
+        return std::tie(kind, subject, place) < std::tie(other.kind, other.subject, other.place);
+    }
 };
 using Layout = std::map<Key, std::string>;
 

@@ -59,8 +59,8 @@ struct BLDocumentView : ServiceObject {
 
     // The document shown, owned; null when there is none. [any-thread]
     SO_METHOD(BLDocumentView, GetDocument, 0, BLDocument** document);
-    // Whether the document may not be changed through this view. Asked once, when the list is
-    // bound to the view.
+    // Whether the document may not be changed through this view. Asked when the list is bound
+    // to the view.
     SO_METHOD(BLDocumentView, IsReadOnly, 1, bool* readOnly);
     // Whether the view can be navigated now (kInteraction...).
     SO_METHOD(BLDocumentView, GetInteractionFlags, 2, std::uint32_t* flags);
