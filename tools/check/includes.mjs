@@ -38,6 +38,7 @@ const kIncludeRoots = [
     'App/src/ui-document-panel-comments',
     'workbench',
     'tools/make-document',
+    'tools/sdk-layout',
     'tests/fakes',
     'tests/documents',
     'tests/html-engine',

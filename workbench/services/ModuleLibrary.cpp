@@ -79,9 +79,9 @@ ModuleLibrary::ModuleLibrary(const std::filesystem::path& file)
         throw std::runtime_error(file_.string() + " cannot be loaded: " + LastLoaderError());
     }
     try {
-        reflect_ = Export<ReflectFunction>("ReflectServiceObjectInfo");
-        create_ = Export<CreateFunction>("CreateServiceObject");
-        Export<RegisterFunction>("RegisterResources");  // called by the module's own objects
+        reflect_ = Export<ReflectServiceObjectInfoExport>("ReflectServiceObjectInfo");
+        create_ = Export<CreateServiceObjectExport>("CreateServiceObject");
+        Export<RegisterResourcesExport>("RegisterResources");  // called by the module's own objects
     } catch (...) {
         Unload();
         throw;

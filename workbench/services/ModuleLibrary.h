@@ -2,7 +2,7 @@
 #pragma once
 
 #include "service-common/ServiceObjectPtr.h"
-#include "service-common/ServiceObjectRegistry.h"
+#include "ui-engine/ModuleExports.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -30,17 +30,13 @@ public:
     bool Unload();
 
 private:
-    using ReflectFunction = ResultCode (*)(const ServiceObjectInfo** entries, std::uint32_t* count);
-    using CreateFunction = ResultCode (*)(std::uint32_t atom, ServiceObject** object);
-    using RegisterFunction = ResultCode (*)(ServiceObject* engine);
-
     template <class Function>
     Function Export(const char* name) const;
 
     std::filesystem::path file_;
     void* handle_ = nullptr;
-    ReflectFunction reflect_ = nullptr;
-    CreateFunction create_ = nullptr;
+    ReflectServiceObjectInfoExport reflect_ = nullptr;
+    CreateServiceObjectExport create_ = nullptr;
 };
 
 // The folder of the running program.

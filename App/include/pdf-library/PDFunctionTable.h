@@ -19,6 +19,11 @@
 // and must not throw.
 using PDTextSink = void (*)(void* context, const char16_t* text, std::uint32_t length);
 
+// Bytes of version 1 of the table: a host's table of fewer is refused (code 2, "Not initialized").
+// Entries behind them were added later and may be absent.
+inline constexpr std::uint32_t kPDFunctionTableMinimum = 128;
+
+// The table. A method is an entry of it, of which all that is said above holds.
 struct PDFunctionTable {
     std::uint32_t size;     // bytes of the table: entries beyond it do not exist
     std::uint32_t version;  // 1
@@ -62,4 +67,4 @@ struct PDFunctionTable {
     ResultCode (*AnnotGetRect)(_PDAnnotRec* annotation, _PDRect* rect);
 };
 static_assert(offsetof(PDFunctionTable, PageAddRef) == 8);
-static_assert(sizeof(PDFunctionTable) == 8 + 15 * sizeof(void*));
+static_assert(sizeof(PDFunctionTable) == 128);

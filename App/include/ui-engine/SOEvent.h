@@ -1,6 +1,6 @@
 // Events of host objects: subscribing a callable to one event, and the handle that ends the
 // subscription. An interface declares each event once, with SO_EVENT. Events are fired on any
-// thread; the callable runs on the thread that fires.
+// thread; the callable runs on the thread that fires. [any-thread]
 #pragma once
 
 #include "service-common/ServiceMethod.h"
@@ -49,10 +49,12 @@ private:
 
 namespace SODetails {
 
-// Base of a catalogue entry that takes an event's slot pair: subscribe at `Slot`, unsubscribe at
-// the next one. The host owns the callable copy from the subscribe call on, whatever it returns,
-// and frees it with the release function. Unsubscribing returns only when no call of the callable
-// is running on another thread, and none comes afterwards.
+// Base of a catalogue entry that takes an event's slot pair: Subscribe at `Slot`, Unsubscribe at
+// the next one. The host owns the callable from the Subscribe call on, whatever it returns, and
+// frees it with the release function, once. Unsubscribe returns only when no call of the callable
+// is running on another thread, and none comes afterwards; both may be called inside the callable.
+// A table that holds the interface holds its events: its size is not consulted. A null Subscribe
+// entry is skipped; a host that offers Subscribe offers Unsubscribe.
 template <class I, unsigned Slot, class Signature>
 struct EventDeclaration;
 
@@ -60,11 +62,15 @@ template <class I, unsigned Slot, class... Args>
 struct EventDeclaration<I, Slot, void(Args...)> {
     using Interface = I;
     using Callable = std::function<void(Args...)>;
+    // What the host calls when it fires: the event's arguments, then the callable that it was
+    // given.
     using Forwarder = void (*)(Args... arguments, void* callable);
+    // Frees the callable. A null one is ignored. Never fails.
     using ReleaseCallable = void (*)(void* callable);
-    // 0: no subscription was made.
+    // A cookie that ends the subscription; 0: none was made.
     using Subscribe = std::uint64_t (*)(I* self, Forwarder forwarder, ReleaseCallable release,
                                         void* callable);
+    // Ends a subscription; the result code is not looked at.
     using Unsubscribe = ResultCode (*)(I* self, std::uint64_t cookie);
     static constexpr unsigned kSlot = Slot;
     static constexpr unsigned kUnsubscribeSlot = Slot + 1;

@@ -6,16 +6,19 @@
 
 struct BLDocumentView;
 
+// The user-interface side of a document view.
 struct UIDocumentView : ServiceObject {
     static constexpr const char* kName = "UIDocumentView";
     static constexpr const char* kHeader = "include/ui-engine/UIDocumentView.SO.h";
 
-    // The business-logic view behind it, owned; the same object on every call. [any-thread]
+    // The business-logic view behind it, owned; the same object on every call. Null: the
+    // panel shows no list for the view. [any-thread]
     SO_METHOD(UIDocumentView, GetDocumentView, 2, BLDocumentView** view);
 
     using Catalogue = SODetails::MethodCatalogue<GetDocumentView>;
 };
 
+// Two document views side by side. The panel keeps a weak reference and calls nothing.
 struct UIDocumentViewSbS : ServiceObject {
     static constexpr const char* kName = "UIDocumentViewSbS";
     static constexpr const char* kHeader = "include/ui-engine/UIDocumentView.SO.h";

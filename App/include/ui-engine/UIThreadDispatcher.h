@@ -51,14 +51,17 @@ private:
 
 namespace SODetails {
 
-// A posted call on its way through the host: allocated and freed by the module.
+// Tag of a posted call: the bytes "ININ".
+inline constexpr std::uint32_t kPostedCallTag = 0x4E494E49;
+
+// A posted call on its way through the host (UIThread::PostCall): allocated by the module, and
+// freed by the runner. The host reads tag and size at most, and keeps the record until it runs it.
 struct PostedCall {
-    std::uint32_t tag;   // kPostedCallTag
-    std::uint32_t size;  // 40
-    std::function<void()> call;
+    std::uint32_t tag;           // kPostedCallTag
+    std::uint32_t size;          // 40
+    std::function<void()> call;  // the module's own
 };
-inline constexpr std::uint32_t kPostedCallTag = 0x4E494E49;  // the bytes "ININ"
-static_assert(alignof(std::function<void()>) == 8);          // the call stands at offset 8
+static_assert(alignof(std::function<void()>) == 8);  // the call stands at offset 8
 static_assert(sizeof(PostedCall) == 40);
 
 // What the host is given to run a record: runs and frees it. A null record, and one with another

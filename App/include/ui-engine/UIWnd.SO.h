@@ -1,5 +1,6 @@
 // Interface `UIWnd`: a window of the host, whose content an HTML engine draws. Finds elements by
-// CSS selector and gives the service objects of its scope. Implemented by the host. [ui-thread]
+// CSS selector and gives the service objects of its scope. The panel keeps a weak reference to it.
+// Implemented by the host. [ui-thread]
 #pragma once
 
 #include "service-common/Atom.h"
@@ -17,8 +18,8 @@ struct UIWnd : ServiceObject {
     // "UIMainFrame"), owned. Fails with 8 when there is none.
     SO_METHOD(UIWnd, QueryServiceObject, 4, Atom name, ServiceObject** object);
     // Calls `collector` for every element below `root` that matches `selector` (CSS, narrow code
-    // page, zero-terminated), in document order. `:root` means `root`. Fails for a malformed
-    // selector.
+    // page, zero-terminated), in document order, before it returns. `:root` means `root`. The
+    // collector takes uses of elements and throws nothing. Fails with 6 for a malformed selector.
     SO_METHOD(UIWnd, SelectElements, 32, HtmlElementHandle root, const char* selector,
               Collector collector, void* context);
 

@@ -30,7 +30,7 @@ const PDFunctionTable& FetchLibrary()
     const auto service = SP::QueryServiceObject<PDModelService>();
     const PDFunctionTable* table = nullptr;
     CallMethod<PDModelService::GetFunctionTable>(service.Get(), &table);
-    if (table == nullptr || table->size < sizeof(PDFunctionTable)) {
+    if (table == nullptr || table->size < kPDFunctionTableMinimum) {
         throw ServiceObjectException({kResultNotInitialized, L"Not initialized", "PDFL::Library",
                                       "include/pdf-library/PDFL", __LINE__});
     }

@@ -11,17 +11,19 @@ namespace Platform {
 
 // One embedded file. Type and name are zero-terminated ASCII; names are in upper case.
 struct EmbeddedResource {
-    const char* type;
-    const char* name;
-    const unsigned char* data;
-    std::uint32_t size;  // bytes
+    const char* type;           // "UI-DATA", or "UI-DATA-TOC" of the table of contents
+    const char* name;           // the path: "DOCUMENT-PANEL-COMMENTS/PANEL.HTM"
+    const unsigned char* data;  // the file's bytes
+    std::uint32_t size;         // bytes
 };
+static_assert(sizeof(EmbeddedResource) == 32);
 
-// All files of a library, sorted by type, then name.
+// All files of a library, sorted by type, then name. Borrowed until the library is unloaded.
 struct EmbeddedResourceTable {
-    const EmbeddedResource* entries;
-    std::uint32_t count;
+    const EmbeddedResource* entries;  // the first one
+    std::uint32_t count;              // number of entries
 };
+static_assert(sizeof(EmbeddedResourceTable) == 16);
 
 // Bytes of an embedded file, borrowed for as long as the library is loaded.
 struct ResourceBytes {
@@ -36,5 +38,6 @@ ResourceBytes FindEmbeddedResource(ModuleInstance library, const char* type, con
 }  // namespace Platform
 
 #if !defined(_WIN32)
+// The table of the library's files. Linux only: on Windows the files are resources of the library.
 extern "C" const Platform::EmbeddedResourceTable UiDataEmbeddedResources;
 #endif

@@ -11,12 +11,13 @@
 // 32-bit number that stands for one name for the life of the process.
 using Atom = std::uint32_t;
 
+// Atoms that no name has.
 inline constexpr Atom kAtomNone = 0;                  // stands for no name
 inline constexpr Atom kAtomUnresolved = 0xFFFFFFFFu;  // not asked for yet
 
-// Failures of storage slots: the process is ending; the slot has another identifier.
-inline constexpr ResultCode kResultStorageDestroyed = 0x20001;
-inline constexpr ResultCode kResultStaticDataIdMismatch = 0x20002;
+// Failures of storage slots.
+inline constexpr ResultCode kResultStorageDestroyed = 0x20001;      // the process is ending
+inline constexpr ResultCode kResultStaticDataIdMismatch = 0x20002;  // the slot has another id
 
 extern "C" {
 

@@ -1,7 +1,17 @@
-// The memory contract of every object that module and host exchange. An object begins with the
-// 64-byte header declared here; its interface's method entries follow, 8 bytes each, then the
-// end-of-table tag and the type id (SODetails::ServiceObjectTable). Both sides read and write the
-// same bytes; nothing virtual, nothing packed. 64-bit pointers, little-endian.
+// The memory contract of every object that module and host exchange. Both sides read and write the
+// same bytes; nothing virtual, nothing packed. 64-bit pointers, little-endian. An object begins
+// with the 64-byte header declared here (ServiceObject). Behind it stand:
+//
+// - at offset 64 the method entries of its interface in slot order, 8 bytes each; a slot that is
+// not
+//   offered is null;
+// - at 64 + methodTableSize the end-of-table tag, the bytes "EOFT";
+// - at 68 + methodTableSize the type id, 32 bits: the hash of the class's type name;
+// - then the class's own members;
+// - last, in objects of this SDK, the reference count (32 bits), the weak-reference record
+// (pointer,
+//   null until it is asked for) and the end-of-object tag, the bytes "EOSO". The other side reads
+//   these through the header's entries only.
 #pragma once
 
 #include "service-common/ResultCodes.h"
@@ -15,11 +25,11 @@ struct WeakReferenceRecord;
 // What GetLastErrorInfo hands out: five 64-bit words. The texts are borrowed: they stand until
 // the thread's next error in that module.
 struct ErrorInfo {
-    std::uint64_t code;
+    std::uint64_t code;       // a result code
     const char16_t* message;  // UTF-16, zero-terminated
     const char* function;     // 8-bit, zero-terminated
-    const char* file;
-    std::uint64_t line;
+    const char* file;         // 8-bit, zero-terminated
+    std::uint64_t line;       // 1-based; 0 when unknown
 };
 static_assert(sizeof(ErrorInfo) == 40);
 
@@ -27,27 +37,31 @@ static_assert(sizeof(ErrorInfo) == 40);
 using MethodEntry = void (*)();
 static_assert(sizeof(MethodEntry) == 8);
 
+// The header of an object. An object that is handed out comes with one reference, which its
+// receiver owns and releases.
 struct ServiceObject {
     std::uint32_t interfaceId;      // CalculateSequenceHash of the interface name; never 0
-    std::uint32_t methodTableSize;  // bytes: 8 x number of methods
+    std::uint32_t methodTableSize;  // bytes: 8 x number of slots
     const char* interfaceName;      // 8-bit, static
 
-    // The new count. [any-thread]
+    // Adds a reference; the new count. [any-thread]
     std::uint32_t (*AddRef)(ServiceObject* self);
-    // The remaining count; the object is destroyed when it falls below 1. [any-thread]
+    // Drops a reference; the remaining count. The object is destroyed when it falls below 1.
+    // [any-thread]
     std::uint32_t (*Release)(ServiceObject* self);
+    // The count, which may have changed since. [any-thread]
     std::uint32_t (*GetRefCount)(ServiceObject* self);
     // Hands out the object's weak-reference record with one holder added for the caller, making
     // it on first use. Fails with 3 for a null out parameter. [any-thread]
     ResultCode (*GetWeakReference)(ServiceObject* self, WeakReferenceRecord** record);
     // The calling thread's last error in the object's module: 0 when there is one, 8 and a zeroed
     // record when not, 3 when `record` is null. `errorObject` may be null; it receives an owned
-    // object that describes the error, or null.
+    // object that describes the error, or null. [any-thread]
     ResultCode (*GetLastErrorInfo)(ServiceObject* self, ErrorInfo* record,
                                    ServiceObject** errorObject);
     // Calls the method of that name with the arguments that follow, each in the type of the
     // method's declaration after the default argument promotions. 8 when the object has no method
-    // of that name, 3 for a null name.
+    // of that name, 3 for a null name. Called on the thread that the method is called on.
     ResultCode (*CallMethodByName)(ServiceObject* self, const char* name, ...);
 };
 static_assert(offsetof(ServiceObject, interfaceId) == 0);
@@ -61,8 +75,13 @@ static_assert(offsetof(ServiceObject, GetLastErrorInfo) == 48);
 static_assert(offsetof(ServiceObject, CallMethodByName) == 56);
 static_assert(sizeof(ServiceObject) == 64);
 
-inline constexpr std::size_t kMethodTableOffset = sizeof(ServiceObject);
-inline constexpr std::size_t kMethodEntrySize = sizeof(MethodEntry);
+// Where the method entries begin, and the bytes of one.
+inline constexpr std::size_t kMethodTableOffset = 64;
+inline constexpr std::size_t kMethodEntrySize = 8;
+static_assert(kMethodTableOffset == sizeof(ServiceObject));
+static_assert(kMethodEntrySize == sizeof(MethodEntry));
+
+// Tags behind the method table and at the end of an object, without a terminating zero.
 inline constexpr char kEndOfTableTag[4] = {'E', 'O', 'F', 'T'};
 inline constexpr char kEndOfObjectTag[4] = {'E', 'O', 'S', 'O'};
 

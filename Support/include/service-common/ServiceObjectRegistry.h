@@ -10,11 +10,11 @@
 #include <cstdint>
 #include <functional>
 
-// One entry of the reflection table as the host reads it.
+// One entry of the reflection table as the host reads it. Borrowed until the module is unloaded.
 struct ServiceObjectInfo {
     Atom atom;  // as the registry held it when the table was built; 0xFFFFFFFF: not resolved yet
-    std::uint32_t reserved;
-    const char* name;  // 8-bit, static
+    std::uint32_t reserved;  // 0
+    const char* name;        // 8-bit, zero-terminated, static
 };
 static_assert(sizeof(ServiceObjectInfo) == 16);
 static_assert(offsetof(ServiceObjectInfo, name) == 8);

@@ -10,8 +10,9 @@
 extern "C" {
 
 // The process-wide service object of that name. `*object` is cleared first and receives an owned
-// reference. Fails with 3 and with the codes 0x10005 to 0x1000A; a failure of the platform behind
-// it is then the calling thread's system error (Platform::SystemError).
+// reference. Fails with 3 (null argument, or the atom 0) and with the codes 0x10005 to 0x1000A; a
+// failure of the platform behind it is then the calling thread's system error (GetLastError on
+// Windows, errno on Linux). [any-thread]
 ResultCode ServiceProviderGetServiceObject(Atom name, ServiceObject** object);
 
 }  // extern "C"

@@ -12,17 +12,22 @@
 // Function table of a record, at its start. A holder that was handed the record calls
 // `ReleaseHolder` once.
 struct WeakReferenceFunctions {
-    std::uint32_t (*AddHolder)(WeakReferenceRecord* record);       // entry 0: the new count
-    std::uint32_t (*ReleaseHolder)(WeakReferenceRecord* record);   // entry 1: frees at 0
-    std::uint32_t (*GetHolderCount)(WeakReferenceRecord* record);  // entry 2
-    bool (*IsAlive)(WeakReferenceRecord* record);                  // entry 3
-    // Entry 4: the object with one reference added for the caller, or null when it died.
+    // Adds a holder; the new count.
+    std::uint32_t (*AddHolder)(WeakReferenceRecord* record);
+    // Drops a holder; the remaining count. The record is freed at 0.
+    std::uint32_t (*ReleaseHolder)(WeakReferenceRecord* record);
+    // The number of holders, which may have changed since.
+    std::uint32_t (*GetHolderCount)(WeakReferenceRecord* record);
+    // Whether the object lives still.
+    bool (*IsAlive)(WeakReferenceRecord* record);
+    // The object with one reference added for the caller, or null when it died.
     ServiceObject* (*Lock)(WeakReferenceRecord* record);
 };
 static_assert(sizeof(WeakReferenceFunctions) == 40);
 
+// A record as this SDK makes it. Only the function table is for the other side.
 struct WeakReferenceRecord {
-    WeakReferenceFunctions functions;
+    WeakReferenceFunctions functions;        // the first five entries
     std::atomic<std::uint32_t> holderCount;  // starts at 1, the object's own hold
     std::atomic<ServiceObject*> object;      // null once the object died
     std::atomic<std::uint32_t> spinLock;     // 0 free, 1 taken

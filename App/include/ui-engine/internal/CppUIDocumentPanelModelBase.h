@@ -1,4 +1,5 @@
-// Adapter that makes a class a `UIDocumentPanelModel`. Exceptions pass to the host. [ui-thread]
+// Adapter that makes a class a `UIDocumentPanelModel`. Its thunks contain no exception handler:
+// what a class throws passes to the host. [ui-thread]
 #pragma once
 
 #include "ui-engine/internal/InterfaceAdapter.h"
