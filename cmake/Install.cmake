@@ -1,6 +1,7 @@
 # What a host's engineer gets, laid out by `cmake --install`:
 #
-#   bin/ (Windows) or lib/       the module, and the platform libraries that it links to
+#   bin/ (Windows) or lib/       the module, the platform libraries that it links to, and a gate for
+#                                hosts of another compiler
 #   lib/                         import libraries, and the SDK's static libraries
 #   lib/cmake/CommentsPanel/     find_package(CommentsPanel)
 #   lib/pkgconfig/               comments-panel.pc
@@ -27,8 +28,15 @@ foreach(archive IN LISTS archives)
     set_target_properties(${archive} PROPERTIES OUTPUT_NAME comments-panel-${archive})
 endforeach()
 
-set(platformLibraries vx-atom vx-service-provider vx-encoding)
-install(TARGETS comments-panel-sdk ${archives} ${platformLibraries} ui-document-panel-comments
+set(libraries ui-document-panel-comments plugin-gate vx-atom vx-service-provider vx-encoding)
+# From a map the notices of a release learn what was linked in.
+option(COMMENTS_LINK_MAPS "Write a linker map of each library that is installed" OFF)
+if(COMMENTS_LINK_MAPS)
+    foreach(library IN LISTS libraries)
+        target_link_options(${library} PRIVATE -Wl,-Map=${CMAKE_BINARY_DIR}/${library}.linkmap)
+    endforeach()
+endif()
+install(TARGETS comments-panel-sdk ${archives} ${libraries}
     EXPORT CommentsPanel
     RUNTIME DESTINATION bin
     LIBRARY DESTINATION $<IF:$<BOOL:${WIN32}>,bin,lib>

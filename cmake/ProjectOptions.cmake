@@ -42,7 +42,7 @@ endif()
 if(WIN32)
     # Every library and program brings the compiler's runtimes along and asks for nothing but the
     # system's libraries and the host's. Exceptions cross between runtimes of one compiler.
-    add_link_options(-static)
+    add_link_options(-static -Wl,--no-insert-timestamp)
     add_library(linked-runtime INTERFACE)
     target_sources(linked-runtime INTERFACE
         ${PROJECT_SOURCE_DIR}/Support/src/platform/LinkedRuntimeWindows.cpp)

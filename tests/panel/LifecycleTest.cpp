@@ -8,6 +8,7 @@
 #include "service-common/SingletonStaticData.h"
 #include "services/ModuleLibrary.h"
 #include "services/ResourceStore.h"
+#include "ui-engine/PluginGate.h"
 
 #include <cstring>
 #include <thread>
@@ -139,8 +140,18 @@ TEST_F(Lifecycle, AMissingEngineReachesTheHostAsAnException)
     } catch (const ServiceObjectException& failure) {
         EXPECT_EQ(failure.Code(), kResultFactoryFailed);
     }
+    char text[24] = "before";
+    const auto callThroughGate = [&](std::uint32_t slot) {
+        return PluginGateCall(plugin.Get(), slot, nullptr, text, sizeof text);
+    };
+    EXPECT_EQ(callThroughGate(UIInplacePlugin::RegisterResources::kSlot), kResultFactoryFailed);
+    EXPECT_STREQ(text, "Fail to query UIEngine ") << "cut to the room there is";
+    EXPECT_EQ(callThroughGate(UIInplacePlugin::InitBegin::kSlot), 3u);
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(callThroughGate(UIInplacePlugin::Cleanup::kSlot + 1), 8u);
     VxHostRegisterService("UIEngine", nullptr);
     EXPECT_EQ(Call<UIInplacePlugin::RegisterResources>(), 0u) << "no engine, no failure";
+    EXPECT_EQ(callThroughGate(UIInplacePlugin::RegisterResources::kSlot), 0u);
 }
 
 TEST_F(Lifecycle, AnInvalidWindowIsIgnoredWithoutAFailure)
