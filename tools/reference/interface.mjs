@@ -25,6 +25,7 @@ const kChapters = [
     [
         'Exports of the module',
         readHeader(`${kEngine}/ModuleExports.h`),
+        readHeader(`${kEngine}/PluginGate.h`),
         readHeader(`${kSupport}/ServiceObjectRegistry.h`, ['ServiceObjectInfo']),
         readHeader('Support/include/platform/EmbeddedResources.h', [
             'EmbeddedResource',
