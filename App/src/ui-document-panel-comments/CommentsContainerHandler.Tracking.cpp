@@ -5,6 +5,7 @@
 #include "PageListing.h"
 #include "RenderQueue.h"
 
+#include "service-common/ErrorRecord.h"
 #include "service-common/WideText.h"
 #include "ui-engine/LocalizedStrings.h"
 #include "ui-engine/NarrowText.h"
@@ -291,6 +292,10 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     recoveryFailed_ = recovering && (stale_ || incomplete_ || !isBound_);
     if (loading->failure) {
         std::rethrow_exception(loading->failure);
+    }
+    if (landed && (recovering ? stale_ || incomplete_ : incomplete_ && !stale_)) {
+        SetThreadLastError({kResultUnexpected, L"Parts of the list could not be read", kLoadName,
+                            "src/ui-document-panel-comments/CommentsContainerHandler", __LINE__});
     }
     if (IsStale() && !recovering) {  // nobody may come by for a while
         PostToUIThread(kLoadName, [this] {

@@ -144,16 +144,24 @@ void CommentsPanelHandler::PostPendingCollection()
     if (!pending_) {
         return;
     }
-    if (dispatcher_.Post(
-            [self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this), held = pending_] {
-                const bool adopted = self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
-                                                   [&] { self->AdoptCollection(held.Get()); });
-                const bool isLatest = self->handedOver_.Lock() == held;
-                if (!adopted && isLatest && !self->pending_ && !self->isDetached_) {
-                    self->pending_ = held;
-                }
-            })) {
-        pending_.Reset();
+    // Not pending any more while it is posted: a host may run the task at once.
+    const auto collection = std::exchange(pending_, nullptr);
+    const auto adopt = [self = BasicServiceObjectPtr<CommentsPanelHandler>::Retain(this),
+                        held = collection] {
+        const bool adopted = self->RunTask("CommentsPanelHandler::SetDocumentsCollection",
+                                           [&] { self->AdoptCollection(held.Get()); });
+        const bool isLatest = self->handedOver_.Lock() == held;
+        if (!adopted && isLatest && !self->pending_ && !self->isDetached_) {
+            self->pending_ = held;
+        }
+    };
+    try {
+        if (!dispatcher_.Post(adopt)) {
+            pending_ = collection;
+        }
+    } catch (...) {
+        pending_ = collection;
+        throw;
     }
 }
 
