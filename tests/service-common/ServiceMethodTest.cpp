@@ -10,8 +10,8 @@
 
 // A catalogue that forgets a declaration is noticed wherever the interface is used.
 struct ForgetfulInterface : ServiceObject {
-    SO_METHOD(ForgetfulInterface, First, 0);
-    SO_METHOD(ForgetfulInterface, Forgotten, 255);
+    SO_METHOD(ForgetfulInterface, First, 0, void);
+    SO_METHOD(ForgetfulInterface, Forgotten, 255, void);
     using Catalogue = SODetails::MethodCatalogue<First>;
 };
 static_assert(!SODetails::kCatalogueIsComplete<ForgetfulInterface>);

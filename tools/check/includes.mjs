@@ -28,6 +28,7 @@ const kDirections = [
     ],
     ['workbench', [...kSdk, 'tools/make-document']],
     ['tools', kHost('documents')],
+    ['examples', kHost('platform-libraries')],
     ['fuzz', ['']],
     ['benchmarks', ['']],
     ['tests', ['']],
@@ -47,7 +48,16 @@ const kIncludeRoots = [
     'tests/web',
 ];
 
-const kFolders = ['Support', 'App', 'workbench', 'tools', 'fuzz', 'benchmarks', 'tests'];
+const kFolders = [
+    'Support',
+    'App',
+    'workbench',
+    'examples',
+    'tools',
+    'fuzz',
+    'benchmarks',
+    'tests',
+];
 const kFiles = kFolders.flatMap((folder) => filesBelow(folder, '.h', '.cpp'));
 const kHeaders = new Set(
     kFiles.map((file) => basename(file)).filter((name) => name.endsWith('.h')),

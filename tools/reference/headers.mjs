@@ -21,7 +21,7 @@ const kKinds = [
     ['scope', /^(?:extern "C"|namespace (?<name>[\w:]+)) (?<body>\{.*\})$/s],
     [
         'method',
-        /^SO_METHOD\((?<owner>\w+),\s*(?<name>\w+),\s*(?<slot>\d+)(?:,\s*(?<type>.*))?\);$/s,
+        /^SO_METHOD\((?<owner>\w+),\s*(?<name>\w+),\s*(?<slot>\d+)(?:,\s*void|,\s*(?<type>.*))?\);$/s,
     ],
     ['event', /^SO_EVENT\((?<owner>\w+),\s*(?<name>\w+),\s*(?<slot>\d+)(?:,\s*(?<type>.*))?\);$/s],
     ['interface', /^struct (?<name>\w+) : ServiceObject (?<body>\{.*\});$/s],

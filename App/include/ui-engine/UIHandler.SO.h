@@ -65,17 +65,17 @@ struct UIHandler : ServiceObject {
     SO_METHOD(UIHandler, Attached, 15, UIWnd* window, const UIElement* element);
     // The handler left its element, or the element the tree: ends every subscription and drops the
     // documents. Comes once per Attached that did not fail. Answers 0.
-    SO_METHOD(UIHandler, Detached, 16);
+    SO_METHOD(UIHandler, Detached, 16, void);
     // The page of the element is complete. Answers 1.
-    SO_METHOD(UIHandler, OnDocumentComplete, 17);
+    SO_METHOD(UIHandler, OnDocumentComplete, 17, void);
     // Every plug-in of the host is initialised. Answers 1.
-    SO_METHOD(UIHandler, OnInplacePluginsInitialized, 18);
+    SO_METHOD(UIHandler, OnInplacePluginsInitialized, 18, void);
     // The host's user interface is complete. Answers 1.
-    SO_METHOD(UIHandler, OnInitComplete, 19);
+    SO_METHOD(UIHandler, OnInitComplete, 19, void);
     // The language of the host's user interface changed: a container's handler posts that its list
     // be loaded anew, and answers 0. The panel's handler answers 1. Fails with the code of what
     // went wrong with posting; the next event makes good for it.
-    SO_METHOD(UIHandler, OnLocaleChanged, 20);
+    SO_METHOD(UIHandler, OnLocaleChanged, 20, void);
     // Name of the handler's class as run-time type information has it, 8-bit, zero-terminated,
     // borrowed until the handler dies.
     SO_METHOD(UIHandler, GetHandlerName, 21, const char** name);

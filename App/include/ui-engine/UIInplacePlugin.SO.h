@@ -41,11 +41,11 @@ struct UIInplacePlugin : ServiceObject {
     static constexpr const char* kHeader = "include/ui-engine/UIInplacePlugin.SO.h";
 
     // The host's first call. Does nothing. Answers 0.
-    SO_METHOD(UIInplacePlugin, Handshake, 0);
+    SO_METHOD(UIInplacePlugin, Handshake, 0, void);
     // Registers the module's resources with the host's service "UIEngine", once per process.
     // Answers 0, also when the provider hands out no engine. Throws ServiceObjectException when the
     // provider or the engine fails; a later call tries again.
-    SO_METHOD(UIInplacePlugin, RegisterResources, 1);
+    SO_METHOD(UIInplacePlugin, RegisterResources, 1, void);
     // Takes the host's window and context. Answers 0; 3 for a null block or context, and nothing is
     // stored then. A window that does not pass CheckServiceObject is ignored.
     SO_METHOD(UIInplacePlugin, InitBegin, 2, const UIInitBeginArguments* arguments);
@@ -53,22 +53,22 @@ struct UIInplacePlugin : ServiceObject {
     // a null block or a null pointer in it.
     SO_METHOD(UIInplacePlugin, InitHtml, 3, const UIInitHtmlArguments* arguments);
     // Does nothing: the handler subscribes when it is given documents. Answers 1.
-    SO_METHOD(UIInplacePlugin, InitSubscription, 4);
+    SO_METHOD(UIInplacePlugin, InitSubscription, 4, void);
     // Hands out the handler for the panel's body, making handler and model on first use; the same
     // one on every call until Cleanup. Answers 0, with null when it cannot be made; 3 for a null
     // block or out pointer.
     SO_METHOD(UIInplacePlugin, InitHandler, 5, const UIInitHandlerArguments* arguments);
     // Does nothing. Answers 0.
-    SO_METHOD(UIInplacePlugin, InitComplete, 6);
+    SO_METHOD(UIInplacePlugin, InitComplete, 6, void);
     // Does nothing: the panel has no native control. Answers 1.
-    SO_METHOD(UIInplacePlugin, CreateControl, 7);
+    SO_METHOD(UIInplacePlugin, CreateControl, 7, void);
     // Hands out the panel's model, making handler and model on first use; the same one on every
     // call until Cleanup. Answers 0, with null when it cannot be made; 3 for a null block or out
     // pointer.
     SO_METHOD(UIInplacePlugin, GetUIModel, 8, const UIGetUIModelArguments* arguments);
     // Releases handler and model and forgets window and context. May be called twice; InitHandler
     // makes new ones afterwards. Answers 0.
-    SO_METHOD(UIInplacePlugin, Cleanup, 9);
+    SO_METHOD(UIInplacePlugin, Cleanup, 9, void);
 
     using Catalogue = SODetails::MethodCatalogue<Handshake, RegisterResources, InitBegin, InitHtml,
                                                  InitSubscription, InitHandler, InitComplete,

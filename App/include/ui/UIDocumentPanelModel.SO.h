@@ -23,7 +23,7 @@ struct UIDocumentPanelModel : ServiceObject {
     // Files are dragged over the panel; the record is the host's own and not read. Answers 1.
     SO_METHOD(UIDocumentPanelModel, ShellDropTarget_OnDragOver, 3, void* arguments);
     // Files are dragged out of the panel. Answers 1.
-    SO_METHOD(UIDocumentPanelModel, ShellDropTarget_OnDragLeave, 4);
+    SO_METHOD(UIDocumentPanelModel, ShellDropTarget_OnDragLeave, 4, void);
     // Files are dropped on the panel; the record is the host's own and not read. Answers 1.
     SO_METHOD(UIDocumentPanelModel, ShellDropTarget_OnDrop, 5, void* arguments);
 

@@ -70,25 +70,24 @@ struct MethodCatalogue {
     }
 };
 
+template <class I, unsigned Slot, class = void>
+inline constexpr bool kDeclaresEntry = false;
 template <class I, unsigned Slot>
-concept DeclaresEntry = requires
+inline constexpr bool
+    kDeclaresEntry<I, Slot, std::void_t<decltype(I::DeclaredEntry(SlotTag<Slot>()))>> = true;
+
+template <class I, unsigned... Slots>
+constexpr std::size_t CountDeclarations(std::integer_sequence<unsigned, Slots...>) noexcept
 {
-    I::DeclaredEntry(SlotTag<Slot>());
-};
+    return (std::size_t{kDeclaresEntry<I, Slots>} + ...);
+}
 
 // Whether the catalogue of interface `I` lists everything that `I` declares. Asserted wherever an
 // interface is called or implemented.
 template <class I>
-inline constexpr bool kCatalogueIsComplete = [
-]<unsigned... Slots>(std::integer_sequence<unsigned, Slots...>)
-{
-    std::size_t declared = 0;
-    for (const bool declares : {DeclaresEntry<I, Slots>...}) {
-        declared += declares ? 1 : 0;
-    }
-    return declared == I::Catalogue::kEntryCount;
-}
-(std::make_integer_sequence<unsigned, kSlotLimit>());
+inline constexpr bool kCatalogueIsComplete =
+    CountDeclarations<I>(
+        std::make_integer_sequence<unsigned, kSlotLimit>()) == I::Catalogue::kEntryCount;
 
 // Fails to compile for an interface whose catalogue lacks one of its declarations.
 template <class I>
@@ -115,7 +114,7 @@ inline bool TableHoldsSlot(const ServiceObject* object, unsigned slot) noexcept
 }  // namespace SODetails
 
 // Declares method `name` of `interface` at `slot`; the remaining arguments are the parameters
-// after the object. Inside the interface's struct.
+// after the object, or `void` where there are none. Inside the interface's struct.
 #define SO_METHOD(interface, name, slot, ...)                                                      \
     struct name : SODetails::MethodDeclaration<interface, slot, void(__VA_ARGS__)> {               \
         static constexpr const char* kName = #name;                                                \
