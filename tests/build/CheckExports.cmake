@@ -1,4 +1,5 @@
-# Fails unless a library exports exactly the names of a list.
+# Fails unless a library exports exactly the names of a list, and on Windows asks for nothing but
+# libraries of the system and the host.
 #
 #   cmake -DMODULE=<file> -DNM=<nm> -DOBJDUMP=<objdump> -DEXPECTED=<name;...> -P CheckExports.cmake
 
@@ -27,3 +28,16 @@ if(NOT actual STREQUAL EXPECTED)
     message(FATAL_ERROR "${MODULE} exports\n  ${actual}\nand should export\n  ${EXPECTED}")
 endif()
 message("${MODULE} exports ${actual}")
+
+if(MODULE MATCHES "\\.dll$")
+    execute_process(COMMAND ${OBJDUMP} -p ${MODULE}
+        OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "DLL Name: [^\r\n]+" imports "${output}")
+    list(TRANSFORM imports REPLACE "DLL Name: " "")
+    set(others ${imports})
+    list(FILTER others EXCLUDE REGEX
+        "^(KERNEL32|msvcrt|bcrypt|vx-atom|vx-service-provider|vx-encoding)\\.dll$")
+    if(NOT imports OR others)
+        message(FATAL_ERROR "${MODULE} asks for ${imports}, among which ${others} should not be")
+    endif()
+endif()

@@ -1,7 +1,8 @@
-# Installs a build, builds an example of the installation from nothing else, and runs it: it must end
-# with 0 and write what is expected, and end with 1 and a line on standard error without its module.
+# Installs a build, or unpacks an archive, builds an example of it from nothing else, and runs it: it
+# must end with 0 and write what is expected, and end with 1 and a line on standard error without its
+# module.
 #
-#   cmake -DBUILD=<folder> -DEXAMPLE=<name> -DEXPECTED=<file> -DSCRATCH=<folder>
+#   cmake -DBUILD=<folder>|-DARCHIVE=<file> -DEXAMPLE=<name> -DEXPECTED=<file> -DSCRATCH=<folder>
 #       -DTOOLCHAIN=<file> -DCOMPILER=<file> -DFLAGS=<flags> -DEMULATOR=<command;...>
 #       -P CheckExample.cmake
 
@@ -14,7 +15,13 @@ function(run)
 endfunction()
 
 file(REMOVE_RECURSE ${SCRATCH})  # of a former run
-run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${SCRATCH}/prefix)
+if(ARCHIVE)
+    file(ARCHIVE_EXTRACT INPUT ${ARCHIVE} DESTINATION ${SCRATCH}/unpacked)
+    file(GLOB unpacked ${SCRATCH}/unpacked/*)
+    file(RENAME ${unpacked} ${SCRATCH}/prefix)
+else()
+    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${SCRATCH}/prefix)
+endif()
 
 run(${CMAKE_COMMAND} -G Ninja -B ${SCRATCH}/build
     -S ${SCRATCH}/prefix/share/comments-panel/examples/${EXAMPLE}
