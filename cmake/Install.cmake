@@ -15,11 +15,13 @@ set(package lib/cmake/CommentsPanel)
 set(headers include/comments-panel)
 set(documents share/doc/comments-panel)
 
-# Everything that includes the SDK's headers links to this.
+# The headers alone, for hosts of another compiler; and with the static libraries behind them.
+add_library(comments-panel-headers INTERFACE)
+target_include_directories(comments-panel-headers INTERFACE $<INSTALL_INTERFACE:${headers}>)
+target_compile_features(comments-panel-headers INTERFACE cxx_std_17)
+set_target_properties(comments-panel-headers PROPERTIES EXPORT_NAME headers)
 add_library(comments-panel-sdk INTERFACE)
-target_include_directories(comments-panel-sdk INTERFACE $<INSTALL_INTERFACE:${headers}>)
-target_compile_features(comments-panel-sdk INTERFACE cxx_std_17)
-target_link_libraries(comments-panel-sdk INTERFACE support)
+target_link_libraries(comments-panel-sdk INTERFACE comments-panel-headers support)
 set_target_properties(comments-panel-sdk PROPERTIES EXPORT_NAME sdk)
 
 # The archives bear the package's name, not that of a folder.
@@ -36,7 +38,7 @@ if(COMMENTS_LINK_MAPS)
         target_link_options(${library} PRIVATE -Wl,-Map=${CMAKE_BINARY_DIR}/${library}.linkmap)
     endforeach()
 endif()
-install(TARGETS comments-panel-sdk ${archives} ${libraries}
+install(TARGETS comments-panel-headers comments-panel-sdk ${archives} ${libraries}
     EXPORT CommentsPanel
     RUNTIME DESTINATION bin
     LIBRARY DESTINATION $<IF:$<BOOL:${WIN32}>,bin,lib>
@@ -71,6 +73,9 @@ install(FILES
     workbench/platform-libraries/ServiceProviderHost.h
     DESTINATION ${headers}/platform-libraries)
 install(DIRECTORY resources/document-panel-comments DESTINATION share/comments-panel/resources)
-install(DIRECTORY examples DESTINATION share/comments-panel OPTIONAL)
-install(DIRECTORY docs/ DESTINATION ${documents}/docs)
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${documents})
+install(DIRECTORY examples DESTINATION share/comments-panel PATTERN .clang-format EXCLUDE)
+install(FILES workbench/locales/en.json workbench/locales/de.json
+    DESTINATION share/comments-panel/locales)
+install(FILES docs/integration-guide.md docs/interface.md docs/decisions.md docs/release-archive.md
+    CHANGELOG.md
+    DESTINATION ${documents})

@@ -1,6 +1,7 @@
 // What stands in for the parts that a real host has: its objects, one of each interface, and an
 // HTML engine that knows elements, the markup that the panel puts in and the selectors that it asks
-// for. [ui-thread]
+// for. Keys, move buttons and further views want more: whole selectors, with `:first-child` and
+// `:last-child`, and positions among children (GetIndex, GetChildCount, GetNthChild). [ui-thread]
 #pragma once
 
 #include "platform/EmbeddedResources.h"
@@ -220,7 +221,13 @@ inline void OfferPage()
         [](Element* element, std::uint32_t* state) { *state = element->state; });
     Offer<Engine::SetState>(
         [](Element* element, std::uint32_t set, std::uint32_t clear, std::uint32_t) {
-            for (Element& each : g_page) each.state &= ~(set & kStateCurrent);  // one is current
+            Element* holder = element;  // in which one element is current
+            while (holder->parent != nullptr && !holder->handler) holder = holder->parent;
+            for (Place each = holder->place; each != EndOf(*holder); ++each) {
+                each->state &= ~(set & kStateCurrent);
+            }
+            if ((set & kStateExpanded) != 0) clear |= kStateCollapsed;
+            if ((set & kStateCollapsed) != 0) clear |= kStateExpanded;
             element->state = (element->state | set) & ~clear;
         });
     Offer<Engine::SetStyleAttribute>(

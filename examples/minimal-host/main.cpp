@@ -46,11 +46,13 @@ BasicServiceObjectPtr<UIInplacePlugin> g_plugin;  // the panel, from step 4 on
 void RunCalls()
 {
     const auto isLoading = [] {
-        const Element* const preloader = First(g_page.front(), "div.picture[preloader]");
-        return preloader != nullptr && preloader->visibility == u"visible";
+        const auto preloaders = Select(g_page.front(), "div.picture[preloader]");
+        return std::any_of(preloaders.begin(), preloaders.end(),
+                           [](const Element* each) { return each->visibility == u"visible"; });
     };
     for (std::unique_lock lock(g_mutex); !g_calls.empty() || isLoading(); lock.lock()) {
-        g_posted.wait(lock, [] { return !g_calls.empty(); });
+        g_posted.wait_for(lock, std::chrono::seconds(10), [] { return !g_calls.empty(); });
+        Require(!g_calls.empty(), "the list never came");
         const auto [run, record] = g_calls.front();
         g_calls.pop_front();
         lock.unlock();
@@ -175,8 +177,7 @@ void OfferDocuments()
     });
     Offer<BLDocumentView::FocusAnnotation>([](std::uint32_t page, _PDAnnotRec* annotation) {
         std::cout << "Host: focuses the " << annotation->subtype << '\n';
-        using Event = BLDocumentView::OnInputHandleFocusAnnot;
-        g_object<BLDocumentView>->Fire<Event>(page, annotation);
+        g_object<BLDocumentView>->Fire<BLDocumentView::OnInputHandleFocusAnnot>(page, annotation);
     });
     OfferObject<UIDocumentView::GetDocumentView, BLDocumentView>();
 }

@@ -1,6 +1,8 @@
 // Objects of a host made of functions: what their functions answer, and who hears their events.
 #include "ui-engine/PlainHostObject.h"
 
+#include "service-common/ErrorRecord.h"
+#include "service-common/ServiceObjectException.h"
 #include "ui-engine/BLDocument.SO.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +35,13 @@ TEST(PlainHostObject, AnswersWithWhatItsFunctionsReturnOrThrow)
     EXPECT_EQ(pageCount(count).code, kResultOutOfRange);
     document->Offer<BLDocument::GetPageCount>([](std::int32_t*) { throw std::runtime_error(""); });
     EXPECT_EQ(pageCount(count).code, kResultUnexpected);
+    try {
+        CallMethod<BLDocument::GetPageCount>(document->Get(), &count);
+        ADD_FAILURE() << "the object has no record of its failure";
+    } catch (const ServiceObjectException& failure) {
+        EXPECT_STREQ(failure.what(), "BLDocument::GetPageCount() failed, code: 6");
+    }
+    ClearThreadLastError();
 }
 
 TEST(PlainHostObject, CallsListenersOfAnEventInOrderUntilTheyEnd)

@@ -51,8 +51,8 @@ inline constexpr std::uint32_t kPermissionSubjectAnnotation = 4;
 inline constexpr std::uint32_t kPermissionOperationDelete = 2;
 inline constexpr std::uint32_t kPermissionScopeUser = 1;
 
-// A view of an open document. Its address is the key of the panel's list for it: it stays the same
-// for as long as the view is open.
+// A view of an open document. The low 32 bits of its address, as a signed number, are the key of
+// the panel's list for it: they stay the same, and are no other view's, for as long as it is open.
 struct BLDocumentView : ServiceObject {
     static constexpr const char* kName = "BLDocumentView";
     static constexpr const char* kHeader = "include/ui-engine/BLDocumentView.SO.h";

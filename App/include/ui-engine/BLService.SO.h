@@ -28,7 +28,8 @@ struct BLAnnotNavigator : ServiceObject {
     static constexpr const char* kHeader = "include/ui-engine/BLService.SO.h";
 
     // An object that a view can show (BLDocumentView::ShowHighlight), owned. 0 with null when the
-    // annotation has no highlight: the panel's command then ends without focusing the annotation.
+    // annotation has none: the panel's command then fails with 2, and does not focus the
+    // annotation.
     SO_METHOD(BLAnnotNavigator, BuildHighlight, 0, const BLHighlightArguments* arguments,
               ServiceObject** highlight);
 

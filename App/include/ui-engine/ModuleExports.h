@@ -9,8 +9,8 @@
 #include <cstdint>
 
 // Lists the module's public service objects: an array and its count, borrowed until the module is
-// unloaded and the same on every call. An entry's atom is 0xFFFFFFFF unless the object was made
-// before the first call: go by the names. 3 for a null out parameter, and nothing is written then;
+// unloaded and the same on every call. An entry's atom is 0xFFFFFFFF unless CreateServiceObject
+// was called before: go by the names. 3 for a null out parameter, and nothing is written then;
 // 0x10007 with null and 0 when there are none.
 using ReflectServiceObjectInfoExport = ResultCode (*)(const ServiceObjectInfo** entries,
                                                       std::uint32_t* count);

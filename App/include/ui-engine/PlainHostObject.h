@@ -9,6 +9,7 @@
 // fired on the UI thread alone, so that ending a subscription has no call to wait for.
 #pragma once
 
+#include "service-common/ErrorRecord.h"
 #include "service-common/ServiceObjectImplementation.h"
 
 #include <algorithm>
@@ -48,7 +49,8 @@ public:
 
     // Makes `function` the method `M`, before the object is handed out. It takes the arguments that
     // follow the object and returns a result code, or nothing for success; an exception becomes
-    // kResultUnexpected.
+    // kResultUnexpected. A failure is the thread's last error, which the module reads as that of
+    // the object (GetLastErrorInfo).
     template <class M, class Function>
     void Offer(Function function)
     {
@@ -109,16 +111,17 @@ private:
         {
             auto& function =
                 *static_cast<Function*>(FromInterface(self)->functions_[M::kSlot].get());
+            ResultCode code = kResultOk;
             try {
                 if constexpr (std::is_void_v<std::invoke_result_t<Function&, Args...>>) {
                     function(arguments...);
-                    return kResultOk;
                 } else {
-                    return function(arguments...);
+                    code = function(arguments...);
                 }
             } catch (...) {
-                return kResultUnexpected;
+                code = kResultUnexpected;
             }
+            return ReportMethodResult(code, I::kName, M::kName, "", I::kHeader, M::kLine);
         }
     };
 

@@ -17,9 +17,9 @@ struct UIThread : ServiceObject {
     using Runner = void (*)(void* record);
 
     // Calls `runner` with `record` later on the object's thread, after the calls posted before.
-    // A call that is accepted (0) is made exactly once, or, when the loop has ended, never; the
-    // record belongs to it (SODetails::PostedCall). With any other code the record stays the
-    // caller's. [any-thread]
+    // A call that is accepted (0) is made exactly once: before the module is unloaded those that
+    // still wait are made. The record belongs to it (SODetails::PostedCall). With any other code
+    // the record stays the caller's. [any-thread]
     SO_METHOD(UIThread, PostCall, 1, Runner runner, void* record);
 
     using Catalogue = SODetails::MethodCatalogue<PostCall>;
