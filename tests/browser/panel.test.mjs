@@ -3,6 +3,7 @@
 import assert from 'node:assert/strict';
 import {after, afterEach, before, describe, test} from 'node:test';
 
+import {findViolations, letFrameRunScripts} from './support/accessibility.mjs';
 import {PageWindow, startBrowser} from './support/browser.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
 
@@ -169,6 +170,42 @@ describe('The panel in the browser', () => {
             assert.equal(await window.panel.getByRole('button', {name}).count(), 1, name);
         }
     });
+
+    for (const [name, options] of Object.entries({
+        light: {colorScheme: 'light'},
+        dark: {colorScheme: 'dark'},
+        'narrow, for fingers': {
+            viewport: {width: 320, height: 640},
+            hasTouch: true,
+            isMobile: true,
+        },
+    })) {
+        test(`breaks no rule of accessibility: ${name}`, async () => {
+            const other = await PageWindow.open(browser, workbench, {
+                options,
+                prepare: letFrameRunScripts,
+            });
+            await other.expectListed();
+            await other.item('0_1').click();
+            const states = {
+                list: () => {},
+                menu: () => other.page.getByRole('button', {name: 'View', exact: true}).click(),
+                dialog: async () => {
+                    await other.page.keyboard.press('Escape');
+                    await other.page.keyboard.press('Control+o');
+                    await other.page.getByRole('dialog').waitFor();
+                    await other.page.keyboard.type('/none.pdf');
+                    await other.page.keyboard.press('Enter');
+                    await other.page.getByRole('dialog').getByRole('alert').waitFor();
+                },
+            };
+            for (const [state, reach] of Object.entries(states)) {
+                await reach();
+                assert.deepEqual(await findViolations(other.page), [], state);
+            }
+            await other.close();
+        });
+    }
 
     test('speaks the chosen language in page and panel', async () => {
         for (const [name, direction, next] of [

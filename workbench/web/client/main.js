@@ -167,13 +167,18 @@ class Page {
         this.documents = documents;
         this.activeId = active;
         byId('no-document').hidden = documents.length > 0;
-        document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
+        this.#nameWindow();
         this.panel.setListing(documents.some(({busy}) => busy === 'listing'));
         this.tabs.update(documents, active);
         this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
         this.#offerRecovery();
+    }
+
+    #nameWindow() {
+        document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
+        byId('title').textContent = document.title;
     }
 
     #offerRecovery() {
@@ -210,6 +215,7 @@ class Page {
         document.documentElement.lang = name;
         document.documentElement.dir = direction;
         translatePage();
+        this.#nameWindow();
         byId('open-document').setAttribute('aria-label', text('tabs.open'));
         byId('open-document').title = text('tabs.open');
         byId('panel-frame').title = text('panel.comments');

@@ -6,6 +6,7 @@ import {PanelMirror} from './panel-mirror.js';
 import {listenToInput} from './panel-input.js';
 import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
 import {nextFrame, SlicedWork, sliceClock} from './slices.js';
+import {text} from './texts.js';
 import {Tooltips} from './tooltips.js';
 
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
@@ -24,6 +25,7 @@ export class Panel {
     #focus;
     #tooltips;
     #host;
+    #title;
     #expected = 0;
     #isListing = false;
     #comeItems = 0;
@@ -96,6 +98,7 @@ export class Panel {
         root.lang = name;
         root.dir = direction;
         root.setAttribute('wb-locale', name);
+        this.#title.textContent = text('panel.comments');
         translateRoles(this.document);
     }
 
@@ -113,6 +116,8 @@ export class Panel {
         frameDocument.head.remove();
         frameDocument.body.remove();
         this.#host = frameDocument.createElement('wb-host');
+        this.#title = frameDocument.createElement('title');
+        this.#host.append(this.#title);
         for (const name of kHostSheets) {
             const sheet = frameDocument.createElement('link');
             sheet.rel = 'stylesheet';
