@@ -232,7 +232,10 @@ class Page {
             this.notices.banner('');
         } else {
             this.#askEnding({documents: []});
-            this.notices.banner(text(this.#hasEnded ? 'banner.ended' : 'banner.waiting'));
+            const isReplaced = state === 'replaced';
+            const waiting = this.#hasEnded ? 'banner.ended' : 'banner.waiting';
+            this.notices.banner(text(isReplaced ? 'banner.replaced' : waiting));
+            byId('retry').hidden = isReplaced;
         }
     }
 
