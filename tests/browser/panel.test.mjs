@@ -30,7 +30,12 @@ describe('The panel in the browser', () => {
 
     test("shows the engine's tree", async () => {
         await window.expectSameTree();
-        assert.ok((await window.itemCount()) > 30);
+        const count = await window.itemCount();
+        assert.ok(count > 30);
+        assert.equal(
+            await window.page.locator('#state > span').textContent(),
+            `Comments: ${count}`,
+        );
     });
 
     test('shows the annotation of a clicked item in the middle of the pages', async () => {
@@ -109,6 +114,48 @@ describe('The panel in the browser', () => {
         await window.page.keyboard.press('Enter');
         await isFolded(false);
         assert.equal((await window.active()).modified, false, 'a caption deletes nothing');
+    });
+
+    test('says which page the list shows, and hides no current item behind it', async () => {
+        await window.item('1_5').click();
+        const places = () =>
+            window.panel
+                .locator('.panel-content[wb-visibility="visible"] .results-container')
+                .evaluate((list) => {
+                    const item = list.querySelector('li[wb-current]');
+                    const caption = item.closest('ul[page-item] > li').firstElementChild;
+                    const topOf = (element) => element.getBoundingClientRect().top;
+                    return [topOf(caption) - topOf(list), topOf(item) - topOf(list)];
+                });
+        await window.panel
+            .locator('.results-container')
+            .last()
+            .evaluate((list) => {
+                list.scrollTop = list.scrollHeight;
+            });
+        await window.page.keyboard.press('ArrowUp');
+        await window.expectCurrent('1_4');
+        const [caption, item] = await window.until(
+            places,
+            ([top]) => top === 0,
+            'it is at the top',
+        );
+        assert.ok(item >= 25, `${caption} ${item}`);
+    });
+
+    test('gives the list at least half of a small or zoomed window', async () => {
+        for (const [width, height] of [
+            [320, 640],
+            [320, 256],
+            [320, 200],
+        ]) {
+            await window.page.setViewportSize({width, height});
+            const share = await window.panel
+                .locator('.panel-content[wb-visibility="visible"] .results-container')
+                .evaluate((list, whole) => list.clientHeight / whole, height);
+            assert.ok(share >= 0.5, `${share} of ${width} by ${height}`);
+        }
+        await window.page.setViewportSize({width: 1200, height: 800});
     });
 
     test('goes on with the buttons, beyond the end of a page', async () => {

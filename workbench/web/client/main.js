@@ -55,6 +55,7 @@ class Page {
             this.connection,
             (done) => this.#showProgress(done),
             (reply) => this.edits.tellRefusal(reply),
+            () => this.statusLine.setCount(this.panel.commentCount),
         );
         setFocusHome(() => this.panel.focusList());
         this.splitView = new SplitView(byId('pages'), this.#viewServices());
@@ -173,6 +174,7 @@ class Page {
         this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
+        this.statusLine.setCount(this.panel.commentCount);
         this.#offerRecovery();
     }
 

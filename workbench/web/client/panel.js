@@ -11,6 +11,7 @@ import {Tooltips} from './tooltips.js';
 
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
+const kItems = ':scope > ul[page-item] > li > div > ul.comments > li';
 const kSheetPatience = 2000;
 const kShownAtOnce = 200;
 // Number of deferred items shown per frame.
@@ -20,6 +21,7 @@ export class Panel {
     #frame;
     #connection;
     #onProgress;
+    #onSettled;
     #mirror;
     #work;
     #focus;
@@ -35,11 +37,12 @@ export class Panel {
     #sheets = [];
 
     /// `frame` has loaded its empty document. `onProgress` is called with the completed fraction of
-    /// an insertion, 0 to 1, and `onRefusal` with the reply to refused input.
-    constructor(frame, connection, onProgress, onRefusal) {
+    /// an insertion, 0 to 1, `onRefusal` with the reply to refused input, and `onSettled` after changes.
+    constructor(frame, connection, onProgress, onRefusal, onSettled) {
         this.#frame = frame;
         this.#connection = connection;
         this.#onProgress = onProgress;
+        this.#onSettled = onSettled;
         this.#prepareFrame();
         this.#mirror = new PanelMirror(this.document, new URL(kPanelPage, document.baseURI), this);
         this.#focus = new PanelFocus(this.document, frame);
@@ -68,6 +71,13 @@ export class Panel {
     /// The node id of the current item; undefined when there is none.
     get currentId() {
         return this.#focus.currentId;
+    }
+
+    /// Number of comments in the visible list; null until it stands.
+    get commentCount() {
+        const list = this.#focus.container?.querySelector('.results-container');
+        const isComplete = list && this.#expected === 0 && !this.#isListing;
+        return isComplete ? list.querySelectorAll(kItems).length : null;
     }
 
     readTree() {
@@ -177,6 +187,7 @@ export class Panel {
         this.#focus.settle();
         this.#tooltips.settle();
         this.#forget();
+        this.#onSettled();
     }
 
     #forget() {
