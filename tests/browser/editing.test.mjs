@@ -152,6 +152,7 @@ describe('Editing in the browser', () => {
                 inMenu('File', 'Save a copy'),
                 async () => {
                     const path = window.page.getByRole('textbox', {name: 'Path of the file'});
+                    assert.equal(await path.inputValue(), join(folder, 'sample (copy).pdf'));
                     await path.fill(taken);
                     await keyboard.press('Enter');
                     await dialog.getByText('exists already').waitFor();
@@ -427,6 +428,31 @@ describe('Editing in the browser', () => {
         await workbench.expectEnd();
         assert.ok(readFileSync(path).length > original.length, 'it is saved');
         ended = true;
+    });
+
+    test('says that another run answers in place of the one it belongs to', async () => {
+        const {port} = new URL(workbench.address);
+        await workbench.stop();
+        ended = true;
+        folder = makeFolder();
+        workbench = await Workbench.start(folder, [], ['--port', port]);
+        await window.page.locator('#banner').getByText('Another run of the workbench').waitFor();
+        assert.equal(await window.page.getByRole('button', {name: 'Try now'}).count(), 0);
+    });
+
+    test('counts a notice that comes again', async () => {
+        const open = () =>
+            window.page.evaluate(async () => {
+                const {page} = await import(new URL('app/main.js', document.baseURI).href);
+                await (await page).edits.openPath('/none.pdf');
+            });
+        const notices = window.page.locator('.notice');
+        await open();
+        await open();
+        assert.match(await notices.textContent(), /× 2$/);
+        await notices.getByRole('button').click();
+        await open();
+        assert.doesNotMatch(await notices.textContent(), /×/);
     });
 
     test('keeps what was written until it is taken', async () => {

@@ -3,6 +3,7 @@
 import assert from 'node:assert/strict';
 import {after, afterEach, before, describe, test} from 'node:test';
 
+import {findViolations, letFrameRunScripts} from './support/accessibility.mjs';
 import {PageWindow, startBrowser} from './support/browser.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
 
@@ -29,7 +30,12 @@ describe('The panel in the browser', () => {
 
     test("shows the engine's tree", async () => {
         await window.expectSameTree();
-        assert.ok((await window.itemCount()) > 30);
+        const count = await window.itemCount();
+        assert.ok(count > 30);
+        assert.equal(
+            await window.page.locator('#state > span').textContent(),
+            `Comments: ${count}`,
+        );
     });
 
     test('shows the annotation of a clicked item in the middle of the pages', async () => {
@@ -110,6 +116,48 @@ describe('The panel in the browser', () => {
         assert.equal((await window.active()).modified, false, 'a caption deletes nothing');
     });
 
+    test('says which page the list shows, and hides no current item behind it', async () => {
+        await window.item('1_5').click();
+        const places = () =>
+            window.panel
+                .locator('.panel-content[wb-visibility="visible"] .results-container')
+                .evaluate((list) => {
+                    const item = list.querySelector('li[wb-current]');
+                    const caption = item.closest('ul[page-item] > li').firstElementChild;
+                    const topOf = (element) => element.getBoundingClientRect().top;
+                    return [topOf(caption) - topOf(list), topOf(item) - topOf(list)];
+                });
+        await window.panel
+            .locator('.results-container')
+            .last()
+            .evaluate((list) => {
+                list.scrollTop = list.scrollHeight;
+            });
+        await window.page.keyboard.press('ArrowUp');
+        await window.expectCurrent('1_4');
+        const [caption, item] = await window.until(
+            places,
+            ([top]) => top === 0,
+            'it is at the top',
+        );
+        assert.ok(item >= 25, `${caption} ${item}`);
+    });
+
+    test('gives the list at least half of a small or zoomed window', async () => {
+        for (const [width, height] of [
+            [320, 640],
+            [320, 256],
+            [320, 200],
+        ]) {
+            await window.page.setViewportSize({width, height});
+            const share = await window.panel
+                .locator('.panel-content[wb-visibility="visible"] .results-container')
+                .evaluate((list, whole) => list.clientHeight / whole, height);
+            assert.ok(share >= 0.5, `${share} of ${width} by ${height}`);
+        }
+        await window.page.setViewportSize({width: 1200, height: 800});
+    });
+
     test('goes on with the buttons, beyond the end of a page', async () => {
         await window.item('0_6').click();
         await window.button('move-bottom').click();
@@ -169,6 +217,42 @@ describe('The panel in the browser', () => {
             assert.equal(await window.panel.getByRole('button', {name}).count(), 1, name);
         }
     });
+
+    for (const [name, options] of Object.entries({
+        light: {colorScheme: 'light'},
+        dark: {colorScheme: 'dark'},
+        'narrow, for fingers': {
+            viewport: {width: 320, height: 640},
+            hasTouch: true,
+            isMobile: true,
+        },
+    })) {
+        test(`breaks no rule of accessibility: ${name}`, async () => {
+            const other = await PageWindow.open(browser, workbench, {
+                options,
+                prepare: letFrameRunScripts,
+            });
+            await other.expectListed();
+            await other.item('0_1').click();
+            const states = {
+                list: () => {},
+                menu: () => other.page.getByRole('button', {name: 'View', exact: true}).click(),
+                dialog: async () => {
+                    await other.page.keyboard.press('Escape');
+                    await other.page.keyboard.press('Control+o');
+                    await other.page.getByRole('dialog').waitFor();
+                    await other.page.keyboard.type('/none.pdf');
+                    await other.page.keyboard.press('Enter');
+                    await other.page.getByRole('dialog').getByRole('alert').waitFor();
+                },
+            };
+            for (const [state, reach] of Object.entries(states)) {
+                await reach();
+                assert.deepEqual(await findViolations(other.page), [], state);
+            }
+            await other.close();
+        });
+    }
 
     test('speaks the chosen language in page and panel', async () => {
         for (const [name, direction, next] of [

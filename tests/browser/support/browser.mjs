@@ -28,8 +28,8 @@ export function startBrowser() {
 }
 
 // Each page has a window of its own: a page behind another one would draw no frames.
-async function newPage(browser) {
-    const context = await browser.newContext({viewport: {width: 1200, height: 800}});
+async function newPage(browser, options = {}) {
+    const context = await browser.newContext({viewport: {width: 1200, height: 800}, ...options});
     context.setDefaultTimeout(kPatience);
     return context.newPage();
 }
@@ -112,9 +112,11 @@ export class PageWindow {
     page;
     panel;
 
-    static async open(browser, workbench) {
+    /// `options` of the browser's context; `prepare(page)` is called before the page is loaded.
+    static async open(browser, workbench, {options, prepare = () => {}} = {}) {
         const window = new PageWindow();
-        window.page = await newPage(browser);
+        window.page = await newPage(browser, options);
+        await prepare(window.page);
         window.page.on('pageerror', (error) => window.#failures.push(String(error)));
         window.page.on('dialog', (dialog) => {
             window.#failures.push(`a dialog of the browser: ${dialog.message()}`);

@@ -7,6 +7,7 @@ const kLongestDelay = 10000;
 const kStill = new Set(['annotations', 'current', 'locale', 'save', 'save-as', 'save-copy']);
 // A connection of at least this duration resets the delay before the next attempt.
 const kGoodConnection = 5000;
+const kRefused = 403;
 
 /// URL of the WebSocket for a web page at `location`.
 export function socketAddress(location) {
@@ -15,6 +16,16 @@ export function socketAddress(location) {
     address.hash = '';
     address.search = '';
     return address.href;
+}
+
+// Each run of the server has an address of its own and refuses those of other runs.
+async function isServerReplaced() {
+    try {
+        const {status} = await fetch(document.baseURI, {cache: 'no-store'});
+        return status === kRefused;
+    } catch {
+        return false;
+    }
 }
 
 export class Connection {
@@ -32,7 +43,9 @@ export class Connection {
     /// The keys that the panel handles.
     panelKeys = new Set();
 
-    /// `onState` is called with "open", or "waiting" when the connection is lost or failed.
+    /// `onState` is called with "open", with "waiting" when the connection is lost or failed, and with
+    /// "replaced" when another run of the server answers in place of the one that is known; then
+    /// nothing more is attempted.
     constructor(address, onState) {
         this.#address = address;
         this.#onState = onState;
@@ -45,6 +58,7 @@ export class Connection {
     /// Connects at once; a pending attempt is abandoned.
     open() {
         clearTimeout(this.#timer);
+        this.#timer = 0;
         this.#openSince = Infinity;
         this.#socket?.close();
         const socket = new WebSocket(this.#address);
@@ -127,8 +141,21 @@ export class Connection {
             this.#delay = kFirstDelay;
         }
         this.#onState('waiting');
-        this.#timer = setTimeout(() => this.open(), this.#delay);
+        this.#timer = setTimeout(() => this.#openAgain(), this.#delay);
         this.#delay = Math.min(this.#delay * 2, kLongestDelay);
+    }
+
+    async #openAgain() {
+        const timer = this.#timer;
+        const isReplaced = await isServerReplaced();
+        if (timer !== this.#timer) {
+            return; // opened meanwhile
+        }
+        if (isReplaced) {
+            this.#onState('replaced');
+        } else {
+            this.open();
+        }
     }
 }
 

@@ -19,6 +19,18 @@ function isSameComment(one, other) {
     return one !== undefined && looks(one) === looks(other);
 }
 
+// A path for a copy beside the document that no open document has.
+function proposeCopy({path, name}, documents) {
+    const [, folder, stem, ending] = (path ?? name).match(/^(.*\/)?(.*?)(\.pdf)?$/is);
+    const taken = new Set(documents.map((one) => one.path ?? one.name));
+    const make = (words) => `${folder ?? ''}${words}${ending ?? '.pdf'}`;
+    let proposed = make(text('save.copyName', stem));
+    for (let number = 2; taken.has(proposed); ++number) {
+        proposed = make(text('save.copyNumber', stem, number));
+    }
+    return proposed;
+}
+
 // Success is reported in the status line only.
 const kNothingAmiss = new Set(['no-comment', 'other-comment', 'listing', 'folded', 'disconnected']);
 
@@ -227,18 +239,21 @@ export class Edits {
     }
 
     saveAs(description) {
-        return this.#saveTo(description, 'save-as', 'save.asTitle');
+        const {path, name} = description;
+        return this.#saveTo(description, 'save-as', 'save.asTitle', path ?? name);
     }
 
-    saveCopy(description) {
-        return this.#saveTo(description, 'save-copy', 'save.copyTitle');
+    /// `documents`: the open ones, whose names the copy does not get.
+    saveCopy(description, documents) {
+        const proposed = proposeCopy(description, documents);
+        return this.#saveTo(description, 'save-copy', 'save.copyTitle', proposed);
     }
 
-    async #saveTo({id, name, path}, command, titleKey) {
+    async #saveTo({id}, command, titleKey, proposed) {
         let reply = {error: '', reason: 'cancelled'};
         await ask({
             title: text(titleKey),
-            fields: [{name: 'path', label: text('save.path'), value: path ?? name}],
+            fields: [{name: 'path', label: text('save.path'), value: proposed}],
             buttons: [kCancel, {key: 'save.accept', value: 'save', isMain: true}],
             attempt: async ({values}) => {
                 if (!values.path) {

@@ -55,6 +55,7 @@ class Page {
             this.connection,
             (done) => this.#showProgress(done),
             (reply) => this.edits.tellRefusal(reply),
+            () => this.statusLine.setCount(this.panel.commentCount),
         );
         setFocusHome(() => this.panel.focusList());
         this.splitView = new SplitView(byId('pages'), this.#viewServices());
@@ -167,13 +168,19 @@ class Page {
         this.documents = documents;
         this.activeId = active;
         byId('no-document').hidden = documents.length > 0;
-        document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
+        this.#nameWindow();
         this.panel.setListing(documents.some(({busy}) => busy === 'listing'));
         this.tabs.update(documents, active);
         this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
+        this.statusLine.setCount(this.panel.commentCount);
         this.#offerRecovery();
+    }
+
+    #nameWindow() {
+        document.title = [this.active?.name, text('panel.comments')].filter(Boolean).join(' – ');
+        byId('title').textContent = document.title;
     }
 
     #offerRecovery() {
@@ -210,6 +217,7 @@ class Page {
         document.documentElement.lang = name;
         document.documentElement.dir = direction;
         translatePage();
+        this.#nameWindow();
         byId('open-document').setAttribute('aria-label', text('tabs.open'));
         byId('open-document').title = text('tabs.open');
         byId('panel-frame').title = text('panel.comments');
@@ -226,7 +234,10 @@ class Page {
             this.notices.banner('');
         } else {
             this.#askEnding({documents: []});
-            this.notices.banner(text(this.#hasEnded ? 'banner.ended' : 'banner.waiting'));
+            const isReplaced = state === 'replaced';
+            const waiting = this.#hasEnded ? 'banner.ended' : 'banner.waiting';
+            this.notices.banner(text(isReplaced ? 'banner.replaced' : waiting));
+            byId('retry').hidden = isReplaced;
         }
     }
 

@@ -77,7 +77,7 @@ class Menu {
             }
         });
         this.#list = list;
-        document.body.append(list);
+        this.#button.after(list);
         this.#place();
         this.#button.setAttribute('aria-expanded', 'true');
         list.querySelector('button').focus();

@@ -18,6 +18,13 @@ function makeAction({key, act}, dismiss) {
     return button;
 }
 
+// Counts one more of a notice's message.
+function repeat(notice) {
+    const times = Number(notice.dataset.times) + 1;
+    notice.dataset.times = times;
+    notice.querySelector('.times').textContent = `× ${times}`;
+}
+
 export class Notices {
     #list;
     #status;
@@ -33,8 +40,14 @@ export class Notices {
     }
 
     /// Shows a notice: an error or another message that the user must not miss. `actions`: buttons
-    /// `{key, act}`, each of which dismisses it. Returns a function that does so.
+    /// `{key, act}`, each of which dismisses it. Returns a function that does so. A message without
+    /// actions that still stands is not shown again but counted.
     show(message, actions = []) {
+        const standing = [...this.#list.children].find((one) => one.dataset.message === message);
+        if (standing && actions.length === 0) {
+            repeat(standing);
+            return () => standing.remove();
+        }
         const notice = document.createElement('div');
         notice.className = 'notice';
         const words = document.createElement('span');
@@ -48,8 +61,12 @@ export class Notices {
         close.append(icon('close'));
         const dismiss = () => notice.remove();
         close.addEventListener('click', dismiss);
-        notice.append(words, close);
-        if (actions.length > 0) {
+        const times = document.createElement('bdi');
+        times.className = 'times';
+        notice.append(words, times, close);
+        if (actions.length === 0) {
+            Object.assign(notice.dataset, {message, times: 1});
+        } else {
             const row = document.createElement('div');
             row.className = 'buttons';
             row.append(...actions.map((action) => makeAction(action, dismiss)));

@@ -65,6 +65,10 @@ const kDescriptions = {
         } else if (valueOf(record.attributes, 'preloader') !== null) {
             element.setAttribute('role', 'img');
             element.setAttribute('aria-label', text('panel.loading'));
+        } else if (hasClass(record, 'icon') && hasClass(record, 'document')) {
+            // The caption of a page, above the headings of its comments.
+            element.setAttribute('role', 'heading');
+            element.setAttribute('aria-level', '2');
         }
     },
     // Contents have their own text direction, independent of the panel's language.

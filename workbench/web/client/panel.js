@@ -6,10 +6,12 @@ import {PanelMirror} from './panel-mirror.js';
 import {listenToInput} from './panel-input.js';
 import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
 import {nextFrame, SlicedWork, sliceClock} from './slices.js';
+import {text} from './texts.js';
 import {Tooltips} from './tooltips.js';
 
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
+const kItems = ':scope > ul[page-item] > li > div > ul.comments > li';
 const kSheetPatience = 2000;
 const kShownAtOnce = 200;
 // Number of deferred items shown per frame.
@@ -19,11 +21,13 @@ export class Panel {
     #frame;
     #connection;
     #onProgress;
+    #onSettled;
     #mirror;
     #work;
     #focus;
     #tooltips;
     #host;
+    #title;
     #expected = 0;
     #isListing = false;
     #comeItems = 0;
@@ -33,11 +37,12 @@ export class Panel {
     #sheets = [];
 
     /// `frame` has loaded its empty document. `onProgress` is called with the completed fraction of
-    /// an insertion, 0 to 1, and `onRefusal` with the reply to refused input.
-    constructor(frame, connection, onProgress, onRefusal) {
+    /// an insertion, 0 to 1, `onRefusal` with the reply to refused input, and `onSettled` after changes.
+    constructor(frame, connection, onProgress, onRefusal, onSettled) {
         this.#frame = frame;
         this.#connection = connection;
         this.#onProgress = onProgress;
+        this.#onSettled = onSettled;
         this.#prepareFrame();
         this.#mirror = new PanelMirror(this.document, new URL(kPanelPage, document.baseURI), this);
         this.#focus = new PanelFocus(this.document, frame);
@@ -68,6 +73,13 @@ export class Panel {
         return this.#focus.currentId;
     }
 
+    /// Number of comments in the visible list; null until it stands.
+    get commentCount() {
+        const list = this.#focus.container?.querySelector('.results-container');
+        const isComplete = list && this.#expected === 0 && !this.#isListing;
+        return isComplete ? list.querySelectorAll(kItems).length : null;
+    }
+
     readTree() {
         return this.#mirror.read();
     }
@@ -96,6 +108,7 @@ export class Panel {
         root.lang = name;
         root.dir = direction;
         root.setAttribute('wb-locale', name);
+        this.#title.textContent = text('panel.comments');
         translateRoles(this.document);
     }
 
@@ -113,6 +126,8 @@ export class Panel {
         frameDocument.head.remove();
         frameDocument.body.remove();
         this.#host = frameDocument.createElement('wb-host');
+        this.#title = frameDocument.createElement('title');
+        this.#host.append(this.#title);
         for (const name of kHostSheets) {
             const sheet = frameDocument.createElement('link');
             sheet.rel = 'stylesheet';
@@ -172,6 +187,7 @@ export class Panel {
         this.#focus.settle();
         this.#tooltips.settle();
         this.#forget();
+        this.#onSettled();
     }
 
     #forget() {

@@ -27,6 +27,7 @@ function withoutPath(words, path) {
 export class StatusLine {
     #notices;
     #state = document.createElement('span');
+    #count = null;
     #faults = document.createElement('button');
     #documents = new Map();
     #active = null;
@@ -56,13 +57,28 @@ export class StatusLine {
         this.#documents = new Map(documents.map((one) => [one.id, one]));
         this.#tellTask(documents);
         this.#active = active;
+        this.#showState();
+        this.#faults.textContent = text('status.faults');
+        this.#faults.hidden = !active?.warnings.length;
+    }
+
+    /// Number of comments in the list; null when it is not known yet.
+    setCount(count) {
+        if (count !== this.#count) {
+            this.#count = count;
+            this.#showState();
+        }
+    }
+
+    #showState() {
+        const active = this.#active;
+        const number = this.#count?.toLocaleString(document.documentElement.lang);
         const words = [
+            active && number && text('status.comments', number),
             active?.readOnly && text('status.readOnly'),
             active?.modified && text('status.kept'),
         ];
         this.#state.textContent = words.filter(Boolean).join(' · ');
-        this.#faults.textContent = text('status.faults');
-        this.#faults.hidden = !active?.warnings.length;
     }
 
     #showFaults() {

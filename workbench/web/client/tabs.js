@@ -1,19 +1,23 @@
-// Tabs of the open documents.
+// Tabs of the open documents. A tab list holds nothing but tabs, so the list is an element of its own
+// that owns the tabs, and the close buttons stand beside them.
 
 import {icon} from './icons.js';
 import {text} from './texts.js';
 
 export class Tabs {
-    #list;
+    #area;
+    #list = document.createElement('span');
     #actions;
     #tabs = new Map();
     #active = null;
 
     /// `actions`: `activate(description)` and `close(description)`.
-    constructor(list, actions) {
-        this.#list = list;
+    constructor(area, actions) {
+        this.#area = area;
         this.#actions = actions;
-        list.addEventListener('keydown', (event) => this.#key(event));
+        this.#list.setAttribute('role', 'tablist');
+        area.append(this.#list);
+        area.addEventListener('keydown', (event) => this.#key(event));
     }
 
     update(documents, active) {
@@ -27,6 +31,11 @@ export class Tabs {
         for (const description of documents) {
             this.#updateTab(description, description.id === active);
         }
+        this.#list.hidden = documents.length === 0;
+        this.#list.setAttribute(
+            'aria-owns',
+            documents.map(({id}) => this.#tabs.get(id).button.id).join(' '),
+        );
         if (active !== this.#active) {
             this.#active = active;
             this.#tabs.get(active)?.element.scrollIntoView({block: 'nearest', inline: 'nearest'});
@@ -37,9 +46,9 @@ export class Tabs {
         const {id, name, modified, path} = description;
         let tab = this.#tabs.get(id);
         if (!tab) {
-            tab = this.#makeTab();
+            tab = this.#makeTab(id);
             this.#tabs.set(id, tab);
-            this.#list.append(tab.element);
+            this.#area.append(tab.element);
         }
         tab.description = description;
         const isBusy = description.busy !== null;
@@ -63,12 +72,12 @@ export class Tabs {
         tab.close.title = text('tabs.close', name);
     }
 
-    #makeTab() {
+    #makeTab(id) {
         const element = document.createElement('div');
         element.className = 'tab';
-        element.setAttribute('role', 'presentation');
         const button = document.createElement('button');
         button.type = 'button';
+        button.id = `tab-${id}`;
         button.setAttribute('role', 'tab');
         const words = document.createElement('bdi');
         const close = document.createElement('button');

@@ -14,7 +14,7 @@ export class Toolbar {
     #buttons = new Map();
     #menus = [];
 
-    /// `app`: `active` (the document's description or null), `view`, `edits`, `tools`, `theme`,
+    /// `app`: `documents` (their descriptions), `active` (one of them or null), `view`, `edits`, `tools`, `theme`,
     /// `language`, `split` and the actions of the web page.
     constructor(element, app) {
         this.#element = element;
@@ -135,14 +135,14 @@ export class Toolbar {
     // --- Menus ---
 
     #fileEntries() {
-        const {active, edits} = this.#app;
+        const {active, documents, edits} = this.#app;
         const isDisabled = active === null;
         return [
             {key: 'file.open', shortcut: 'Ctrl+O', act: () => edits.askOpen()},
             kLine,
             {key: 'file.save', shortcut: 'Ctrl+S', isDisabled, act: () => this.#app.save()},
             {key: 'file.saveAs', isDisabled, act: () => edits.saveAs(active)},
-            {key: 'file.saveCopy', isDisabled, act: () => edits.saveCopy(active)},
+            {key: 'file.saveCopy', isDisabled, act: () => edits.saveCopy(active, documents)},
             {key: 'file.download', isDisabled, act: () => edits.download(active)},
             kLine,
             {
