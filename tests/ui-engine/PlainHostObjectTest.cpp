@@ -59,12 +59,15 @@ TEST(PlainHostObject, CallsListenersOfAnEventInOrderUntilTheyEnd)
     second = BLDocument::Subscribe_OnAnnotChanged(
         document->Get(),
         [&](PDAnnotOperation, unsigned page, _PDAnnotRec*) { heard.push_back(10 * page); });
-    const auto other = BLDocument::Subscribe_OnPagesChanged(
+    auto other = BLDocument::Subscribe_OnPagesChanged(
         document->Get(), [&](PDPageOperation, const _PDPageRange*) { heard.push_back(0); });
     Fire(document, 1);
     Fire(document, 2);
     EXPECT_EQ(heard, (std::vector<std::uint32_t>{1, 10, 2}));
     EXPECT_EQ(document->ListenerCount(), 2u);
+    other.reset();  // and not the first one of another event
+    Fire(document, 3);
+    EXPECT_EQ(heard.back(), 3u);
 }
 
 TEST(PlainHostObject, FreesItsFunctionsAndCallablesAndOutlivesNoReference)

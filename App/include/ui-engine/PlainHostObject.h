@@ -142,12 +142,12 @@ private:
     static std::uint64_t Subscribe(I* self, typename E::Forwarder forwarder,
                                    typename E::ReleaseCallable release, void* callable)
     {
-        static std::uint64_t lastCookie = 0;
+        PlainHostObject& object = *FromInterface(self);
         try {
-            FromInterface(self)->listeners_.push_back({++lastCookie, E::kSlot,
-                                                       reinterpret_cast<MethodEntry>(forwarder),
-                                                       release, callable});
-            return lastCookie;
+            object.listeners_.push_back({object.lastCookie_ + 1, E::kSlot,
+                                         reinterpret_cast<MethodEntry>(forwarder), release,
+                                         callable});
+            return ++object.lastCookie_;
         } catch (const std::bad_alloc&) {
             release(callable);
             return 0;
@@ -174,4 +174,5 @@ private:
 
     std::array<std::shared_ptr<void>, I::Catalogue::kMethodCount> functions_;
     std::vector<Listener> listeners_;
+    std::uint64_t lastCookie_ = 0;  // of all events, since subscriptions are ended by cookie alone
 };

@@ -1,10 +1,10 @@
 // For hosts built with another compiler than the module: calls what may throw, and throws nothing.
 // Exported by the library `plugin-gate`, which is built with the module's compiler; plain C calls.
 //
-// What was thrown is answered by its code: that of a ServiceObjectException, 6 for anything else.
-// Its message, in UTF-8 with a zero at its end, is written to `text`, whose `textSize` bytes take
-// as many whole characters as they hold; an empty text when nothing was thrown. `text` may be null
-// when `textSize` is 0. [ui-thread]
+// What was thrown is answered by its code: that of a ServiceObjectException, 6 for anything else
+// and for a code that would read as success. Its message, in UTF-8 with a zero at its end, is
+// written to `text`, whose `textSize` bytes take as many whole characters as they hold; an empty
+// text when nothing was thrown. `text` may be null when `textSize` is 0. [ui-thread]
 #pragma once
 
 #include "ui-engine/ModuleExports.h"

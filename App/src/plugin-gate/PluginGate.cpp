@@ -39,7 +39,7 @@ ResultCode CallThrough(Call&& call, char* text, std::size_t textSize) noexcept
         return call();
     } catch (const ServiceObjectException& failure) {
         Write(failure.what(), text, textSize);
-        return failure.Code();
+        return IsExpectedResult(failure.Code()) ? kResultUnexpected : failure.Code();
     } catch (const std::exception& failure) {
         Write(failure.what(), text, textSize);
     } catch (...) {  // NOLINT(bugprone-empty-catch): nothing is known of it

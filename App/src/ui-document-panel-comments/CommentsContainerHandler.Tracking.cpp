@@ -293,7 +293,7 @@ void CommentsContainerHandler::LandResults(const std::shared_ptr<Loading>& loadi
     if (loading->failure) {
         std::rethrow_exception(loading->failure);
     }
-    if (landed && (recovering ? stale_ || incomplete_ : incomplete_ && !stale_)) {
+    if (landed && (incomplete_ || loading->failedCalls) && (recovering || !stale_)) {
         SetThreadLastError({kResultUnexpected, L"Parts of the list could not be read", kLoadName,
                             "src/ui-document-panel-comments/CommentsContainerHandler", __LINE__});
     }
@@ -345,7 +345,10 @@ void CommentsContainerHandler::ChangeList(const Step& step)
             tolerated_ = false;
             recoveryFailed_ = false;
         }
-        incomplete_ = incomplete_ || PDFL::FailedQueryCount() != queriesBefore;
+        if (PDFL::FailedQueryCount() != queriesBefore) {
+            incomplete_ = true;
+            recoveryFailed_ = false;
+        }
     };
     try {
         step();

@@ -4,22 +4,20 @@
 
 #include <algorithm>
 #include <bit>
+#include <optional>
 
 namespace {
 
-// A hash of what equal annotations have in common.
-std::uint64_t SharedByEquals(const PDFL::Annotation& annotation)
+// A hash of what equal annotations have in common; nothing when the library does not tell.
+std::optional<std::uint64_t> SharedByEquals(const PDFL::Annotation& annotation)
 {
     if (!annotation) {
         return 0;
     }
     _PDRect rectangle{};
     const ResultCode code = annotation.Rectangle(rectangle);
-    if (code != kResultOk) {
-        rectangle = {};
-        if (!IsAbsence(code)) {
-            PDFL::CountFailedQuery();
-        }
+    if (code != kResultOk && !IsAbsence(code)) {
+        return {};
     }
     std::uint64_t hash = annotation.Subtype();
     for (const double side : {rectangle.left, rectangle.bottom, rectangle.right, rectangle.top}) {
@@ -69,18 +67,15 @@ std::uint32_t PageListing::FirstPosition()
 {
     constexpr std::uint32_t kCrowded = 64;
     const auto last = static_cast<std::uint32_t>(annotations_.size() - 1);
-    if (last < kCrowded) {
+    comparesAll_ = comparesAll_ || (last >= kCrowded && !IndexUpTo(last));
+    if (last < kCrowded || comparesAll_) {
         const auto first =
             std::find_if(annotations_.begin(), annotations_.end() - 1,
                          [&](const auto& former) { return former.IsEqual(annotations_.back()); });
         return static_cast<std::uint32_t>(first - annotations_.begin());
     }
-    while (indexed_ < last) {
-        positions_.emplace(SharedByEquals(annotations_[indexed_]), indexed_);
-        ++indexed_;
-    }
     std::uint32_t position = last;
-    const auto [begin, end] = positions_.equal_range(SharedByEquals(annotations_[last]));
+    const auto [begin, end] = positions_.equal_range(lastKey_);
     for (auto candidate = begin; candidate != end; ++candidate) {
         if (candidate->second < position &&
             annotations_[candidate->second].IsEqual(annotations_[last])) {
@@ -88,4 +83,17 @@ std::uint32_t PageListing::FirstPosition()
         }
     }
     return position;
+}
+
+bool PageListing::IndexUpTo(std::uint32_t last)
+{
+    for (; indexed_ <= last; ++indexed_) {
+        const auto key = SharedByEquals(annotations_[indexed_]);
+        if (!key) {
+            return false;
+        }
+        positions_.emplace(*key, indexed_);
+        lastKey_ = *key;
+    }
+    return true;
 }

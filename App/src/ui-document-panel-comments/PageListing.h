@@ -36,6 +36,8 @@ public:
 
 private:
     std::uint32_t FirstPosition();
+    // Indexes the annotations up to `last`; false when the library does not tell what that takes.
+    bool IndexUpTo(std::uint32_t last);
 
     const PDFL::Page& page_;
     const std::uint32_t pageIndex_;
@@ -44,4 +46,6 @@ private:
     // Of a crowded page: positions by what equal annotations have in common, all before indexed_.
     std::unordered_multimap<std::uint64_t, std::uint32_t> positions_;
     std::uint32_t indexed_ = 0;
+    std::uint64_t lastKey_ = 0;  // of the annotation that was indexed last
+    bool comparesAll_ = false;   // the library did not tell of one
 };
