@@ -6,7 +6,7 @@
 #   lib/cmake/CommentsPanel/     find_package(CommentsPanel)
 #   lib/pkgconfig/               comments-panel.pc
 #   include/comments-panel/      the SDK's headers
-#   share/comments-panel/        the panel's resources, examples
+#   share/comments-panel/        the panel's resources, examples, texts of two languages
 #   share/doc/comments-panel/    documentation
 
 include(CMakePackageConfigHelpers)

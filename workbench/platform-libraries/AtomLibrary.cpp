@@ -1,5 +1,5 @@
 #include "platform-libraries/AtomLibraryHost.h"
-#include "platform-libraries/LibraryExport.h"
+#include "platform/LibraryExport.h"
 #include "service-common/Atom.h"
 
 #include <array>

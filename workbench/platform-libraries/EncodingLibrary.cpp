@@ -1,4 +1,4 @@
-#include "platform-libraries/LibraryExport.h"
+#include "platform/LibraryExport.h"
 #include "service-common/EncodingConversion.h"
 #include "service-common/UnicodeText.h"
 

@@ -1,5 +1,5 @@
-#include "platform-libraries/LibraryExport.h"
 #include "platform-libraries/ServiceProviderHost.h"
+#include "platform/LibraryExport.h"
 #include "platform/SystemErrors.h"
 #include "service-common/ServiceProvider.h"
 

@@ -1,17 +1,12 @@
 #include "ui-engine/PluginGate.h"
 
+#include "platform/LibraryExport.h"
 #include "service-common/ServiceObjectException.h"
 #include "service-common/UnicodeText.h"
 
 #include <algorithm>
 #include <exception>
 #include <string_view>
-
-#if defined(_WIN32)
-#define GATE_EXPORT
-#else
-#define GATE_EXPORT [[gnu::visibility("default")]]
-#endif
 
 namespace {
 
@@ -47,18 +42,12 @@ ResultCode CallThrough(Call&& call, char* text, std::size_t textSize) noexcept
     return kResultUnexpected;
 }
 
-template <class M>
-ResultCode CallSlot(UIInplacePlugin* plugin, ResultCode (*)(UIInplacePlugin*), const void*)
+// With the argument block, for a slot that takes one.
+template <class M, class... Block>
+ResultCode CallSlot(UIInplacePlugin* plugin, ResultCode (*)(UIInplacePlugin*, Block...),
+                    [[maybe_unused]] const void* arguments)
 {
-    const CallResult result = CallMethodUnchecked<M>(plugin);
-    return result.called ? result.code : kResultNotFound;
-}
-
-template <class M, class Block>
-ResultCode CallSlot(UIInplacePlugin* plugin, ResultCode (*)(UIInplacePlugin*, const Block*),
-                    const void* arguments)
-{
-    const CallResult result = CallMethodUnchecked<M>(plugin, static_cast<const Block*>(arguments));
+    const CallResult result = CallMethodUnchecked<M>(plugin, static_cast<Block>(arguments)...);
     return result.called ? result.code : kResultNotFound;
 }
 
@@ -66,8 +55,8 @@ ResultCode CallSlot(UIInplacePlugin* plugin, ResultCode (*)(UIInplacePlugin*, co
 
 extern "C" {
 
-GATE_EXPORT ResultCode PluginGateCall(UIInplacePlugin* plugin, std::uint32_t slot,
-                                      const void* arguments, char* text, std::size_t textSize)
+LIBRARY_EXPORT ResultCode PluginGateCall(UIInplacePlugin* plugin, std::uint32_t slot,
+                                         const void* arguments, char* text, std::size_t textSize)
 {
     return CallThrough(
         [&]() -> ResultCode {
@@ -85,9 +74,9 @@ GATE_EXPORT ResultCode PluginGateCall(UIInplacePlugin* plugin, std::uint32_t slo
         text, textSize);
 }
 
-GATE_EXPORT ResultCode PluginGateRegisterResources(RegisterResourcesExport registerResources,
-                                                   UIEngine* engine, char* text,
-                                                   std::size_t textSize)
+LIBRARY_EXPORT ResultCode PluginGateRegisterResources(RegisterResourcesExport registerResources,
+                                                      UIEngine* engine, char* text,
+                                                      std::size_t textSize)
 {
     return CallThrough(
         [&] {

@@ -2,28 +2,22 @@
 // ui-engine/ModuleExports.h. [ui-thread]
 #pragma once
 
+#include "platform/LibraryExport.h"
 #include "ui-engine/ModuleExports.h"
 
 #include <cstdint>
 #include <type_traits>
 
-// Linux needs it said that a symbol may leave the library; Windows has the export list for that.
-#if defined(_WIN32)
-#define PANEL_EXPORT
-#else
-#define PANEL_EXPORT [[gnu::visibility("default")]]
-#endif
-
 extern "C" {
 
 // See SODetails::ReflectRegisteredObjects.
-PANEL_EXPORT ResultCode ReflectServiceObjectInfo(const ServiceObjectInfo** entries,
-                                                 std::uint32_t* count);
+LIBRARY_EXPORT ResultCode ReflectServiceObjectInfo(const ServiceObjectInfo** entries,
+                                                   std::uint32_t* count);
 
 // See SODetails::CreateRegisteredObject.
-PANEL_EXPORT ResultCode CreateServiceObject(Atom name, ServiceObject** object);
+LIBRARY_EXPORT ResultCode CreateServiceObject(Atom name, ServiceObject** object);
 
-PANEL_EXPORT ResultCode RegisterResources(UIEngine* engine);
+LIBRARY_EXPORT ResultCode RegisterResources(UIEngine* engine);
 
 }  // extern "C"
 static_assert(std::is_same_v<decltype(&ReflectServiceObjectInfo), ReflectServiceObjectInfoExport>);
