@@ -39,7 +39,7 @@ describe('The panel in the browser', () => {
     });
 
     test('shows the annotation of a clicked item in the middle of the pages', async () => {
-        await window.item('1_1').click();
+        await (await window.show('1_1')).click();
         await window.expectCurrent('1_1');
         const mark = window.page.locator('.page[data-page="1"] .annotation.focused');
         await mark.waitFor();
@@ -58,8 +58,8 @@ describe('The panel in the browser', () => {
     });
 
     test('moves the current item and the focus with the keys', async () => {
-        await window.item('0_0').click();
-        const last = await window.items.last().getAttribute('annot-name');
+        await (await window.show('0_0')).click();
+        const last = '5_6';
         const moves = [
             ['ArrowDown', '0_1'],
             ['ArrowUp', '0_0'],
@@ -117,7 +117,7 @@ describe('The panel in the browser', () => {
     });
 
     test('says which page the list shows, and hides no current item behind it', async () => {
-        await window.item('1_5').click();
+        await (await window.show('1_5')).click();
         const places = () =>
             window.panel
                 .locator('.panel-content[wb-visibility="visible"] .results-container')
@@ -159,7 +159,7 @@ describe('The panel in the browser', () => {
     });
 
     test('goes on with the buttons, beyond the end of a page', async () => {
-        await window.item('0_6').click();
+        await (await window.show('0_6')).click();
         await window.button('move-bottom').click();
         await window.expectCurrent('1_0');
         await window.button('move-top').click();
@@ -168,13 +168,13 @@ describe('The panel in the browser', () => {
 
     test('shows a tooltip inside the window for pointer and keyboard', async () => {
         const tooltip = window.panel.locator('wb-host > popup');
-        await window.item('0_2').hover();
+        await (await window.show('0_2')).hover();
         await tooltip.waitFor();
         assert.match(await tooltip.textContent(), /A\. Reviewer/);
         await window.page.keyboard.press('Escape');
         await tooltip.waitFor({state: 'detached'});
 
-        await window.item('4_0').click();
+        await (await window.show('4_0')).click();
         await window.page.keyboard.press('End');
         await tooltip.waitFor();
         const isInside = await tooltip.evaluate((element) => {
@@ -191,7 +191,7 @@ describe('The panel in the browser', () => {
     });
 
     test('makes an annotation current that is clicked on its page', async () => {
-        await window.item('0_0').click();
+        await (await window.show('0_0')).click();
         await window.page.locator('.page[data-page="0"] .annotation').nth(2).click();
         await window.expectCurrent('0_2');
     });
@@ -200,8 +200,10 @@ describe('The panel in the browser', () => {
         const list = window.panel.getByRole('tree', {name: 'Comments'});
         await list.waitFor();
         await list.getByRole('treeitem', {name: 'Page 2', exact: true}).waitFor();
+        await window.show('1_0');
         const item = list.getByRole('treeitem', {name: 'Highlight A good opening.'});
         await item.click();
+        assert.equal(await item.getAttribute('aria-setsize'), '7');
         await window.until(
             () => item.getAttribute('aria-selected'),
             (value) => value === 'true',
@@ -233,7 +235,7 @@ describe('The panel in the browser', () => {
                 prepare: letFrameRunScripts,
             });
             await other.expectListed();
-            await other.item('0_1').click();
+            await (await other.show('0_1')).click();
             const states = {
                 list: () => {},
                 menu: () => other.page.getByRole('button', {name: 'View', exact: true}).click(),
@@ -282,13 +284,13 @@ describe('The panel in the browser', () => {
         await banner.waitFor();
         await banner.waitFor({state: 'hidden'});
         await window.expectSameTree();
-        await window.item('1_2').click();
+        await (await window.show('1_2')).click();
         await window.expectCurrent('1_2');
     });
 
     test('is the same in two windows', async () => {
         const other = await PageWindow.open(browser, workbench);
-        await window.item('1_3').click();
+        await (await window.show('1_3')).click();
         await other.expectCurrent('1_3');
         await other.button('delete').click();
         await other.expectActive((active) => active.undo === 'remove', 'the comment is deleted');

@@ -43,13 +43,15 @@ public:
         siblings.insert(place, run.begin(), run.end());
     }
 
-    void OnRemoved(NodeHandle parent, NodeHandle first, NodeHandle last) noexcept override
+    void OnRemoved(NodeHandle parent, NodeHandle previous, NodeHandle first,
+                   NodeHandle last) noexcept override
     {
         Say("removed");
         std::vector<NodeHandle>& siblings = nodes_.at(parent).children;
         const auto from = std::find(siblings.begin(), siblings.end(), first);
         const auto to = std::find(from, siblings.end(), last);
         ASSERT_NE(to, siblings.end());
+        EXPECT_EQ(previous, from == siblings.begin() ? kNoNodeHandle : *(from - 1));
         NodeHandle walked = first;
         for (auto at = from; at != to + 1; ++at, walked = reader_.NextSibling(walked)) {
             EXPECT_EQ(*at, walked);

@@ -94,7 +94,7 @@ protected:
     }
     void ExpectSameTree(BrowserClient& connected)
     {
-        EXPECT_TRUE(connected.tree.Text() == workbench->PanelText());
+        EXPECT_TRUE(connected.tree.Text() == workbench->PanelText(connected.tree));
     }
     std::uint64_t Item(const std::string& name) { return client->tree.Find("annot-name", name); }
     std::string Path(const std::string& name) const { return folder.At(name).string(); }
@@ -1080,10 +1080,12 @@ TEST_F(Browsing, KeepsCopiesOfChangingClientsEqual)
         }
         if (step % 10 == 9) {
             workbench->Settle(*client);
-            ASSERT_TRUE(client->tree.Text() == workbench->PanelText()) << "seed " << seed;
+            ASSERT_TRUE(client->tree.Text() == workbench->PanelText(client->tree))
+                << "seed " << seed;
             for (const auto& other : clients) {
                 other->Fence();
-                ASSERT_TRUE(other->tree.Text() == client->tree.Text()) << "seed " << seed;
+                ASSERT_TRUE(other->tree.Text() == workbench->PanelText(other->tree))
+                    << "seed " << seed;
             }
         }
     }

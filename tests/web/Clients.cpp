@@ -163,6 +163,7 @@ Json BrowserClient::Read()
     const std::string type = message.at("type");
     if (type == "panel") {
         tree.Apply(message);
+        AskForRows(message);
     } else if (type == "documents") {
         documents = message;
     } else if (type == "document") {
@@ -176,6 +177,29 @@ Json BrowserClient::Read()
         others.push_back(message);
     }
     return message;
+}
+
+void BrowserClient::AskForRows(const Json& message)
+{
+    for (const Json& change : message.at("changes")) {
+        if (change.at(0) == "w" && change.size() == 4) {
+            asked_.erase(change.at(1).get<std::uint64_t>());
+        }
+    }
+    std::erase_if(asked_, [this](std::uint64_t list) { return tree.ListWith(list) == nullptr; });
+    if (!seesAll || message.at("remaining") != 0) {
+        return;
+    }
+    for (const std::uint64_t list : tree.TakeChangedLists()) {
+        const std::size_t pages = tree.ListWith(list)->count;
+        if (pages > 0) {
+            asked_.insert(list);
+            Send({{"type", "window"},
+                  {"list", list},
+                  {"from", {0, 0}},
+                  {"to", {pages - 1, 0xFFFFFFFF}}});
+        }
+    }
 }
 
 Json BrowserClient::ReadUntil(const std::function<bool(const Json&)>& fits)
@@ -206,9 +230,13 @@ Json BrowserClient::Command(const std::string& name, Json arguments)
     arguments["name"] = name;
     arguments["id"] = id;
     Send(arguments);
-    return ReadUntil([&](const Json& message) {
+    Json reply = ReadUntil([&](const Json& message) {
         return message.at("type") == "reply" && message.at("id") == id;
     });
+    while (!asked_.empty()) {
+        Read();
+    }
+    return reply;
 }
 
 void BrowserClient::Fence()

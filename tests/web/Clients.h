@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,14 +84,18 @@ public:
     std::vector<std::uint64_t> Ids() const;
 
     TreeCopy tree;
-    Json documents;  // the last message of that type, with the changes since
+    bool seesAll = true;  // asks for all rows of all lists, again after each change
+    Json documents;       // the last message of that type, with the changes since
     std::string locale;
     std::vector<Json> others;  // messages of other types, oldest first; replies left out
 
 private:
     class Socket;
 
+    void AskForRows(const Json& message);
+
     std::unique_ptr<Socket> socket_;
+    std::set<std::uint64_t> asked_;  // lists whose rows have not come
     std::uint64_t lastCommand_ = 0;
 };
 

@@ -120,11 +120,11 @@ void RunningWorkbench::Settle(BrowserClient& client)
     client.Fence();
 }
 
-std::string RunningWorkbench::PanelText()
+std::string RunningWorkbench::PanelText(const TreeCopy& copy)
 {
     std::string text;
     OnUi([&](BrowserWorkbench& workbench) {
-        text = TreeText(*workbench.TheHost().Panel().Document());
+        text = TreeText(*workbench.TheHost().Panel().Document(), copy);
     });
     return text;
 }

@@ -53,8 +53,8 @@ public:
     // Waits until the panel is idle and the client has received all changes.
     void Settle(BrowserClient& client);
 
-    // The engine's tree.
-    std::string PanelText();
+    // The engine's tree in the windows of a copy.
+    std::string PanelText(const TreeCopy& copy);
 
     // As if the process had been sent a signal.
     void Signal(int signal) { EXPECT_TRUE(workbench_->TakeSignal(signal)); }

@@ -1,9 +1,11 @@
 #include "TreeCopy.h"
 
 #include "html-engine/TreeReader.h"
+#include "web/PanelWriter.h"
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace WebTests {
 
@@ -35,33 +37,103 @@ std::string Start(const std::string& name, const std::vector<std::string>& attri
     return text + (states == 0 ? "" : " states " + std::to_string(states)) + ">";
 }
 
-void WriteNode(const HtmlEngine::TreeReader& reader, NodeHandle node, std::string& out)
+// What is known of a list's children.
+std::string ListText(const TreeCopy::List& list, std::size_t shown)
 {
-    if (reader.Kind(node) != NodeKind::Element) {
-        out += (reader.Kind(node) == NodeKind::Text ? "{#text " : "{#comment ") +
-               std::string(reader.Text(node)) + "}";
-        return;
+    std::string text = "[" + std::to_string(list.from) + "+" + std::to_string(shown) + " of";
+    for (const std::int64_t size : list.sizes) {
+        text += " " + std::to_string(size);
     }
-    std::vector<std::string> attributes;
-    for (std::size_t i = 0; i < reader.AttributeCount(node); ++i) {
-        const auto [name, value] = reader.AttributeAt(node, i);
-        if (name == "class" && !attributes.empty() && attributes[0] == "class") {
-            attributes[1] += " " + std::string(value);
-        } else {
-            attributes.emplace_back(name);
-            attributes.emplace_back(value);
+    return text + (list.isOfPages ? "]" : " " + std::to_string(list.count) + "]");
+}
+
+class EngineText {
+public:
+    EngineText(const HtmlEngine::Document& document, const TreeCopy& copy)
+        : document_(document), reader_(document), copy_(copy)
+    {
+    }
+
+    std::string Write()
+    {
+        WriteNode(document_.NodeOf(document_.Root()));
+        return std::move(out_);
+    }
+
+private:
+    void WriteNode(NodeHandle node)
+    {
+        if (reader_.Kind(node) != NodeKind::Element) {
+            out_ += (reader_.Kind(node) == NodeKind::Text ? "{#text " : "{#comment ") +
+                    std::string(reader_.Text(node)) + "}";
+            return;
+        }
+        std::vector<std::string> attributes;
+        for (std::size_t i = 0; i < reader_.AttributeCount(node); ++i) {
+            const auto [name, value] = reader_.AttributeAt(node, i);
+            if (name == "class" && !attributes.empty() && attributes[0] == "class") {
+                attributes[1] += " " + std::string(value);
+            } else {
+                attributes.emplace_back(name);
+                attributes.emplace_back(value);
+            }
+        }
+        const auto space = reader_.NamespaceOf(node);
+        out_ += Start((space == HtmlEngine::Namespace::Html ? "" : NameOf(space)) +
+                          std::string(reader_.TagName(node)),
+                      attributes, reader_.State(node));
+        WriteChildren(node);
+        out_ += "</>";
+    }
+
+    void WriteChildren(NodeHandle node)
+    {
+        const std::uint64_t id = Workbench::IdOf(node);
+        const TreeCopy::List* const list = copy_.ListWith(id);
+        if (list != nullptr) {
+            WriteList(node, *list, copy_.ShownOf(id));
+            return;
+        }
+        if (copy_.IsClosed(id)) {
+            out_ += "[closed]";
+            return;
+        }
+        for (NodeHandle child = reader_.FirstChild(node); child != kNoNodeHandle;
+             child = reader_.NextSibling(child)) {
+            WriteNode(child);
         }
     }
-    const auto space = reader.NamespaceOf(node);
-    out += Start((space == HtmlEngine::Namespace::Html ? "" : NameOf(space)) +
-                     std::string(reader.TagName(node)),
-                 attributes, reader.State(node));
-    for (NodeHandle child = reader.FirstChild(node); child != kNoNodeHandle;
-         child = reader.NextSibling(child)) {
-        WriteNode(reader, child, out);
+
+    void WriteList(NodeHandle node, const TreeCopy::List& seen, std::size_t shown)
+    {
+        const HtmlEngine::ElementHandle element = document_.ElementOf(node);
+        TreeCopy::List list;
+        list.from = seen.from;
+        list.isOfPages = seen.isOfPages;
+        list.count = document_.ChildCount(element);
+        for (std::size_t i = 0; seen.isOfPages && i < list.count; ++i) {
+            list.sizes.push_back(SizeOf(document_.Child(element, i)));
+        }
+        out_ += ListText(list, shown);
+        for (std::size_t i = 0; i < shown; ++i) {
+            WriteNode(document_.NodeOf(document_.Child(element, seen.from + i)));
+        }
     }
-    out += "</>";
-}
+
+    std::int64_t SizeOf(HtmlEngine::ElementHandle pageItem)
+    {
+        HtmlEngine::ElementHandle items = HtmlEngine::kNoElement;
+        document_.SelectFirst(pageItem, ":root > li > div > ul.comments", items);
+        const auto count = static_cast<std::int64_t>(document_.ChildCount(items));
+        const auto states = document_.State(document_.Child(pageItem, 0));
+        return (states & HtmlEngine::ElementState::kCollapsed) != 0 ? -1 - count : count;
+    }
+
+    const HtmlEngine::Document& document_;
+    const HtmlEngine::TreeReader reader_;
+    const TreeCopy& copy_;
+    std::string out_;
+};
 
 }  // namespace
 
@@ -101,12 +173,136 @@ void TreeCopy::Change(const Json& change)
     } else if (kind == "t") {
         Check(At(change.at(1)).name.starts_with('#'), "an element has no text");
         At(change.at(1)).text = change.at(2);
+    } else if (kind == "w") {
+        MoveWindow(change);
+    } else if (kind == "z") {
+        List& list = At(change.at(1)).list.value();
+        const std::size_t at = change.at(2);
+        for (std::size_t i = 0; i < change.at(3).size(); ++i) {
+            list.sizes.at(at + i) = change.at(3)[i];
+        }
+        NoteChanged(change.at(1));
     } else if (kind == "a") {
         At(change.at(1)).attributes = change.at(2).get<std::vector<std::string>>();
     } else {
         Check(kind == "s", "unknown change");
         At(change.at(1)).states = change.at(2);
+        NoteChanged(change.at(1));
     }
+}
+
+void TreeCopy::MoveWindow(const Json& change)
+{
+    Node& node = At(change.at(1));
+    Check(node.list.has_value(), "no list");
+    List& list = *node.list;
+    const std::size_t from = change.at(2);
+    const std::size_t to = change.at(3);
+    std::vector<std::optional<std::uint64_t>> all(list.count);
+    std::copy(node.children.begin(), node.children.end(),
+              all.begin() + static_cast<std::ptrdiff_t>(list.from));
+    if (change.size() > 4) {
+        const auto at = change.at(4).get<std::ptrdiff_t>();
+        const auto removed = change.at(5).get<std::ptrdiff_t>();
+        const Json& added = change.at(6);
+        const std::size_t count = list.isOfPages ? added.size() : added.get<std::size_t>();
+        Check(static_cast<std::size_t>(at + removed) <= all.size(), "what is not there goes");
+        for (std::ptrdiff_t i = at; i < at + removed; ++i) {
+            if (const auto child = all[static_cast<std::size_t>(i)]) {
+                Remove(*child);
+            }
+        }
+        all.erase(all.begin() + at, all.begin() + at + removed);
+        all.insert(all.begin() + at, count, std::nullopt);
+        if (list.isOfPages) {
+            list.sizes.erase(list.sizes.begin() + at, list.sizes.begin() + at + removed);
+            const auto sizes = added.get<std::vector<std::int64_t>>();
+            list.sizes.insert(list.sizes.begin() + at, sizes.begin(), sizes.end());
+        }
+        list.count = all.size();
+        NoteChanged(change.at(1));
+    }
+    Check(to <= all.size() && from <= to, "a window beyond the list");
+    node.children.clear();
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i] && i >= from && i < to) {
+            node.children.push_back(*all[i]);
+        } else if (all[i]) {
+            Remove(*all[i]);
+        }
+    }
+    list.from = from;
+}
+
+// A page item in the copy counts the items that it has.
+void TreeCopy::NoteChanged(std::uint64_t number)
+{
+    const std::optional<List> items = nodes_.at(number).list;
+    std::uint64_t inside = 0;
+    for (std::uint64_t at = number; at != 0; at = nodes_.at(at).parent) {
+        Node& node = nodes_.at(at);
+        if (node.list && node.list->isOfPages) {
+            const auto place = std::find(node.children.begin(), node.children.end(), inside);
+            if (place != node.children.end()) {
+                const auto& parts = nodes_.at(inside).children;
+                const auto isElement = [this](std::uint64_t part) {
+                    return !nodes_.at(part).name.starts_with('#');
+                };
+                const auto li = std::find_if(parts.begin(), parts.end(), isElement);
+                Check(li != parts.end(), "a page item without a page");
+                const Node& page = nodes_.at(*li);
+                std::int64_t& size = node.list->sizes.at(
+                    node.list->from + static_cast<std::size_t>(place - node.children.begin()));
+                const std::int64_t count = items && !items->isOfPages
+                                               ? static_cast<std::int64_t>(items->count)
+                                               : (size < 0 ? -1 - size : size);
+                size =
+                    (page.states & HtmlEngine::ElementState::kCollapsed) != 0 ? -1 - count : count;
+            }
+            changedLists_.push_back(at);
+            return;
+        }
+        inside = at;
+    }
+}
+
+const TreeCopy::List* TreeCopy::ListWith(std::uint64_t element) const
+{
+    const auto found = nodes_.find(element);
+    return found != nodes_.end() && found->second.list ? &*found->second.list : nullptr;
+}
+
+std::vector<std::uint64_t> TreeCopy::TakeChangedLists()
+{
+    std::vector<std::uint64_t> lists = std::exchange(changedLists_, {});
+    std::sort(lists.begin(), lists.end());
+    lists.erase(std::unique(lists.begin(), lists.end()), lists.end());
+    std::erase_if(lists, [this](std::uint64_t list) { return !nodes_.contains(list); });
+    return lists;
+}
+
+template <class Visit>
+void TreeCopy::VisitAll(std::uint64_t top, Visit visit) const
+{
+    std::vector<std::uint64_t> open{top};
+    while (!open.empty()) {
+        const std::uint64_t number = open.back();
+        open.pop_back();
+        const Node& node = nodes_.at(number);
+        visit(number, node);
+        open.insert(open.end(), node.children.rbegin(), node.children.rend());
+    }
+}
+
+std::vector<std::uint64_t> TreeCopy::ClosedTooltips() const
+{
+    std::vector<std::uint64_t> closed;
+    VisitAll(root_, [&](std::uint64_t number, const Node& node) {
+        if (node.isClosed) {
+            closed.push_back(number);
+        }
+    });
+    return closed;
 }
 
 void TreeCopy::Insert(std::uint64_t parent, std::uint64_t previous, const Json& nodes)
@@ -121,6 +317,7 @@ void TreeCopy::Insert(std::uint64_t parent, std::uint64_t previous, const Json& 
         root_ = numbers[0];
         return;
     }
+    At(parent).isClosed = false;
     auto& siblings = At(parent).children;
     auto place = siblings.begin();
     if (previous != 0) {
@@ -145,9 +342,22 @@ void TreeCopy::Enter(std::uint64_t parent, const Json& json)
             (json.size() == 6 ? json[5].get<std::string>() + ":" : "") + json[1].get<std::string>();
         node.attributes = json[2].get<std::vector<std::string>>();
         node.states = json[3];
-        for (const Json& child : json[4]) {
-            node.children.push_back(child.at(0));
-            Enter(number, child);
+        if (json[4].is_null()) {
+            node.isClosed = true;
+        } else if (json[4].is_object()) {
+            node.list = List{};
+            node.list->isOfPages = json[4].contains("pages");
+            if (node.list->isOfPages) {
+                node.list->sizes = json[4].at("pages").get<std::vector<std::int64_t>>();
+                changedLists_.push_back(number);
+            }
+            node.list->count = node.list->isOfPages ? node.list->sizes.size()
+                                                    : json[4].at("items").get<std::size_t>();
+        } else {
+            for (const Json& child : json[4]) {
+                node.children.push_back(child.at(0));
+                Enter(number, child);
+            }
         }
     }
     Check(number != 0 && nodes_.emplace(number, std::move(node)).second, "a number given twice");
@@ -170,6 +380,8 @@ void TreeCopy::Write(std::uint64_t number, std::string& out) const
         return;
     }
     out += Start(node.name, node.attributes, node.states);
+    out += node.isClosed ? "[closed]" : "";
+    out += node.list ? ListText(*node.list, node.children.size()) : "";
     for (const std::uint64_t child : node.children) {
         Write(child, out);
     }
@@ -183,19 +395,6 @@ std::string TreeCopy::Text() const
         Write(root_, out);
     }
     return out;
-}
-
-template <class Visit>
-void TreeCopy::VisitAll(std::uint64_t top, Visit visit) const
-{
-    std::vector<std::uint64_t> open{top};
-    while (!open.empty()) {
-        const std::uint64_t number = open.back();
-        open.pop_back();
-        const Node& node = nodes_.at(number);
-        visit(number, node);
-        open.insert(open.end(), node.children.rbegin(), node.children.rend());
-    }
 }
 
 std::uint64_t TreeCopy::Find(const std::string& attribute, const std::string& value,
@@ -221,11 +420,9 @@ std::string TreeCopy::TextOf(std::uint64_t element) const
     return text;
 }
 
-std::string TreeText(const HtmlEngine::Document& document)
+std::string TreeText(const HtmlEngine::Document& document, const TreeCopy& copy)
 {
-    std::string out;
-    WriteNode(HtmlEngine::TreeReader(document), document.NodeOf(document.Root()), out);
-    return out;
+    return EngineText(document, copy).Write();
 }
 
 }  // namespace WebTests

@@ -24,9 +24,12 @@ public:
     virtual void OnInserted(NodeHandle parent, NodeHandle previous, NodeHandle first,
                             NodeHandle last) noexcept = 0;
 
-    // The siblings from `first` to `last` are no more under `parent`. They are still known during
-    // the call, without a parent, and linked to each other and to what is inside them as before.
-    virtual void OnRemoved(NodeHandle parent, NodeHandle first, NodeHandle last) noexcept = 0;
+    // The siblings from `first` to `last` are no more under `parent`, where they stood behind
+    // `previous`, or in front of everything where that is kNoNodeHandle. They are still known
+    // during the call, without a parent, and linked to each other and to what is inside them as
+    // before.
+    virtual void OnRemoved(NodeHandle parent, NodeHandle previous, NodeHandle first,
+                           NodeHandle last) noexcept = 0;
 
     // A text node has another text: it took in the text of a neighbour, of markup that was put
     // beside it, or that of a node whose removal is reported next.

@@ -10,6 +10,10 @@ namespace Workbench {
 using HtmlEngine::Document;
 using HtmlEngine::ElementHandle;
 using HtmlEngine::kNoElement;
+using HtmlEngine::kNoNodeHandle;
+using HtmlEngine::NodeHandle;
+using HtmlEngine::NodeKind;
+using HtmlEngine::TreeReader;
 
 namespace {
 
@@ -32,6 +36,40 @@ std::uint32_t NumberIn(std::string_view text)
     std::uint32_t number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
+}
+
+bool HasEntry(const TreeReader& tree, NodeHandle element, std::string_view name,
+              std::string_view value = {})
+{
+    const std::size_t count = tree.AttributeCount(element);
+    for (std::size_t i = 0; i < count; ++i) {
+        const TreeReader::Attribute entry = tree.AttributeAt(element, i);
+        if (entry.name == name && (value.empty() || entry.value == value)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+NodeHandle FirstElementFrom(const TreeReader& tree, NodeHandle node)
+{
+    while (node != kNoNodeHandle && tree.Kind(node) != NodeKind::Element) {
+        node = tree.NextSibling(node);
+    }
+    return node;
+}
+
+bool IsPageList(const TreeReader& tree, NodeHandle element)
+{
+    const NodeHandle container = tree.Parent(element);
+    return HasEntry(tree, element, "class", "results-container") &&
+           HasEntry(tree, container, kContainerKey) &&
+           tree.TagName(tree.Parent(container)) == "body";
+}
+
+bool IsPageItem(const TreeReader& tree, NodeHandle element)
+{
+    return HasEntry(tree, element, "page-item") && IsPageList(tree, tree.Parent(element));
 }
 
 }  // namespace
@@ -123,6 +161,60 @@ std::optional<CommentPosition> PositionOfItem(const Document& panel, ElementHand
         name.erase(found, prefix.size());
     }
     return CommentPosition{page, NumberIn(name)};
+}
+
+ListPart ListPartOf(const TreeReader& tree, NodeHandle element)
+{
+    const std::string_view tag = tree.TagName(element);
+    if (tag == "div") {
+        return IsPageList(tree, element) ? ListPart::kPages : ListPart::kNone;
+    }
+    if (tag == "ul") {
+        const NodeHandle pageItem = tree.Parent(tree.Parent(tree.Parent(element)));
+        const bool isItems = HasEntry(tree, element, "class", "comments") &&
+                             IsPageItem(tree, pageItem) && ItemsOf(tree, pageItem) == element;
+        return isItems ? ListPart::kItems : ListPart::kNone;
+    }
+    if (tag == "popup") {
+        const NodeHandle items = tree.Parent(tree.Parent(element));
+        return ListPartOf(tree, items) == ListPart::kItems ? ListPart::kTooltip : ListPart::kNone;
+    }
+    return ListPart::kNone;
+}
+
+// The first list in what follows the caption.
+NodeHandle ItemsOf(const TreeReader& tree, NodeHandle pageItem)
+{
+    const NodeHandle page = FirstElementFrom(tree, tree.FirstChild(pageItem));
+    const NodeHandle caption = FirstElementFrom(tree, tree.FirstChild(page));
+    const NodeHandle content = FirstElementFrom(tree, tree.NextSibling(caption));
+    const NodeHandle items = FirstElementFrom(tree, tree.FirstChild(content));
+    return tree.TagName(items) == "ul" ? items : kNoNodeHandle;
+}
+
+bool IsFolded(const TreeReader& tree, NodeHandle pageItem)
+{
+    const NodeHandle page = FirstElementFrom(tree, tree.FirstChild(pageItem));
+    return (tree.State(page) & HtmlEngine::ElementState::kCollapsed) != 0;
+}
+
+std::optional<ListRow> RowAround(const Document& panel, ElementHandle element)
+{
+    const TreeReader tree(panel);
+    ListRow row;
+    NodeHandle inside = kNoNodeHandle;
+    for (NodeHandle at = panel.NodeOf(element); at != kNoNodeHandle; at = tree.Parent(at)) {
+        const ListPart part = inside == kNoNodeHandle ? ListPart::kNone : ListPartOf(tree, at);
+        if (part == ListPart::kItems) {
+            row.item = panel.IndexInParent(panel.ElementOf(inside));
+        } else if (part == ListPart::kPages) {
+            row.list = panel.ElementOf(at);
+            row.page = panel.IndexInParent(panel.ElementOf(inside));
+            return row;
+        }
+        inside = at;
+    }
+    return std::nullopt;
 }
 
 bool IsInDeleteButton(const Document& panel, ElementHandle element)

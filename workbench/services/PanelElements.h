@@ -3,6 +3,7 @@
 #pragma once
 
 #include "html-engine/Document.h"
+#include "html-engine/TreeReader.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -53,6 +54,34 @@ struct CommentPosition {
 // The annotation of an item; nullopt for an element that is not an item.
 std::optional<CommentPosition> PositionOfItem(const HtmlEngine::Document& panel,
                                               HtmlEngine::ElementHandle item);
+
+// The parts of a list that may be large, told by their place in the panel's structure alone: the
+// markup of a comment may imitate them anywhere else.
+enum class ListPart {
+    kNone,
+    kPages,    // the list of a container; its child elements are page items
+    kItems,    // the comments of a page item; its child elements are items
+    kTooltip,  // the details of an item
+};
+ListPart ListPartOf(const HtmlEngine::TreeReader& tree, HtmlEngine::NodeHandle element);
+
+// The element with the items of a page item; kNoNodeHandle when it has none.
+HtmlEngine::NodeHandle ItemsOf(const HtmlEngine::TreeReader& tree, HtmlEngine::NodeHandle pageItem);
+
+// Whether a page item is collapsed.
+bool IsFolded(const HtmlEngine::TreeReader& tree, HtmlEngine::NodeHandle pageItem);
+
+// A row of a list: the caption of a page item, or an item of it. Positions are from 0, among the
+// child elements of the lists.
+struct ListRow {
+    HtmlEngine::ElementHandle list = HtmlEngine::kNoElement;
+    std::size_t page = 0;
+    std::optional<std::size_t> item;
+};
+
+// The row that the element is or is inside of; nullopt for elements outside the lists.
+std::optional<ListRow> RowAround(const HtmlEngine::Document& panel,
+                                 HtmlEngine::ElementHandle element);
 
 // Whether the element belongs to the panel's delete button.
 bool IsInDeleteButton(const HtmlEngine::Document& panel, HtmlEngine::ElementHandle element);

@@ -39,8 +39,9 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       recovery_(*this, options.recovery),
       panel_(*host.Panel().Document())
 {
-    host_.Panel().SetScrollCallback(
-        [this](ElementHandle element) { scrollTo_ = clients_.IsEmpty() ? 0 : IdOf(element); });
+    host_.Panel().SetScrollCallback([this](ElementHandle element) {
+        scrollTo_ = clients_.IsEmpty() ? HtmlEngine::kNoElement : element;
+    });
 }
 
 BrowserSession::~BrowserSession()
@@ -64,18 +65,15 @@ void BrowserSession::Connect(SocketNumber client)
     clients_.Send(client, {{"type", "locale"}, {"name", host_.Locale().Language()}});
     clients_.Send(client, DescribeDocuments());
     clients_.Add(client);
-    for (PanelMessage& message : panel_.Snapshot()) {
-        clients_.Send(client, std::move(message));
-    }
+    panel_.Connect(client);
+    SendPanel(client);
     prompt_.Tell(client);
 }
 
 void BrowserSession::Disconnect(SocketNumber client)
 {
     clients_.Remove(client);
-    if (clients_.IsEmpty()) {
-        panel_.Stop();
-    }
+    panel_.Disconnect(client);
 }
 
 void BrowserSession::Receive(SocketNumber client, const std::string& text)
@@ -85,6 +83,15 @@ void BrowserSession::Receive(SocketNumber client, const std::string& text)
         const std::string type = message->Text("type");
         if (type == "click" || type == "key") {
             TakePanelInput(*this, client, *message, type == "key");
+        } else if (type == "window") {
+            const auto [fromPage, fromItem] = message->NumberPair("from");
+            const auto [toPage, toItem] = message->NumberPair("to");
+            panel_.ViewOf(client).MoveWindow(message->Number("list"), {fromPage, fromItem},
+                                             {toPage, toItem});
+            SendPanel(client);
+        } else if (type == "tooltip") {
+            panel_.ViewOf(client).OpenTooltip(message->Number("element"));
+            SendPanel(client);
         } else if (type == "command") {
             RunCommand(*this, {client, message->Number("id"), message});
         } else {
@@ -104,9 +111,10 @@ void BrowserSession::Update()
     contents_.WriteDue();
     recovery_.Update();
     // Without clients the stream notes no changes.
-    if (clients_.IsEmpty() || panel_.HasChanges()) {
+    if (clients_.IsEmpty() || panel_.HasChanged()) {
         FollowPanel();
     }
+    panel_.ForgetChange();
     if (!clients_.IsEmpty()) {
         TellPanelChanges();
         TellDocumentChanges();
@@ -115,11 +123,21 @@ void BrowserSession::Update()
 
 void BrowserSession::TellPanelChanges()
 {
-    for (PanelMessage& message : panel_.TakeChanges()) {
-        clients_.Broadcast(std::move(message));
+    for (const SocketNumber client : clients_.All()) {
+        SendPanel(client);
     }
-    if (const std::uint64_t element = std::exchange(scrollTo_, 0); element != 0) {
-        clients_.Broadcast({{"type", "scroll"}, {"element", element}});
+    const ElementHandle element = std::exchange(scrollTo_, HtmlEngine::kNoElement);
+    if (element != HtmlEngine::kNoElement) {
+        clients_.Broadcast({{"type", "scroll"},
+                            {"element", IdOf(element)},
+                            {"row", DescribeRow(PanelDocument(), element)}});
+    }
+}
+
+void BrowserSession::SendPanel(SocketNumber client)
+{
+    for (PanelMessage& message : panel_.TakeMessages(client)) {
+        clients_.Send(client, std::move(message));
     }
 }
 
@@ -316,12 +334,15 @@ BrowserSession::Json BrowserSession::Describe(OpenDocument& document)
     const CurrentComment& current = Current(document);
     const bool isSaving = jobs_.IsSaving(document.number);
     document.warningsTold = document.content->Warnings().size();
-    return DescribeDocument(document,
-                            isSaving              ? "saving"
-                            : current.IsLoading() ? "listing"
-                                                  : nullptr,
-                            current.PositionIn(*document.content),
-                            recovery_.Offer(document.number));
+    const char* const busy = isSaving ? "saving" : current.IsLoading() ? "listing" : nullptr;
+    Json description = DescribeDocument(document, busy, recovery_.Offer(document.number));
+    if (const auto position = current.PositionIn(*document.content)) {
+        description["current"] = {{"page", position->page},
+                                  {"index", position->index},
+                                  {"item", IdOf(current.Item())},
+                                  {"row", DescribeRow(PanelDocument(), current.Item())}};
+    }
+    return description;
 }
 
 BrowserSession::Json BrowserSession::DescribeDocuments()

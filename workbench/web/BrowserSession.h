@@ -54,7 +54,8 @@ public:
     // Adds a client and sends it the complete state.
     void Connect(SocketNumber client);
     void Disconnect(SocketNumber client);
-    // What cannot be carried out is answered by a refusal.
+    // What cannot be carried out is answered by a refusal; a wish to see more of the panel, by the
+    // changes that show it.
     void Receive(SocketNumber client, const std::string& text);
 
     // Sends the changes since the last call to all clients. To be called after each call of the UI
@@ -119,12 +120,13 @@ public:
     DocumentContents& Contents() noexcept { return contents_; }
     SavePrompt& Prompt() noexcept { return prompt_; }
     RecoveryKeeper& Recovery() noexcept { return recovery_; }
-    const PanelStream& PanelTree() const noexcept { return panel_; }
+    PanelStream& PanelTree() noexcept { return panel_; }
     CurrentComment& Current(const OpenDocument& document);
 
 private:
     const HtmlEngine::Document& PanelDocument() const { return *host_.Panel().Document(); }
 
+    void SendPanel(SocketNumber client);
     void FollowView(const OpenDocument& document);
     void FollowEdit(DocumentNumber number, const std::vector<Documents::Change>& changes);
     void FollowPanel();
@@ -150,7 +152,7 @@ private:
     // Changes that are not sent yet.
     bool listChanged_ = false;          // the open documents, or the active one
     std::set<DocumentNumber> changed_;  // documents whose description changed
-    std::uint64_t scrollTo_ = 0;        // id of the element to scroll into view; 0: none
+    HtmlEngine::ElementHandle scrollTo_ = HtmlEngine::kNoElement;  // to be scrolled into view
 };
 
 template <class Result>

@@ -1,5 +1,6 @@
 #include "web/ClientMessage.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -94,6 +95,21 @@ std::uint32_t ClientMessage::SmallNumber(const char* name) const
         Fail(name, "a smaller number");
     }
     return static_cast<std::uint32_t>(number);
+}
+
+std::array<std::uint32_t, 2> ClientMessage::NumberPair(const char* name) const
+{
+    const nlohmann::json* const value = Find(name);
+    std::array<std::uint32_t, 2> pair{};
+    const auto isSmall = [](const nlohmann::json& number) {
+        return number.is_number_unsigned() &&
+               number.get<std::uint64_t>() <= std::numeric_limits<std::uint32_t>::max();
+    };
+    if (value == nullptr || !value->is_array() || value->size() != pair.size() ||
+        !std::ranges::all_of(*value, isSmall)) {
+        Fail(name, "two whole numbers");
+    }
+    return {(*value)[0], (*value)[1]};
 }
 
 bool ClientMessage::Flag(const char* name) const

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -29,6 +30,7 @@ public:
     std::string Text(const char* name) const;
     std::uint64_t Number(const char* name) const;       // a whole number, 0 to 2^53
     std::uint32_t SmallNumber(const char* name) const;  // up to 2^32 - 1
+    std::array<std::uint32_t, 2> NumberPair(const char* name) const;
     bool Flag(const char* name) const;
     std::optional<bool> OptionalFlag(const char* name) const;
     std::optional<std::string> OptionalText(const char* name) const;

@@ -3,6 +3,7 @@
 #include "documents/Records.h"
 #include "service-common/UnicodeText.h"
 #include "services/AnnotationPlace.h"
+#include "web/PanelWriter.h"
 
 #include <nlohmann/json.hpp>
 
@@ -101,7 +102,6 @@ std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
 }
 
 Json DescribeDocument(const OpenDocument& document, const char* busy,
-                      const std::optional<CommentPosition>& current,
                       const std::optional<std::filesystem::path>& recovery)
 {
     const Documents::Document& content = *document.content;
@@ -118,10 +118,20 @@ Json DescribeDocument(const OpenDocument& document, const char* busy,
             {"redo", NameOf(content.RedoKind())},
             {"recovery", recovery ? Json(recovery->string()) : Json(nullptr)},
             {"warnings", ShortWarnings(content.Warnings(), content.Name())},
-            {"current",
-             current ? Json{{"page", current->page}, {"index", current->index}} : Json(nullptr)},
+            {"current", nullptr},
             {"focused", Focused(document)},
             {"shown", Shown(document)}};
+}
+
+Json DescribeRow(const HtmlEngine::Document& panel, HtmlEngine::ElementHandle element)
+{
+    const std::optional<ListRow> row = RowAround(panel, element);
+    if (!row) {
+        return nullptr;
+    }
+    return {{"list", IdOf(row->list)},
+            {"page", row->page},
+            {"item", row->item ? Json(*row->item) : Json(nullptr)}};
 }
 
 Json DescribeAnnotation(const Documents::AnnotationRef& annotation, std::size_t index)

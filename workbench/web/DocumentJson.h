@@ -20,11 +20,14 @@ namespace Workbench {
 std::vector<std::string> ShortWarnings(const std::vector<std::string>& warnings,
                                        const std::string& name);
 
-// DOCUMENT of the protocol. `busy` is "saving", "listing" or null, `current` the position of the
-// current comment, `recovery` the copy that it can be restored from. [ui-thread]
+// DOCUMENT of the protocol, without a current comment. `busy` is "saving", "listing" or null,
+// `recovery` the copy that it can be restored from. [ui-thread]
 nlohmann::ordered_json DescribeDocument(const OpenDocument& document, const char* busy,
-                                        const std::optional<CommentPosition>& current,
                                         const std::optional<std::filesystem::path>& recovery);
+
+// ROW of the protocol: the place of an element in a list; null outside the lists. [ui-thread]
+nlohmann::ordered_json DescribeRow(const HtmlEngine::Document& panel,
+                                   HtmlEngine::ElementHandle element);
 
 // ANNOTATION of the protocol; null for an empty reference. [any-thread]
 nlohmann::ordered_json DescribeAnnotation(const Documents::AnnotationRef& annotation,

@@ -5,39 +5,33 @@ namespace Workbench {
 using HtmlEngine::ElementHandle;
 using HtmlEngine::NodeHandle;
 
-PanelStream::PanelStream(HtmlEngine::Document& panel)
-    : panel_(panel), reader_(panel), changes_(reader_)
-{
-}
+PanelStream::PanelStream(HtmlEngine::Document& panel) : panel_(panel), reader_(panel) {}
 
 PanelStream::~PanelStream()
 {
-    Stop();
-}
-
-std::vector<PanelMessage> PanelStream::Snapshot()
-{
-    PanelWriter writer(reader_);
-    writer.Reset(panel_.NodeOf(panel_.Root()));
-    if (!follows_) {
-        panel_.SetObserver(this);
-        follows_ = true;
-    }
-    return writer.Take();
-}
-
-std::vector<PanelMessage> PanelStream::TakeChanges()
-{
-    return changes_.Take();
-}
-
-void PanelStream::Stop()
-{
-    if (follows_) {
+    if (!views_.empty()) {
         panel_.SetObserver(nullptr);
-        follows_ = false;
     }
-    changes_.Take();
+}
+
+void PanelStream::Connect(SocketNumber client)
+{
+    if (views_.empty()) {
+        panel_.SetObserver(this);
+    }
+    views_.try_emplace(client, panel_).first->second.Reset();
+}
+
+void PanelStream::Disconnect(SocketNumber client)
+{
+    if (views_.erase(client) > 0 && views_.empty()) {
+        panel_.SetObserver(nullptr);
+    }
+}
+
+std::vector<PanelMessage> PanelStream::TakeMessages(SocketNumber client)
+{
+    return views_.at(client).Take();
 }
 
 // Ids of clients are valid for elements in the tree only; a handle may name a detached element.
@@ -51,34 +45,45 @@ ElementHandle PanelStream::ElementWith(std::uint64_t id) const
     return top == root ? panel_.ElementOf(NodeWith(id)) : HtmlEngine::kNoElement;
 }
 
-void PanelStream::OnInserted(NodeHandle, NodeHandle, NodeHandle first, NodeHandle last) noexcept
+template <class Record>
+void PanelStream::Note(const Record& record)
 {
-    changes_.Insert(first, last);
+    hasChanged_ = true;
+    for (auto& [client, view] : views_) {
+        record(view);
+    }
 }
 
-void PanelStream::OnRemoved(NodeHandle, NodeHandle first, NodeHandle last) noexcept
+void PanelStream::OnInserted(NodeHandle parent, NodeHandle, NodeHandle first,
+                             NodeHandle last) noexcept
 {
-    changes_.Remove(first, last);
+    Note([&](ClientView& view) { view.Inserted(parent, first, last); });
+}
+
+void PanelStream::OnRemoved(NodeHandle parent, NodeHandle previous, NodeHandle first,
+                            NodeHandle last) noexcept
+{
+    Note([&](ClientView& view) { view.Removed(parent, previous, first, last); });
 }
 
 void PanelStream::OnTextChanged(NodeHandle text) noexcept
 {
-    changes_.Text(text);
+    Note([&](ClientView& view) { view.TextChanged(text); });
 }
 
 void PanelStream::OnAttributesChanged(NodeHandle element) noexcept
 {
-    changes_.Attributes(element);
+    Note([&](ClientView& view) { view.AttributesChanged(element); });
 }
 
 void PanelStream::OnStatesChanged(NodeHandle element) noexcept
 {
-    changes_.States(element);
+    Note([&](ClientView& view) { view.StatesChanged(element); });
 }
 
 void PanelStream::OnPageReplaced() noexcept
 {
-    changes_.Reset(panel_.NodeOf(panel_.Root()));
+    Note([](ClientView& view) { view.Reset(); });
 }
 
 }  // namespace Workbench

@@ -13,27 +13,39 @@ using HtmlEngine::TreeReader;
 
 namespace {
 
-// Number of nodes from `first` to `last` with their descendants.
-std::size_t CountNodes(const TreeReader& reader, NodeHandle first, NodeHandle last)
+// Number of nodes of an insertion that are written.
+std::size_t CountNodes(const TreeReader& reader, const HeldChildren& held,
+                       std::span<const NodeHandle> tops)
 {
     std::size_t count = 0;
-    std::size_t depth = 0;
-    NodeHandle node = first;
-    for (;;) {
-        ++count;
-        if (const NodeHandle child = reader.FirstChild(node); child != kNoNodeHandle) {
-            node = child;
-            ++depth;
-            continue;
+    for (const NodeHandle top : tops) {
+        NodeHandle node = top;
+        for (;;) {
+            ++count;
+            const NodeHandle child = held.IsHeld(node) ? kNoNodeHandle : reader.FirstChild(node);
+            if (child != kNoNodeHandle) {
+                node = child;
+                continue;
+            }
+            while (node != top && reader.NextSibling(node) == kNoNodeHandle) {
+                node = reader.Parent(node);
+            }
+            if (node == top) {
+                break;
+            }
+            node = reader.NextSibling(node);
         }
-        for (; depth > 0 && reader.NextSibling(node) == kNoNodeHandle; --depth) {
-            node = reader.Parent(node);
-        }
-        if (depth == 0 && node == last) {
-            return count;
-        }
-        node = reader.NextSibling(node);
     }
+    return count;
+}
+
+std::vector<NodeHandle> SiblingsFrom(const TreeReader& reader, NodeHandle first, NodeHandle last)
+{
+    std::vector<NodeHandle> siblings{first};
+    while (siblings.back() != last) {
+        siblings.push_back(reader.NextSibling(siblings.back()));
+    }
+    return siblings;
 }
 
 }  // namespace
@@ -41,12 +53,14 @@ std::size_t CountNodes(const TreeReader& reader, NodeHandle first, NodeHandle la
 // State of one insertion: a walk through the nodes, with the open brackets of the JSON text.
 class PanelWriter::Insertion {
 public:
-    Insertion(PanelWriter& writer, NodeHandle first, NodeHandle last)
+    // `tops` are inserted behind `previous`.
+    Insertion(PanelWriter& writer, std::span<const NodeHandle> tops, NodeHandle previous)
         : writer_(writer),
           reader_(writer.reader_),
-          node_(first),
-          last_(last),
-          remaining_(CountNodes(reader_, first, last))
+          tops_(tops),
+          previous_(previous),
+          node_(tops.front()),
+          remaining_(CountNodes(reader_, writer.held_, tops))
     {
     }
 
@@ -61,9 +75,9 @@ public:
             } else if (!isFirstChild_) {
                 writer_.changes_ += ',';
             }
-            writer_.WriteNode(node_);
+            const bool goesInside = writer_.WriteNode(node_);
             --remaining_;
-            GoOn();
+            GoOn(goesInside);
         }
     }
 
@@ -74,7 +88,7 @@ private:
         writer_.changes_ += "[\"i\",";
         writer_.WriteId(reader_.Parent(node_));
         writer_.changes_ += ',';
-        writer_.WriteId(reader_.PreviousSibling(node_));
+        writer_.WriteId(node_ == tops_.front() ? previous_ : reader_.PreviousSibling(node_));
         writer_.changes_ += ",[";
         open_ = true;
     }
@@ -98,22 +112,17 @@ private:
         writer_.EndMessage(remaining_);
     }
 
-    void GoOn()
+    void GoOn(bool goesInside)
     {
-        if (const NodeHandle child = reader_.FirstChild(node_); child != kNoNodeHandle) {
-            node_ = child;
+        if (goesInside && reader_.FirstChild(node_) != kNoNodeHandle) {
+            node_ = reader_.FirstChild(node_);
             ++depth_;
             isFirstChild_ = true;
             return;
         }
         isFirstChild_ = false;
-        EndNode(node_);
-        for (;;) {
-            if (node_ == last_) {
-                Close();
-                node_ = kNoNodeHandle;
-                return;
-            }
+        EndNode(node_, goesInside);
+        while (node_ != tops_.front()) {
             if (const NodeHandle next = reader_.NextSibling(node_); next != kNoNodeHandle) {
                 node_ = next;
                 return;
@@ -121,24 +130,31 @@ private:
             node_ = reader_.Parent(node_);
             if (depth_ > 0) {
                 --depth_;
-                EndNode(node_);
+                EndNode(node_, true);
             } else {
                 Close();
             }
         }
+        previous_ = tops_.front();
+        tops_ = tops_.subspan(1);
+        node_ = tops_.empty() ? kNoNodeHandle : tops_.front();
+        if (tops_.empty()) {
+            Close();
+        }
     }
 
-    void EndNode(NodeHandle node)
+    void EndNode(NodeHandle node, bool hasOpenChildren)
     {
-        if (reader_.Kind(node) == NodeKind::Element) {
+        if (hasOpenChildren) {
             writer_.WriteNodeEnd(node);
         }
     }
 
     PanelWriter& writer_;
     const TreeReader& reader_;
+    std::span<const NodeHandle> tops_;  // the present one and those behind it
+    NodeHandle previous_;               // of the present top
     NodeHandle node_;
-    const NodeHandle last_;
     std::size_t remaining_;
     std::size_t depth_ = 0;  // nodes whose children are being written
     bool open_ = false;
@@ -179,8 +195,8 @@ void PanelWriter::WriteId(NodeHandle node)
     AppendNumber(changes_, IdOf(node));
 }
 
-// Writes a text or comment completely, and an element up to its children.
-void PanelWriter::WriteNode(NodeHandle node)
+// Writes a node completely, or, and then returns true, an element up to its children.
+bool PanelWriter::WriteNode(NodeHandle node)
 {
     ++nodes_;
     changes_ += '[';
@@ -193,12 +209,19 @@ void PanelWriter::WriteNode(NodeHandle node)
         WriteAttributes(node);
         changes_ += ',';
         AppendNumber(changes_, reader_.State(node));
-        changes_ += ",[";
-        return;
+        changes_ += ',';
+        if (held_.IsHeld(node)) {
+            held_.Describe(node, changes_);
+            changes_ += ']';
+            return false;
+        }
+        changes_ += '[';
+        return true;
     }
     changes_ += kind == NodeKind::Comment ? ",null," : ",";
     AppendJsonText(changes_, reader_.Text(node));
     changes_ += ']';
+    return false;
 }
 
 void PanelWriter::WriteNodeEnd(NodeHandle element)
@@ -248,7 +271,20 @@ void PanelWriter::WriteAttributes(NodeHandle element)
 
 void PanelWriter::Insert(NodeHandle first, NodeHandle last)
 {
-    Insertion(*this, first, last).Write();
+    Insertion(*this, SiblingsFrom(reader_, first, last), reader_.PreviousSibling(first)).Write();
+}
+
+void PanelWriter::InsertHeld(std::span<const NodeHandle> children, NodeHandle previous)
+{
+    if (!children.empty()) {
+        Insertion(*this, children, previous).Write();
+    }
+}
+
+void PanelWriter::Change(std::string_view json)
+{
+    BeginChange();
+    changes_ += json;
 }
 
 void PanelWriter::Remove(NodeHandle first, NodeHandle last)

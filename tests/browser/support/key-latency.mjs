@@ -22,13 +22,20 @@ export async function measureFrames(window, presses, {isIdle = false} = {}) {
                         drawn(end);
                         return;
                     }
-                    const observer = new MutationObserver((records) => {
-                        if (records.some(({target}) => target.hasAttribute('wb-current'))) {
+                    const current = () =>
+                        panel.querySelector('[wb-visibility="visible"] li[wb-current]');
+                    const before = current();
+                    const observer = new MutationObserver(() => {
+                        if (current() && current() !== before) {
                             observer.disconnect();
                             drawn(end);
                         }
                     });
-                    observer.observe(panel, {subtree: true, attributeFilter: ['wb-current']});
+                    observer.observe(panel, {
+                        subtree: true,
+                        childList: true,
+                        attributeFilter: ['wb-current'],
+                    });
                     panel.activeElement.dispatchEvent(
                         new KeyboardEvent('keydown', {key, bubbles: true, cancelable: true}),
                     );

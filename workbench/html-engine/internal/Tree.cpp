@@ -215,14 +215,14 @@ void Tree::ReportTextChanged(NodeId text)
     }
 }
 
-void Tree::ReportRemoved(NodeId parent, NodeRun run)
+void Tree::ReportRemoved(NodeId parent, NodeId previous, NodeRun run)
 {
     if (observer_ == nullptr || parent == kNoNode || !nodes_[parent].Is(NodeFlag::kAttached)) {
         return;
     }
     ForEachSibling(nodes_, run, [&](NodeId id) { nodes_[id].parent = kNoNode; });
-    observer_->OnRemoved(nodes_.HandleOf(parent), nodes_.HandleOf(run.first),
-                         nodes_.HandleOf(run.last));
+    observer_->OnRemoved(nodes_.HandleOf(parent), nodes_.HandleOf(previous),
+                         nodes_.HandleOf(run.first), nodes_.HandleOf(run.last));
 }
 
 std::vector<NodeId> Tree::ElementsOf(NodeRun run) const
@@ -319,14 +319,14 @@ void Tree::Remove(NodeRun run, std::vector<LeftElement>& left)
             index_.AddEdge(elementBefore, false);
         }
     }
-    ReportRemoved(parent, run);
+    ReportRemoved(parent, previous, run);
     Dispose(run);
     if (previous != kNoNode && next != kNoNode && nodes_[previous].IsText() &&
         nodes_[next].IsText()) {
         JoinText(previous, next, previous);
         ReportTextChanged(previous);
         Unlink({next, next});
-        ReportRemoved(parent, {next, next});
+        ReportRemoved(parent, previous, {next, next});
         DestroyNode(next);
     }
 }

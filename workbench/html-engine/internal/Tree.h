@@ -118,7 +118,7 @@ private:
     void JoinText(NodeId first, NodeId second, NodeId into);
     // Joins text at the ends of an unlinked run with its future neighbours; the remaining run.
     NodeRun JoinNeighbours(NodeId previous, NodeRun run, NodeId next);
-    void ReportRemoved(NodeId parent, NodeRun run);
+    void ReportRemoved(NodeId parent, NodeId previous, NodeRun run);
     void ReportTextChanged(NodeId text);
     void DestroyNode(NodeId id);
 

@@ -103,6 +103,14 @@ export class Connection {
         return this.#send(message, false);
     }
 
+    /// Sends a message without a reply; false when there is no connection.
+    tell(message) {
+        if (this.isOpen) {
+            this.#socket.send(JSON.stringify(message));
+        }
+        return this.isOpen;
+    }
+
     #send(message, isStill) {
         const id = ++this.#lastId;
         return new Promise((resolve) => {

@@ -53,7 +53,6 @@ class Page {
         this.panel = new Panel(
             frame,
             this.connection,
-            (done) => this.#showProgress(done),
             (reply) => this.edits.tellRefusal(reply),
             () => this.statusLine.setCount(this.panel.commentCount),
         );
@@ -152,7 +151,7 @@ class Page {
             }),
         );
         connection.on('panel', (message) => this.panel.receive(message));
-        connection.on('scroll', (message) => this.panel.scrollTo(message.element));
+        connection.on('scroll', (message) => this.panel.scrollTo(message));
         connection.on('progress', (message) => this.statusLine.tellProgress(message));
         connection.on('notice', ({text: words, reason}) =>
             this.notices.show(describeRefusal(reason, words)),
@@ -169,7 +168,8 @@ class Page {
         this.activeId = active;
         byId('no-document').hidden = documents.length > 0;
         this.#nameWindow();
-        this.panel.setListing(documents.some(({busy}) => busy === 'listing'));
+        this.panel.setListing(this.active?.busy === 'listing');
+        this.panel.setCurrent(this.active?.current ?? null);
         this.tabs.update(documents, active);
         this.splitView.update(documents, active);
         this.toolbar.update();
@@ -239,13 +239,6 @@ class Page {
             this.notices.banner(text(isReplaced ? 'banner.replaced' : waiting));
             byId('retry').hidden = isReplaced;
         }
-    }
-
-    #showProgress(done) {
-        const bar = byId('panel-progress');
-        bar.hidden = done >= 1;
-        bar.setAttribute('aria-valuenow', String(Math.round(done * 100)));
-        bar.firstElementChild.style.transform = `scaleX(${done})`;
     }
 
     // --- Controls ---

@@ -3,42 +3,40 @@
 
 import {kCurrent, recordOf} from './panel-mirror.js';
 
-// Distance below the list's edge at which there is a row, not the space between two.
-const kRowProbe = 6;
-const kRowNames = ['annot-name', 'page-index'];
-
-function selectorOf(row, name) {
-    const value = row.getAttribute(name);
-    return value === null ? [] : [`[${name}="${CSS.escape(value)}"]`];
-}
-
 export class PanelFocus {
     #document;
     #frame;
+    #lists;
     #currentItems = new Set();
+    #told = null;
     #stop = null;
-    #shown = null;
     #focusIsInList = false;
-    #kept = null;
 
-    constructor(frameDocument, frame) {
+    constructor(frameDocument, frame, lists) {
         this.#document = frameDocument;
         this.#frame = frame;
+        this.#lists = lists;
         frameDocument.addEventListener('focusin', (event) => {
             this.#focusIsInList = Boolean(event.target.closest?.('.results-container'));
         });
-        for (const type of ['pointerdown', 'wheel', 'keydown']) {
-            const forget = () => this.#handled(type);
-            frameDocument.addEventListener(type, forget, {capture: true, passive: true});
-        }
+        frameDocument.addEventListener(
+            'pointerdown',
+            () => frameDocument.documentElement.removeAttribute('wb-keyboard'),
+            {capture: true, passive: true},
+        );
     }
 
-    /// To be called before the tree is reset: saves the list's position for the new list.
+    /// To be called when the tree is reset.
     reset() {
-        this.#kept = this.#kept ?? this.#readPlace();
         this.#currentItems.clear();
         this.#stop = null;
-        this.#shown = null;
+        this.#told = null;
+    }
+
+    /// `current` of the active document: the current comment with its item and row, which need not
+    /// stand in the frame.
+    setCurrent(current) {
+        this.#told = current;
     }
 
     statesChanged(element, states, before) {
@@ -47,11 +45,6 @@ export class PanelFocus {
         } else if (before & kCurrent) {
             this.#currentItems.delete(element);
         }
-    }
-
-    /// Makes the next `settle` scroll the current item into view even if it is unchanged.
-    followAgain() {
-        this.#shown = null;
     }
 
     /// The visible container.
@@ -72,10 +65,27 @@ export class PanelFocus {
         return null;
     }
 
+    /// The list of the visible container; null for none.
+    get list() {
+        return this.#lists.in(this.container);
+    }
+
     /// The node id of the current item; undefined when there is none.
     get currentId() {
-        const item = this.currentItem;
-        return item ? recordOf(item).id : undefined;
+        return this.#current?.id;
+    }
+
+    // Id and row of the current item of the visible list; null for none.
+    get #current() {
+        const {list, currentItem, container} = this;
+        if (currentItem) {
+            const row = this.#lists.around(currentItem)?.rowOf(currentItem) ?? null;
+            return {id: recordOf(currentItem).id, row};
+        }
+        const told = this.#told?.row;
+        return list && container && told && recordOf(list.element).id === told.list
+            ? {id: this.#told.item, row: told}
+            : null;
     }
 
     /// Moves the keyboard focus into the list.
@@ -85,77 +95,30 @@ export class PanelFocus {
         this.#stop?.focus();
     }
 
-    /// To be called after changes: updates the tab stop and the focus, and scrolls a new current
-    /// item into view.
+    /// To be called after changes: updates the tab stop and the focus, and shows a new current item.
     settle() {
-        const list = this.container?.querySelector('.results-container') ?? null;
-        const current = this.currentItem;
-        const isFolded = Boolean(current?.closest('li[wb-collapsed]'));
-        this.#moveStop(current && !isFolded ? current : list, list);
-        if (current !== this.#shown) {
-            this.#shown = current;
-            this.#follow(current, isFolded);
-        } else if (this.#focusIsLost()) {
+        const {list, currentItem} = this;
+        const isFolded = Boolean(currentItem?.closest('li[wb-collapsed]'));
+        const element = list?.element ?? null;
+        this.#moveStop(currentItem && !isFolded ? currentItem : element, element);
+        const current = this.#current;
+        if (list && (current?.id ?? null) !== list.followed) {
+            list.followed = current?.id ?? null;
+            this.#follow(list, current);
+        }
+        if (this.#focusIsLost()) {
             this.#stop?.focus({preventScroll: true});
         }
     }
 
-    // The user has moved the focus elsewhere.
-    #handled(type) {
-        this.#kept = null;
-        if (type === 'pointerdown') {
-            this.#document.documentElement.removeAttribute('wb-keyboard');
-        }
-    }
-
-    // The first visible row with its offset, and the current item.
-    #readPlace() {
-        const list = this.container?.querySelector('.results-container');
-        if (!list) {
-            return null;
-        }
-        const {top, left, width} = list.getBoundingClientRect();
-        const at = this.#document.elementFromPoint(left + width / 2, top + kRowProbe);
-        const row = at?.closest('li[annot-name], li[page-index]');
-        return row
-            ? {
-                  current: this.currentItem?.getAttribute('annot-name') ?? null,
-                  selector: kRowNames.flatMap((name) => selectorOf(row, name)).join(''),
-                  offset: row.getBoundingClientRect().top - top,
-              }
-            : null;
-    }
-
-    // Scrolls the new list to the saved position; returns false when that is not possible.
-    #restorePlace(current) {
-        const list = this.container?.querySelector('.results-container');
-        const name = current?.getAttribute('annot-name') ?? null;
-        if (!list || !this.#kept || this.#kept.current !== name) {
-            this.#kept = current ? null : this.#kept;
-            return false;
-        }
-        const row = list.querySelector(this.#kept.selector);
-        if (!row) {
-            return false;
-        }
-        const now = row.getBoundingClientRect().top - list.getBoundingClientRect().top;
-        list.scrollTop += now - this.#kept.offset;
-        return true;
-    }
-
-    #follow(current, isFolded) {
-        if (!current || isFolded) {
-            this.#restorePlace(current);
-            if (this.#focusIsLost()) {
-                this.#stop?.focus({preventScroll: true});
-            }
+    #follow(list, current) {
+        if (!current?.row || list.isFolded(current.row)) {
             return;
         }
         if (this.#focusIsInList && this.#frameHasFocus()) {
-            current.focus({preventScroll: true});
-        }
-        if (!this.#restorePlace(current)) {
-            current.scrollIntoView({block: 'nearest'});
+            list.focus(current.row);
+        } else {
+            list.reveal(current.row);
         }
     }
 

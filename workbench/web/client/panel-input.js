@@ -12,13 +12,15 @@ class PanelInput {
     #document;
     #mirror;
     #focus;
+    #lists;
     #connection;
     #onRefusal;
 
-    constructor(frameDocument, mirror, focus, connection, onRefusal) {
+    constructor(frameDocument, {mirror, focus, lists, connection, onRefusal}) {
         this.#document = frameDocument;
         this.#mirror = mirror;
         this.#focus = focus;
+        this.#lists = lists;
         this.#connection = connection;
         this.#onRefusal = onRefusal;
     }
@@ -105,8 +107,9 @@ class PanelInput {
 
     #keyOnItem(key, target, list) {
         const item = target.closest?.('li[annot-name]');
-        if (item && this.#direction(key) === 'out') {
-            item.closest('li[page-index]')?.focus();
+        const row = item && this.#lists.around(item)?.rowOf(item);
+        if (row && this.#direction(key) === 'out') {
+            this.#focusRow(item, {page: row.page, item: null});
             return true;
         }
         if (item && key === ' ') {
@@ -114,13 +117,14 @@ class PanelInput {
             return true;
         }
         if (target === list && this.#direction(key) === 'in') {
-            list.querySelector('li[page-index]')?.focus();
+            this.#focusRow(list, {page: 0, item: null});
             return true;
         }
         if (!this.#connection.panelKeys.has(key)) {
             return false;
         }
-        const element = list ? this.#meantBy(target) : null;
+        // The list stands in for a current item that is not in the frame.
+        const element = list && target !== list ? this.#meantBy(target) : null;
         const id = element && recordOf(element).id;
         this.#send({type: 'key', key, element: id, modifiers: 0});
         return true;
@@ -143,8 +147,15 @@ class PanelInput {
             return true;
         }
         const target = this.#pageAfter(key, page);
-        target?.querySelector('li[page-index]')?.focus();
+        if (target !== undefined) {
+            this.#focusRow(page, {page: target, item: null});
+        }
         return direction === 'out' || target !== undefined;
+    }
+
+    #focusRow(element, row) {
+        this.#lists.around(element).focus(row);
+        this.#lists.settle();
     }
 
     #enterPage(page) {
@@ -155,24 +166,27 @@ class PanelInput {
         }
     }
 
-    // The list of the page item that a key leads to; undefined for other keys. Keys for items have
-    // no effect here, because no item has the focus.
+    // The position of the page item that a key leads to; undefined for other keys. Keys for items
+    // have no effect here, because no item has the focus.
     #pageAfter(key, page) {
-        const list = page.closest('ul[page-item]');
+        const list = this.#lists.around(page);
+        const at = list.rowOf(page).page;
+        const last = list.pageCount - 1;
         return {
-            ArrowDown: list.nextElementSibling,
-            PageDown: list.nextElementSibling,
-            ArrowUp: list.previousElementSibling,
-            PageUp: list.previousElementSibling,
-            Home: list.parentElement.firstElementChild,
-            End: list.parentElement.lastElementChild,
+            ArrowDown: Math.min(at + 1, last),
+            PageDown: Math.min(at + 1, last),
+            ArrowUp: Math.max(at - 1, 0),
+            PageUp: Math.max(at - 1, 0),
+            Home: 0,
+            End: last,
         }[key];
     }
 }
 
-/// Adds the listeners to the frame's DOM document. `onRefusal(reply)` is called for refused input.
-export function listenToInput(frameDocument, mirror, focus, connection, onRefusal) {
-    const input = new PanelInput(frameDocument, mirror, focus, connection, onRefusal);
+/// Adds the listeners to the frame's DOM document. `parts` are `mirror`, `focus`, `lists` and
+/// `connection`; its `onRefusal(reply)` is called for refused input.
+export function listenToInput(frameDocument, parts) {
+    const input = new PanelInput(frameDocument, parts);
     frameDocument.addEventListener('click', (event) => input.click(event));
     frameDocument.addEventListener('keydown', (event) => input.key(event));
     for (const type of ['auxclick', 'dragstart']) {

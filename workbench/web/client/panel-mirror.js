@@ -36,7 +36,9 @@ function readAttribute(element, name) {
 }
 
 /// The server's record of an element: `id`, `tag`, `attributes` (alternating names and values),
-/// `states` and `namespace`. Null for text and for nodes of the web page.
+/// `states` and `namespace`; of a list also `window`, the positions `from` and `to` of the children
+/// that stand in the frame, and of a tooltip `isClosed`, whether its children are still to be asked
+/// for. Null for text and for nodes of the web page.
 export function recordOf(element) {
     return element?.[kRecord] ?? null;
 }
@@ -62,7 +64,9 @@ export class PanelMirror {
     /// `sheetBase` is the base URL of the panel's document; style sheets are loaded only from below
     /// it. `observer` is notified of changes: `created(element, record)`,
     /// `statesChanged(element, record, before)`, `attributesChanged(element, record)`,
-    /// `textChanged(node)` and `sheetAdded(link)`.
+    /// `textChanged(node)`, `sheetAdded(link)`, `listCreated(element, sizes)`, `sizesChanged(element,
+    /// at, sizes)` and `listChanged(element, splice)` with what came and went of the list, `at`,
+    /// `removed` and `added`, or null when its window was moved.
     constructor(frameDocument, sheetBase, observer) {
         this.#document = frameDocument;
         this.#sheetBase = sheetBase;
@@ -117,6 +121,10 @@ export class PanelMirror {
                 return this.#setAttributes(this.#require(id), change[2]);
             case 's':
                 return this.#setStates(this.#require(id), change[2]);
+            case 'w':
+                return this.#moveWindow(this.#require(id), change.slice(2));
+            case 'z':
+                return this.#observer.sizesChanged(this.#require(id), change[2], change[3]);
             default:
                 throw new Error(`unknown change ${kind}`);
         }
@@ -154,6 +162,7 @@ export class PanelMirror {
         if (previous && previous.parentNode !== parent) {
             throw new Error(`node ${previousId} does not stand in node ${parentId}`);
         }
+        parent[kRecord].isClosed = false;
         const fragment = this.#document.createDocumentFragment();
         this.#build(fragment, nodes, parent);
         if (previous) {
@@ -188,7 +197,9 @@ export class PanelMirror {
             level.target.append(node);
             if (description[1] !== null && description.length > 2) {
                 this.#describe(node, description, parent[kRecord].depth + 1);
-                open.push({target: node, nodes: description[4], at: 0});
+                if (Array.isArray(description[4])) {
+                    open.push({target: node, nodes: description[4], at: 0});
+                }
             }
         }
     }
@@ -232,7 +243,7 @@ export class PanelMirror {
         return this.#document.createElementNS(kInertNamespace, kUnnamed);
     }
 
-    #describe(element, [id, tag, attributes, states, , namespace], depth) {
+    #describe(element, [id, tag, attributes, states, children, namespace], depth) {
         const record = {id, depth, tag, attributes, states: 0, namespace, kept: null};
         element[kRecord] = record;
         if (depth === kDeepestShown) {
@@ -247,8 +258,20 @@ export class PanelMirror {
             this.#loadSheet(element, attributes);
         }
         this.#observer.created(element, record);
+        this.#hold(element, record, children);
         if (states !== 0) {
             this.#setStates(element, states);
+        }
+    }
+
+    #hold(element, record, children) {
+        if (children === null) {
+            record.isClosed = true;
+        } else if (!Array.isArray(children)) {
+            record.window = {from: 0, to: 0};
+            if (children.pages) {
+                this.#observer.listCreated(element, children.pages);
+            }
         }
     }
 
@@ -331,26 +354,48 @@ export class PanelMirror {
         this.#observer.textChanged(node);
     }
 
-    // Ids are never reused, so those of descendants can be discarded later.
     #remove(ids) {
         for (const id of ids) {
-            const node = this.#require(id);
-            node.remove();
-            this.#nodes.delete(id);
-            this.#discarded.push(node);
+            this.#drop(this.#require(id));
         }
+    }
+
+    // Ids are never reused, so those of descendants can be discarded later.
+    #drop(node) {
+        node.remove();
+        this.#nodes.delete(node[kNumber]);
+        this.#discarded.push(node);
+    }
+
+    // Children of a list have come or gone; those that belong to the new window and are new follow
+    // as insertions.
+    #moveWindow(element, [from, to, at, removed = 0, added = 0]) {
+        const {window} = element[kRecord];
+        const count = Array.isArray(added) ? added.length : added;
+        [...element.children].forEach((child, index) => {
+            let place = window.from + index;
+            const isRemoved = place >= at && place < at + removed;
+            place -= place >= at + removed ? removed : 0;
+            place += place >= at ? count : 0;
+            if (isRemoved || place < from || place >= to) {
+                this.#drop(child);
+            }
+        });
+        element[kRecord].window = {from, to};
+        this.#observer.listChanged(element, at === undefined ? null : {at, removed, added});
     }
 
     // --- Reading back ---
 
-    /// The tree as a NODE of the protocol, read from the DOM; null before the first tree.
+    /// The tree as a NODE of the protocol, read from the DOM; null before the first tree. A list has
+    /// `{from, to, nodes}` in place of its children, a closed tooltip null.
     read() {
         const root = this.#document.documentElement;
         if (!root[kRecord]) {
             return null;
         }
         const result = this.#readElement(root);
-        const open = [{node: root, into: result[4]}];
+        const open = [{node: root, into: result[4]}]; // the root is not a list
         while (open.length > 0) {
             const {node, into} = open.pop();
             for (const child of node.childNodes) {
@@ -360,7 +405,7 @@ export class PanelMirror {
                 const read = this.#readNode(child);
                 into.push(read);
                 if (child.nodeType === Node.ELEMENT_NODE) {
-                    open.push({node: child, into: read[4]});
+                    open.push({node: child, into: read[4]?.nodes ?? read[4] ?? []});
                 }
             }
         }
@@ -394,7 +439,9 @@ export class PanelMirror {
             }
         }
         const tag = name === kUnnamed ? record.tag : name;
-        const result = [record.id, tag, attributes, this.#readStates(element, record), []];
+        const children = record.window ? {...record.window, nodes: []} : [];
+        const states = this.#readStates(element, record);
+        const result = [record.id, tag, attributes, states, record.isClosed ? null : children];
         if (record.namespace !== undefined) {
             result.push(record.namespace);
         }

@@ -2,70 +2,77 @@
 // messages; roles, keyboard focus, input and tooltips work on its elements.
 
 import {PanelFocus} from './panel-focus.js';
+import {PanelLists} from './panel-lists.js';
 import {PanelMirror} from './panel-mirror.js';
 import {listenToInput} from './panel-input.js';
 import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
-import {nextFrame, SlicedWork, sliceClock} from './slices.js';
+import {SlicedWork, sliceClock} from './slices.js';
 import {text} from './texts.js';
 import {Tooltips} from './tooltips.js';
 
 const kPanelPage = 'panel/document-panel-comments/panel.htm';
 const kHostSheets = ['panel-host.css', 'panel-dark.css'];
-const kItems = ':scope > ul[page-item] > li > div > ul.comments > li';
 const kSheetPatience = 2000;
-const kShownAtOnce = 200;
-// Number of deferred items shown per frame.
-const kShownInFrame = 400;
 
 export class Panel {
     #frame;
     #connection;
-    #onProgress;
     #onSettled;
     #mirror;
+    #lists;
     #work;
     #focus;
     #tooltips;
     #host;
     #title;
-    #expected = 0;
+    #remaining = 0;
     #isListing = false;
-    #comeItems = 0;
-    #late = [];
-    #shownLate = [];
     #renamedPages = new Set();
     #sheets = [];
 
-    /// `frame` has loaded its empty document. `onProgress` is called with the completed fraction of
-    /// an insertion, 0 to 1, `onRefusal` with the reply to refused input, and `onSettled` after changes.
-    constructor(frame, connection, onProgress, onRefusal, onSettled) {
+    /// `frame` has loaded its empty document. `onRefusal` is called with the reply to refused input,
+    /// and `onSettled` after changes.
+    constructor(frame, connection, onRefusal, onSettled) {
         this.#frame = frame;
         this.#connection = connection;
-        this.#onProgress = onProgress;
         this.#onSettled = onSettled;
         this.#prepareFrame();
         this.#mirror = new PanelMirror(this.document, new URL(kPanelPage, document.baseURI), this);
-        this.#focus = new PanelFocus(this.document, frame);
-        this.#tooltips = new Tooltips(this.document, this.#host);
+        this.#lists = new PanelLists(connection);
+        this.#focus = new PanelFocus(this.document, frame, this.#lists);
+        this.#tooltips = new Tooltips(this.document, this.#host, connection);
         this.#work = new SlicedWork(
+            () => this.#lists.note(),
             (piece) => this.#perform(piece),
             () => this.#settle(),
         );
-        listenToInput(this.document, this.#mirror, this.#focus, connection, onRefusal);
+        listenToInput(this.document, {
+            mirror: this.#mirror,
+            focus: this.#focus,
+            lists: this.#lists,
+            connection,
+            onRefusal,
+        });
+        new ResizeObserver(() => this.#lists.settle()).observe(frame);
     }
 
     get document() {
         return this.#frame.contentDocument;
     }
 
+    /// Whether everything that has come is shown, and nothing more of it is wanted.
     get isSettled() {
-        return this.#work.isEmpty && this.#shownLate.length === 0;
+        return this.#work.isEmpty && this.#lists.all.every(({isComplete}) => isComplete);
     }
 
-    /// Sets whether a document's list is being rendered, which arrives in many small insertions.
+    /// Sets whether the active document's list is being rendered.
     setListing(isListing) {
         this.#isListing = isListing;
-        this.#showLate();
+    }
+
+    /// Sets the current comment of the active document, `current` of its description.
+    setCurrent(current) {
+        this.#work.push([{current}]);
     }
 
     /// The node id of the current item; undefined when there is none.
@@ -75,9 +82,8 @@ export class Panel {
 
     /// Number of comments in the visible list; null until it stands.
     get commentCount() {
-        const list = this.#focus.container?.querySelector('.results-container');
-        const isComplete = list && this.#expected === 0 && !this.#isListing;
-        return isComplete ? list.querySelectorAll(kItems).length : null;
+        const isComplete = this.#remaining === 0 && !this.#isListing;
+        return isComplete ? (this.#focus.list?.itemCount ?? null) : null;
     }
 
     readTree() {
@@ -99,8 +105,9 @@ export class Panel {
         this.#work.push(pieces);
     }
 
-    scrollTo(id) {
-        this.#work.push([{scrollTo: id}]);
+    /// Handles a `scroll` message.
+    scrollTo({element, row}) {
+        this.#work.push([{scrollTo: element, row}]);
     }
 
     setLanguage(name, direction) {
@@ -145,9 +152,11 @@ export class Panel {
             } else if (piece.reset) {
                 this.#reset();
             } else if (piece.scrollTo !== undefined) {
-                this.#mirror.node(piece.scrollTo)?.scrollIntoView({block: 'nearest'});
+                this.#scrollTo(piece);
+            } else if (piece.current !== undefined) {
+                this.#focus.setCurrent(piece.current);
             } else {
-                this.#tellProgress(piece.remaining);
+                this.#remaining = piece.remaining;
             }
         } catch (error) {
             this.#startAnew(error);
@@ -163,19 +172,17 @@ export class Panel {
 
     #reset() {
         this.#tooltips.hide();
+        this.#lists.reset();
         this.#focus.reset();
         this.#mirror.reset();
-        this.#expected = 0;
-        this.#late = [];
-        this.#comeItems = 0;
+        this.#remaining = 0;
     }
 
-    #tellProgress(remaining) {
-        const wasExpected = this.#expected;
-        this.#expected = remaining === 0 ? 0 : Math.max(wasExpected, remaining);
-        this.#showLate();
-        if (this.#expected > 0 || wasExpected > 0) {
-            this.#onProgress(this.#expected === 0 ? 1 : 1 - remaining / this.#expected);
+    #scrollTo({scrollTo, row}) {
+        if (row) {
+            this.#lists.withId(row.list)?.reveal(row);
+        } else {
+            this.#mirror.node(scrollTo)?.scrollIntoView({block: 'nearest'});
         }
     }
 
@@ -185,6 +192,7 @@ export class Panel {
         }
         this.#renamedPages.clear();
         this.#focus.settle();
+        this.#lists.settle();
         this.#tooltips.settle();
         this.#forget();
         this.#onSettled();
@@ -203,47 +211,23 @@ export class Panel {
         if (record.tag === 'li' && element.hasAttribute('page-index')) {
             this.#renamedPages.add(element);
         }
-        const isOnItsWay = this.#expected > 0 || this.#isListing;
-        if (isOnItsWay && (record.tag === 'li' || record.tag === 'ul')) {
-            this.#delay(element);
-        }
     }
 
-    // Of a long list only the beginning is shown at first; the rest is laid out when the list is
-    // complete.
-    #delay(element) {
-        const isItem = element.hasAttribute('annot-name');
-        this.#comeItems += isItem ? 1 : 0;
-        if (this.#comeItems > kShownAtOnce && (isItem || element.hasAttribute('page-item'))) {
-            element.setAttribute('wb-late', '');
-            this.#late.push(element);
-        }
+    listCreated(element, sizes) {
+        this.#lists.created(element, sizes);
     }
 
-    // The list is complete: shows the deferred items, a number of them in each frame.
-    async #showLate() {
-        if (this.#expected > 0 || this.#isListing || this.#late.length === 0) {
-            return;
-        }
-        const late = this.#late;
-        this.#late = [];
-        this.#comeItems = 0;
-        this.#shownLate = late;
-        for (let at = 0; at < late.length; at += kShownInFrame) {
-            for (const element of late.slice(at, at + kShownInFrame)) {
-                element.removeAttribute('wb-late');
-            }
-            await nextFrame();
-        }
-        if (this.#shownLate === late) {
-            this.#shownLate = [];
-        }
-        this.#focus.followAgain();
-        this.#focus.settle();
+    listChanged(element, splice) {
+        this.#lists.changed(element, splice);
+    }
+
+    sizesChanged(element, at, sizes) {
+        this.#lists.sizesChanged(element, at, sizes);
     }
 
     statesChanged(element, record, before) {
         describeStates(element, record);
+        this.#lists.statesChanged(element);
         this.#focus.statesChanged(element, record.states, before);
     }
 
@@ -273,6 +257,7 @@ export class Panel {
             if (known === this.#sheets.length) {
                 this.#sheets = [];
                 this.#frame.classList.remove('unstyled');
+                this.#settle();
             }
         });
     }

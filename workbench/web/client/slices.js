@@ -25,12 +25,14 @@ export class SlicedWork {
     #pieces = [];
     #next = 0;
     #waiting = false;
+    #beforeSlice;
     #perform;
     #afterSlice;
 
-    /// `perform(piece)` processes one piece; `afterSlice(finished)` is called after each slice with
-    /// whether all pieces are done.
-    constructor(perform, afterSlice) {
+    /// `beforeSlice()` is called before each slice; `perform(piece)` processes one piece;
+    /// `afterSlice(finished)` is called after each slice with whether all pieces are done.
+    constructor(beforeSlice, perform, afterSlice) {
+        this.#beforeSlice = beforeSlice;
         this.#perform = perform;
         this.#afterSlice = afterSlice;
     }
@@ -53,6 +55,7 @@ export class SlicedWork {
 
     #slice() {
         const mayGoOn = sliceClock();
+        this.#beforeSlice();
         while (!this.isEmpty) {
             this.#perform(this.#pieces[this.#next++]);
             if (!mayGoOn()) {

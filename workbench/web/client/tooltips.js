@@ -1,5 +1,8 @@
 // Tooltips of the panel's items. An item names its `popup` by `titleid`; a copy of it is shown
-// while the pointer rests on the item and after the keyboard has moved the focus there.
+// while the pointer rests on the item and after the keyboard has moved the focus there. Its contents
+// are asked for when they are wanted.
+
+import {recordOf} from './panel-mirror.js';
 
 const kPointerDelay = 500;
 const kFocusDelay = 900; // longer, because the tooltip covers the next items
@@ -15,14 +18,17 @@ function wordsOf(popup) {
 export class Tooltips {
     #document;
     #host;
+    #connection;
     #item = null;
+    #isDue = false;
     #shown = null;
     #timer = 0;
     #pointerPlace = '';
 
-    constructor(frameDocument, host) {
+    constructor(frameDocument, host, connection) {
         this.#document = frameDocument;
         this.#host = host;
+        this.#connection = connection;
         frameDocument.addEventListener('pointerover', (event) => this.#pointerOver(event));
         frameDocument.addEventListener('focusin', (event) => this.#focusIn(event.target));
         frameDocument.addEventListener('focusout', () => this.hide());
@@ -40,15 +46,20 @@ export class Tooltips {
     hide() {
         clearTimeout(this.#timer);
         this.#item = null;
+        this.#isDue = false;
         this.#shown?.remove();
         this.#shown = null;
     }
 
-    /// To be called after changes of the tree: hides the tooltip of a removed item.
+    /// To be called after changes of the tree: hides the tooltip of a removed item, and shows one
+    /// that has come.
     settle() {
         if (this.#item && !this.#item.isConnected) {
             this.hide();
+        } else if (this.#isDue) {
+            this.#show(this.#item);
         }
+        this.#describeFocused();
     }
 
     #pointerOver({target, pointerType, clientX, clientY}) {
@@ -63,11 +74,17 @@ export class Tooltips {
         this.#waitFor(target.closest?.('[titleid]') ?? null, kPointerDelay);
     }
 
-    #focusIn(target) {
-        const popup = target.matches?.('[titleid]') ? this.#popupOf(target) : null;
+    // For screen readers.
+    #describeFocused() {
+        const item = this.#document.activeElement;
+        const popup = item?.matches?.('[titleid]') ? this.#openedPopupOf(item) : null;
         if (popup) {
-            target.setAttribute('aria-description', wordsOf(popup));
+            item.setAttribute('aria-description', wordsOf(popup));
         }
+    }
+
+    #focusIn(target) {
+        this.#describeFocused();
         if (target.matches?.('[titleid]:focus-visible')) {
             this.#waitFor(target, kFocusDelay);
         }
@@ -80,6 +97,7 @@ export class Tooltips {
         this.hide();
         if (item) {
             this.#item = item;
+            this.#openedPopupOf(item);
             this.#timer = setTimeout(() => this.#show(item), delay);
         }
     }
@@ -107,8 +125,19 @@ export class Tooltips {
         );
     }
 
+    // Null for none, and until its contents have come.
+    #openedPopupOf(item) {
+        const popup = this.#popupOf(item);
+        const record = recordOf(popup);
+        if (record?.isClosed && !record.isAskedFor) {
+            record.isAskedFor = this.#connection.tell({type: 'tooltip', element: record.id});
+        }
+        return record?.isClosed ? null : popup;
+    }
+
     #show(item) {
-        const popup = item.isConnected ? this.#popupOf(item) : null;
+        const popup = item.isConnected ? this.#openedPopupOf(item) : null;
+        this.#isDue = !popup;
         if (popup?.localName !== 'popup') {
             return;
         }
