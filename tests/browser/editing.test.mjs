@@ -178,6 +178,68 @@ describe('Editing in the browser', () => {
         }
     });
 
+    test('edits contents at the comment, in the list and on the page', async () => {
+        const {page} = window;
+        const {keyboard} = page;
+        const {id} = await window.active();
+        const editor = page.getByRole('dialog');
+        const onPage = page.locator(
+            '.page[data-page="0"] .annotations:not(.stale) [data-index="1"]',
+        );
+        const former = await wordsOf('0_1');
+        const leave = () => keyboard.press('Escape');
+        const leaveTyped = async () => {
+            await leave();
+            await page.getByRole('alert').getByText('Escape').waitFor();
+            await leave();
+        };
+        const accept = () => keyboard.press('Control+Enter');
+        const goElsewhere = () => window.item('0_0').click();
+        for (const [view, width, typed, end, taken] of [
+            ['comments', 1200, null, leave, former],
+            ['comments', 1200, 'typed', leaveTyped, former],
+            ['comments', 1200, 'accepted', accept, 'accepted'],
+            ['comments', 1200, 'left', goElsewhere, 'left'],
+            ['comments', 320, 'small', accept, 'small'],
+            ['pages', 1200, null, leave, former],
+            ['pages', 1200, 'page', accept, 'page'],
+            ['pages', 320, 'zoomed', accept, 'zoomed'],
+        ]) {
+            const what = [view, width, typed].join();
+            await window.item('0_1').dispatchEvent('click');
+            await window.expectCurrent('0_1');
+            await page.setViewportSize({width, height: width === 320 ? 256 : 800});
+            await page.locator(`button[data-view="${view}"]`).dispatchEvent('click');
+            const comment = view === 'pages' ? onPage : window.item('0_1');
+            await comment.press('F2');
+            await editor.waitFor();
+            const [box, place] = [await editor.boundingBox(), await comment.boundingBox()];
+            assert.ok(box.x >= 0 && box.x + box.width <= width, what);
+            assert.ok(width > 320 || (box.y >= 0 && box.y + box.height <= 256), what);
+            assert.ok(width === 320 || Math.abs(box.y - place.y - place.height) < 30, what);
+            assert.ok(view === 'pages' || Math.abs(box.width - place.width) < 1, what);
+            if (typed) {
+                await editor.getByRole('textbox').fill(typed);
+            }
+            await end();
+            await editor.waitFor({state: 'detached'});
+            const inList = end === goElsewhere ? '0_0' : '0_1';
+            await window.until(
+                focusedPlace,
+                (now) => (view === 'pages' ? now.startsWith('annotation') : now === inList),
+                `the focus is back, ${what}`,
+            );
+            await window.until(
+                () => wordsOf('0_1'),
+                (words) => words === taken,
+                what,
+            );
+            if (taken !== former) {
+                await window.expectCommand('undo', {document: id});
+            }
+        }
+    });
+
     test('adds a highlight where it was dragged, and edits it', async () => {
         const count = await window.itemCount();
         await tool('Highlight').click();
@@ -385,7 +447,7 @@ describe('Editing in the browser', () => {
         await window.page.locator('#status').getByText('read-only').waitFor();
     });
 
-    test('hits no other comment when the document changes under a dialog', async () => {
+    test('hits no other comment when the document changes under the editor', async () => {
         const {id} = await window.active();
         const words = await window.item('0_2').locator('p').textContent();
         await window.item('0_1').click();

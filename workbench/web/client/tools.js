@@ -2,6 +2,7 @@
 // frame in the middle of the view with the arrow keys, resizes it with Shift, and places it with
 // Enter.
 
+import {placeOnPage} from './comment-places.js';
 import {text} from './texts.js';
 
 /// Tools in order; those with a subtype add an annotation of it.
@@ -22,6 +23,10 @@ const kArrows = {
     ArrowUp: [0, -kKeyStep],
     ArrowDown: [0, kKeyStep],
 };
+
+function percent(part, whole) {
+    return `${(100 * part) / whole}%`;
+}
 
 export class Tools {
     #edits;
@@ -75,11 +80,12 @@ export class Tools {
         }
         this.#frame.page = page;
         this.#frame.box = box;
+        const {clientWidth, clientHeight} = page.element;
         const {style} = this.#frame.element;
-        style.left = `${box.x}px`;
-        style.top = `${box.y}px`;
-        style.width = `${box.width}px`;
-        style.height = `${box.height}px`;
+        style.left = percent(box.x, clientWidth);
+        style.top = percent(box.y, clientHeight);
+        style.width = percent(box.width, clientWidth);
+        style.height = percent(box.height, clientHeight);
         page.element.append(this.#frame.element);
     }
 
@@ -99,8 +105,17 @@ export class Tools {
             : corner(box.x + box.width, box.y + box.height);
         const rect = [Math.min(x1, x2), Math.min(y1, y2), Math.max(x1, x2), Math.max(y1, y2)];
         const rounded = rect.map((side) => Math.round(side * 100) / 100);
-        await this.#edits.add(view.description, page.index, subtype, rounded);
+        await this.#write(view, {page: page.index, subtype, rect: rounded});
+    }
+
+    // The drawn frame stays until the contents are written; another one can be drawn meanwhile.
+    async #write(view, comment) {
+        const {element} = this.#frame;
+        this.#frame = null;
         this.choose('select');
+        const place = placeOnPage(() => element.getBoundingClientRect());
+        await this.#edits.add(view.description, comment, place);
+        element.remove();
     }
 
     // --- Pointer ---
