@@ -268,6 +268,34 @@ describe('Editing in the browser', () => {
         );
     });
 
+    test('marks the selected text, line by line, under the name of the author', async () => {
+        const {page} = window;
+        await chooseInMenu('View', 'Author of comments');
+        await page.getByRole('textbox', {name: 'Name'}).fill('Ж. Reviewer');
+        await page.keyboard.press('Enter');
+        await page.locator('.page-words span').first().waitFor();
+        const selected = await page.evaluate(() => {
+            const [, , first, second] = document.querySelectorAll('.page-words span');
+            getSelection().setBaseAndExtent(first.firstChild, 9, second.firstChild, 7);
+            const {left, right} = getSelection().getRangeAt(0).getBoundingClientRect();
+            const [top, bottom] = [first, second].map((one) => one.getBoundingClientRect());
+            return {x: left, y: top.top, width: right - left, height: bottom.bottom - top.top};
+        });
+        await tool('Strikeout').click();
+        await page.locator('.marking > :nth-child(2)').waitFor();
+        await page.getByRole('textbox', {name: 'Contents'}).fill('gone');
+        await page.keyboard.press('Control+Enter');
+        const mark = page.locator('.page[data-page="0"] .annotation.focused[aria-label$="gone"]');
+        await mark.waitFor();
+        const box = await mark.boundingBox();
+        for (const [side, value] of Object.entries(selected)) {
+            assert.ok(Math.abs(box[side] - value) < 2, `${side}: ${box[side]}, ${value}`);
+        }
+        const {id} = await window.active();
+        const {annotations} = await window.expectCommand('annotations', {document: id, page: 0});
+        assert.equal(annotations.at(-1).title, 'Ж. Reviewer');
+    });
+
     test('places a rectangle with the keyboard alone', async () => {
         await window.page.locator('.page canvas').first().waitFor();
         await tool('Rectangle').focus();
@@ -440,7 +468,7 @@ describe('Editing in the browser', () => {
         await window.page.getByRole('button', {name: 'File', exact: true}).click();
         await window.page.getByRole('menuitemcheckbox', {name: 'Read-only'}).click();
         await window.expectActive((active) => active.readOnly, 'it is read-only');
-        for (const name of ['Add a note', 'Rectangle', 'Delete comment']) {
+        for (const name of ['Note', 'Rectangle', 'Delete comment']) {
             assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
         await window.item('0_0').press('F2');

@@ -5,6 +5,7 @@ import {placeOfCurrent} from './comment-places.js';
 import {askAnnotations} from './connection.js';
 import {editContents} from './contents-editor.js';
 import {ask, kCancel} from './dialogs.js';
+import {recall, remember} from './memory.js';
 import {hasText, subtypeName, text} from './texts.js';
 
 /// The message of a refusal: a localised text for a known reason, else the server's text.
@@ -94,18 +95,33 @@ export class Edits {
         return this.run('remove', {document: id, item}, 'done.remove');
     }
 
-    /// Adds a comment `{page, subtype, rect}` with contents that the user writes at `place`.
+    /// Adds a comment `{page, subtype, rect or quads}` with contents that the user writes at `place`.
     async add(description, comment, place) {
         if (this.#saysWhyNot(description)) {
             return;
         }
-        const fields = {document: description.id, ...comment};
+        const author = recall('author', '');
+        const fields = {document: description.id, ...comment, ...(author && {author})};
         await editContents({
             title: text('contents.new', subtypeName(comment.subtype)),
             value: '',
             isNew: true,
             place,
             attempt: (contents) => this.#attempt('add', {...fields, contents}, 'done.add'),
+        });
+    }
+
+    /// Asks for the name that new comments of this browser bear.
+    async askAuthor() {
+        await ask({
+            title: text('author.title'),
+            message: text('author.message'),
+            fields: [{name: 'author', label: text('author.label'), value: recall('author', '')}],
+            buttons: [kCancel, {key: 'dialog.accept', value: 'accept', isMain: true}],
+            attempt: ({values}) => {
+                remember('author', values.author.trim());
+                return null;
+            },
         });
     }
 
