@@ -259,6 +259,18 @@ struct Subtype {
     double margin = 0;  // for lines that would reach beyond the rectangle
 };
 
+// A word in bold capitals in the middle; its width is that at a size of 1.
+void DrawWord(Drawing& drawing, std::string_view word, double width)
+{
+    constexpr double kHeightOfCapitals = 0.72;
+    const Frame& frame = drawing.Within();
+    const double size = std::min(0.6 * frame.height, 0.8 * frame.width / width);
+    const Point start = frame.At(0.5, 0.5);
+    drawing.Raw("BT /Bold " + Number(size) + " Tf " + Number(start.x - width * size / 2) + ' ' +
+                Number(start.y - kHeightOfCapitals * size / 2) + " Td (" + std::string{word} +
+                ") Tj ET");
+}
+
 void DrawAttachment(Drawing& drawing)
 {
     drawing.Raw("0.3 0.3 0.3 RG 1 w").Box(0.05, 0.05, 0.9, 0.9).Raw("B");
@@ -349,7 +361,7 @@ constexpr Subtype kSubtypes[] = {
      .draw =
          [](Drawing& d) {
              d.Raw("3 w").Box(0.03, 0.06, 0.94, 0.88).Raw("S");
-             d.MoveTo(0.12, 0.5).LineTo(0.88, 0.5).Raw("S");
+             DrawWord(d, "DRAFT", 3.388);
          }},
     {.name = "Caret",
      .colour = "0.1 0.3 0.8",
@@ -370,7 +382,8 @@ constexpr Subtype kSubtypes[] = {
      .draw =
          [](Drawing& d) {
              d.Raw("2 w 1 J").MoveTo(0, 0.5).CurveTo({0.3, 0.9}, {0.6, 0.1}, {1, 0.5}).Raw("S");
-         }},
+         },
+     .margin = 1},
     {.name = "Popup", .listed = false},
     {.name = "FileAttachment", .colour = "0.9 0.9 0.6", .draw = DrawAttachment},
     {.name = "Sound", .colour = "0.9 0.9 0.6", .draw = DrawAttachment},
@@ -503,7 +516,8 @@ Appearance DrawAppearance(const AnnotationProperties& properties)
         drawing.Raw(part.Operators());
     }
     return {"/Type /XObject /Subtype /Form /BBox " + RectangleSyntax(box) +
-                " /Resources << /ExtGState << /Multiply << /Type /ExtGState /BM /Multiply >> >> >>",
+                " /Resources << /ExtGState << /Multiply << /Type /ExtGState /BM /Multiply >> >>"
+                " /Font << /Bold << /Type /Font /Subtype /Type1 /BaseFont /Helvetica-Bold >> >> >>",
             drawing.Operators()};
 }
 
