@@ -1,7 +1,7 @@
 // Documents changed from the page: comments, pages, undo, saving, tabs.
 
 import assert from 'node:assert/strict';
-import {appendFileSync, readFileSync, writeFileSync} from 'node:fs';
+import {appendFileSync, mkdirSync, readFileSync, writeFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {after, afterEach, before, beforeEach, describe, test} from 'node:test';
 
@@ -85,7 +85,7 @@ describe('Editing in the browser', () => {
         const deletions = {
             'a key of the list': () => keyboard.press('Delete'),
             "the panel's button": () => window.button('delete').click(),
-            'the bin': () => tool('Delete comment').click(),
+            'the bin': () => tool('Delete highlighted comment').click(),
             'a key that is held': async () => {
                 for (let times = 0; times < 5; ++times) {
                     await keyboard.down('Delete');
@@ -400,6 +400,28 @@ describe('Editing in the browser', () => {
         assert.equal(await mode.getAttribute('aria-pressed'), 'false');
     });
 
+    test('lists all documents while there is no room for every tab', async () => {
+        const {keyboard} = window.page;
+        const all = window.page.getByRole('button', {name: 'All documents'});
+        await window.page.setViewportSize({width: 520, height: 700});
+        assert.equal(await all.isVisible(), false, 'there is room');
+        mkdirSync(join(folder, 'other'));
+        for (const name of ['a.pdf', join('other', 'small.pdf'), 'z.pdf']) {
+            const path = makeDocument(folder, name, '--comments', '1', '--pages', '1');
+            await window.expectCommand('open', {path});
+        }
+        await all.press('Enter');
+        await keyboard.press('End');
+        await keyboard.press('s');
+        await keyboard.press('s');
+        await keyboard.press('s');
+        await keyboard.press('Enter');
+        await window.expectActive(({path}) => path?.endsWith('other/small.pdf'), 'it is chosen');
+        const name = `small.pdf – other`;
+        await window.page.getByRole('tab', {name, exact: true, selected: true}).waitFor();
+        await window.until(focusedPlace, (now) => now === 'tool', 'the focus is on the button');
+    });
+
     test('shows every page of two documents, behind tabs and side by side', async () => {
         const height = () =>
             window.page.locator('#workspace').evaluate((area) => area.clientHeight);
@@ -461,6 +483,8 @@ describe('Editing in the browser', () => {
                 `the page is sharp at ${zoom} with ${deviceScaleFactor} pixels`,
             );
         }
+        const fonts = window.requests.filter((address) => address.includes('/standard_fonts/'));
+        assert.ok(fonts.length > 0, 'fonts that a file lacks are those of the library');
     });
 
     test('refuses edits of a document that is read-only', async () => {
@@ -468,7 +492,7 @@ describe('Editing in the browser', () => {
         await window.page.getByRole('button', {name: 'File', exact: true}).click();
         await window.page.getByRole('menuitemcheckbox', {name: 'Read-only'}).click();
         await window.expectActive((active) => active.readOnly, 'it is read-only');
-        for (const name of ['Note', 'Rectangle', 'Delete comment']) {
+        for (const name of ['Note', 'Rectangle', 'Delete highlighted comment']) {
             assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
         await window.item('0_0').press('F2');

@@ -164,6 +164,7 @@ export class PagesView {
         const name = this.#description?.name ?? '';
         this.scroller.setAttribute('aria-label', text('pages.label', name));
         this.#progress.setAttribute('aria-label', text('pages.loading', name));
+        this.#bar.setDocument(name);
     }
 
     // --- Contents ---
