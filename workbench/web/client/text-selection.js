@@ -20,8 +20,16 @@ function partOf(range, node) {
     return part.toString().trim() ? part : null;
 }
 
+// Clockwise quarter turns of a text on the screen, those of its page included.
+function turnsOf({style}, words) {
+    const own = Number.parseFloat(style.getPropertyValue('--rotate')) || 0;
+    const page = Number(words.dataset.mainRotation ?? 0);
+    return ((Math.round((own + page) / 90) % 4) + 4) % 4;
+}
+
 // The glyphs of the browser's own font may be taller than the line that the element stands for.
-function boxesOf(part, {parentElement}) {
+function boxesOf(part, {parentElement}, words) {
+    const turns = turnsOf(parentElement, words);
     const line = parentElement.getBoundingClientRect();
     return [...part.getClientRects()]
         .map((box) => ({
@@ -29,16 +37,23 @@ function boxesOf(part, {parentElement}) {
             top: Math.max(box.top, line.top),
             right: Math.min(box.right, line.right),
             bottom: Math.min(box.bottom, line.bottom),
+            turns,
         }))
         .filter(({left, top, right, bottom}) => left < right && top < bottom);
 }
 
 // Whether a box continues the line of the one before.
 function continues(box, before) {
-    const height = Math.min(box.bottom - box.top, before.bottom - before.top);
+    const sides = [
+        ['left', 'right'],
+        ['top', 'bottom'],
+    ];
+    const [along, across] = box.turns % 2 === 0 ? sides : sides.toReversed();
+    const height = Math.min(overlap(box, box, ...across), overlap(before, before, ...across));
     return (
-        overlap(box, before, 'top', 'bottom') > height / 2 &&
-        overlap(box, before, 'left', 'right') > -kWidestGap * height
+        box.turns === before.turns &&
+        overlap(box, before, ...across) > height / 2 &&
+        overlap(box, before, ...along) > -kWidestGap * height
     );
 }
 
@@ -63,13 +78,13 @@ function linesIn(range, words) {
     const walker = document.createTreeWalker(words, NodeFilter.SHOW_TEXT);
     for (let node = walker.nextNode(); node; node = walker.nextNode()) {
         const part = range.intersectsNode(node) ? partOf(range, node) : null;
-        boxes.push(...(part ? boxesOf(part, node) : []));
+        boxes.push(...(part ? boxesOf(part, node, words) : []));
     }
     return mergeLines(boxes);
 }
 
-/// The lines of the selected text as boxes in window coordinates, with the element of their page;
-/// null when no text of a page is selected. Of a selection over several pages, the first one.
+/// The lines of the selected text as boxes in window coordinates (`turns`: clockwise quarter turns of
+/// their text), with the element of their page; null when no text of a page is selected. Of a selection over several pages, the first one.
 export function selectedLines() {
     const selection = getSelection();
     const range = selection.rangeCount > 0 ? selection.getRangeAt(0) : null;

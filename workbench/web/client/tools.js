@@ -57,7 +57,17 @@ function around(boxes) {
     return {left, top, right, bottom, width: right - left, height: bottom - top};
 }
 
-// The corners of boxes in the order of /QuadPoints.
+// Corners of a box clockwise from its top left one, and where those of a text begin that is turned.
+const kCorners = [
+    ['left', 'top'],
+    ['right', 'top'],
+    ['right', 'bottom'],
+    ['left', 'bottom'],
+];
+// The order of /QuadPoints: top left, top right, bottom left, bottom right.
+const kQuadOrder = [0, 1, 3, 2];
+
+// The corners of boxes as /QuadPoints.
 function quadsOf(page, boxes) {
     const whole = page.element.getBoundingClientRect();
     const point = (x, y) =>
@@ -66,12 +76,12 @@ function quadsOf(page, boxes) {
             ((x - whole.left) / whole.width) * page.viewport.width,
             ((y - whole.top) / whole.height) * page.viewport.height,
         );
-    return boxes.flatMap(({left, top, right, bottom}) => [
-        ...point(left, top),
-        ...point(right, top),
-        ...point(left, bottom),
-        ...point(right, bottom),
-    ]);
+    return boxes.flatMap((box) =>
+        kQuadOrder.flatMap((corner) => {
+            const [x, y] = kCorners[(corner + box.turns) % kCorners.length];
+            return point(box[x], box[y]);
+        }),
+    );
 }
 
 export class Tools {
@@ -148,7 +158,7 @@ export class Tools {
         place(marking, {...all, x: all.left - whole.left, y: all.top - whole.top}, whole);
         for (const line of lines) {
             const box = document.createElement('div');
-            box.className = `drawing ${name}`;
+            box.className = `drawing ${name}${line.turns === 0 ? '' : ' turned'}`;
             const {width, height} = around([line]);
             place(box, {x: line.left - all.left, y: line.top - all.top, width, height}, all);
             marking.append(box);
