@@ -1,7 +1,7 @@
 // Documents changed from the page: comments, pages, undo, saving, tabs.
 
 import assert from 'node:assert/strict';
-import {appendFileSync, readFileSync, writeFileSync} from 'node:fs';
+import {appendFileSync, mkdirSync, readFileSync, writeFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {after, afterEach, before, beforeEach, describe, test} from 'node:test';
 
@@ -85,7 +85,7 @@ describe('Editing in the browser', () => {
         const deletions = {
             'a key of the list': () => keyboard.press('Delete'),
             "the panel's button": () => window.button('delete').click(),
-            'the bin': () => tool('Delete comment').click(),
+            'the bin': () => tool('Delete highlighted comment').click(),
             'a key that is held': async () => {
                 for (let times = 0; times < 5; ++times) {
                     await keyboard.down('Delete');
@@ -98,7 +98,7 @@ describe('Editing in the browser', () => {
                     .press('Delete'),
         };
         for (const [name, remove] of Object.entries(deletions)) {
-            await window.item('0_0').click();
+            await (await window.show('0_0')).click();
             await keyboard.press('ArrowDown');
             await keyboard.press('ArrowDown');
             await remove();
@@ -111,7 +111,7 @@ describe('Editing in the browser', () => {
             await window.expectCurrent('0_2');
             assert.equal(await wordsOf('0_2'), words[0], name);
         }
-        await window.item('0_0').click();
+        await (await window.show('0_0')).click();
         await keyboard.press('ArrowDown');
         await keyboard.press('F2');
         const field = window.page.getByRole('textbox', {name: 'Contents'});
@@ -131,7 +131,7 @@ describe('Editing in the browser', () => {
         const taken = join(folder, 'taken.pdf');
         writeFileSync(taken, 'taken');
         await window.expectCommand('add', {document: 2, page: 0, subtype: 'Text'});
-        await window.item('0_1').click();
+        await (await window.show('0_1')).click();
         const questions = [
             ['0_1', press('F2'), press('Escape')],
             ['0_1', press('Control+o'), press('Escape')],
@@ -164,7 +164,7 @@ describe('Editing in the browser', () => {
         ];
         for (const [place, open, close] of questions) {
             if (place === '0_1') {
-                await window.item('0_1').click();
+                await (await window.show('0_1')).click();
             }
             await open();
             await dialog.waitFor();
@@ -174,6 +174,69 @@ describe('Editing in the browser', () => {
             if (place === '0_1') {
                 await keyboard.press('ArrowDown');
                 await window.expectCurrent('0_2');
+            }
+        }
+    });
+
+    test('edits contents at the comment, in the list and on the page', async () => {
+        const {page} = window;
+        const {keyboard} = page;
+        const {id} = await window.active();
+        const editor = page.getByRole('dialog');
+        const onPage = page.locator(
+            '.page[data-page="0"] .annotations:not(.stale) [data-index="1"]',
+        );
+        const former = await wordsOf('0_1');
+        const leave = () => keyboard.press('Escape');
+        const leaveTyped = async () => {
+            await leave();
+            await page.getByRole('alert').getByText('Escape').waitFor();
+            await leave();
+        };
+        const accept = () => keyboard.press('Control+Enter');
+        const goElsewhere = () => window.item('0_0').click();
+        for (const [view, width, typed, end, taken] of [
+            ['comments', 1200, null, leave, former],
+            ['comments', 1200, 'typed', leaveTyped, former],
+            ['comments', 1200, 'accepted', accept, 'accepted'],
+            ['comments', 1200, 'left', goElsewhere, 'left'],
+            ['comments', 320, 'small', accept, 'small'],
+            ['pages', 1200, null, leave, former],
+            ['pages', 1200, 'page', accept, 'page'],
+            ['pages', 320, 'zoomed', accept, 'zoomed'],
+        ]) {
+            const what = [view, width, typed].join();
+            await window.item('0_1').dispatchEvent('click');
+            await window.expectCurrent('0_1');
+            await page.setViewportSize({width, height: width === 320 ? 256 : 800});
+            await page.locator(`button[data-view="${view}"]`).dispatchEvent('click');
+            const comment = view === 'pages' ? onPage : window.item('0_1');
+            await comment.press('F2');
+            await editor.waitFor();
+            const [box, place] = [await editor.boundingBox(), await comment.boundingBox()];
+            assert.ok(box.x >= 0 && box.x + box.width <= width, what);
+            assert.ok(width > 320 || (box.y >= 0 && box.y + box.height <= 256), what);
+            const isAtComment = box.y > place.y && box.y < place.y + place.height + 10;
+            assert.ok(width === 320 || isAtComment, what);
+            assert.ok(view === 'pages' || Math.abs(box.width - place.width) < 1, what);
+            if (typed) {
+                await editor.getByRole('textbox').fill(typed);
+            }
+            await end();
+            await editor.waitFor({state: 'detached'});
+            const inList = end === goElsewhere ? '0_0' : '0_1';
+            await window.until(
+                focusedPlace,
+                (now) => (view === 'pages' ? now.startsWith('annotation') : now === inList),
+                `the focus is back, ${what}`,
+            );
+            await window.until(
+                () => wordsOf('0_1'),
+                (words) => words === taken,
+                what,
+            );
+            if (taken !== former) {
+                await window.expectCommand('undo', {document: id});
             }
         }
     });
@@ -203,6 +266,56 @@ describe('Editing in the browser', () => {
             () => window.item(current).locator('p').textContent(),
             (words) => words === 'gone',
             'the contents are others',
+        );
+    });
+
+    test('marks the selected text, line by line, under the name of the author', async () => {
+        const {page} = window;
+        await chooseInMenu('View', 'Author of comments');
+        await page.getByRole('textbox', {name: 'Name'}).fill('Ж. Reviewer');
+        await page.keyboard.press('Enter');
+        const turned = join(folder, 'turned.pdf');
+        const upright = readFileSync(join(folder, 'sample.pdf'), 'latin1');
+        const pages = upright.replaceAll('/Type /Page >>', '/Type /Page /Rotate 90 >>');
+        assert.notEqual(pages, upright);
+        writeFileSync(turned, pages, 'latin1');
+        const rects = [];
+        for (const path of [null, turned]) {
+            if (path) {
+                await window.expectCommand('open', {path});
+            }
+            const {id} = await window.expectActive(
+                (one) => !path || one.path === path,
+                'it is open',
+            );
+            await page.locator('.page-words span').nth(4).waitFor();
+            const selected = await page.evaluate(() => {
+                const [, , first, second] = document.querySelectorAll('.page-words span');
+                getSelection().setBaseAndExtent(first.firstChild, 9, second.firstChild, 7);
+                const {x, y, width, height} = getSelection().getRangeAt(0).getBoundingClientRect();
+                return {x, y, width, height};
+            });
+            await tool('Strikeout').click();
+            await page.locator('.marking > :nth-child(2)').waitFor();
+            await page.getByRole('textbox', {name: 'Contents'}).fill('gone');
+            await page.keyboard.press('Control+Enter');
+            const mark = page.locator('.page[data-page="0"] .focused[aria-label$="gone"]');
+            await mark.waitFor();
+            const box = await mark.boundingBox();
+            for (const [side, value] of Object.entries(selected)) {
+                assert.ok(Math.abs(box[side] - value) < 5, `${side}: ${box[side]}, ${value}`);
+            }
+            const {annotations} = await window.expectCommand('annotations', {
+                document: id,
+                page: 0,
+            });
+            assert.equal(annotations.at(-1).title, 'Ж. Reviewer');
+            rects.push(annotations.at(-1).rect);
+        }
+        const [rect, other] = rects;
+        assert.ok(
+            rect.every((side, at) => Math.abs(side - other[at]) < 1),
+            `the same words of an upright and of a turned page: ${rect}; ${other}`,
         );
     });
 
@@ -273,7 +386,7 @@ describe('Editing in the browser', () => {
     });
 
     test('asks before unsaved changes are dropped, and keeps them until the answer', async () => {
-        await window.item('0_0').click();
+        await (await window.show('0_0')).click();
         await window.button('delete').click();
         await window.expectActive((active) => active.modified, 'it is changed');
         const close = window.page.getByRole('button', {name: 'Close sample.pdf'});
@@ -308,6 +421,28 @@ describe('Editing in the browser', () => {
         );
         const mode = window.page.getByRole('button', {name: 'Fit width'});
         assert.equal(await mode.getAttribute('aria-pressed'), 'false');
+    });
+
+    test('lists all documents while there is no room for every tab', async () => {
+        const {keyboard} = window.page;
+        const all = window.page.getByRole('button', {name: 'All documents'});
+        await window.page.setViewportSize({width: 520, height: 700});
+        assert.equal(await all.isVisible(), false, 'there is room');
+        mkdirSync(join(folder, 'other'));
+        for (const name of ['a.pdf', join('other', 'small.pdf'), 'z.pdf']) {
+            const path = makeDocument(folder, name, '--comments', '1', '--pages', '1');
+            await window.expectCommand('open', {path});
+        }
+        await all.press('Enter');
+        await keyboard.press('End');
+        await keyboard.press('s');
+        await keyboard.press('s');
+        await keyboard.press('s');
+        await keyboard.press('Enter');
+        await window.expectActive(({path}) => path?.endsWith('other/small.pdf'), 'it is chosen');
+        const name = `small.pdf – other`;
+        await window.page.getByRole('tab', {name, exact: true, selected: true}).waitFor();
+        await window.until(focusedPlace, (now) => now === 'tool', 'the focus is on the button');
     });
 
     test('shows every page of two documents, behind tabs and side by side', async () => {
@@ -371,24 +506,26 @@ describe('Editing in the browser', () => {
                 `the page is sharp at ${zoom} with ${deviceScaleFactor} pixels`,
             );
         }
+        const fonts = window.requests.filter((address) => address.includes('/standard_fonts/'));
+        assert.ok(fonts.length > 0, 'fonts that a file lacks are those of the library');
     });
 
     test('refuses edits of a document that is read-only', async () => {
-        await window.item('0_0').click();
+        await (await window.show('0_0')).click();
         await window.page.getByRole('button', {name: 'File', exact: true}).click();
         await window.page.getByRole('menuitemcheckbox', {name: 'Read-only'}).click();
         await window.expectActive((active) => active.readOnly, 'it is read-only');
-        for (const name of ['Add a note', 'Rectangle', 'Delete comment']) {
+        for (const name of ['Note', 'Rectangle', 'Delete highlighted comment']) {
             assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
         await window.item('0_0').press('F2');
         await window.page.locator('#status').getByText('read-only').waitFor();
     });
 
-    test('hits no other comment when the document changes under a dialog', async () => {
+    test('hits no other comment when the document changes under the editor', async () => {
         const {id} = await window.active();
         const words = await window.item('0_2').locator('p').textContent();
-        await window.item('0_1').click();
+        await (await window.show('0_1')).click();
         await window.expectCurrent('0_1');
         await window.page.keyboard.press('F2');
         const field = window.page.getByRole('textbox', {name: 'Contents'});
@@ -457,7 +594,7 @@ describe('Editing in the browser', () => {
 
     test('keeps what was written until it is taken', async () => {
         const {id} = await window.active();
-        await window.item('0_0').click();
+        await (await window.show('0_0')).click();
         await window.expectCurrent('0_0');
         await window.page.keyboard.press('F2');
         const field = window.page.getByRole('textbox', {name: 'Contents'});

@@ -170,7 +170,7 @@ describe('The panel in the browser', () => {
         const tooltip = window.panel.locator('wb-host > popup');
         await (await window.show('0_2')).hover();
         await tooltip.waitFor();
-        assert.match(await tooltip.textContent(), /A\. Reviewer/);
+        assert.match(await tooltip.textContent(), /Tomás Rivera/);
         await window.page.keyboard.press('Escape');
         await tooltip.waitFor({state: 'detached'});
 

@@ -258,6 +258,14 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
          {{"document", 1}, {"page", 0}, {"subtype", "Text"}, {"rect", {5, 2, 3, 4}}},
          "rect",
          ""},
+        {"add",
+         {{"document", 1}, {"page", 0}, {"subtype", "Highlight"}, {"quads", {1, 2, 3, 4, 5, 6, 7}}},
+         "quads",
+         ""},
+        {"add",
+         {{"document", 1}, {"page", 0}, {"subtype", "Ink"}, {"quads", {1, 2, 3, 2, 1, 1, 3, 1}}},
+         "quads",
+         ""},
         {"edit", {{"document", 1}, {"page", 0}, {"index", 999}, {"contents", "x"}}, "999", "gone"},
         {"edit", {{"document", 1}, {"page", 0}, {"index", 0}}, "contents", ""},
         {"remove", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", "gone"},
@@ -482,6 +490,32 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     client->Fence();
     EXPECT_EQ(pressDelete(*client, nullptr), "folded");
     EXPECT_EQ(client->Document(1).at("undo"), "insert-page");
+}
+
+TEST_F(Browsing, MarksTextByQuadsUnderTheGivenAuthor)
+{
+    Start({"a.pdf"});
+    const Json added =
+        Do("add", {{"document", 1},
+                   {"page", 2},
+                   {"subtype", "Underline"},
+                   {"author", "Ж. Reviewer"},
+                   {"quads", {50, 30, 90, 31, 50, 20, 90, 21, 10, 18, 60, 18, 10, 8, 60, 8}}});
+    const Json list = Do("annotations", {{"document", 1}, {"page", 2}});
+    const Json annotation = list.at("annotations").at(added.at("index").get<std::size_t>());
+    EXPECT_EQ(annotation.at("title"), "Ж. Reviewer");
+    EXPECT_EQ(annotation.at("rect"), Json({10, 8, 90, 31}));
+    const std::string content = Get(workbench->Address(), "/documents/1/content").body;
+    EXPECT_THAT(content,
+                HasSubstr("/QuadPoints [ 50 30 90 31 50 20 90 21 10 18 60 18 10 8 60 8 ]"));
+    constexpr std::size_t kNameLength = 43;
+    EXPECT_THAT(
+        content.substr(content.find("/NM ("), kNameLength),
+        testing::MatchesRegex("/NM \\([0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-"
+                              "[0-9a-f]{12}\\) "));
+    // The lines of the appearance, from its own origin: along the bottom of each quad.
+    EXPECT_THAT(content, HasSubstr("40 12.8 m\n80 13.8 l"));
+    EXPECT_THAT(content, HasSubstr("0 0.8 m\n50 0.8 l"));
 }
 
 TEST_F(Browsing, EditsAndUndoes)

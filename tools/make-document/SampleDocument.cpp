@@ -3,11 +3,15 @@
 #include "PageText.h"
 
 #include "documents/AnnotationDictionary.h"
+#include "documents/AnnotationSyntax.h"
 
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
 
 #include <array>
+#include <optional>
+#include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,12 +31,16 @@ struct SampleComment {
     _PDDateRec created;
     _PDDateRec modified;
     std::uint32_t flags = Documents::kFlagPrint;
+    const char* phrase = nullptr;  // of the page's text, which it marks; then it has no rectangle
+    std::optional<std::size_t> answered{};  // the comment that it replies to
 };
 
 constexpr std::uint32_t kPageCount = 6;
+constexpr std::size_t kQuestion = 1;  // index of the comment that is answered
 
 constexpr _PDDateRec kNoDate{};
 constexpr _PDDateRec kMay{2024, 5, 1, 10, 0, 0, 2};
+constexpr _PDDateRec kNextDay{2024, 5, 2, 9, 12, 0, 2};
 constexpr _PDDateRec kJune{2024, 6, 12, 17, 45, 30, -7};
 constexpr _PDDateRec kNewYear{2025, 1, 1, 0, 0, 1, 0};
 constexpr _PDDateRec kImpossible{2024, 13, 40, 25, 61, 61, 0};
@@ -49,51 +57,90 @@ constexpr std::u16string_view kLongComment =
     u"only "
     u"when they are very cross, or very thorough, or both at once.";
 
-constexpr std::array<SampleComment, 44> kComments{{
-    // Page 1: text markups.
+constexpr std::array<SampleComment, 45> kComments{{
+    // Page 1: a text and what its readers say to it.
     {0,
      "Highlight",
-     {72, 658, 188, 672},
+     {},
      u"A good opening.",
-     u"A. Reviewer",
+     u"Clara Winter",
      u"Praise",
      kMay,
-     kMay},
+     kMay,
+     Documents::kFlagPrint,
+     "open when people have time to read"},
     {0,
      "Underline",
-     {72, 630, 300, 644},
-     u"Which source?",
-     u"A. Reviewer",
+     {},
+     u"Which source? The survey of 2019 or the one of 2023?",
+     u"Clara Winter",
      u"Question",
      kMay,
-     kJune},
-    {0, "StrikeOut", {72, 602, 254, 616}, u"Superfluous.", u"A. Reviewer", u"", kMay, kNoDate},
-    {0, "Squiggly", {72, 574, 252, 588}, u"Spelling", u"", u"", kNoDate, kNoDate},
-    {0,
-     "Highlight",
-     {72, 546, 326, 560},
-     u"",
-     u"A. Reviewer",
-     u"Highlight without contents",
      kMay,
-     kMay},
+     Documents::kFlagPrint,
+     "Two visitors in three come after work"},
+    {0,
+     "StrikeOut",
+     {},
+     u"Says the same as the sentence before.",
+     u"Tomás Rivera",
+     u"",
+     kMay,
+     kNoDate,
+     Documents::kFlagPrint,
+     "The first hour of the morning is the quietest."},
+    {0,
+     "Squiggly",
+     {},
+     u"Spelling",
+     u"",
+     u"",
+     kNoDate,
+     kNoDate,
+     Documents::kFlagPrint,
+     "Attendence"},
     {0,
      "Caret",
-     {215, 511, 227, 523},
-     u"insert: \"in most cases\"",
+     {},
+     u"insert: \"in most weeks\"",
      u"Zoë O'Neill",
      u"Insertion",
      kJune,
-     kJune},
+     kJune,
+     Documents::kFlagPrint,
+     "The change needs no additional staff"},
     {0,
      "Text",
-     {520, 640, 540, 660},
-     u"Please check the numbers in table 2.\r\nThey do not add up.",
+     {536, 566, 556, 586},
+     u"The survey of 2023; its numbers are in table 2.\r\nI will add the reference.",
      u"Jörg Müller",
-     u"Sticky note",
-     kMay,
-     kJune},
-    {0, "Link", {72, 90, 200, 104}, u"", u"", u"", kNoDate, kNoDate},
+     u"Answer",
+     kNextDay,
+     kJune,
+     Documents::kFlagPrint,
+     nullptr,
+     kQuestion},
+    {0,
+     "Text",
+     {536, 540, 556, 560},
+     u"Thank you. Then the sentence can stay.",
+     u"Clara Winter",
+     u"Answer",
+     kJune,
+     kJune,
+     Documents::kFlagPrint,
+     nullptr,
+     kQuestion},
+    {0,
+     "Link",
+     {},
+     u"",
+     u"",
+     u"",
+     kNoDate,
+     kNoDate,
+     Documents::kFlagPrint,
+     "The drawings are on page 2."},
     // Page 2: shapes.
     {1,
      "Square",
@@ -175,12 +222,14 @@ constexpr std::array<SampleComment, 44> kComments{{
      kJune},
     {3,
      "Highlight",
-     {120, 600, 300, 614},
+     {},
      u"请检查这一段。\r谢谢！",
      u"李雷",
      u"校对",
      kMay,
-     kJune},
+     kJune,
+     Documents::kFlagPrint,
+     "a mark in Chinese"},
     {3,
      "Text",
      {72, 560, 92, 580},
@@ -211,12 +260,14 @@ constexpr std::array<SampleComment, 44> kComments{{
      kJune},
     {3,
      "Underline",
-     {120, 320, 300, 334},
+     {},
      u"Outside the basic plane: \U0001D11E \U0001F4DD \U00020BB7",
      u"Zoë O'Neill",
      u"",
      kMay,
-     kJune},
+     kJune,
+     Documents::kFlagPrint,
+     "a mark with rare characters"},
     // Page 5: lengths, markup in contents, dates.
     {4,
      "Text",
@@ -231,7 +282,7 @@ constexpr std::array<SampleComment, 44> kComments{{
      "Text",
      {72, 560, 92, 580},
      u"Markup: <u>underlined</u>, x<sup>2</sup>, H<sub>2</sub>O",
-     u"A. Reviewer",
+     u"Clara Winter",
      u"Markup",
      kMay,
      kJune},
@@ -239,16 +290,16 @@ constexpr std::array<SampleComment, 44> kComments{{
      "Text",
      {72, 520, 92, 540},
      u"Not markup: a < b, c > d & e",
-     u"A. Reviewer",
+     u"Clara Winter",
      u"Characters",
      kMay,
      kJune},
-    {4, "Text", {72, 480, 92, 500}, u"\r", u"A. Reviewer", u"Only a line break", kMay, kJune},
+    {4, "Text", {72, 480, 92, 500}, u"\r", u"Clara Winter", u"Only a line break", kMay, kJune},
     {4,
      "Text",
      {72, 440, 92, 460},
      u"Dates that do not exist: both rows are hidden",
-     u"A. Reviewer",
+     u"Clara Winter",
      u"Dates",
      kImpossible,
      kImpossible},
@@ -256,7 +307,7 @@ constexpr std::array<SampleComment, 44> kComments{{
      "Text",
      {72, 400, 92, 420},
      u"Averyveryverylongwordthathasnoplaceatwhichitcouldbebrokenandgoesonandonandon",
-     u"A. Reviewer",
+     u"Clara Winter",
      u"One word",
      kMay,
      kJune},
@@ -264,10 +315,20 @@ constexpr std::array<SampleComment, 44> kComments{{
      "Text",
      {72, 360, 92, 380},
      u"one\rtwo\nthree\r\nfour\r\rsix",
-     u"A. Reviewer",
+     u"Clara Winter",
      u"Line breaks of every kind",
      kMay,
      kJune},
+    {4,
+     "Highlight",
+     {},
+     u"",
+     u"Clara Winter",
+     u"Highlight without contents",
+     kMay,
+     kMay,
+     Documents::kFlagPrint,
+     "A highlight that has nothing to say"},
     // Page 6: protected, hidden and unlisted ones.
     {5,
      "Square",
@@ -308,31 +369,103 @@ constexpr std::array<SampleComment, 44> kComments{{
     {5, "Text", {120, 520, 140, 540}, u"The last comment", u"Office", u"", kMay, kJune},
 }};
 
-const std::array<std::vector<std::string>, kPageCount> kPageLines{{
-    {"Text markups", "Every line of this page carries one.",
-     "A sentence worth a highlight, for its opening.",
-     "A claim that an underline asks the source of, for once.",
-     "A phrase that is struck out for good.", "A wrod with a squiggle underneath.",
-     "A highlight that has nothing to say about this line.",
-     "Something is missing here, between two words."},
-    {"Shapes, stamps and attachments", "Rectangle, oval, line; connected lines, polygon, pencil;",
-     "stamp, redaction; text box, attachment, sound."},
+constexpr double kTextWidth = 430;
+constexpr double kTextSize = 11;
+constexpr double kHeadingSize = 14;
+constexpr double kLeading = 17;
+
+// A paragraph that begins with a # is a heading.
+const std::array<std::vector<std::string>, kPageCount> kPageTexts{{
+    {"Opening hours of the town library", "Report to the council, second draft",
+     "The library wants to be open when people have time to read. This report compares what "
+     "visitors told us with what the doors have counted, and proposes hours for the coming year.",
+     "#What visitors say",
+     "Two visitors in three come after work. Most of them would stay longer if the reading room "
+     "closed at nine instead of seven, and every fifth would come more often. Families ask for "
+     "Sunday mornings above all.",
+     "#What the doors have counted",
+     "On weekdays the busiest hour lies between five and six. Before ten in the morning fewer than "
+     "twenty people enter, on Mondays fewer than five. The first hour of the morning is the "
+     "quietest. Attendence falls during the holidays and recovers in September.",
+     "#Proposal",
+     "From January the library opens at eleven and closes at nine, from Tuesday to Saturday. On "
+     "Sundays the reading room is open from ten to two. The change needs no additional staff, and "
+     "the costs of heating and light stay within those of the past year.",
+     "The drawings are on page 2."},
+    {"Shapes, stamps and attachments",
+     "Rectangle, oval, line; connected lines, polygon, pencil; stamp, redaction; text box, "
+     "attachment, sound."},
     {"A page without comments", "The list leaves it out, and the page after it keeps its number."},
     {"Comments in many scripts"},
     {"Short and long comments, markup, dates"},
     {"Protected and hidden annotations"},
 }};
 
+struct Label {
+    std::uint32_t page;
+    double y;
+    const char* text;
+};
+
+// Lines beside notes.
+constexpr Label kLabels[] = {
+    {3, 646, "A note in Russian"},
+    {3, 606, "A note in German, and a mark in Chinese"},
+    {3, 566, "A note in Japanese"},
+    {3, 526, "A note in Korean"},
+    {3, 486, "A note in Arabic"},
+    {3, 446, "A note in Hebrew"},
+    {3, 406, "A note in Thai"},
+    {3, 366, "A note in Hindi"},
+    {3, 326, "A note in Greek, and a mark with rare characters"},
+    {4, 646, "A long comment"},
+    {4, 606, "A single character"},
+    {4, 566, "Markup"},
+    {4, 526, "Characters that markup uses"},
+    {4, 486, "Nothing but a line break"},
+    {4, 446, "Dates that do not exist"},
+    {4, 406, "One long word"},
+    {4, 366, "Line breaks"},
+    {4, 326, "A highlight that has nothing to say"},
+};
+
 std::vector<TextLine> LinesOf(std::uint32_t page)
 {
-    std::vector<TextLine> lines;
-    double y = 720;
-    for (const std::string& text : kPageLines[page]) {
-        lines.push_back({72, y, lines.empty() ? 20.0 : 12.0, text});
-        y -= lines.size() == 1 ? 30 : 28;
+    std::vector<TextLine> lines{{72, 720, 20, kPageTexts[page].front()}};
+    double y = 690;
+    for (const std::string& text : std::span{kPageTexts[page]}.subspan(1)) {
+        const bool isHeading = text.front() == '#';
+        y -= isHeading ? kLeading / 2 : 0;
+        const TextLine first{72, y, isHeading ? kHeadingSize : kTextSize, {}};
+        for (TextLine& line :
+             BreakLines(isHeading ? text.substr(1) : text, first, kTextWidth, kLeading)) {
+            y = line.y;
+            lines.push_back(std::move(line));
+        }
+        y -= isHeading ? 1.25 * kLeading : 1.5 * kLeading;
+    }
+    for (const Label& label : kLabels) {
+        if (label.page == page) {
+            lines.push_back({120, label.y, kTextSize, label.text});
+        }
     }
     lines.push_back({500, 40, 10, "Page " + std::to_string(page + 1)});
     return lines;
+}
+
+// Rectangle and quads of a comment that marks a phrase. An insertion stands below its end.
+void PlaceAtPhrase(const SampleComment& comment, AnnotationProperties& properties)
+{
+    const std::vector<Documents::Quad> quads = FindPhrase(LinesOf(comment.page), comment.phrase);
+    if (properties.subtype == "Caret") {
+        const auto& [x, y] = quads.back().bottomRight;
+        properties.rect = _PDRect{x - 5, y - 7, x + 5, y + 3};
+        return;
+    }
+    properties.rect = Documents::BoundsOf(quads);
+    if (Documents::IsTextMarkupSubtype(properties.subtype)) {
+        properties.quads = quads;
+    }
 }
 
 AnnotationProperties PropertiesOf(const SampleComment& comment)
@@ -346,6 +479,9 @@ AnnotationProperties PropertiesOf(const SampleComment& comment)
     properties.modified = comment.modified;
     properties.rect = comment.rect;
     properties.flags = comment.flags;
+    if (comment.phrase != nullptr) {
+        PlaceAtPhrase(comment, properties);
+    }
     return properties;
 }
 
@@ -411,10 +547,17 @@ void FillSampleDocument(QPDF& file)
         QPDFObjectHandle object = AppendPage(file, font, LinesOf(page));
         arrays.push_back(object.replaceKeyAndGetNew("/Annots", QPDFObjectHandle::newArray()));
     }
+    std::vector<QPDFObjectHandle> annotations;
     for (const SampleComment& comment : kComments) {
         QPDFObjectHandle annotation = MakeAnnotation(file, comment);
+        annotations.push_back(annotation);
+        if (comment.answered) {
+            annotation.replaceKey("/IRT", annotations.at(*comment.answered));
+        }
         arrays[comment.page].appendItem(annotation);
-        if (std::string_view{comment.subtype} == "Text" && !comment.contents.empty()) {
+        // An answer is shown with what it answers.
+        if (std::string_view{comment.subtype} == "Text" && !comment.contents.empty() &&
+            !comment.answered) {
             arrays[comment.page].appendItem(MakePopup(file, annotation, comment.rect));
         }
     }

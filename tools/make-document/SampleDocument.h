@@ -7,9 +7,9 @@ class QPDF;
 
 namespace MakeDocument {
 
-// Fills an empty file: text on every page, each subtype with a visible shape, comments in several
-// scripts, short and long ones, with and without titles, subjects and dates, and the annotations
-// that a list leaves out (links, pop-ups, a form field, hidden ones).
+// Fills an empty file: a page of text that several readers discuss, each subtype with a visible
+// shape, comments in several scripts, short and long ones, with and without titles, subjects and
+// dates, and the annotations that a list leaves out (links, pop-ups, a form field, hidden ones).
 void FillSampleDocument(QPDF& file);
 
 // The sample document as a file. Throws std::exception.

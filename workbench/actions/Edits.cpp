@@ -76,9 +76,9 @@ Documents::AnnotationRef CommentAt(const OpenDocument& document, const CommentPo
 CommentPosition AddComment(const OpenDocument& document, const NewComment& comment)
 {
     const auto changes =
-        Publish(document, document.content->AddAnnotation(comment.page, comment.subtype,
-                                                          UnicodeText::ToUtf16(comment.contents),
-                                                          comment.rect, comment.authorship));
+        Publish(document, document.content->AddAnnotation(
+                              comment.page, comment.subtype, UnicodeText::ToUtf16(comment.contents),
+                              comment.rect, comment.authorship, comment.quads));
     const auto& added = std::get<Documents::AnnotationChange>(changes.front());
     return {comment.page,
             PositionOnPage(*document.content, comment.page, added.annotation.Get()).value_or(0)};

@@ -32,6 +32,7 @@ struct NewComment {
     std::string contents;  // UTF-8
     std::optional<_PDRect> rect{};
     std::optional<Documents::Authorship> authorship{};
+    std::vector<Documents::Quad> quads{};  // instead of a rectangle, for marks of text
 };
 
 // Returns the new comment's position.

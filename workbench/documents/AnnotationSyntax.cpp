@@ -9,17 +9,13 @@
 #include <cstdio>
 #include <initializer_list>
 #include <iterator>
+#include <span>
 
 namespace Documents {
 
 namespace {
 
 constexpr double kBorderWidth = 1.5;
-
-struct Point {
-    double x;
-    double y;
-};
 
 // A rectangle with its corners in order, and points in it by shares of its sides.
 struct Frame {
@@ -54,6 +50,31 @@ struct Frame {
     double height;
 };
 
+// Points by shares of the sides of a frame or of a quad, whose sides may run in any direction.
+struct Plane {
+    explicit Plane(const Frame& frame)
+        : origin{frame.At(0, 0)}, right{frame.width, 0}, up{0, frame.height}
+    {
+    }
+
+    // Of a quad whose appearance has its own origin.
+    Plane(const Quad& quad, const Frame& place)
+        : origin{quad.bottomLeft.x - place.left, quad.bottomLeft.y - place.bottom},
+          right{quad.bottomRight.x - quad.bottomLeft.x, quad.bottomRight.y - quad.bottomLeft.y},
+          up{quad.topLeft.x - quad.bottomLeft.x, quad.topLeft.y - quad.bottomLeft.y}
+    {
+    }
+
+    Point At(double x, double y) const
+    {
+        return {origin.x + x * right.x + y * up.x, origin.y + x * right.y + y * up.y};
+    }
+
+    Point origin;
+    Point right;
+    Point up;
+};
+
 // Up to four digits behind the point; PDF knows neither exponents nor infinity.
 std::string Number(double value)
 {
@@ -71,7 +92,7 @@ std::string Number(double value)
     return text == "-0" ? "0" : text;
 }
 
-std::string Numbers(std::initializer_list<Point> points)
+std::string Numbers(std::span<const Point> points)
 {
     std::string text = "[";
     for (const Point& point : points) {
@@ -79,6 +100,11 @@ std::string Numbers(std::initializer_list<Point> points)
     }
     text.back() = ']';
     return text;
+}
+
+std::string Numbers(std::initializer_list<Point> points)
+{
+    return Numbers(std::span{points.begin(), points.size()});
 }
 
 std::string Name(std::string_view name)
@@ -110,10 +136,11 @@ std::string String(std::string_view bytes)
     return text + ')';
 }
 
-// Content-stream operators, with points given by shares of a frame.
+// Content-stream operators, with points given by shares of a frame or of a quad in it.
 class Drawing {
 public:
-    explicit Drawing(const Frame& frame) : frame_{frame} {}
+    explicit Drawing(const Frame& frame) : Drawing{frame, Plane{frame}} {}
+    Drawing(const Frame& frame, const Plane& plane) : frame_{frame}, plane_{plane} {}
 
     const Frame& Within() const { return frame_; }
 
@@ -142,13 +169,14 @@ private:
     Drawing& Operate(std::initializer_list<Point> points, std::string_view name)
     {
         for (const Point& point : points) {
-            const Point place = frame_.At(point.x, point.y);
+            const Point place = plane_.At(point.x, point.y);
             operators_ += Number(place.x) + ' ' + Number(place.y) + ' ';
         }
         return Raw(name);
     }
 
     const Frame frame_;
+    const Plane plane_;
     std::string operators_;
 };
 
@@ -192,10 +220,20 @@ void DrawNote(Drawing& drawing)
 }
 
 // Entries that the standard demands of a subtype beyond the common ones (ISO 32000-1, 12.5.6).
-std::string QuadPoints(const Frame& frame)
+std::string QuadPoints(const std::vector<Quad>& quads)
 {
-    return "/QuadPoints " +
-           Numbers({frame.At(0, 1), frame.At(1, 1), frame.At(0, 0), frame.At(1, 0)});
+    std::vector<Point> corners;
+    for (const Quad& quad : quads) {
+        // The order of viewers; the standard's own is read by none.
+        corners.insert(corners.end(),
+                       {quad.topLeft, quad.topRight, quad.bottomLeft, quad.bottomRight});
+    }
+    return "/QuadPoints " + Numbers(corners);
+}
+
+std::string OneQuad(const Frame& frame)
+{
+    return QuadPoints({{frame.At(0, 1), frame.At(1, 1), frame.At(0, 0), frame.At(1, 0)}});
 }
 
 std::string Border(const Frame& /*frame*/)
@@ -220,6 +258,18 @@ struct Subtype {
     void (*draw)(Drawing& drawing) = nullptr;
     double margin = 0;  // for lines that would reach beyond the rectangle
 };
+
+// A word in bold capitals in the middle; its width is that at a size of 1.
+void DrawWord(Drawing& drawing, std::string_view word, double width)
+{
+    constexpr double kHeightOfCapitals = 0.72;
+    const Frame& frame = drawing.Within();
+    const double size = std::min(0.6 * frame.height, 0.8 * frame.width / width);
+    const Point start = frame.At(0.5, 0.5);
+    drawing.Raw("BT /Bold " + Number(size) + " Tf " + Number(start.x - width * size / 2) + ' ' +
+                Number(start.y - kHeightOfCapitals * size / 2) + " Td (" + std::string{word} +
+                ") Tj ET");
+}
 
 void DrawAttachment(Drawing& drawing)
 {
@@ -286,15 +336,15 @@ constexpr Subtype kSubtypes[] = {
      .margin = kBorderWidth / 2},
     {.name = "Highlight",
      .colour = "1 0.9 0.2",
-     .entries = QuadPoints,
+     .entries = OneQuad,
      .draw = [](Drawing& d) { d.Raw("/Multiply gs").Box(0, 0, 1, 1).Raw("f"); }},
     {.name = "Underline",
      .colour = "0.1 0.6 0.2",
-     .entries = QuadPoints,
+     .entries = OneQuad,
      .draw = [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.08).LineTo(1, 0.08).Raw("S"); }},
     {.name = "Squiggly",
      .colour = "0.8 0.4 0",
-     .entries = QuadPoints,
+     .entries = OneQuad,
      .draw =
          [](Drawing& d) {
              d.Raw("0.8 w");
@@ -303,7 +353,7 @@ constexpr Subtype kSubtypes[] = {
          }},
     {.name = "StrikeOut",
      .colour = "0.8 0.1 0.1",
-     .entries = QuadPoints,
+     .entries = OneQuad,
      .draw = [](Drawing& d) { d.Raw("1 w").MoveTo(0, 0.5).LineTo(1, 0.5).Raw("S"); }},
     {.name = "Stamp",
      .colour = "0.8 0.1 0.1",
@@ -311,7 +361,7 @@ constexpr Subtype kSubtypes[] = {
      .draw =
          [](Drawing& d) {
              d.Raw("3 w").Box(0.03, 0.06, 0.94, 0.88).Raw("S");
-             d.MoveTo(0.12, 0.5).LineTo(0.88, 0.5).Raw("S");
+             DrawWord(d, "DRAFT", 3.388);
          }},
     {.name = "Caret",
      .colour = "0.1 0.3 0.8",
@@ -332,7 +382,8 @@ constexpr Subtype kSubtypes[] = {
      .draw =
          [](Drawing& d) {
              d.Raw("2 w 1 J").MoveTo(0, 0.5).CurveTo({0.3, 0.9}, {0.6, 0.1}, {1, 0.5}).Raw("S");
-         }},
+         },
+     .margin = 1},
     {.name = "Popup", .listed = false},
     {.name = "FileAttachment", .colour = "0.9 0.9 0.6", .draw = DrawAttachment},
     {.name = "Sound", .colour = "0.9 0.9 0.6", .draw = DrawAttachment},
@@ -367,6 +418,25 @@ std::vector<std::string_view> KnownSubtypes()
 bool IsMarkupSubtype(std::string_view name) noexcept
 {
     return SubtypeNamed(name).listed;
+}
+
+bool IsTextMarkupSubtype(std::string_view name) noexcept
+{
+    return SubtypeNamed(name).entries == &OneQuad;
+}
+
+_PDRect BoundsOf(const std::vector<Quad>& quads)
+{
+    const Point& first = quads.front().topLeft;
+    _PDRect bounds{first.x, first.y, first.x, first.y};
+    for (const Quad& quad : quads) {
+        for (const Point& corner :
+             {quad.topLeft, quad.topRight, quad.bottomLeft, quad.bottomRight}) {
+            bounds = {std::min(bounds.left, corner.x), std::min(bounds.bottom, corner.y),
+                      std::max(bounds.right, corner.x), std::max(bounds.top, corner.y)};
+        }
+    }
+    return bounds;
 }
 
 std::string EncodeDate(const _PDDateRec& date)
@@ -404,6 +474,7 @@ std::string AnnotationEntries(const AnnotationProperties& properties)
         add(date.year != 0, key, [&] { return String(EncodeDate(date)); });
     };
     add(!properties.subtype.empty(), "/Subtype", [&] { return Name(properties.subtype); });
+    add(!properties.name.empty(), "/NM", [&] { return String(properties.name); });
     addText("/Contents", properties.contents);
     addText("/T", properties.title);
     addText("/Subj", properties.subject);
@@ -414,7 +485,8 @@ std::string AnnotationEntries(const AnnotationProperties& properties)
         const Subtype& subtype = SubtypeNamed(properties.subtype);
         entries.append(" /Rect ").append(RectangleSyntax(*properties.rect));
         entries.append(" /C [").append(subtype.colour).append("] ");
-        entries += subtype.entries(Frame{*properties.rect});
+        entries += properties.quads.empty() ? subtype.entries(Frame{*properties.rect})
+                                            : QuadPoints(properties.quads);
     }
     return entries;
 }
@@ -435,9 +507,17 @@ Appearance DrawAppearance(const AnnotationProperties& properties)
     Drawing drawing{Frame{box}.Inside(subtype.margin)};
     const std::string colour{subtype.colour};
     drawing.Raw(colour + " RG " + colour + " rg " + Number(kBorderWidth) + " w");
-    subtype.draw(drawing);
+    if (properties.quads.empty()) {
+        subtype.draw(drawing);
+    }
+    for (const Quad& quad : properties.quads) {
+        Drawing part{drawing.Within(), Plane{quad, place}};
+        subtype.draw(part);
+        drawing.Raw(part.Operators());
+    }
     return {"/Type /XObject /Subtype /Form /BBox " + RectangleSyntax(box) +
-                " /Resources << /ExtGState << /Multiply << /Type /ExtGState /BM /Multiply >> >> >>",
+                " /Resources << /ExtGState << /Multiply << /Type /ExtGState /BM /Multiply >> >>"
+                " /Font << /Bold << /Type /Font /Subtype /Type1 /BaseFont /Helvetica-Bold >> >> >>",
             drawing.Operators()};
 }
 

@@ -16,6 +16,12 @@ std::vector<std::string_view> KnownSubtypes();
 // Whether the subtype is one of those that a page lists.
 bool IsMarkupSubtype(std::string_view name) noexcept;
 
+// Whether the subtype marks text, so that it may have quads.
+bool IsTextMarkupSubtype(std::string_view name) noexcept;
+
+// The smallest rectangle around quads, of which there is at least one.
+_PDRect BoundsOf(const std::vector<Quad>& quads);
+
 // "D:20240501100000+02'00'"; a zone of 0 hours is written as Z.
 std::string EncodeDate(const _PDDateRec& date);
 

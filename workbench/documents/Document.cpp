@@ -3,6 +3,7 @@
 #include "documents/AnnotationSyntax.h"
 #include "documents/FaultPlan.h"
 #include "documents/Records.h"
+#include "documents/UniqueName.h"
 
 #include <algorithm>
 #include <new>
@@ -282,7 +283,8 @@ Document::Step Document::PageStep(EditKind kind, std::uint32_t index, Page page,
 
 EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
                                    std::u16string contents, std::optional<_PDRect> rect,
-                                   const std::optional<Authorship>& authorship)
+                                   const std::optional<Authorship>& authorship,
+                                   std::vector<Quad> quads)
 {
     return RunEdit([&]() -> std::vector<Change> {
         CheckPage(page);
@@ -290,10 +292,16 @@ EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
             throw EditRefused(EditFailure::kOther,
                               "an annotation without a subtype cannot be added");
         }
+        if (!quads.empty() && !IsTextMarkupSubtype(subtype)) {
+            throw EditRefused(EditFailure::kOther,
+                              "an annotation of the subtype " + std::string{subtype} +
+                                  " does not mark text, so it cannot have quads");
+        }
         const auto count =
             static_cast<std::uint32_t>(PageUnderEditLock(page).Get()->annotations.size());
         AnnotationProperties properties;
         properties.subtype = subtype;
+        properties.name = MakeUniqueName();
         properties.contents = std::move(contents);
         properties.flags = kFlagPrint;
         if (authorship) {
@@ -301,7 +309,12 @@ EditResult Document::AddAnnotation(std::uint32_t page, std::string_view subtype,
             properties.created = authorship->time;
             properties.modified = authorship->time;
         }
-        properties.rect = rect ? *rect : PlaceOfItsOwn(PageBoxUnderEditLock(page), count);
+        if (!quads.empty()) {
+            properties.rect = BoundsOf(quads);
+            properties.quads = std::move(quads);
+        } else {
+            properties.rect = rect ? *rect : PlaceOfItsOwn(PageBoxUnderEditLock(page), count);
+        }
         properties.hasAppearance = IsDrawn(properties);
         const AnnotationRef added = MakeAnnotationRecord(properties, listAll_);
         return history_.Do(EntriesStep(EditKind::kAdd, page, {{count, added}}, {added},

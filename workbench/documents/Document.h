@@ -117,13 +117,15 @@ public:
 
     // --- Edits. Serialised; each one is visible to other threads as a whole. ---
 
-    // Appends an annotation without a subject, in a rectangle given or, without one, in a place of
-    // its own inside the page. It gets the author as its title and the time as both dates; without
-    // an authorship it has neither title nor dates. Fails for a page beyond the count and for an
-    // empty subtype.
+    // Appends an annotation without a subject and with a name of its own (a random UUID), in a
+    // rectangle given or, without one, in a place of its own inside the page. It gets the author as
+    // its title and the time as both dates; without an authorship it has neither title nor dates.
+    // Quads are the text that a text markup covers; its rectangle is then their bounding box. Fails
+    // for a page beyond the count, for an empty subtype, and for quads of another subtype.
     EditResult AddAnnotation(std::uint32_t page, std::string_view subtype, std::u16string contents,
                              std::optional<_PDRect> rect = std::nullopt,
-                             const std::optional<Authorship>& authorship = std::nullopt);
+                             const std::optional<Authorship>& authorship = std::nullopt,
+                             std::vector<Quad> quads = {});
 
     // Replaces the contents, and the date of modification where a time is given; one change for
     // every page known to show the annotation. The same contents change nothing. Fails where there

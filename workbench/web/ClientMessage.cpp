@@ -1,7 +1,6 @@
 #include "web/ClientMessage.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -158,28 +157,40 @@ std::optional<std::uint64_t> ClientMessage::OptionalNumber(const char* name) con
     return value->get<std::uint64_t>();
 }
 
-std::optional<_PDRect> ClientMessage::OptionalRect(const char* name) const
+std::optional<std::vector<double>> ClientMessage::OptionalCoordinates(const char* name) const
 {
     constexpr double kMost = 1e6;
     const nlohmann::json* const value = Find(name);
     if (value == nullptr) {
         return std::nullopt;
     }
-    std::array<double, 4> sides{};
-    if (!value->is_array() || value->size() != sides.size()) {
-        Fail(name, "four numbers");
+    if (!value->is_array()) {
+        Fail(name, "an array of numbers");
     }
-    for (std::size_t i = 0; i < sides.size(); ++i) {
-        const nlohmann::json& side = (*value)[i];
-        sides[i] = side.is_number() ? side.get<double>() : kMost;
-        if (!(std::fabs(sides[i]) < kMost)) {
-            Fail(name, "four numbers");
+    std::vector<double> numbers;
+    for (const nlohmann::json& item : *value) {
+        numbers.push_back(item.is_number() ? item.get<double>() : kMost);
+        if (!(std::fabs(numbers.back()) < kMost)) {
+            Fail(name, "an array of numbers");
         }
     }
-    if (sides[0] > sides[2] || sides[1] > sides[3]) {
+    return numbers;
+}
+
+std::optional<_PDRect> ClientMessage::OptionalRect(const char* name) const
+{
+    const auto sides = OptionalCoordinates(name);
+    if (!sides) {
+        return std::nullopt;
+    }
+    if (sides->size() != 4) {
+        Fail(name, "four numbers");
+    }
+    const std::vector<double>& s = *sides;
+    if (s[0] > s[2] || s[1] > s[3]) {
         Fail(name, "left, bottom, right, top");
     }
-    return _PDRect{sides[0], sides[1], sides[2], sides[3]};
+    return _PDRect{s[0], s[1], s[2], s[3]};
 }
 
 }  // namespace Workbench

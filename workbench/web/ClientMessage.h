@@ -11,6 +11,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace Workbench {
 
@@ -36,6 +37,7 @@ public:
     std::optional<std::string> OptionalText(const char* name) const;
     std::optional<std::uint64_t> OptionalNumber(const char* name) const;
     std::optional<_PDRect> OptionalRect(const char* name) const;  // [l,b,r,t], in order
+    std::optional<std::vector<double>> OptionalCoordinates(const char* name) const;
 
 private:
     const nlohmann::json* Find(const char* name) const;

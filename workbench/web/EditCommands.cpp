@@ -1,5 +1,6 @@
 // The commands that edit a document.
 #include "actions/Edits.h"
+#include "service-common/UnicodeText.h"
 #include "web/Author.h"
 #include "web/BrowserSession.h"
 #include "web/ClientMessage.h"
@@ -25,6 +26,29 @@ CommentPosition PositionIn(const ClientMessage& message)
     return {message.SmallNumber("page"), message.SmallNumber("index")};
 }
 
+// The corners of each quad in the order of /QuadPoints.
+std::vector<Documents::Quad> QuadsIn(const ClientMessage& message)
+{
+    constexpr std::size_t kNumbers = 8;
+    const std::vector<double> numbers =
+        message.OptionalCoordinates("quads").value_or(std::vector<double>{});
+    if (numbers.size() % kNumbers != 0) {
+        throw MessageError("\"quads\" must have eight numbers for each quad");
+    }
+    std::vector<Documents::Quad> quads;
+    for (std::size_t at = 0; at < numbers.size(); at += kNumbers) {
+        const double* const n = numbers.data() + at;
+        quads.push_back({{n[0], n[1]}, {n[2], n[3]}, {n[4], n[5]}, {n[6], n[7]}});
+    }
+    return quads;
+}
+
+std::u16string AuthorIn(const CommandCall& call)
+{
+    const std::optional<std::string> author = call.Message().OptionalText("author");
+    return author ? UnicodeText::ToUtf16(*author) : call.session.Author();
+}
+
 CommandReply Add(const CommandCall& call)
 {
     const ClientMessage& message = call.Message();
@@ -33,7 +57,7 @@ CommandReply Add(const CommandCall& call)
     const CommentPosition added = AddComment(
         document, {message.SmallNumber("page"), message.Text("subtype"),
                    message.OptionalText("contents").value_or(""), message.OptionalRect("rect"),
-                   Documents::Authorship{call.session.Author(), Now()}});
+                   Documents::Authorship{AuthorIn(call), Now()}, QuadsIn(message)});
     return Json{{"index", added.index}};
 }
 

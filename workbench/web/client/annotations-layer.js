@@ -105,8 +105,7 @@ export class AnnotationsLayer {
     /// Outlines an annotation, or none for null, optionally with a pulse. Returns whether it has a
     /// button.
     mark(index, pulse) {
-        const button =
-            this.#places.find(({annotation}) => annotation.index === index)?.button ?? null;
+        const button = this.#buttonOf(index);
         if (button !== this.#marked) {
             this.#setMark(this.#marked, false);
             this.#setMark(button, true);
@@ -121,6 +120,15 @@ export class AnnotationsLayer {
             button.classList.add('pulse');
         }
         return button !== null;
+    }
+
+    /// The box of an annotation's button in window coordinates; null when it has none.
+    boxOf(index) {
+        return this.#buttonOf(index)?.getBoundingClientRect() ?? null;
+    }
+
+    #buttonOf(index) {
+        return this.#places.find(({annotation}) => annotation.index === index)?.button ?? null;
     }
 
     #setMark(button, isMarked) {

@@ -12,16 +12,12 @@ let countOfDialogs = 0;
 const openDialogs = [];
 
 function makeField({name, label, type, value, hint}) {
-    const field = document.createElement(type === 'lines' ? 'textarea' : 'input');
-    if (type === 'lines') {
-        field.rows = 5;
-    } else {
-        field.type = type ?? 'text';
-    }
+    const field = document.createElement('input');
+    field.type = type ?? 'text';
     field.name = name;
     field.value = value ?? '';
     field.dir = 'auto';
-    field.spellcheck = type === 'lines';
+    field.spellcheck = false;
     field.autocomplete = 'off';
     field.placeholder = hint ?? '';
     const caption = document.createElement('label');
@@ -59,7 +55,7 @@ function makeButton({key, value, isMain}, choose) {
 /// Opens a dialog and resolves to `{choice, values}`: the button's value and the fields' values by
 /// name; to null for Escape and a button without a value. The keyboard focus is restored.
 ///
-/// `fields`: `{name, label, type, value, hint}` with the type "lines" for long text.
+/// `fields`: `{name, label, type, value, hint}` with the type of an input field.
 /// `buttons`: `{key, value, isMain}`; Enter presses the main one.
 /// `attempt({choice, values})`, optional, resolves to an error text, or null on success: the dialog
 /// stays open and shows the text until an attempt succeeds.
@@ -202,10 +198,7 @@ class Dialog {
 
     #key(event) {
         event.stopPropagation(); // shortcuts of the web page do not apply here
-        const isSent =
-            event.target.matches('input') ||
-            (event.target.matches('textarea') && (event.ctrlKey || event.metaKey));
-        if (event.key === 'Enter' && isSent) {
+        if (event.key === 'Enter' && event.target.matches('input')) {
             event.preventDefault();
             this.#choose(this.#main);
         }

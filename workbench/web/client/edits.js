@@ -1,8 +1,11 @@
 // The user's actions on documents: commands to the server, their dialogs, and messages about the
 // outcome.
 
+import {placeOfCurrent} from './comment-places.js';
 import {askAnnotations} from './connection.js';
+import {editContents} from './contents-editor.js';
 import {ask, kCancel} from './dialogs.js';
+import {recall, remember} from './memory.js';
 import {hasText, subtypeName, text} from './texts.js';
 
 /// The message of a refusal: a localised text for a known reason, else the server's text.
@@ -37,7 +40,7 @@ const kNothingAmiss = new Set(['no-comment', 'other-comment', 'listing', 'folded
 export class Edits {
     #connection;
     #notices;
-    #asksContents = false;
+    #isFetchingCurrent = false;
 
     constructor(connection, notices) {
         this.#connection = connection;
@@ -92,39 +95,65 @@ export class Edits {
         return this.run('remove', {document: id, item}, 'done.remove');
     }
 
-    async add(description, page, subtype, rect) {
+    /// Adds a comment `{page, subtype, rect or quads}` with contents that the user writes at `place`.
+    async add(description, comment, place) {
         if (this.#saysWhyNot(description)) {
             return;
         }
-        const fields = {document: description.id, page, subtype, rect};
-        await this.#askContents(text('contents.new', subtypeName(subtype)), '', (contents) =>
-            this.#attempt('add', {...fields, contents}, 'done.add'),
-        );
+        const author = recall('author', '');
+        const fields = {document: description.id, ...comment, ...(author && {author})};
+        await editContents({
+            title: text('contents.new', subtypeName(comment.subtype)),
+            value: '',
+            isNew: true,
+            place,
+            attempt: (contents) => this.#attempt('add', {...fields, contents}, 'done.add'),
+        });
     }
 
-    async editCurrent(description, item) {
+    /// Asks for the name that new comments of this browser bear.
+    async askAuthor() {
+        await ask({
+            title: text('author.title'),
+            message: text('author.message'),
+            fields: [{name: 'author', label: text('author.label'), value: recall('author', '')}],
+            buttons: [kCancel, {key: 'dialog.accept', value: 'accept', isMain: true}],
+            attempt: ({values}) => {
+                remember('author', values.author.trim());
+                return null;
+            },
+        });
+    }
+
+    /// `view`: the pages of the document. However often the key is pressed, one editor opens.
+    async editCurrent(description, item, view) {
+        if (this.#isFetchingCurrent) {
+            return;
+        }
+        const beganOnPages = Boolean(view?.element.contains(document.activeElement));
+        this.#isFetchingCurrent = true;
         const comment = await this.run('current', {document: description.id, item});
+        this.#isFetchingCurrent = false;
         if (comment.error === null) {
-            await this.editContents(description, comment);
+            const place = placeOfCurrent(comment, view, beganOnPages);
+            await this.editContents(description, comment, place);
         }
     }
 
-    async editContents(description, comment) {
+    async editContents(description, comment, place) {
         const {annotation} = comment;
         if (this.#saysWhyNot(description, annotation)) {
             return;
         }
-        await this.#askContents(
-            text('contents.edit', subtypeName(annotation.subtype)),
-            annotation.contents,
-            (contents) =>
-                contents === annotation.contents
-                    ? null
-                    : this.#changeContents(description.id, comment, contents),
-        );
+        await editContents({
+            title: text('contents.edit', subtypeName(annotation.subtype)),
+            value: annotation.contents,
+            place,
+            attempt: (contents) => this.#changeContents(description.id, comment, contents),
+        });
     }
 
-    // Changes made while the dialog was open are accepted as long as the comment is the same.
+    // Changes made while the editor was open are accepted as long as the comment is the same.
     async #changeContents(id, {page, annotation, revision}, contents) {
         const {index} = annotation;
         for (let known = revision; ;) {
@@ -144,7 +173,7 @@ export class Edits {
         }
     }
 
-    // Opens no dialog for an edit that would be refused; the status line gives the reason.
+    // Opens no editor for an edit that would be refused; the status line gives the reason.
     #saysWhyNot({readOnly, deletionPermitted}, annotation = null) {
         const reason =
             (readOnly && 'read-only') ||
@@ -154,21 +183,6 @@ export class Edits {
             this.#notices.say(text(`reason.${reason}`));
         }
         return Boolean(reason);
-    }
-
-    // Opens at most one dialog, however often the key is pressed.
-    async #askContents(title, value, attempt) {
-        if (this.#asksContents) {
-            return;
-        }
-        this.#asksContents = true;
-        await ask({
-            title,
-            fields: [{name: 'contents', label: text('contents.label'), type: 'lines', value}],
-            buttons: [kCancel, {key: 'dialog.accept', value: 'accept', isMain: true}],
-            attempt: ({values}) => attempt(values.contents),
-        });
-        this.#asksContents = false;
     }
 
     // --- Pages ---

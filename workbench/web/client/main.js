@@ -97,7 +97,9 @@ class Page {
     }
 
     editCurrent() {
-        return this.#withActive((active) => this.edits.editCurrent(active, this.#currentId));
+        return this.#withActive((active) =>
+            this.edits.editCurrent(active, this.#currentId, this.view),
+        );
     }
 
     removeCurrent() {

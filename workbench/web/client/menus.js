@@ -64,7 +64,8 @@ class Menu {
         const list = document.createElement('div');
         list.className = 'menu';
         list.setAttribute('role', 'menu');
-        list.setAttribute('aria-label', this.#button.textContent.trim());
+        const {ariaLabel, textContent} = this.#button;
+        list.setAttribute('aria-label', ariaLabel ?? textContent.trim());
         list.append(
             ...this.#entries().map((entry) =>
                 entry ? makeItem(entry, () => this.close()) : makeSeparator(),
@@ -80,7 +81,14 @@ class Menu {
         this.#button.after(list);
         this.#place();
         this.#button.setAttribute('aria-expanded', 'true');
-        list.querySelector('button').focus();
+        this.#first(list).focus();
+    }
+
+    // A list of choices begins at the present one.
+    #first(list) {
+        const items = [...list.querySelectorAll('button')];
+        const isChoice = items.every((item) => item.getAttribute('role') === 'menuitemradio');
+        return (isChoice && items.find((item) => item.ariaChecked === 'true')) || items[0];
     }
 
     close(returnFocus = true) {
@@ -118,14 +126,28 @@ class Menu {
             End: items[items.length - 1],
         };
         event.stopPropagation();
-        if (targets[event.key]) {
-            targets[event.key].focus();
+        const target = targets[event.key] ?? this.#itemFor(event, items, at);
+        if (target) {
+            target.focus();
         } else if (event.key === 'Escape' || event.key === 'Tab') {
             this.close();
         } else {
             return;
         }
         event.preventDefault();
+    }
+
+    // The next item that begins with a typed letter.
+    #itemFor({key, ctrlKey, altKey, metaKey}, items, at) {
+        if (key.length > 1 || key === ' ' || ctrlKey || altKey || metaKey) {
+            return undefined;
+        }
+        const begins = (item) =>
+            item
+                .querySelector('.words')
+                .textContent.toLocaleLowerCase()
+                .startsWith(key.toLocaleLowerCase());
+        return [...items.slice(at + 1), ...items.slice(0, at + 1)].find(begins);
     }
 }
 

@@ -16,6 +16,7 @@ export class NavigationBar {
     #goTo;
     #page = 0;
     #count = 0;
+    #document = '';
     #field = document.createElement('input');
     #total = document.createElement('span');
     #percent = document.createElement('output');
@@ -40,7 +41,6 @@ export class NavigationBar {
         const larger = makeButton('plus', () => zoom.step(true));
         this.#fit = makeButton('fitWidth', () => zoom.fitWidth());
         this.#named = [
-            [this.element, 'navigation.label'],
             [this.#field, 'navigation.page'],
             [previous, 'navigation.previous'],
             [next, 'navigation.next'],
@@ -56,6 +56,16 @@ export class NavigationBar {
         place.append(this.#field, this.#total);
         this.element.append(previous, place, next, gap, smaller, this.#percent, larger, this.#fit);
         this.translate();
+    }
+
+    /// Names the bar after its document; two of them can be visible.
+    setDocument(name) {
+        this.#document = name;
+        this.#nameBar();
+    }
+
+    #nameBar() {
+        this.element.setAttribute('aria-label', text('navigation.label', this.#document));
     }
 
     setPage(page) {
@@ -82,10 +92,9 @@ export class NavigationBar {
     translate() {
         for (const [element, key] of this.#named) {
             element.setAttribute('aria-label', text(key));
-            if (element !== this.element) {
-                element.title = text(key);
-            }
+            element.title = text(key);
         }
+        this.#nameBar();
     }
 
     #enter() {

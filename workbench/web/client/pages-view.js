@@ -1,6 +1,7 @@
 // View of one document: its pages in a column. Every page has a placeholder; pages near the visible
 // area have an image and their annotations. Each view has its own scroll position and zoom.
 
+import {placeOnPage} from './comment-places.js';
 import {NavigationBar} from './navigation-bar.js';
 import {PdfReader} from './pdf-file.js';
 import {PageAnnotations} from './page-annotations.js';
@@ -92,6 +93,11 @@ export class PagesView {
         return this.#pages[index] ?? null;
     }
 
+    /// The box of an annotation in window coordinates; null when it is not shown.
+    boxOf(page, annotation) {
+        return this.#pages[page]?.layer.boxOf(annotation) ?? null;
+    }
+
     /// Updates to the document's description, the first time and after each change.
     update(description) {
         this.#description = description;
@@ -158,6 +164,7 @@ export class PagesView {
         const name = this.#description?.name ?? '';
         this.scroller.setAttribute('aria-label', text('pages.label', name));
         this.#progress.setAttribute('aria-label', text('pages.loading', name));
+        this.#bar.setDocument(name);
     }
 
     // --- Contents ---
@@ -262,7 +269,12 @@ export class PagesView {
         return {
             focus: withDocument('focus'),
             remove: withDocument('remove'),
-            edit: withDocument('editContents'),
+            edit: (page, annotation, revision) =>
+                edits.editContents(
+                    this.#description,
+                    {page, annotation, revision},
+                    placeOnPage(() => this.boxOf(page, annotation.index)),
+                ),
             refuse: () => say(text('reason.changed')),
             giveFocusBack: () => this.scroller.focus({preventScroll: true}),
         };

@@ -13,10 +13,13 @@ async function loadReader() {
     return {
         pdfjs,
         options: {
-            worker: new pdfjs.PDFWorker(),
+            worker: new pdfjs.PDFWorker({verbosity: 0}),
             cMapUrl: new URL('cmaps/', folder).href,
             cMapPacked: true,
             standardFontDataUrl: new URL('standard_fonts/', folder).href,
+            // By default the library prefers fonts of the system, whose shapes differ, and never
+            // asks for its own.
+            useSystemFonts: false,
             wasmUrl: new URL('wasm/', folder).href,
             iccUrl: new URL('iccs/', folder).href,
             isEvalSupported: false,

@@ -1,8 +1,27 @@
-// Tabs of the open documents. A tab list holds nothing but tabs, so the list is an element of its own
+// Tabs of the open documents, and a menu of them all while there is not room for every tab. A tab list holds nothing but tabs, so the list is an element of its own
 // that owns the tabs, and the close buttons stand beside them.
 
 import {icon} from './icons.js';
+import {attachMenu} from './menus.js';
 import {text} from './texts.js';
+
+// Titles by document: of documents with one name, folders or numbers tell which is which.
+function titlesOf(documents) {
+    const titles = new Map();
+    const isTaken = (title) => [...titles.values()].includes(title);
+    for (const {id, name, path} of documents) {
+        const isShared = documents.filter((one) => one.name === name).length > 1;
+        const folders = isShared && path ? path.split('/').slice(0, -1) : [];
+        const title = folders.length > 0 ? `${name} – ${folders.at(-1)}` : name;
+        const wanted = isTaken(title) && path ? path : title;
+        let free = wanted;
+        for (let number = 2; isTaken(free); ++number) {
+            free = `${wanted} (${number})`;
+        }
+        titles.set(id, free);
+    }
+    return titles;
+}
 
 export class Tabs {
     #area;
@@ -10,6 +29,8 @@ export class Tabs {
     #actions;
     #tabs = new Map();
     #active = null;
+    #looks = '';
+    #all = document.createElement('button');
 
     /// `actions`: `activate(description)` and `close(description)`.
     constructor(area, actions) {
@@ -18,6 +39,7 @@ export class Tabs {
         this.#list.setAttribute('role', 'tablist');
         area.append(this.#list);
         area.addEventListener('keydown', (event) => this.#key(event));
+        this.#addMenu();
     }
 
     update(documents, active) {
@@ -28,8 +50,9 @@ export class Tabs {
                 this.#tabs.delete(id);
             }
         }
+        const titles = titlesOf(documents);
         for (const description of documents) {
-            this.#updateTab(description, description.id === active);
+            this.#updateTab(description, titles.get(description.id), description.id === active);
         }
         this.#list.hidden = documents.length === 0;
         this.#list.setAttribute(
@@ -40,9 +63,40 @@ export class Tabs {
             this.#active = active;
             this.#tabs.get(active)?.element.scrollIntoView({block: 'nearest', inline: 'nearest'});
         }
+        const looks = [text('tabs.all'), ...titles.values()].join('\n');
+        if (looks !== this.#looks) {
+            this.#looks = looks;
+            this.#all.setAttribute('aria-label', text('tabs.all'));
+            this.#all.title = text('tabs.all');
+            this.#showMenu();
+        }
     }
 
-    #updateTab(description, isActive) {
+    #addMenu() {
+        this.#all.type = 'button';
+        this.#all.className = 'tool';
+        this.#all.id = 'all-tabs';
+        this.#all.hidden = true;
+        this.#all.append(icon('down'));
+        this.#area.after(this.#all);
+        attachMenu(this.#all, () =>
+            [...this.#tabs.values()].map(({description, words}) => ({
+                title: words.textContent,
+                role: 'menuitemradio',
+                isChecked: description.id === this.#active,
+                act: () => this.#actions.activate(description),
+            })),
+        );
+        new ResizeObserver(() => this.#showMenu()).observe(this.#area);
+    }
+
+    // Without the button the tabs have its room, too.
+    #showMenu() {
+        const room = this.#area.clientWidth + (this.#all.hidden ? 0 : this.#all.offsetWidth);
+        this.#all.hidden = this.#area.scrollWidth <= room;
+    }
+
+    #updateTab(description, title, isActive) {
         const {id, name, modified, path} = description;
         let tab = this.#tabs.get(id);
         if (!tab) {
@@ -52,24 +106,26 @@ export class Tabs {
         }
         tab.description = description;
         const isBusy = description.busy !== null;
-        const looks = [name, path, modified, isActive, isBusy, text('tabs.close', name)].join('\n');
+        const looks = [title, path, modified, isActive, isBusy, text('tabs.close', title)].join(
+            '\n',
+        );
         if (tab.looks === looks) {
             return; // the change does not affect the tabs
         }
         tab.looks = looks;
-        tab.words.textContent = name;
+        tab.words.textContent = title;
         tab.button.title = path ?? name;
         tab.button.setAttribute('aria-selected', String(isActive));
         tab.button.setAttribute(
             'aria-label',
-            [name, modified && text('tabs.modified')].filter(Boolean).join(', '),
+            [title, modified && text('tabs.modified')].filter(Boolean).join(', '),
         );
         tab.button.tabIndex = isActive ? 0 : -1;
         tab.element.classList.toggle('active', isActive);
         tab.element.classList.toggle('modified', modified);
         tab.element.classList.toggle('busy', isBusy);
-        tab.close.setAttribute('aria-label', text('tabs.close', name));
-        tab.close.title = text('tabs.close', name);
+        tab.close.setAttribute('aria-label', text('tabs.close', title));
+        tab.close.title = text('tabs.close', title);
     }
 
     #makeTab(id) {

@@ -4,7 +4,7 @@ import {icon} from './icons.js';
 import {attachMenu} from './menus.js';
 import {kLanguages, text} from './texts.js';
 import {kThemes} from './theme.js';
-import {kTools} from './tools.js';
+import {kTools, toolName} from './tools.js';
 
 const kLine = null;
 
@@ -68,8 +68,8 @@ export class Toolbar {
         for (const name of ['save', 'edit', 'remove']) {
             this.#name(name, text(`toolbar.${name}`));
         }
-        for (const {name, key} of kTools) {
-            this.#name(name, text(key));
+        for (const tool of kTools) {
+            this.#name(tool.name, toolName(tool));
         }
         this.#buttons.get('select').parentElement.setAttribute('aria-label', text('toolbar.tools'));
         this.#nameSteps();
@@ -191,7 +191,7 @@ export class Toolbar {
     }
 
     #viewEntries() {
-        const {view, theme, language, split} = this.#app;
+        const {view, edits, theme, language, split} = this.#app;
         const choice = (fields, act) => ({role: 'menuitemradio', act, ...fields});
         const zoom = (key, shortcut, act) => ({key, shortcut, act, isDisabled: !view});
         return [
@@ -209,6 +209,8 @@ export class Toolbar {
             ...kLanguages.map(({name, title}) =>
                 choice({title, isChecked: language.name === name}, () => language.choose(name)),
             ),
+            kLine,
+            {key: 'view.author', act: () => edits.askAuthor()},
         ];
     }
 }

@@ -1,17 +1,26 @@
 // Drawing tools for pages. The pointer clicks a place or drags a rectangle; the keyboard moves a
 // frame in the middle of the view with the arrow keys, resizes it with Shift, and places it with
-// Enter.
+// Enter. A tool that marks text marks what is selected on a page at once.
 
-import {text} from './texts.js';
+import {placeOnPage} from './comment-places.js';
+import {selectedLines} from './text-selection.js';
+import {subtypeName, text} from './texts.js';
 
 /// Tools in order; those with a subtype add an annotation of it.
 export const kTools = [
-    {name: 'select', key: 'tool.select'},
-    {name: 'note', key: 'tool.note', subtype: 'Text', fixedSize: 20},
-    {name: 'highlight', key: 'tool.highlight', subtype: 'Highlight'},
-    {name: 'rectangle', key: 'tool.rectangle', subtype: 'Square'},
-    {name: 'oval', key: 'tool.oval', subtype: 'Circle'},
+    {name: 'select'},
+    {name: 'note', subtype: 'Text', fixedSize: 20},
+    {name: 'highlight', subtype: 'Highlight', marksText: true},
+    {name: 'underline', subtype: 'Underline', marksText: true},
+    {name: 'strikeout', subtype: 'StrikeOut', marksText: true},
+    {name: 'rectangle', subtype: 'Square'},
+    {name: 'oval', subtype: 'Circle'},
 ];
+
+/// A tool's name: that of its subtype in the panel.
+export function toolName({subtype}) {
+    return subtype ? subtypeName(subtype) : text('tool.select');
+}
 
 const kSmallestDrag = 4;
 const kKeyStep = 8;
@@ -23,12 +32,65 @@ const kArrows = {
     ArrowDown: [0, kKeyStep],
 };
 
+function percent(part, whole) {
+    return `${(100 * part) / whole}%`;
+}
+
+// Places an element inside another one of the given size, in fractions, for every zoom.
+function place({style}, {x, y, width, height}, whole) {
+    style.left = percent(x, whole.width);
+    style.top = percent(y, whole.height);
+    style.width = percent(width, whole.width);
+    style.height = percent(height, whole.height);
+}
+
+// A position in PDF user space, in hundredths of a unit.
+function pdfPoint({viewport}, x, y) {
+    return viewport.convertToPdfPoint(x, y).map((value) => Math.round(value * 100) / 100);
+}
+
+function around(boxes) {
+    const left = Math.min(...boxes.map((box) => box.left));
+    const top = Math.min(...boxes.map((box) => box.top));
+    const right = Math.max(...boxes.map((box) => box.right));
+    const bottom = Math.max(...boxes.map((box) => box.bottom));
+    return {left, top, right, bottom, width: right - left, height: bottom - top};
+}
+
+// Corners of a box clockwise from its top left one, and where those of a text begin that is turned.
+const kCorners = [
+    ['left', 'top'],
+    ['right', 'top'],
+    ['right', 'bottom'],
+    ['left', 'bottom'],
+];
+// The order of /QuadPoints: top left, top right, bottom left, bottom right.
+const kQuadOrder = [0, 1, 3, 2];
+
+// The corners of boxes as /QuadPoints.
+function quadsOf(page, boxes) {
+    const whole = page.element.getBoundingClientRect();
+    const point = (x, y) =>
+        pdfPoint(
+            page,
+            ((x - whole.left) / whole.width) * page.viewport.width,
+            ((y - whole.top) / whole.height) * page.viewport.height,
+        );
+    return boxes.flatMap((box) =>
+        kQuadOrder.flatMap((corner) => {
+            const [x, y] = kCorners[(corner + box.turns) % kCorners.length];
+            return point(box[x], box[y]);
+        }),
+    );
+}
+
 export class Tools {
     #edits;
     #notices;
     #onChange;
     #tool = kTools[0];
     #frame = null;
+    #views = new WeakMap(); // by their scrollers
 
     /// `onChange(name)` is called when the tool changes.
     constructor(edits, notices, onChange) {
@@ -46,7 +108,11 @@ export class Tools {
     }
 
     choose(name) {
-        this.#tool = kTools.find((tool) => tool.name === name);
+        const tool = kTools.find((one) => one.name === name);
+        if (tool.marksText && this.#markSelection(tool)) {
+            return;
+        }
+        this.#tool = tool;
         this.#dropFrame();
         document.documentElement.dataset.tool = name;
         this.#onChange(name);
@@ -57,12 +123,48 @@ export class Tools {
 
     /// Adds the listeners to a view.
     serve(view) {
+        this.#views.set(view.scroller, view);
         view.scroller.addEventListener('pointerdown', (event) => this.#pointerDown(view, event));
         view.scroller.addEventListener('keydown', (event) => this.#key(view, event));
     }
 
     #isDrawing(view) {
         return this.isForDrawing && view.description?.readOnly === false;
+    }
+
+    // --- Selected text ---
+
+    // Returns false when no text is selected.
+    #markSelection(tool) {
+        const selected = selectedLines();
+        const view = this.#views.get(selected?.page.closest('.scroller'));
+        const page = view?.pageView(Number(selected.page.dataset.page));
+        if (!page?.viewport) {
+            return false;
+        }
+        this.choose('select');
+        const marking = this.#showMarking(page, selected.lines, tool);
+        const quads = quadsOf(page, selected.lines);
+        this.#write(view, marking, {page: page.index, subtype: tool.subtype, quads});
+        return true;
+    }
+
+    // The selection is not visible while its comment is written.
+    #showMarking(page, lines, {name}) {
+        const whole = page.element.getBoundingClientRect();
+        const all = around(lines);
+        const marking = document.createElement('div');
+        marking.className = 'marking';
+        place(marking, {...all, x: all.left - whole.left, y: all.top - whole.top}, whole);
+        for (const line of lines) {
+            const box = document.createElement('div');
+            box.className = `drawing ${name}${line.turns === 0 ? '' : ' turned'}`;
+            const {width, height} = around([line]);
+            place(box, {x: line.left - all.left, y: line.top - all.top, width, height}, all);
+            marking.append(box);
+        }
+        page.element.append(marking);
+        return marking;
     }
 
     // --- Frame ---
@@ -75,11 +177,7 @@ export class Tools {
         }
         this.#frame.page = page;
         this.#frame.box = box;
-        const {style} = this.#frame.element;
-        style.left = `${box.x}px`;
-        style.top = `${box.y}px`;
-        style.width = `${box.width}px`;
-        style.height = `${box.height}px`;
+        place(this.#frame.element, box, page.element.getBoundingClientRect());
         page.element.append(this.#frame.element);
     }
 
@@ -88,19 +186,26 @@ export class Tools {
         this.#frame = null;
     }
 
-    async #place(view) {
-        const {page, box} = this.#frame;
+    #place(view) {
+        const {page, box, element} = this.#frame;
         const {subtype, fixedSize} = this.#tool;
         const {scale} = view.zoom;
-        const corner = (x, y) => page.viewport.convertToPdfPoint(x / scale, y / scale);
+        const corner = (x, y) => pdfPoint(page, x / scale, y / scale);
         const [x1, y1] = corner(box.x, box.y);
         const [x2, y2] = fixedSize
             ? [x1 + fixedSize, y1 - fixedSize]
             : corner(box.x + box.width, box.y + box.height);
         const rect = [Math.min(x1, x2), Math.min(y1, y2), Math.max(x1, x2), Math.max(y1, y2)];
-        const rounded = rect.map((side) => Math.round(side * 100) / 100);
-        await this.#edits.add(view.description, page.index, subtype, rounded);
+        this.#frame = null;
         this.choose('select');
+        this.#write(view, element, {page: page.index, subtype, rect});
+    }
+
+    // What is drawn stays until the contents are written; another frame can be drawn meanwhile.
+    async #write(view, element, comment) {
+        const box = () => element.getBoundingClientRect();
+        await this.#edits.add(view.description, comment, placeOnPage(box));
+        element.remove();
     }
 
     // --- Pointer ---

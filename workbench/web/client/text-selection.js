@@ -1,0 +1,98 @@
+// Text that is selected on a page, as boxes of its lines.
+
+// A longer gap between two pieces of a line, as a share of its height, separates columns.
+const kWidestGap = 1;
+
+function overlap(one, other, from, to) {
+    return Math.min(one[to], other[to]) - Math.max(one[from], other[from]);
+}
+
+// The selected part of a text node; null when it is blank.
+function partOf(range, node) {
+    const part = document.createRange();
+    part.selectNodeContents(node);
+    if (node === range.startContainer) {
+        part.setStart(node, range.startOffset);
+    }
+    if (node === range.endContainer) {
+        part.setEnd(node, range.endOffset);
+    }
+    return part.toString().trim() ? part : null;
+}
+
+// Clockwise quarter turns of a text on the screen, those of its page included.
+function turnsOf({style}, words) {
+    const own = Number.parseFloat(style.getPropertyValue('--rotate')) || 0;
+    const page = Number(words.dataset.mainRotation ?? 0);
+    return ((Math.round((own + page) / 90) % 4) + 4) % 4;
+}
+
+// The glyphs of the browser's own font may be taller than the line that the element stands for.
+function boxesOf(part, {parentElement}, words) {
+    const turns = turnsOf(parentElement, words);
+    const line = parentElement.getBoundingClientRect();
+    return [...part.getClientRects()]
+        .map((box) => ({
+            left: Math.max(box.left, line.left),
+            top: Math.max(box.top, line.top),
+            right: Math.min(box.right, line.right),
+            bottom: Math.min(box.bottom, line.bottom),
+            turns,
+        }))
+        .filter(({left, top, right, bottom}) => left < right && top < bottom);
+}
+
+// Whether a box continues the line of the one before.
+function continues(box, before) {
+    const sides = [
+        ['left', 'right'],
+        ['top', 'bottom'],
+    ];
+    const [along, across] = box.turns % 2 === 0 ? sides : sides.toReversed();
+    const height = Math.min(overlap(box, box, ...across), overlap(before, before, ...across));
+    return (
+        box.turns === before.turns &&
+        overlap(box, before, ...across) > height / 2 &&
+        overlap(box, before, ...along) > -kWidestGap * height
+    );
+}
+
+function mergeLines(boxes) {
+    const lines = [];
+    for (const box of boxes) {
+        const line = lines.at(-1);
+        if (line && continues(box, line)) {
+            line.left = Math.min(line.left, box.left);
+            line.top = Math.min(line.top, box.top);
+            line.right = Math.max(line.right, box.right);
+            line.bottom = Math.max(line.bottom, box.bottom);
+        } else {
+            lines.push(box);
+        }
+    }
+    return lines;
+}
+
+function linesIn(range, words) {
+    const boxes = [];
+    const walker = document.createTreeWalker(words, NodeFilter.SHOW_TEXT);
+    for (let node = walker.nextNode(); node; node = walker.nextNode()) {
+        const part = range.intersectsNode(node) ? partOf(range, node) : null;
+        boxes.push(...(part ? boxesOf(part, node, words) : []));
+    }
+    return mergeLines(boxes);
+}
+
+/// The lines of the selected text as boxes in window coordinates (`turns`: clockwise quarter turns of
+/// their text), with the element of their page; null when no text of a page is selected. Of a selection over several pages, the first one.
+export function selectedLines() {
+    const selection = getSelection();
+    const range = selection.rangeCount > 0 ? selection.getRangeAt(0) : null;
+    for (const words of range ? document.querySelectorAll('.page-words') : []) {
+        const lines = range.intersectsNode(words) ? linesIn(range, words) : [];
+        if (lines.length > 0) {
+            return {page: words.closest('.page'), lines};
+        }
+    }
+    return null;
+}
