@@ -211,6 +211,7 @@ void BrowserSession::Close(OpenDocument& document)
     const std::unique_ptr<OpenDocument> closed = documents_.Close(document);
     listChanged_ = true;
     currents_.erase(number);
+    annotations_.Forget(number);
     contents_.Forget(number);
     recovery_.Forget(number);
     jobs_.Forget(number);

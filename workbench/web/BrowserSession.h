@@ -6,6 +6,7 @@
 #include "actions/ActionRefused.h"
 #include "actions/OpenDocuments.h"
 #include "services/PanelElements.h"
+#include "web/AnnotationLists.h"
 #include "web/BrowserClients.h"
 #include "web/Commands.h"
 #include "web/CurrentComment.h"
@@ -117,6 +118,7 @@ public:
     OpenDocuments& Documents() noexcept { return documents_; }
     BrowserClients& Clients() noexcept { return clients_; }
     DocumentJobs& Jobs() noexcept { return jobs_; }
+    AnnotationLists& Annotations() noexcept { return annotations_; }
     DocumentContents& Contents() noexcept { return contents_; }
     SavePrompt& Prompt() noexcept { return prompt_; }
     RecoveryKeeper& Recovery() noexcept { return recovery_; }
@@ -143,6 +145,7 @@ private:
     const std::u16string author_;  // asked of the system once
     BrowserClients clients_;
     DocumentJobs jobs_;
+    AnnotationLists annotations_;
     DocumentContents contents_;
     SavePrompt prompt_;
     RecoveryKeeper recovery_;

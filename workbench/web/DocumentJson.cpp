@@ -151,24 +151,6 @@ Json DescribeAnnotation(const Documents::AnnotationRef& annotation, std::size_t 
             {"locked", !Documents::Document::DeletionRefusal(annotation.Get()).empty()}};
 }
 
-Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, std::uint32_t page)
-{
-    Json annotations = Json::array();
-    const std::uint64_t revision = document.Revision();
-    const Documents::PageRef snapshot = document.AcquirePage(page);
-    const std::size_t count = snapshot ? snapshot.Get()->annotations.size() : 0;
-    for (std::size_t index = 0; index < count; ++index) {
-        Json description = DescribeAnnotation(snapshot.Get()->annotations[index], index);
-        if (!description.is_null()) {
-            annotations.push_back(std::move(description));
-        }
-    }
-    return {{"document", number},
-            {"revision", revision},
-            {"page", page},
-            {"annotations", std::move(annotations)}};
-}
-
 HttpAnswer JsonAnswer(unsigned status, const Json& json)
 {
     return {.status = status,

@@ -33,10 +33,6 @@ nlohmann::ordered_json DescribeRow(const HtmlEngine::Document& panel,
 nlohmann::ordered_json DescribeAnnotation(const Documents::AnnotationRef& annotation,
                                           std::size_t index);
 
-// Reply of the command "annotations": the annotations of one page. [any-thread]
-nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Document& document,
-                                           std::uint32_t page);
-
 // JSON as text; bytes that are not valid UTF-8 (in file names) become U+FFFD. [any-thread]
 std::string ToText(const nlohmann::ordered_json& json);
 

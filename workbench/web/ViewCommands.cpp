@@ -64,14 +64,24 @@ CommandReply GiveAnnotations(const CommandCall& call)
         throw ActionRefused(document.name + " has no page " + std::to_string(page),
                             RefusalReason::kGone);
     }
+    AnnotationLists& lists = call.session.Annotations();
+    const auto known = lists.Find(document.number, page, call.Message().OptionalNumber("known"));
+    const auto sent = std::make_shared<SentAnnotations>();
+    sent->label = lists.NextLabel();
     call.session.RunOnWorker<Json>(
-        [content = document.content, number = document.number, page] {
-            return DescribeAnnotations(number, *content, page);
+        [content = document.content, number = document.number, page, known, sent] {
+            return DescribeAnnotations(number, *content, page, known.get(), *sent);
         },
-        [request = call.request, number = document.number](BrowserSession& session,
-                                                           std::future<Json> annotations) {
+        [request = call.request, number = document.number, page,
+         sent](BrowserSession& session, std::future<Json> annotations) {
             session.CheckWarnings(number);
-            session.Answer(request, [&] { return CommandReply(annotations.get()); });
+            session.Answer(request, [&] {
+                CommandReply reply(annotations.get());
+                if (session.Documents().Find(number) != nullptr) {
+                    session.Annotations().Keep(number, page, sent);
+                }
+                return reply;
+            });
         });
     return kRepliesLater;
 }

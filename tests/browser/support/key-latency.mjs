@@ -1,11 +1,13 @@
 // The time from a key to the change on the screen, in a window of the workbench whose list stands.
 
-/// Presses a key `presses` times, Down and now and then PageDown, or only waits for a frame each
-/// time when `isIdle`. The times in milliseconds, in order.
-export async function measureFrames(window, presses, {isIdle = false} = {}) {
+const kKeys = ['ArrowDown', 'ArrowDown', 'ArrowDown', 'PageDown'];
+
+/// Presses keys `presses` times in turn, each of which makes another item current, or only waits for
+/// a frame each time when `isIdle`. The times in milliseconds, in order.
+export async function measureFrames(window, presses, {isIdle = false, keys = kKeys} = {}) {
     await window.items.first().click();
     const times = await window.page.evaluate(
-        async ({count, isFrameAlone}) => {
+        async ({count, isFrameAlone, pressed}) => {
             const panel = document.getElementById('panel-frame').contentDocument;
             // A message after the frame's callback comes when the frame has been drawn.
             const drawn = (whenDrawn) =>
@@ -42,11 +44,11 @@ export async function measureFrames(window, presses, {isIdle = false} = {}) {
                 });
             const measured = [];
             for (let at = 0; at < count; ++at) {
-                measured.push(await measure(at % 4 === 3 ? 'PageDown' : 'ArrowDown'));
+                measured.push(await measure(pressed[at % pressed.length]));
             }
             return measured;
         },
-        {count: presses, isFrameAlone: isIdle},
+        {count: presses, isFrameAlone: isIdle, pressed: keys},
     );
     return times.sort((left, right) => left - right);
 }

@@ -160,10 +160,10 @@ export class AnnotationsLayer {
 
     #renumber(wanted, begin, end) {
         const renumber = (place, {annotation}) => {
-            place.annotation = annotation;
-            if (place.button.dataset.index !== String(annotation.index)) {
+            if (place.annotation.index !== annotation.index) {
                 place.button.dataset.index = annotation.index;
             }
+            place.annotation = annotation;
         };
         for (let at = 0; at < begin; ++at) {
             renumber(this.#places[at], wanted[at]);
@@ -229,14 +229,14 @@ export class AnnotationsLayer {
         button.setAttribute('aria-label', name);
         button.setAttribute('aria-pressed', 'false');
         const place = grown(placeOf(annotation.rect, viewport));
-        // Smaller buttons lie above larger ones that they overlap.
+        // Smaller buttons lie above larger ones of their group that they overlap. Vertical margins
+        // are fractions of the width.
         const area = (place.width * place.height) / (viewport.width * viewport.height);
         button.style.cssText =
-            `left:${percent(place.left, viewport.width)};` +
-            `top:${percent(place.top, viewport.height)};` +
+            `margin:${percent(place.top, viewport.width)} 0 0 ${percent(place.left, viewport.width)};` +
             `width:${percent(place.width, viewport.width)};` +
             `height:${percent(place.height, viewport.height)};` +
-            `z-index:${1000 - Math.min(999, Math.round(area * 1000))}`;
+            `order:${1000 - Math.min(999, Math.round(area * 1000))}`;
         return button;
     }
 

@@ -167,8 +167,21 @@ export class Connection {
     }
 }
 
-/// The annotations of a page with their revision; null when the request fails.
-export async function askAnnotations(connection, documentId, page) {
-    const reply = await connection.command('annotations', {document: documentId, page});
-    return reply.error === null ? reply : null;
+// The annotations of a reply with those of the known list that it leaves out.
+function merge({count, kept: [begin, end], annotations}, known) {
+    const first = known.count - end;
+    const behind = known.annotations.filter(({index}) => index >= first);
+    const moved = behind.map((one) => ({...one, index: one.index + count - known.count}));
+    return [...known.annotations.filter(({index}) => index < begin), ...annotations, ...moved];
+}
+
+/// The annotations of a page with their revision; null when the request fails. `known` is an earlier
+/// list of the page.
+export async function askAnnotations(connection, documentId, page, known) {
+    const fields = {document: documentId, page, known: known?.label};
+    const reply = await connection.command('annotations', fields);
+    if (reply.error !== null) {
+        return null;
+    }
+    return reply.kept ? {...reply, annotations: merge(reply, known)} : reply;
 }

@@ -67,7 +67,7 @@ export class PageAnnotations {
             const {id, revision} = this.#document;
             let list = this.#fetched.get(index);
             if (list?.revision !== revision) {
-                list = await askAnnotations(this.#connection, id, index);
+                list = await askAnnotations(this.#connection, id, index, list);
             }
             if (!list) {
                 return null;
