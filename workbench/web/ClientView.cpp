@@ -119,7 +119,7 @@ std::size_t ClientView::IndexBehind(NodeHandle previous) const
 
 // The number of items of each page item, for a collapsed one -1 less that number.
 void ClientView::AppendSizes(NodeHandle list, std::size_t from, std::size_t count,
-                            std::string& out) const
+                             std::string& out) const
 {
     out += '[';
     NodeHandle page = count == 0 ? kNoNodeHandle : ChildAt(list, from);
@@ -298,7 +298,7 @@ void ClientView::RemoveRows(NodeHandle list, std::size_t at, std::size_t count)
 
 // Removals at one place, and insertions behind each other, are written as one.
 void ClientView::NoteSplice(NodeHandle list, std::size_t at, std::size_t removed,
-                           std::size_t inserted)
+                            std::size_t inserted)
 {
     const bool isSame = splice_.list == list;
     if (isSame && splice_.inserted == 0 && inserted == 0 &&

@@ -4,8 +4,8 @@
 
 #include "html-engine/Document.h"
 #include "html-engine/TreeObserver.h"
-#include "web/HttpServer.h"
 #include "web/ClientView.h"
+#include "web/HttpServer.h"
 
 #include <cstdint>
 #include <map>

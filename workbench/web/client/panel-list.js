@@ -92,7 +92,8 @@ export class PanelList {
         }
         // What takes the place of a removed page item keeps its place, too.
         const isBefore = anchor.isRemoved ? at < anchor.page : at <= anchor.page;
-        anchor.page += isBefore && sizes.length > 0 && !this.#replaces(at, sizes) ? sizes.length : 0;
+        anchor.page +=
+            isBefore && sizes.length > 0 && !this.#replaces(at, sizes) ? sizes.length : 0;
     }
 
     // A page item is inserted beside the one that it replaces, before that is removed.
@@ -221,7 +222,11 @@ export class PanelList {
 
     /// To be called before changes: notes which row is at the top.
     note() {
-        if (this.#isPlaced && this.#isVisible && Math.abs(this.#element.scrollTop - this.#scrollTop) >= 1) {
+        if (
+            this.#isPlaced &&
+            this.#isVisible &&
+            Math.abs(this.#element.scrollTop - this.#scrollTop) >= 1
+        ) {
             this.#noteAt(this.#element.scrollTop);
         }
     }

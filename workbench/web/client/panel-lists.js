@@ -81,12 +81,7 @@ export class PanelLists {
         } else if (list) {
             list.answered();
         } else if (splice) {
-            this.around(element)?.spliceItems(
-                element,
-                splice.at,
-                splice.removed,
-                splice.added,
-            );
+            this.around(element)?.spliceItems(element, splice.at, splice.removed, splice.added);
         }
     }
 
