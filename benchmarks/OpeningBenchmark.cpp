@@ -1,6 +1,7 @@
 // From a PDF file on disk to the list in the panel, beside a bare walk with QPDF that reads the
 // same fields from the file's bytes in memory.
 #include "PopulationArguments.h"
+#include "PopulationFile.h"
 
 #include "documents/QpdfDocument.h"
 #include "services/Host.h"
@@ -8,35 +9,12 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 
 namespace {
-
-// A file of the asked-for size, written once per run of the program.
-std::filesystem::path FileOf(Documents::PopulationSize size)
-{
-    const auto path =
-        std::filesystem::temp_directory_path() /
-        ("comments-benchmark-" + std::to_string(size.comments) + "-" + std::to_string(size.pages) +
-         (size.texts == Documents::PopulationTexts::kTagLike ? "-tags" : "") + ".pdf");
-    static std::vector<std::filesystem::path> written;
-    if (std::find(written.begin(), written.end(), path) == written.end()) {
-        const std::string command =
-            std::string(MAKE_DOCUMENT) + " --comments " + std::to_string(size.comments) +
-            " --pages " + std::to_string(size.pages) + " --seed 1" +
-            (size.texts == Documents::PopulationTexts::kTagLike ? " --tags" : "") + " '" +
-            path.string() + "' >&2";
-        if (std::system(command.c_str()) != 0) {
-            throw std::runtime_error("make-document failed");
-        }
-        written.push_back(path);
-    }
-    return path;
-}
 
 std::string BytesOf(const std::filesystem::path& path)
 {
@@ -46,7 +24,7 @@ std::string BytesOf(const std::filesystem::path& path)
 
 void BM_Opening_ToList(benchmark::State& state)
 {
-    const auto path = FileOf(PopulationOf(state));
+    const auto path = PopulationFile(PopulationOf(state));
     for (auto _ : state) {
         state.PauseTiming();
         Workbench::Host host(Workbench::HostOptions{});
@@ -67,7 +45,7 @@ BENCHMARK(BM_Opening_ToList)->Apply(PopulationArguments);
 
 void BM_Opening_BareWalk(benchmark::State& state)
 {
-    const std::string bytes = BytesOf(FileOf(PopulationOf(state)));
+    const std::string bytes = BytesOf(PopulationFile(PopulationOf(state)));
     for (auto _ : state) {
         QPDF file;
         file.processMemoryFile("benchmark", bytes.data(), bytes.size());

@@ -82,15 +82,17 @@ DocumentFile ReadDocument(const fs::path& path, const ReadingOptions& options)
 {
     DocumentFile file{path.filename().string(), nullptr, fs::absolute(path).lexically_normal(),
                       StampOf(path), options.password};
-    file.content = Opened(Documents::QpdfDocument::Open(path, {options.password, options.listAll}));
+    file.content = Opened(Documents::QpdfDocument::Open(
+        path, {options.password, options.listAll, options.forListing}));
     return file;
 }
 
 DocumentFile ReadDocumentBytes(std::string bytes, const std::string& name,
                                const ReadingOptions& options)
 {
-    return {name, Opened(Documents::QpdfDocument::OpenBytes(std::move(bytes), name,
-                                                            {options.password, options.listAll}))};
+    return {name,
+            Opened(Documents::QpdfDocument::OpenBytes(
+                std::move(bytes), name, {options.password, options.listAll, options.forListing}))};
 }
 #else
 DocumentFile ReadDocument(const fs::path& path, const ReadingOptions&)

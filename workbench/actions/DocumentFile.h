@@ -35,7 +35,8 @@ struct DocumentFile {
 
 struct ReadingOptions {
     std::string password{};
-    bool listAll = false;  // list every annotation, whatever its subtype and flags
+    bool listAll = false;     // list every annotation, whatever its subtype and flags
+    bool forListing = false;  // the document is listed and nothing else
 };
 
 // Reads a PDF file; the document's name is the file name without folder. Throws ActionRefused.

@@ -164,6 +164,13 @@ std::string Document::DeletionRefusal(const _PDAnnotRec* annotation)
     return {};
 }
 
+void Document::RequireEditable() const
+{
+    if (!refusal_.empty()) {
+        throw EditRefused(EditFailure::kOther, refusal_);
+    }
+}
+
 void Document::CheckPage(std::uint32_t page) const
 {
     if (page >= PageCount()) {
@@ -192,6 +199,7 @@ EditResult Document::RunEdit(const Edit& edit)
 {
     const std::lock_guard lock{editMutex_};
     try {
+        RequireEditable();
         return {{}, edit()};
     } catch (const EditRefused& refused) {
         return {InOneLine(name_ + ": " + refused.what()), {}, refused.Failure()};
@@ -433,6 +441,7 @@ SaveResult Document::Save(const std::filesystem::path& path)
 {
     const std::lock_guard lock{editMutex_};
     try {
+        RequireEditable();
         WriteFile(path);
         history_.NoteSaved();
         return {};
@@ -445,6 +454,7 @@ BytesResult Document::WriteBytes(Encryption encryption)
 {
     const std::lock_guard lock{editMutex_};
     try {
+        RequireEditable();
         return {{}, FileBytes(encryption)};
     } catch (const std::exception& error) {
         return {InOneLine(name_ + ": " + ReasonOf(error)), {}};

@@ -195,6 +195,10 @@ protected:
     void SetPermissions(bool readOnly, bool deletionPermitted) noexcept;
     bool ListAll() const noexcept { return listAll_; }
 
+    // From here on edits and saving fail for this reason, a clause; before any other thread knows
+    // the document.
+    void RefuseEdits(std::string reason) { refusal_ = std::move(reason); }
+
     // --- What the kind of document does. Called with the edit lock held, never concurrently.
     //     Indices are valid. ---
 
@@ -251,6 +255,7 @@ private:
 
     PageRef PageUnderEditLock(std::uint32_t page);
     _PDRect PageBoxUnderEditLock(std::uint32_t page);
+    void RequireEditable() const;
     void CheckPage(std::uint32_t page) const;
     AnnotationRef CheckAnnotation(std::uint32_t page, const PageRef& snapshot,
                                   std::uint32_t position) const;
@@ -266,6 +271,7 @@ private:
 
     const std::string name_;
     const bool listAll_;
+    std::string refusal_;  // of edits and saving; empty: none
 
     PageList pages_;
     EditHistory history_;  // changed under the edit lock

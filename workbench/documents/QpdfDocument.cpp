@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <new>
@@ -150,16 +151,24 @@ public:
     // Throws QPDFExc and other standard exceptions.
     OpenedFile(std::string bytes, const std::string& description, std::string name,
                const OpenOptions& options)
-        : QpdfDocument{std::move(name), options.listAll}, bytes_{std::move(bytes)}
+        : QpdfDocument{std::move(name), options.listAll},
+          bytes_{std::move(bytes)},
+          forListing_{options.forListing}
     {
+        if (forListing_) {
+            RefuseEdits("it was opened to be listed only");
+        }
         OpenWithPassword(description, options.password);
         if (!file_->getRoot().getKey("/Pages").isDictionary()) {
             throw std::runtime_error("it has no page tree");
         }
         CheckPageTree(*file_);
-        const std::size_t count = file_->getAllPages().size();
-        SetPages(std::vector<Page>(count));
-        nextObject_ = FirstFreeObject();
+        const std::vector<QPDFObjectHandle>& pages = file_->getAllPages();
+        SetPages(std::vector<Page>(pages.size()));
+        if (forListing_) {
+            std::transform(pages.begin(), pages.end(),
+                           std::inserter(pageObjects_, pageObjects_.end()), KeyOf);
+        }
         encrypted_ = file_->isEncrypted();
         TakeWarnings();
     }
@@ -273,20 +282,29 @@ private:
     AnnotationRef ReadAnnotation(QPDFObjectHandle object, std::vector<PopupLink>& links)
     {
         try {
-            if (!object.isDictionary()) {
-                return {};
-            }
             if (!object.isIndirect()) {
-                return MakeRecord(object, links);
+                return object.isDictionary() ? MakeRecord(object, links) : AnnotationRef{};
             }
-            AnnotationRef& known = records_[KeyOf(object)];
-            if (!known) {
-                known = MakeRecord(object, links);
+            const std::uint64_t key = KeyOf(object);
+            AnnotationRef record = RecordOf(key);
+            if (!record && object.isDictionary()) {
+                record = MakeRecord(object, links);
+                records_.emplace(key, record);
+                LetGo(object, key);
             }
-            return known;
+            return record;
         } catch (const std::exception& error) {
             Warn(Name() + ": an annotation cannot be read: " + error.what());
             return {};
+        }
+    }
+
+    // Where nothing is edited, QPDF's object of an annotation, which takes several times the memory
+    // of the record, is needed no more. Damaged files have pages among the annotations.
+    void LetGo(const QPDFObjectHandle& annotation, std::uint64_t key)
+    {
+        if (forListing_ && !pageObjects_.contains(key)) {
+            file_->replaceObject(annotation.getObjGen(), QPDFObjectHandle::newNull());
         }
     }
 
@@ -353,6 +371,9 @@ private:
     // The file gets other numbers when it is written.
     QPDFObjectHandle MakeIndirect(const QPDFObjectHandle& object)
     {
+        if (nextObject_ == 0) {
+            nextObject_ = FirstFreeObject();
+        }
         for (;; ++nextObject_) {
             if (nextObject_ > std::numeric_limits<int>::max()) {
                 throw std::runtime_error("the file has no object number left");
@@ -565,11 +586,13 @@ private:
     }
 
     const std::string bytes_;  // read by file_ for as long as it lives
+    const bool forListing_;
     std::unique_ptr<QPDF> file_;
+    std::unordered_set<std::uint64_t> pageObjects_;  // filled for a listing only
 
     std::unordered_map<std::uint64_t, AnnotationRef> records_;  // by indirect object
     std::unordered_set<std::uint64_t> ownArrays_;
-    std::int64_t nextObject_ = 0;
+    std::int64_t nextObject_ = 0;  // 0 before the first new object
     bool encrypted_ = false;
 
     // Added since the file was written last. Appearances are streams, and those only QPDF's own way

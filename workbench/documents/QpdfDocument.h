@@ -8,6 +8,9 @@ namespace Documents {
 struct OpenOptions {
     std::string password{};  // tried as owner and as user password; empty: none
     bool listAll = false;    // list every annotation, whatever its subtype and flags
+    // The document is listed and nothing else: edits and saving are refused, and what has been read
+    // of an annotation takes no memory beyond its record.
+    bool forListing = false;
 };
 
 enum class OpenFailure : std::uint8_t {

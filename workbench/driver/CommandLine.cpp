@@ -5,9 +5,9 @@
 #include "driver/PanelReport.h"
 #include "driver/Script.h"
 #include "driver/Session.h"
+#include "services/PanelElements.h"
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include <fstream>
 #include <new>
@@ -82,29 +82,32 @@ void PrintWarnings(Session& session, std::ostream& errors)
 }
 
 // A panel that could not render a list leaves it empty, without the words for an empty one.
-void RequireLists(const Session& session)
+void RequireLists(Session& session)
 {
+    const HtmlEngine::Document& panel = *session.TheHost().Panel().Document();
     for (const auto& document : session.Documents().All()) {
-        const PanelView view = session.ReadView(*document);
-        if (view.pages.empty() && !view.noItems) {
+        const std::string key = ContainerKey(document->view->View().AsInterface());
+        if (panel.ChildCount(FindList(panel, FindContainer(panel, key))) == 0) {
             throw std::runtime_error(document->name + ": the panel could not list the comments");
         }
     }
 }
 
-std::string Listing(const ProgramOptions& options, std::ostream& errors)
+// The whole listing: nothing is printed of one that fails before its end.
+TextBlocks Listing(const ProgramOptions& options, std::ostream& errors)
 {
     Session session(options.session);
     session.Start(ReadDocuments(options, session));
     RequireMemory();
     RequireLists(session);
 
-    std::string listing;
+    TextBlocks listing;
     if (options.json) {
-        listing = ToLine(session.Report()) + "\n";
+        listing = session.Report(false);
     } else {
         for (const auto& document : session.Documents().All()) {
-            listing += ToText(session.ReadView(*document), document->name);
+            TextReport report(listing, document->name);
+            session.ReadView(*document, report);
         }
     }
     PrintWarnings(session, errors);
@@ -170,12 +173,14 @@ int RunProgram(int argumentCount, const char* const* arguments, std::istream& in
         options.session.host.locales = options.locales;
     }
     options.session.waitLimit = std::chrono::seconds(options.waitSeconds);
+    options.session.forListing = !browses && options.script.empty();
     const MemoryReserve reserve;
     try {
         if (browses) {
             return browse({options.session, options.files, options.memoryDocuments, options.port},
                           output, errors);
         }
+        ShareHeap();
         if (options.script.empty()) {
             output << Listing(options, errors);
             Flush(output);

@@ -4,6 +4,10 @@
 #include <cstddef>
 #include <cstdlib>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace Workbench {
 
 namespace {
@@ -49,6 +53,13 @@ void MemoryReserve::Refill() noexcept
 bool MemoryReserve::IsSpent() noexcept
 {
     return isSpent;
+}
+
+void ShareHeap() noexcept
+{
+#if defined(__GLIBC__)
+    ::mallopt(M_ARENA_MAX, 1);
+#endif
 }
 
 void RequireMemory()

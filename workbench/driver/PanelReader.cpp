@@ -1,7 +1,11 @@
 #include "driver/PanelReader.h"
 
+#include "html-engine/TreeReader.h"
+
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace Workbench {
 
@@ -10,6 +14,10 @@ namespace {
 using HtmlEngine::Document;
 using HtmlEngine::ElementHandle;
 using HtmlEngine::kNoElement;
+using HtmlEngine::kNoNodeHandle;
+using HtmlEngine::NodeHandle;
+using HtmlEngine::NodeKind;
+using HtmlEngine::TreeReader;
 
 constexpr std::string_view kBlanks = " \t\r\n\f";
 
@@ -22,18 +30,6 @@ std::string Trimmed(std::string_view text)
     return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
 }
 
-std::vector<std::string> Words(std::string_view text)
-{
-    std::vector<std::string> words;
-    std::size_t start = text.find_first_not_of(kBlanks);
-    while (start != std::string_view::npos) {
-        const std::size_t end = text.find_first_of(kBlanks, start);
-        words.emplace_back(text.substr(start, end - start));
-        start = text.find_first_not_of(kBlanks, end);
-    }
-    return words;
-}
-
 ElementHandle First(const Document& panel, ElementHandle root, const std::string& selector)
 {
     ElementHandle match = kNoElement;
@@ -41,117 +37,9 @@ ElementHandle First(const Document& panel, ElementHandle root, const std::string
     return match;
 }
 
-std::vector<ElementHandle> All(const Document& panel, ElementHandle root,
-                               const std::string& selector)
-{
-    std::vector<ElementHandle> matches;
-    panel.SelectAll(root, selector, [&](ElementHandle element) {
-        matches.push_back(element);
-        return true;
-    });
-    return matches;
-}
-
-// The first child with that tag. Lists are long, so what has a fixed place is not searched for.
-ElementHandle ChildNamed(const Document& panel, ElementHandle parent, std::string_view tag)
-{
-    ElementHandle child = panel.Child(parent, 0);
-    while (child != kNoElement && panel.TagName(child) != tag) {
-        child = panel.NextSibling(child);
-    }
-    return child;
-}
-
-std::string AttributeOf(const Document& panel, ElementHandle element, std::string_view name)
-{
-    return panel.Attribute(element, name).value_or(std::string());
-}
-
 bool IsVisible(const Document& panel, ElementHandle element)
 {
     return panel.Style(element, "visibility") == "visible";
-}
-
-// The rows of a table, whose parser adds a body around them.
-std::vector<ElementHandle> RowsOf(const Document& panel, ElementHandle table)
-{
-    std::vector<ElementHandle> rows;
-    const ElementHandle body = ChildNamed(panel, table, "tbody");
-    for (ElementHandle row = panel.Child(body == kNoElement ? table : body, 0); row != kNoElement;
-         row = panel.NextSibling(row)) {
-        rows.push_back(row);
-    }
-    return rows;
-}
-
-std::string CellText(const Document& panel, ElementHandle row, std::size_t column)
-{
-    return panel.TextContent(panel.Child(row, column));
-}
-
-std::optional<std::string> DateIn(const Document& panel, const std::vector<ElementHandle>& rows,
-                                  std::size_t row)
-{
-    if (row >= rows.size() || panel.Style(rows[row], "display") == "none") {
-        return std::nullopt;
-    }
-    return CellText(panel, rows[row], 1);
-}
-
-PanelTooltip ReadTooltip(const Document& panel, ElementHandle popup, const std::string& titleId)
-{
-    PanelTooltip tooltip;
-    if (popup == kNoElement) {
-        return tooltip;
-    }
-    tooltip.linked = !titleId.empty() && AttributeOf(panel, popup, "id") == titleId;
-    const std::vector<ElementHandle> tables = All(panel, popup, "table.props-table");
-    if (tables.size() != 2) {
-        return tooltip;
-    }
-    if (const auto rows = RowsOf(panel, tables[0]); !rows.empty()) {
-        tooltip.subject = CellText(panel, rows[0], 0);
-        if (!tooltip.subject.empty() && tooltip.subject.back() == ':') {
-            tooltip.subject.pop_back();
-        }
-        tooltip.title = CellText(panel, rows[0], 1);
-    }
-    const auto rows = RowsOf(panel, tables[1]);
-    tooltip.created = DateIn(panel, rows, 0);
-    tooltip.modified = DateIn(panel, rows, 1);
-    return tooltip;
-}
-
-// An item's text up to its tooltip, which comes last.
-std::string OwnText(const Document& panel, ElementHandle item, ElementHandle popup)
-{
-    std::string text = panel.TextContent(item);
-    if (const std::string tooltip = panel.TextContent(popup); !tooltip.empty()) {
-        text.erase(std::min(text.rfind(tooltip), text.size()));
-    }
-    return Trimmed(text);
-}
-
-PanelItem ReadItem(const Document& panel, ElementHandle element)
-{
-    PanelItem item;
-    item.annotName = AttributeOf(panel, element, "annot-name");
-    item.classes = Words(AttributeOf(panel, element, "class"));
-    item.current = (panel.State(element) & HtmlEngine::ElementState::kCurrent) != 0;
-    // Markup in the contents may enclose what follows them.
-    ElementHandle popup = ChildNamed(panel, element, "popup");
-    if (popup == kNoElement) {
-        popup = First(panel, element, "popup.annot-details");
-    }
-    item.tooltip = ReadTooltip(panel, popup, AttributeOf(panel, element, "titleid"));
-    const ElementHandle heading = ChildNamed(panel, element, "h3");
-    const ElementHandle paragraph = ChildNamed(panel, element, "p");
-    item.title =
-        heading == kNoElement ? OwnText(panel, element, popup) : panel.TextContent(heading);
-    if (paragraph != kNoElement) {
-        item.contents = panel.InnerHtml(paragraph);
-    }
-    return item;
 }
 
 PanelPageState StateOf(const Document& panel, ElementHandle element)
@@ -164,31 +52,213 @@ PanelPageState StateOf(const Document& panel, ElementHandle element)
                                                                : PanelPageState::kNone;
 }
 
-PanelPage ReadPage(const Document& panel, ElementHandle element)
-{
-    PanelPage result;
-    const std::string index = AttributeOf(panel, element, "page-item");
-    result.index = static_cast<std::uint32_t>(std::strtoul(index.c_str(), nullptr, 10));
-    result.caption = panel.TextContent(First(panel, element, "div.icon"));
-    result.state = StateOf(panel, First(panel, element, "li[page-index]"));
+// Reads items node by node: lists are long, and what has a fixed place is not searched for.
+class ItemReader {
+public:
+    ItemReader(const Document& panel, PanelSink& sink) : panel_(panel), tree_(panel), sink_(sink) {}
+
     // Contents are markup; what looks like an item inside of one is none.
-    for (const ElementHandle item :
-         All(panel, element, ":root > li > div > ul.comments > li[annot-name]")) {
-        result.items.push_back(ReadItem(panel, item));
+    void ReadItems(NodeHandle pageItem)
+    {
+        ForEachChild(pageItem, "li", [this](NodeHandle page) {
+            ForEachChild(page, "div", [this](NodeHandle content) {
+                ForEachChild(content, "ul", [this](NodeHandle list) {
+                    if (HasClass(list, "comments")) {
+                        ReadList(list);
+                    }
+                });
+            });
+        });
     }
-    return result;
-}
+
+private:
+    void ReadList(NodeHandle list)
+    {
+        ForEachChild(list, "li", [this](NodeHandle element) {
+            if (const auto name = AttributeOf(element, "annot-name")) {
+                ReadItem(element, *name);
+                sink_.TakeItem(item_);
+            }
+        });
+    }
+
+    // The one item is used again and again, and with it the memory of its texts.
+    void ReadItem(NodeHandle element, std::string_view name)
+    {
+        item_.annotName = name;
+        item_.classes.clear();
+        for (std::size_t i = 0; i < tree_.AttributeCount(element); ++i) {
+            if (const auto attribute = tree_.AttributeAt(element, i); attribute.name == "class") {
+                item_.classes.emplace_back(attribute.value);
+            }
+        }
+        item_.current = (tree_.State(element) & HtmlEngine::ElementState::kCurrent) != 0;
+        // Markup in the contents may enclose what follows them.
+        NodeHandle popup = ChildNamed(element, "popup");
+        if (popup == kNoNodeHandle) {
+            popup = First(panel_, element, "popup.annot-details");
+        }
+        ReadTooltip(popup, AttributeOf(element, "titleid").value_or(""));
+        const NodeHandle heading = ChildNamed(element, "h3");
+        if (heading == kNoNodeHandle) {
+            item_.title = OwnText(element, popup);
+        } else {
+            ReadText(heading, item_.title);
+        }
+        const NodeHandle paragraph = ChildNamed(element, "p");
+        item_.contents.reset();
+        if (paragraph != kNoNodeHandle) {
+            item_.contents = panel_.InnerHtml(paragraph);
+        }
+    }
+
+    void ReadTooltip(NodeHandle popup, std::string_view titleId)
+    {
+        PanelTooltip& tooltip = item_.tooltip;
+        tooltip.linked = !titleId.empty() && AttributeOf(popup, "id") == titleId;
+        tooltip.subject.clear();
+        tooltip.title.clear();
+        tooltip.created.reset();
+        tooltip.modified.reset();
+        std::size_t count = 0;
+        std::array<NodeHandle, 2> tables{};
+        ForEachInside(popup, [&](NodeHandle node) {
+            if (tree_.TagName(node) == "table" && HasClass(node, "props-table")) {
+                tables[std::min<std::size_t>(count++, 1)] = node;
+            }
+        });
+        if (count != 2) {
+            return;
+        }
+        if (const NodeHandle row = Row(tables[0], 0); row != kNoNodeHandle) {
+            ReadText(ElementChild(row, 0), tooltip.subject);
+            if (!tooltip.subject.empty() && tooltip.subject.back() == ':') {
+                tooltip.subject.pop_back();
+            }
+            ReadText(ElementChild(row, 1), tooltip.title);
+        }
+        ReadDate(Row(tables[1], 0), tooltip.created);
+        ReadDate(Row(tables[1], 1), tooltip.modified);
+    }
+
+    void ReadDate(NodeHandle row, std::optional<std::string>& date) const
+    {
+        if (row != kNoNodeHandle && panel_.Style(row, "display") != "none") {
+            ReadText(ElementChild(row, 1), date.emplace());
+        }
+    }
+
+    // An item's text up to its tooltip, which comes last.
+    std::string OwnText(NodeHandle item, NodeHandle popup) const
+    {
+        std::string text = panel_.TextContent(item);
+        if (const std::string tooltip = panel_.TextContent(popup); !tooltip.empty()) {
+            text.erase(std::min(text.rfind(tooltip), text.size()));
+        }
+        return Trimmed(text);
+    }
+
+    // A row of a table, whose parser adds a body around the rows.
+    NodeHandle Row(NodeHandle table, std::size_t index) const
+    {
+        const NodeHandle body = ChildNamed(table, "tbody");
+        return ElementChild(body == kNoNodeHandle ? table : body, index);
+    }
+
+    void ReadText(NodeHandle top, std::string& text) const
+    {
+        text.clear();
+        ForEachInside(top, [&](NodeHandle node) {
+            if (tree_.Kind(node) == NodeKind::Text) {
+                text += tree_.Text(node);
+            }
+        });
+    }
+
+    std::optional<std::string_view> AttributeOf(NodeHandle element, std::string_view name) const
+    {
+        for (std::size_t i = 0; i < tree_.AttributeCount(element); ++i) {
+            if (const auto attribute = tree_.AttributeAt(element, i); attribute.name == name) {
+                return attribute.value;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // Classes come before all other attributes.
+    bool HasClass(NodeHandle element, std::string_view name) const
+    {
+        for (std::size_t i = 0; i < tree_.AttributeCount(element); ++i) {
+            const auto attribute = tree_.AttributeAt(element, i);
+            if (attribute.name != "class" || attribute.value == name) {
+                return attribute.name == "class";
+            }
+        }
+        return false;
+    }
+
+    template <class Visit>
+    void ForEachChild(NodeHandle parent, std::string_view tag, const Visit& visit) const
+    {
+        for (NodeHandle child = tree_.FirstChild(parent); child != kNoNodeHandle;
+             child = tree_.NextSibling(child)) {
+            if (tree_.TagName(child) == tag) {
+                visit(child);
+            }
+        }
+    }
+
+    // The first child with that tag.
+    NodeHandle ChildNamed(NodeHandle parent, std::string_view tag) const
+    {
+        NodeHandle child = tree_.FirstChild(parent);
+        while (child != kNoNodeHandle && tree_.TagName(child) != tag) {
+            child = tree_.NextSibling(child);
+        }
+        return child;
+    }
+
+    NodeHandle ElementChild(NodeHandle parent, std::size_t index) const
+    {
+        NodeHandle child = tree_.FirstChild(parent);
+        for (; child != kNoNodeHandle; child = tree_.NextSibling(child)) {
+            if (tree_.Kind(child) == NodeKind::Element && index-- == 0) {
+                break;
+            }
+        }
+        return child;
+    }
+
+    // Every node below `top`, in document order.
+    template <class Visit>
+    void ForEachInside(NodeHandle top, const Visit& visit) const
+    {
+        for (NodeHandle node = tree_.FirstChild(top); node != kNoNodeHandle;) {
+            visit(node);
+            NodeHandle next = tree_.FirstChild(node);
+            for (; next == kNoNodeHandle && node != top; node = tree_.Parent(node)) {
+                next = tree_.NextSibling(node);
+            }
+            node = next;
+        }
+    }
+
+    const Document& panel_;
+    const TreeReader tree_;
+    PanelSink& sink_;
+    PanelItem item_;
+};
 
 }  // namespace
 
-std::optional<PanelView> ReadPanelView(const Document& panel, const std::string& key)
+bool ReadPanelView(const Document& panel, const std::string& key, PanelSink& sink)
 {
     const ElementHandle container = FindContainer(panel, key);
     if (container == kNoElement) {
-        return std::nullopt;
+        return false;
     }
     PanelView view;
-    view.key = AttributeOf(panel, container, "doc-view-addr");
+    view.key = panel.Attribute(container, "doc-view-addr").value_or("");
     view.visible = IsVisible(panel, container);
     view.loading = IsLoading(panel, container);
     if (const ElementHandle message =
@@ -200,11 +270,28 @@ std::optional<PanelView> ReadPanelView(const Document& panel, const std::string&
         const ElementHandle button = First(panel, container, std::string("#") + kPanelButtons[i]);
         view.buttonDisabled[i] = (panel.State(button) & HtmlEngine::ElementState::kDisabled) != 0;
     }
-    for (const ElementHandle item :
-         All(panel, container, "div.results-container > ul[page-item]")) {
-        view.pages.push_back(ReadPage(panel, item));
-    }
-    return view;
+    sink.TakeView(view);
+
+    ItemReader items(panel, sink);
+    const auto readPage = [&](ElementHandle element) {
+        PanelPage page;
+        const std::string index = panel.Attribute(element, "page-item").value_or("");
+        page.index = static_cast<std::uint32_t>(std::strtoul(index.c_str(), nullptr, 10));
+        page.caption = panel.TextContent(First(panel, element, "div.icon"));
+        page.state = StateOf(panel, First(panel, element, "li[page-index]"));
+        sink.TakePage(page);
+        items.ReadItems(element);
+        return true;
+    };
+    panel.SelectAll(container, "div.results-container > ul[page-item]", readPage);
+    return true;
+}
+
+std::optional<PanelView> ReadPanelView(const Document& panel, const std::string& key)
+{
+    PanelView view;
+    PanelViewCollector collector(view);
+    return ReadPanelView(panel, key, collector) ? std::optional(std::move(view)) : std::nullopt;
 }
 
 }  // namespace Workbench

@@ -52,7 +52,35 @@ struct PanelView {
     std::vector<PanelPage> pages;
 };
 
-// Content of the container with that key; nullopt when the panel has none.
+// Takes a view's content in order, as it is read.
+class PanelSink {
+public:
+    virtual ~PanelSink() = default;
+
+    // First, without the pages.
+    virtual void TakeView(const PanelView& view) = 0;
+    // Each page without its items, which follow.
+    virtual void TakePage(const PanelPage& page) = 0;
+    virtual void TakeItem(const PanelItem& item) = 0;
+};
+
+// Puts the pieces together to a whole view.
+class PanelViewCollector final : public PanelSink {
+public:
+    explicit PanelViewCollector(PanelView& view) : view_(view) {}
+
+    void TakeView(const PanelView& view) override { view_ = view; }
+    void TakePage(const PanelPage& page) override { view_.pages.push_back(page); }
+    void TakeItem(const PanelItem& item) override { view_.pages.back().items.push_back(item); }
+
+private:
+    PanelView& view_;
+};
+
+// Reads the content of the container with that key; false when the panel has none.
+bool ReadPanelView(const HtmlEngine::Document& panel, const std::string& key, PanelSink& sink);
+
+// The same as a whole; nullopt when the panel has none.
 std::optional<PanelView> ReadPanelView(const HtmlEngine::Document& panel, const std::string& key);
 
 }  // namespace Workbench

@@ -1,17 +1,16 @@
 #include "driver/PanelReport.h"
 
+#include "driver/JsonText.h"
+
 #include <nlohmann/json.hpp>
+
+#include <string_view>
 
 namespace Workbench {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json OrNull(const std::optional<std::string>& text)
-{
-    return text ? Json(*text) : Json(nullptr);
-}
 
 const char* NameOf(PanelPageState state)
 {
@@ -26,86 +25,162 @@ const char* NameOf(PanelPageState state)
     return "none";
 }
 
-Json ToJson(const PanelTooltip& tooltip)
+const char* NameOf(bool value)
 {
-    return {{"linked", tooltip.linked},
-            {"subject", tooltip.subject},
-            {"title", tooltip.title},
-            {"created", OrNull(tooltip.created)},
-            {"modified", OrNull(tooltip.modified)}};
+    return value ? "true" : "false";
 }
 
-Json ToJson(const PanelItem& item)
+void AppendTextOrNull(std::string& out, const std::optional<std::string>& text)
 {
-    return {{"annotName", item.annotName},       {"classes", item.classes},
-            {"current", item.current},           {"title", item.title},
-            {"contents", OrNull(item.contents)}, {"tooltip", ToJson(item.tooltip)}};
-}
-
-Json ToJson(const PanelPage& page)
-{
-    Json items = Json::array();
-    for (const PanelItem& item : page.items) {
-        items.push_back(ToJson(item));
+    if (text) {
+        AppendJsonText(out, *text);
+    } else {
+        out += "null";
     }
-    return {{"index", page.index},
-            {"caption", page.caption},
-            {"state", NameOf(page.state)},
-            {"items", std::move(items)}};
 }
 
 // Markup of contents as lines of text: breaks become line ends, other tags stay.
-std::string Indented(std::string markup, const std::string& indent)
+void AppendIndented(std::string& out, std::string_view markup, std::string_view indent)
 {
     constexpr std::string_view kBreak = "<br>";
-    std::size_t position = 0;
-    while ((position = markup.find(kBreak, position)) != std::string::npos) {
-        markup.replace(position, kBreak.size(), "\n" + indent);
-        position += indent.size() + 1;
+    out += indent;
+    for (std::size_t end = 0; (end = markup.find(kBreak)) != markup.npos;) {
+        out.append(markup.substr(0, end)).append("\n").append(indent);
+        markup.remove_prefix(end + kBreak.size());
     }
-    return indent + markup + "\n";
-}
-
-std::string ToText(const PanelItem& item)
-{
-    std::string text = item.current ? "   > " : "     ";
-    text += item.annotName + "  " + item.title;
-    if (item.tooltip.subject != item.title) {
-        text += ", " + item.tooltip.subject;
-    }
-    if (item.tooltip.title != item.title) {
-        text += ", " + item.tooltip.title;
-    }
-    if (const auto& date = item.tooltip.modified ? item.tooltip.modified : item.tooltip.created) {
-        text += ", " + *date;
-    }
-    text += "\n";
-    if (item.contents) {
-        text += Indented(*item.contents, "          ");
-    }
-    return text;
+    out.append(markup).append("\n");
 }
 
 }  // namespace
 
-Json ToJson(const PanelView& view, const std::string& file)
+// --- JSON ---
+
+JsonReport::JsonReport(TextBlocks& text, const std::string& file) : text_(text)
 {
-    Json buttons = Json::object();
-    for (std::size_t i = 0; i < kPanelButtons.size(); ++i) {
-        buttons[kPanelButtons[i]] = {{"disabled", view.buttonDisabled[i]}};
-    }
-    Json pages = Json::array();
-    for (const PanelPage& page : view.pages) {
-        pages.push_back(ToJson(page));
-    }
-    return {{"file", file},
-            {"key", view.key},
-            {"visible", view.visible},
-            {"loading", view.loading},
-            {"noItems", OrNull(view.noItems)},
-            {"buttons", std::move(buttons)},
-            {"pages", std::move(pages)}};
+    text_.End() += "{\"file\":" + ToLine(file);
 }
+
+void JsonReport::TakeView(const PanelView& view)
+{
+    std::string& out = text_.End();
+    out += ",\"key\":";
+    AppendJsonText(out, view.key);
+    out.append(",\"visible\":").append(NameOf(view.visible));
+    out.append(",\"loading\":").append(NameOf(view.loading));
+    out += ",\"noItems\":";
+    AppendTextOrNull(out, view.noItems);
+    out += ",\"buttons\":{";
+    for (std::size_t i = 0; i < kPanelButtons.size(); ++i) {
+        out.append(i == 0 ? "\"" : ",\"").append(kPanelButtons[i]);
+        out.append("\":{\"disabled\":").append(NameOf(view.buttonDisabled[i])).append("}");
+    }
+    out += "},\"pages\":[";
+}
+
+void JsonReport::EndPage()
+{
+    if (hasPages_) {
+        text_.End() += "]}";
+    }
+}
+
+void JsonReport::TakePage(const PanelPage& page)
+{
+    EndPage();
+    std::string& out = text_.End();
+    out += hasPages_ ? ",{\"index\":" : "{\"index\":";
+    AppendNumber(out, page.index);
+    out += ",\"caption\":";
+    AppendJsonText(out, page.caption);
+    out.append(",\"state\":\"").append(NameOf(page.state)).append("\",\"items\":[");
+    hasPages_ = true;
+    hasItems_ = false;
+}
+
+void JsonReport::TakeItem(const PanelItem& item)
+{
+    std::string& out = text_.End();
+    out += hasItems_ ? ",{\"annotName\":" : "{\"annotName\":";
+    hasItems_ = true;
+    AppendJsonText(out, item.annotName);
+    out += ",\"classes\":[";
+    for (const std::string& name : item.classes) {
+        out += &name == &item.classes.front() ? "" : ",";
+        AppendJsonText(out, name);
+    }
+    out.append("],\"current\":").append(NameOf(item.current)).append(",\"title\":");
+    AppendJsonText(out, item.title);
+    out += ",\"contents\":";
+    AppendTextOrNull(out, item.contents);
+    out.append(",\"tooltip\":{\"linked\":").append(NameOf(item.tooltip.linked));
+    out += ",\"subject\":";
+    AppendJsonText(out, item.tooltip.subject);
+    out += ",\"title\":";
+    AppendJsonText(out, item.tooltip.title);
+    out += ",\"created\":";
+    AppendTextOrNull(out, item.tooltip.created);
+    out += ",\"modified\":";
+    AppendTextOrNull(out, item.tooltip.modified);
+    out += "}}";
+}
+
+void JsonReport::Finish(const BLDocumentViewObject* view)
+{
+    EndPage();
+    std::string& out = text_.End();
+    out += "]";
+    if (view != nullptr) {
+        out += ",\"view\":" + ToLine(ToJson(*view));
+    }
+    out += "}";
+}
+
+// --- Text ---
+
+TextReport::TextReport(TextBlocks& text, const std::string& file) : text_(text)
+{
+    text_.End() += file;
+}
+
+void TextReport::TakeView(const PanelView& view)
+{
+    std::string& out = text_.End();
+    out += view.visible ? "\n" : "  (not active)\n";
+    if (view.loading) {
+        out += "  loading\n";
+    }
+    if (view.noItems) {
+        out.append("  ").append(*view.noItems).append("\n");
+    }
+}
+
+void TextReport::TakePage(const PanelPage& page)
+{
+    const bool isClosed = page.state == PanelPageState::kCollapsed;
+    text_.End().append("  ").append(page.caption).append(isClosed ? "  (closed)\n" : "\n");
+}
+
+void TextReport::TakeItem(const PanelItem& item)
+{
+    std::string& out = text_.End();
+    out += item.current ? "   > " : "     ";
+    out.append(item.annotName).append("  ").append(item.title);
+    if (item.tooltip.subject != item.title) {
+        out.append(", ").append(item.tooltip.subject);
+    }
+    if (item.tooltip.title != item.title) {
+        out.append(", ").append(item.tooltip.title);
+    }
+    if (const auto& date = item.tooltip.modified ? item.tooltip.modified : item.tooltip.created) {
+        out.append(", ").append(*date);
+    }
+    out += "\n";
+    if (item.contents) {
+        AppendIndented(out, *item.contents, "          ");
+    }
+}
+
+// --- Parts of scripts' results ---
 
 Json ToJson(const BLDocumentViewObject& view)
 {
@@ -113,10 +188,11 @@ Json ToJson(const BLDocumentViewObject& view)
     const auto orNull = [&](Json value) { return request ? std::move(value) : Json(nullptr); };
     const BLGoToRequest shown = request.value_or(BLGoToRequest{});
     const _PDRect& target = shown.target;
+    const auto focused = view.FocusedPlace();
     return {{"page", orNull(shown.pageIndex)},
             {"target", orNull({target.left, target.bottom, target.right, target.top})},
             {"mode", orNull(shown.mode)},
-            {"focused", OrNull(view.FocusedPlace())}};
+            {"focused", focused ? Json(*focused) : Json(nullptr)}};
 }
 
 nlohmann::ordered_json ToJson(const std::vector<HostCall>& calls)
@@ -135,25 +211,6 @@ nlohmann::ordered_json ToJson(const std::vector<HostCall>& calls)
 std::string ToLine(const Json& json)
 {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-std::string ToText(const PanelView& view, const std::string& file)
-{
-    std::string text = file + (view.visible ? "" : "  (not active)") + "\n";
-    if (view.loading) {
-        text += "  loading\n";
-    }
-    if (view.noItems) {
-        text += "  " + *view.noItems + "\n";
-    }
-    for (const PanelPage& page : view.pages) {
-        text += "  " + page.caption +
-                (page.state == PanelPageState::kCollapsed ? "  (closed)" : "") + "\n";
-        for (const PanelItem& item : page.items) {
-            text += ToText(item);
-        }
-    }
-    return text;
 }
 
 }  // namespace Workbench

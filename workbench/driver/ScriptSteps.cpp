@@ -244,7 +244,7 @@ void Save(const StepCall& call)
 
 void Dump(const StepCall& call)
 {
-    call.output << ToLine(call.session.ReportWithViews()) << "\n";
+    call.output << call.session.Report(true);
 }
 
 void PrintCalls(const StepCall& call)

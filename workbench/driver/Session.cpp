@@ -27,7 +27,8 @@ DocumentFile Session::Read(const std::string& name) const
 
 DocumentFile Session::ReadFile(const std::string& file) const
 {
-    DocumentFile document = ReadDocument(file, {options_.password, options_.listAll});
+    DocumentFile document =
+        ReadDocument(file, {options_.password, options_.listAll, options_.forListing});
     document.name = file;
     return document;
 }
@@ -74,32 +75,34 @@ void Session::Settle()
     ThrowFailures();
 }
 
-PanelView Session::ReadView(const OpenDocument& document) const
+void Session::ReadView(const OpenDocument& document, PanelSink& sink) const
 {
-    auto view =
-        ReadPanelView(*host_.Panel().Document(), ContainerKey(document.view->View().AsInterface()));
-    if (!view) {
+    if (!ReadPanelView(*host_.Panel().Document(), ContainerKey(document.view->View().AsInterface()),
+                       sink)) {
         throw std::runtime_error(document.name + ": the panel has no container for its view");
     }
-    return *std::move(view);
 }
 
-nlohmann::ordered_json Session::Report() const
+PanelView Session::ReadView(const OpenDocument& document) const
 {
-    nlohmann::ordered_json views = nlohmann::ordered_json::array();
+    PanelView view;
+    PanelViewCollector collector(view);
+    ReadView(document, collector);
+    return view;
+}
+
+TextBlocks Session::Report(bool withViews) const
+{
+    TextBlocks text;
+    text.End() += "{\"views\":[";
     for (const auto& document : documents_.All()) {
-        views.push_back(ToJson(ReadView(*document), document->name));
+        text.End() += document == documents_.All().front() ? "" : ",";
+        JsonReport report(text, document->name);
+        ReadView(*document, report);
+        report.Finish(withViews ? &document->view->View() : nullptr);
     }
-    return {{"views", std::move(views)}};
-}
-
-nlohmann::ordered_json Session::ReportWithViews() const
-{
-    nlohmann::ordered_json report = Report();
-    for (std::size_t i = 0; i < documents_.All().size(); ++i) {
-        report["views"][i]["view"] = ToJson(documents_.All()[i]->view->View());
-    }
-    return report;
+    text.End() += "]}\n";
+    return text;
 }
 
 nlohmann::ordered_json Session::CheckConsistency()

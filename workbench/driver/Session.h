@@ -3,6 +3,7 @@
 
 #include "actions/OpenDocuments.h"
 #include "driver/PanelReader.h"
+#include "driver/TextBlocks.h"
 #include "services/Host.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -15,8 +16,9 @@ namespace Workbench {
 
 struct SessionOptions {
     HostOptions host;
-    bool listAll = false;  // list every annotation, whatever its subtype and flags
-    std::string password;  // for files that need one
+    bool listAll = false;     // list every annotation, whatever its subtype and flags
+    std::string password;     // for files that need one
+    bool forListing = false;  // files are listed and nothing else
     std::chrono::seconds waitLimit = std::chrono::seconds(300);
 };
 
@@ -52,14 +54,14 @@ public:
     OpenDocuments& Documents() noexcept { return documents_; }
     const OpenDocuments& Documents() const noexcept { return documents_; }
 
-    // The panel's content for an open document. Throws std::runtime_error when the panel has no
-    // container for it.
+    // Reads the panel's content for an open document. Throws std::runtime_error when the panel has
+    // no container for it.
+    void ReadView(const OpenDocument& document, PanelSink& sink) const;
     PanelView ReadView(const OpenDocument& document) const;
 
-    // {"views": [...]} of the open views, as for --json; ReportWithViews adds each view's last
-    // go-to request and focus.
-    nlohmann::ordered_json Report() const;
-    nlohmann::ordered_json ReportWithViews() const;
+    // {"views": [...]} of the open views in a line, as for --json; `withViews` adds each view's
+    // last go-to request and focus.
+    TextBlocks Report(bool withViews) const;
 
     // {"consistent": true} when the panel has one container for each open view and every list
     // equals a fresh rendering of its document, lists that are being rendered excluded; else the

@@ -262,8 +262,13 @@ Result Document::RemoveAttribute(ElementHandle element, std::string_view name)
 
 std::string Document::Style(ElementHandle element, std::string_view property) const
 {
-    const std::optional<std::string> text = Attribute(element, "style");
-    return text.has_value() ? std::string(InlineStyle(*text).Get(property)) : std::string();
+    const NodeId id = parts_->Resolve(element);
+    const Atom style =
+        id == kNoNode ? kNoAtom
+                      : parts_->At(id).element.attributes.Find(parts_->tree.Names().styleAttribute);
+    return style == kNoAtom
+               ? std::string()
+               : std::string(InlineStyle(parts_->tree.Atoms().Text(style)).Get(property));
 }
 
 Result Document::SetStyle(ElementHandle element, std::string_view property, std::string_view value)

@@ -1,6 +1,6 @@
 #include "web/PanelWriter.h"
 
-#include "web/JsonText.h"
+#include "driver/JsonText.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "web/JsonText.h"
+#include "driver/JsonText.h"
 
 #include <array>
 
