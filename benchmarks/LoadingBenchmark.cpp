@@ -23,7 +23,7 @@ public:
     {
         lastEnd = Clock::now();
     }
-    void OnRemoved(HtmlEngine::NodeHandle, HtmlEngine::NodeHandle,
+    void OnRemoved(HtmlEngine::NodeHandle, HtmlEngine::NodeHandle, HtmlEngine::NodeHandle,
                    HtmlEngine::NodeHandle) noexcept override
     {
     }

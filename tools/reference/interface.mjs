@@ -19,7 +19,7 @@ const kSupport = 'Support/include/service-common';
 const kEngine = 'App/include/ui-engine';
 const kInterfaces = filesBelow('App/include', '.SO.h')
     .map((path) => readHeader(path))
-    .toSorted((left, right) => (nameOf(left) < nameOf(right) ? -1 : 1));
+    .sort((left, right) => (nameOf(left) < nameOf(right) ? -1 : 1));
 // The chapters: headers of the module's interfaces, of the host's, and what both stand on.
 const kChapters = [
     [
@@ -223,7 +223,7 @@ function entriesOf({body}) {
         .filter(
             ({kind, name}) => ['method', 'event', 'alias'].includes(kind) && name !== 'Catalogue',
         )
-        .toSorted((left, right) => (left.slot ?? -1) - (right.slot ?? -1));
+        .sort((left, right) => (left.slot ?? -1) - (right.slot ?? -1));
 }
 
 function slotCount(entries) {
@@ -445,7 +445,7 @@ function overview() {
     );
     return table(
         ['interface', 'implemented by', 'methods at slots', 'events at slots'],
-        rows.toSorted(([left], [right]) =>
+        [...rows].sort(([left], [right]) =>
             left.replace(']', ' ').localeCompare(right.replace(']', ' ')),
         ),
     );

@@ -1,6 +1,6 @@
 #include "web/ClientView.h"
 
-#include "web/JsonText.h"
+#include "driver/JsonText.h"
 
 #include <algorithm>
 #include <iterator>
