@@ -238,6 +238,7 @@ describe('The panel in the browser', () => {
             await (await other.show('0_1')).click();
             const states = {
                 list: () => {},
+                find: () => other.page.keyboard.press('Control+f'),
                 menu: () => other.page.getByRole('button', {name: 'View', exact: true}).click(),
                 dialog: async () => {
                     await other.page.keyboard.press('Escape');

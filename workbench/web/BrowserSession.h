@@ -8,6 +8,7 @@
 #include "services/PanelElements.h"
 #include "web/BrowserClients.h"
 #include "web/Commands.h"
+#include "web/CommentFinder.h"
 #include "web/CurrentComment.h"
 #include "web/DocumentContents.h"
 #include "web/DocumentJobs.h"
@@ -119,6 +120,7 @@ public:
     DocumentJobs& Jobs() noexcept { return jobs_; }
     DocumentContents& Contents() noexcept { return contents_; }
     SavePrompt& Prompt() noexcept { return prompt_; }
+    CommentFinder& Finder() noexcept { return finder_; }
     RecoveryKeeper& Recovery() noexcept { return recovery_; }
     PanelStream& PanelTree() noexcept { return panel_; }
     CurrentComment& Current(const OpenDocument& document);
@@ -146,6 +148,7 @@ private:
     DocumentContents contents_;
     SavePrompt prompt_;
     RecoveryKeeper recovery_;
+    CommentFinder finder_;
     PanelStream panel_;
     std::map<DocumentNumber, CurrentComment> currents_;
 
