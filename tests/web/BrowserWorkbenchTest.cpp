@@ -935,6 +935,10 @@ TEST_F(Browsing, ServesFilesOfItsOwnAndOfThePanel)
     const HttpResult image =
         Get(workbench->Address(), "/panel/document-panel-comments/text-ico.png");
     EXPECT_THAT(image.header, HasSubstr("Content-Type: image/png"));
+    const HttpResult drawing =
+        Get(workbench->Address(), "/panel/document-panel-comments/artwork/text-ico.svg");
+    EXPECT_THAT(drawing.header, HasSubstr("Content-Type: image/svg+xml"));
+    EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/artwork").status, 404);
     EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/panel.htm").status, 404);
     EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/none.css").status, 404);
     EXPECT_EQ(Get(workbench->Address(), "/app/none.js").status, 404);
