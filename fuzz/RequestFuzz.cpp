@@ -64,7 +64,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     static const AccessGuard guard(80, "token");
     static FailureLog failures;
     static UiThreadLoop loop(failures);
-    static RequestRouter router(loop, {client, {}, {}});
+    static RequestRouter router(loop, {client, {}, {}, {}});
 
     const std::string_view input = TextOf(data, size);
     http::request_parser<http::string_body> parser;

@@ -461,6 +461,9 @@ describe('Editing in the browser', () => {
             await expectLastPage(slots, name);
         }
         await chooseInMenu('View', 'Two documents');
+        for (const name of ['Document in the first half', 'Document in the second half']) {
+            assert.equal(await window.page.getByRole('combobox', {name}).count(), 1, name);
+        }
         await expectLastPage(
             slots.filter({has: window.page.locator('.page[data-page="5"]')}),
             'sample.pdf',

@@ -190,6 +190,29 @@ describe('The panel in the browser', () => {
         assert.ok(isInside);
     });
 
+    test('draws icons as sharply as the screen is', async () => {
+        for (const [deviceScaleFactor, kind] of [
+            [1, 'png'],
+            [1.1, 'svg'],
+            [2, 'svg'],
+        ]) {
+            const other = await PageWindow.open(browser, workbench, {options: {deviceScaleFactor}});
+            await other.expectListed();
+            const address = await other.item('0_0').evaluate((item) => {
+                const {backgroundImage} = item.ownerDocument.defaultView.getComputedStyle(item);
+                return backgroundImage.slice('url("'.length, -'")'.length);
+            });
+            assert.match(address, new RegExp(`/highlight-ico.${kind}$`));
+            const size = await other.page.evaluate(async (src) => {
+                const image = Object.assign(new Image(), {src});
+                await image.decode();
+                return [image.naturalWidth, image.naturalHeight];
+            }, address);
+            assert.deepEqual(size, [16, 16]);
+            await other.close();
+        }
+    });
+
     test('makes an annotation current that is clicked on its page', async () => {
         await (await window.show('0_0')).click();
         await window.page.locator('.page[data-page="0"] .annotation').nth(2).click();
@@ -238,6 +261,7 @@ describe('The panel in the browser', () => {
             await (await other.show('0_1')).click();
             const states = {
                 list: () => {},
+                find: () => other.page.keyboard.press('Control+f'),
                 menu: () => other.page.getByRole('button', {name: 'View', exact: true}).click(),
                 dialog: async () => {
                     await other.page.keyboard.press('Escape');

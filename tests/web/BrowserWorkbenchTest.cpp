@@ -2,7 +2,9 @@
 // effects on documents, files and the panel.
 #include "RunningWorkbench.h"
 #include "documents/QpdfDocument.h"
+#include "service-common/UnicodeText.h"
 #include "web/Author.h"
+#include "web/CommentSearch.h"
 #include "web/DocumentJson.h"
 #include "web/RecoveryCopies.h"
 #include "web/StopSignals.h"
@@ -279,6 +281,9 @@ TEST_F(Browsing, RefusesCommandsWithAReason)
         {"save-copy", {{"document", 1}, {"path", Path("damaged.pdf")}}, "damaged.pdf", "exists"},
         {"save-copy", {{"document", 1}, {"path", Path("no/such/folder.pdf")}}, "folder", "write"},
         {"locale", {{"locale", "xx"}}, "xx", ""},
+        {"find", {{"document", 1}, {"text", ""}}, "text", ""},
+        {"find", {{"document", 1}, {"text", "x"}, {"step", "up"}}, "up", ""},
+        {"find", {{"document", 9}, {"text", "x"}}, "no open document 9", "gone"},
         {"focus", {{"document", 1}, {"page", 0}, {"index", 999}}, "999", "gone"},
         {"annotations", {{"document", 1}, {"page", 99}}, "99", "gone"},
         {"add", {{"document", 2}, {"page", 0}, {"subtype", "Text"}}, "read-only", "read-only"},
@@ -490,6 +495,110 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     client->Fence();
     EXPECT_EQ(pressDelete(*client, nullptr), "folded");
     EXPECT_EQ(client->Document(1).at("undo"), "insert-page");
+}
+
+TEST_F(Browsing, FindsCommentsInTheOrderOfTheList)
+{
+    Start({"a.pdf"});
+    const auto find = [&](const char* text, const char* step) {
+        Json fields = {{"document", 1}, {"text", text}};
+        if (*step != 0) {
+            fields["step"] = step;
+        }
+        const Json reply = Do("find", fields);
+        return Json{reply.at("number"), reply.at("count"), reply.at("page"), reply.at("index")};
+    };
+    const auto current = [&]() -> Json {
+        const Json document = client->Document(1);
+        return {document.at("current").at("page"), document.at("current").at("index")};
+    };
+    const struct {
+        const char* text;
+        const char* step;
+        Json found;    // number, count, page, index
+        Json current;  // afterwards
+    } rows[] = {
+        {"survey", "", {nullptr, 2, nullptr, nullptr}, {0, 0}},
+        {"survey", "here", {1, 2, 0, 1}, {0, 1}},
+        {"SURVEY", "here", {1, 2, 0, 1}, {0, 1}},
+        {"survey", "next", {2, 2, 0, 5}, {0, 5}},
+        {"survey", "next", {1, 2, 0, 1}, {0, 1}},
+        {"survey", "previous", {2, 2, 0, 5}, {0, 5}},
+        {"rivera", "here", {1, 1, 0, 2}, {0, 2}},  // an author
+        {"praise", "next", {1, 1, 0, 0}, {0, 0}},  // a subject
+        {"strikeout", "", {nullptr, 0, nullptr, nullptr}, {0, 0}},
+        {"strikeout", "next", {nullptr, 0, nullptr, nullptr}, {0, 0}},
+        {"<u>", "here", {nullptr, 0, nullptr, nullptr}, {0, 0}},
+        {"underlined, x2, h2o", "here", {1, 1, 4, 4}, {4, 4}},
+        {"layout", "previous", {6, 6, 1, 5}, {1, 5}},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(find(row.text, row.step), row.found) << row.text << " " << row.step;
+        EXPECT_EQ(current(), row.current) << row.text << " " << row.step;
+    }
+    ExpectSameTree(*client);
+    Do("edit", {{"document", 1}, {"page", 1}, {"index", 0}, {"contents", "Survey"}});
+    EXPECT_EQ(find("survey", "previous"), (Json{3, 3, 1, 0})) << "of the present revision";
+    EXPECT_EQ(Do("find", {{"document", 1}, {"text", "survey"}}).at("revision"),
+              client->Document(1).at("revision"));
+}
+
+TEST_F(Browsing, RepliesToEverySearchThatAnotherOneFollows)
+{
+    workbench = std::make_unique<RunningWorkbench>(std::vector<std::string>{},
+                                                   std::vector<std::string>{"5000:50"});
+    client = Connect();
+    const int count = 20;
+    for (int i = 0; i < count; ++i) {
+        client->Send({{"type", "command"},
+                      {"id", 900 + i},
+                      {"name", "find"},
+                      {"document", 1},
+                      {"text", i % 2 == 0 ? "e" : "a"}});
+    }
+    std::vector<Json> replies;
+    while (replies.size() < count) {
+        replies.push_back(
+            client->ReadUntil([](const Json& message) { return message.at("type") == "reply"; }));
+    }
+    for (const Json& reply : replies) {
+        EXPECT_TRUE(reply.at("error").is_null() || reply.at("reason") == "superseded") << reply;
+    }
+    EXPECT_EQ(replies.back().at("id"), 900 + count - 1);
+    EXPECT_EQ(replies.back().at("count"), Do("find", {{"document", 1}, {"text", "A"}}).at("count"));
+}
+
+TEST(CommentSearch, ComparesWhatTheListShowsWithoutCase)
+{
+    const struct {
+        const char16_t* contents;
+        const char16_t* text;
+        bool isFound;
+    } rows[] = {
+        {u"Grüße", u"GRÜßE", true},
+        {u"Grüße", u"grusse", false},
+        {u"ΟΔΟΣ οδος", u"οδοσ ΟΔΟΣ", true},
+        {u"\u212A\u017F", u"KS", true},
+        {u"\U00010400", u"\U00010428", true},
+        {u"\xD801", u"\xD801", true},
+        {u"one\r\n  two\u00A0three", u"one two three", true},
+        {u"one two", u"one  two", true},
+        {u"onetwo", u"one two", false},
+        {u"x<sup>2</sup>, <b>H</b>2O", u"x2, h2o", true},
+        {u"x<sup>2</sup>", u"sup", false},
+        {u"one<br>two<p>three", u"one two three", true},
+        {u"a &lt; b", u"a < b", true},
+        {u"a < b &c", u"A < B &C", true},
+        {u"<script>one</script>two", u"one", false},
+        {u"<i>one</p></li>two", u"two", true},
+        {u"a.c", u"a?c", false},
+        {u"", u"a", false},
+    };
+    for (const auto& row : rows) {
+        const std::u16string shown = Workbench::FoldText(Workbench::ShownText(row.contents));
+        EXPECT_EQ(shown.find(Workbench::FoldText(row.text)) != shown.npos, row.isFound)
+            << UnicodeText::ToUtf8(row.contents);
+    }
 }
 
 TEST_F(Browsing, MarksTextByQuadsUnderTheGivenAuthor)
@@ -826,6 +935,10 @@ TEST_F(Browsing, ServesFilesOfItsOwnAndOfThePanel)
     const HttpResult image =
         Get(workbench->Address(), "/panel/document-panel-comments/text-ico.png");
     EXPECT_THAT(image.header, HasSubstr("Content-Type: image/png"));
+    const HttpResult drawing =
+        Get(workbench->Address(), "/panel/document-panel-comments/artwork/text-ico.svg");
+    EXPECT_THAT(drawing.header, HasSubstr("Content-Type: image/svg+xml"));
+    EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/artwork").status, 404);
     EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/panel.htm").status, 404);
     EXPECT_EQ(Get(workbench->Address(), "/panel/document-panel-comments/none.css").status, 404);
     EXPECT_EQ(Get(workbench->Address(), "/app/none.js").status, 404);

@@ -100,6 +100,18 @@ TEST(StyleAdapter, RemovesCollapsedElementsFromLayout)
     EXPECT_EQ(AdaptStyleSheet("a{visibility:hidden}"), "a{visibility:hidden}");
 }
 
+TEST(StyleAdapter, DrawsImagesFromTheirVectorSources)
+{
+    EXPECT_EQ(AdaptStyleSheet("a:current{background: url(x-y.png) 0 0 !important}"),
+              "a[wb-current]{background: url(x-y.png) 0 0 !important}\n"
+              "@media not all and (resolution: 1dppx) { a[wb-current] { background-image: "
+              "url(artwork/x-y.svg) !important; } }");
+    for (const char* other : {"a{background:url(../x.png)}", "a{background:url(x.svg)}",
+                              "a{background:red}", "a{x:url(x.png)}"}) {
+        EXPECT_EQ(AdaptStyleSheet(other), other);
+    }
+}
+
 std::string ReadSheet(const std::string& name)
 {
     std::ifstream stream(std::string(PANEL_RESOURCES) + "/" + name, std::ios::binary);

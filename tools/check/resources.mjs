@@ -36,7 +36,12 @@ function namedBy(path) {
         }
         // The host's part of the panel's resources.
         const common = name.match(/^(?:\.\.\/)+(common\/.*)/);
-        return common ? join(kPage, common[1]) : join(dirname(path), name);
+        const drawing = name.match(/^(?:\.\.\/)+panel\/document-panel-comments\/(artwork\/.*)/);
+        return (
+            (common && join(kPage, common[1])) ||
+            (drawing && join(kPanel, drawing[1])) ||
+            join(dirname(path), name)
+        );
     });
 }
 

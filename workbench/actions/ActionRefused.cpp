@@ -41,6 +41,8 @@ const char* WordOf(RefusalReason reason) noexcept
         return "folded";
     case RefusalReason::kLastPage:
         return "last-page";
+    case RefusalReason::kSuperseded:
+        return "superseded";
     }
     return "";
 }

@@ -28,6 +28,7 @@ enum class RefusalReason : std::uint8_t {
     kListing,        // the list is being rendered
     kFolded,         // the current comment's page item is collapsed
     kLastPage,       // the only page of a document cannot be deleted
+    kSuperseded,     // the client has sent another search meanwhile
 };
 
 // The reason in the browser protocol ("read-only"); empty for kOther.

@@ -37,6 +37,7 @@ BrowserSession::BrowserSession(Host& host, OpenDocuments& documents, WorkerThrea
       contents_(*this),
       prompt_(*this),
       recovery_(*this, options.recovery),
+      finder_(*this),
       panel_(*host.Panel().Document())
 {
     host_.Panel().SetScrollCallback([this](ElementHandle element) {
@@ -74,6 +75,7 @@ void BrowserSession::Disconnect(SocketNumber client)
 {
     clients_.Remove(client);
     panel_.Disconnect(client);
+    finder_.Forget(client);
 }
 
 void BrowserSession::Receive(SocketNumber client, const std::string& text)

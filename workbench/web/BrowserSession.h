@@ -9,6 +9,7 @@
 #include "web/AnnotationLists.h"
 #include "web/BrowserClients.h"
 #include "web/Commands.h"
+#include "web/CommentFinder.h"
 #include "web/CurrentComment.h"
 #include "web/DocumentContents.h"
 #include "web/DocumentJobs.h"
@@ -121,6 +122,7 @@ public:
     AnnotationLists& Annotations() noexcept { return annotations_; }
     DocumentContents& Contents() noexcept { return contents_; }
     SavePrompt& Prompt() noexcept { return prompt_; }
+    CommentFinder& Finder() noexcept { return finder_; }
     RecoveryKeeper& Recovery() noexcept { return recovery_; }
     PanelStream& PanelTree() noexcept { return panel_; }
     CurrentComment& Current(const OpenDocument& document);
@@ -149,6 +151,7 @@ private:
     DocumentContents contents_;
     SavePrompt prompt_;
     RecoveryKeeper recovery_;
+    CommentFinder finder_;
     PanelStream panel_;
     std::map<DocumentNumber, CurrentComment> currents_;
 

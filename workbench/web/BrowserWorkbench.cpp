@@ -17,8 +17,9 @@ BrowserWorkbench::BrowserWorkbench(BrowserOptions options)
     : options_(std::move(options)),
       session_(options_.request.session, 1),
       workers_(TheHost().State().loop),
-      router_(TheHost().State().loop, {options_.folders.client, options_.folders.pdfjs,
-                                       options_.request.session.host.locales})
+      router_(TheHost().State().loop,
+              {options_.folders.client, options_.folders.pdfjs, options_.folders.artwork,
+               options_.request.session.host.locales})
 {
     OpenDocuments();
 }

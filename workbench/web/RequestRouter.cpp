@@ -44,7 +44,7 @@ DocumentNumber NumberIn(const std::string& text)
 
 ServedFolders DefaultServedFolders()
 {
-    return {ProgramFolder() / "web", ProgramFolder() / "pdfjs", {}};
+    return {ProgramFolder() / "web", ProgramFolder() / "pdfjs", ProgramFolder() / "artwork", {}};
 }
 
 RequestRouter::RequestRouter(UiThreadLoop& loop, ServedFolders folders)
@@ -110,16 +110,19 @@ HttpAnswer RequestRouter::LocalesAnswer() const
     return JsonAnswer(200, all);
 }
 
-// Style sheets and images of the panel. `common` is the host's part, in the web page's folder.
+// Style sheets and images of the panel. `common` is the host's part, in the web page's folder. The
+// module has no vector sources; they are those of the tree that it was built from.
 HttpAnswer RequestRouter::PanelResource(const Url& url) const
 {
     const std::string_view type = ContentTypeOf(url.path.back());
-    if (url.path.size() < 2 || (type != kStyleType && !type.starts_with("image/"))) {
+    if (url.path.size() < 3 || (type != kStyleType && !type.starts_with("image/"))) {
         return {.status = 404};
     }
     std::optional<std::string> bytes;
     if (url.path[1] == "common") {
         bytes = ReadServedFile(folders_.client, Below(url, 1));
+    } else if (url.path[1] == "document-panel-comments" && url.path[2] == "artwork") {
+        bytes = ReadServedFile(folders_.artwork, Below(url, 3));
     } else {
         std::string path;
         for (const std::string& step : Below(url, 1)) {

@@ -17,6 +17,7 @@ class BrowserSession;
 struct ServedFolders {
     std::filesystem::path client;  // the web page's own files
     std::filesystem::path pdfjs;
+    std::filesystem::path artwork;  // vector sources of the panel's images
     std::filesystem::path locales;  // one file per language; served as one answer
 };
 

@@ -286,6 +286,9 @@ private:
             Collapse(priority);
             return {};
         }
+        if (declaration.name == "background" || declaration.name == "background-image") {
+            Sharpen(text, priority);
+        }
         std::string adapted = WithSinglePercents(text);
         const std::string value = WithSinglePercents(declaration.value);
         if ((declaration.name == "width" || declaration.name == "height") && value == "100%") {
@@ -304,6 +307,25 @@ private:
                   "flex-shrink: var(--wb-full-" +
                   side + "); }";
         return "display: flex" + priority + "; flex-direction: " + direction + priority;
+    }
+
+    // An image beside the sheet is drawn from its vector source where a pixel of the sheet is not a
+    // pixel of the screen.
+    void Sharpen(Text text, const std::string& priority)
+    {
+        constexpr Text kBegin = "url(";
+        constexpr Text kEnd = ".png)";
+        const std::size_t begin = text.find(kBegin);
+        const std::size_t end = text.find(kEnd);
+        if (begin >= end || end == Text::npos) {
+            return;
+        }
+        const Text name = text.substr(begin + kBegin.size(), end - begin - kBegin.size());
+        if (std::all_of(name.begin(), name.end(), IsNameCharacter)) {
+            added_ += "\n@media not all and (resolution: 1dppx) { " + selectors_ +
+                      " { background-image: url(artwork/" + std::string(name) + ".svg)" + priority +
+                      "; } }";
+        }
     }
 
     void Collapse(const std::string& priority)

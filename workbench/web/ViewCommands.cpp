@@ -95,6 +95,7 @@ constexpr Command kCommands[] = {
     {"read-only", SetReadOnly, kWaits},
     {"locale", SetLocale},
     {"focus", Focus, false, kNamesPositions},
+    {"find", [](const CommandCall& call) { return call.session.Finder().Answer(call); }},
     {"current", GiveCurrent, kWaits},
     {"annotations", GiveAnnotations},
     {"recovery", [](const CommandCall& call) { return call.session.Recovery().Answer(call); },

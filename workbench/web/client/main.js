@@ -2,6 +2,7 @@
 
 import {Connection, socketAddress} from './connection.js';
 import {describeRefusal, Edits} from './edits.js';
+import {FindBar} from './find-bar.js';
 import {setFocusHome} from './focus-return.js';
 import {icon} from './icons.js';
 import {Notices} from './notices.js';
@@ -54,7 +55,7 @@ class Page {
             frame,
             this.connection,
             (reply) => this.edits.tellRefusal(reply),
-            () => this.statusLine.setCount(this.panel.commentCount),
+            () => this.#countComments(),
         );
         setFocusHome(() => this.panel.focusList());
         this.splitView = new SplitView(byId('pages'), this.#viewServices());
@@ -65,6 +66,7 @@ class Page {
         this.theme = new Theme((name) => this.panel.setTheme(name));
         this.toolbar = new Toolbar(byId('toolbar'), this);
         this.statusLine = new StatusLine(this.notices, byId('state'));
+        this.findBar = new FindBar(byId('find'), this.#findServices());
         new Splitter(byId('splitter'), byId('workspace'));
         this.#listenToControls();
         this.#listenToDrops([document, frame.contentDocument]);
@@ -136,6 +138,26 @@ class Page {
         };
     }
 
+    #findServices() {
+        const page = this;
+        return {
+            get active() {
+                return page.active;
+            },
+            get countWords() {
+                return page.statusLine.countWords;
+            },
+            search: (fields) => this.connection.command('find', fields),
+            reserve: (change) => this.panel.keepCurrentInSight(change),
+            leave: () => this.panel.focusList(),
+        };
+    }
+
+    find() {
+        this.#showView('comments');
+        this.findBar.open();
+    }
+
     // --- Messages ---
 
     #listenToWorkbench() {
@@ -176,8 +198,13 @@ class Page {
         this.splitView.update(documents, active);
         this.toolbar.update();
         this.statusLine.update(documents, this.active);
-        this.statusLine.setCount(this.panel.commentCount);
+        this.#countComments();
         this.#offerRecovery();
+    }
+
+    #countComments() {
+        this.statusLine.setCount(this.panel.commentCount);
+        this.findBar.update();
     }
 
     #nameWindow() {
@@ -228,6 +255,7 @@ class Page {
         this.splitView.translate();
         this.tabs.update(this.documents, this.activeId);
         this.statusLine.update(this.documents, this.active);
+        this.findBar.translate();
     }
 
     #connectionChanged(state) {
@@ -308,9 +336,8 @@ class Page {
     // --- Keyboard ---
 
     #shortcuts() {
-        const inPages = (event) =>
-            event.target.ownerDocument === document &&
-            (event.target === document.body || byId('pages').contains(event.target));
+        const isOnPages = (event) => byId('pages').contains(event.target);
+        const inPages = (event) => event.target === document.body || isOnPages(event);
         const zoom = (act) => (event) => {
             if (!inPages(event) || !this.view) {
                 return false;
@@ -329,13 +356,25 @@ class Page {
             'Ctrl+=': zoom((view) => view.step(true)),
             'Ctrl+-': zoom((view) => view.step(false)),
             'Ctrl+0': zoom((view) => view.fitWidth()),
+            'Ctrl+f': (event) => {
+                const isElsewhere =
+                    isField(event) || isOnPages(event) || event.target.closest?.('dialog');
+                return isElsewhere ? false : this.find();
+            },
             F2: () => this.editCurrent(),
+            F3: (event) => {
+                if (!this.findBar.isOpen || isOnPages(event)) {
+                    return false;
+                }
+                this.findBar.go(event.shiftKey ? 'previous' : 'next');
+                return true;
+            },
             F6: (event) => this.#switchRegion(event),
         };
     }
 
     #switchRegion(event) {
-        if (event.target.ownerDocument === document && byId('pages').contains(event.target)) {
+        if (byId('pages').contains(event.target)) {
             this.#showView('comments');
             this.panel.focusList();
         } else {

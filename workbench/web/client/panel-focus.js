@@ -1,6 +1,7 @@
 // Keyboard focus in the panel. The list has one tab stop: the current item, or the list itself when
 // no item is current or its page item is collapsed. Focus inside the list follows the current item.
 
+import {visibleRow} from './panel-lists.js';
 import {kCurrent, recordOf} from './panel-mirror.js';
 
 export class PanelFocus {
@@ -88,6 +89,19 @@ export class PanelFocus {
             : null;
     }
 
+    /// A function that brings the current item back into sight; null when it is not in sight now.
+    seenCurrent() {
+        const {list, currentItem} = this;
+        const row = currentItem && list?.rowOf(currentItem);
+        if (!row) {
+            return null;
+        }
+        const view = list.element.getBoundingClientRect();
+        const {top, bottom, height} = currentItem.getBoundingClientRect();
+        const isSeen = height > 0 && bottom > view.top && top < view.bottom;
+        return isSeen ? () => list.reveal(row) : null;
+    }
+
     /// Moves the keyboard focus into the list.
     enter() {
         this.#document.documentElement.setAttribute('wb-keyboard', '');
@@ -112,13 +126,11 @@ export class PanelFocus {
     }
 
     #follow(list, current) {
-        if (!current?.row || list.isFolded(current.row)) {
-            return;
-        }
-        if (this.#focusIsInList && this.#frameHasFocus()) {
-            list.focus(current.row);
-        } else {
-            list.reveal(current.row);
+        const row = current?.row && visibleRow(list, current.row);
+        if (row && row === current.row && this.#focusIsInList && this.#frameHasFocus()) {
+            list.focus(row);
+        } else if (row) {
+            list.reveal(row);
         }
     }
 

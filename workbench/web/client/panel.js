@@ -2,7 +2,7 @@
 // messages; roles, keyboard focus, input and tooltips work on its elements.
 
 import {PanelFocus} from './panel-focus.js';
-import {PanelLists} from './panel-lists.js';
+import {PanelLists, visibleRow} from './panel-lists.js';
 import {PanelMirror} from './panel-mirror.js';
 import {listenToInput} from './panel-input.js';
 import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
@@ -123,6 +123,14 @@ export class Panel {
         this.document.documentElement.setAttribute('wb-theme', name);
     }
 
+    /// Makes a change that may take space from the list. The current item stays in sight if it is.
+    keepCurrentInSight(change) {
+        const keep = this.#focus.seenCurrent();
+        change();
+        keep?.();
+        this.#lists.settle();
+    }
+
     focusList() {
         this.#focus.enter();
     }
@@ -179,8 +187,9 @@ export class Panel {
     }
 
     #scrollTo({scrollTo, row}) {
+        const list = row && this.#lists.withId(row.list);
         if (row) {
-            this.#lists.withId(row.list)?.reveal(row);
+            list?.reveal(visibleRow(list, row));
         } else {
             this.#mirror.node(scrollTo)?.scrollIntoView({block: 'nearest'});
         }

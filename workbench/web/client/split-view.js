@@ -143,7 +143,8 @@ export class SplitView {
         if (!this.#isSplit) {
             return;
         }
-        slot.head.setAttribute('aria-label', text('split.document'));
+        const isFirst = slot === this.#slots[0];
+        slot.head.setAttribute('aria-label', text(isFirst ? 'split.first' : 'split.second'));
         slot.head.replaceChildren(
             ...this.#documents.map(({id, name}) => {
                 const option = document.createElement('option');

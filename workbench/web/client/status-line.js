@@ -70,11 +70,16 @@ export class StatusLine {
         }
     }
 
+    /// The number of comments of the active document in words; empty when it is not known.
+    get countWords() {
+        const number = this.#count?.toLocaleString(document.documentElement.lang);
+        return this.#active && number ? text('status.comments', number) : '';
+    }
+
     #showState() {
         const active = this.#active;
-        const number = this.#count?.toLocaleString(document.documentElement.lang);
         const words = [
-            active && number && text('status.comments', number),
+            this.countWords,
             active?.readOnly && text('status.readOnly'),
             active?.modified && text('status.kept'),
         ];

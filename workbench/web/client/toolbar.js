@@ -198,6 +198,7 @@ export class Toolbar {
             zoom('view.larger', 'Ctrl +', () => view.zoom.step(true)),
             zoom('view.smaller', 'Ctrl −', () => view.zoom.step(false)),
             zoom('view.fitWidth', 'Ctrl 0', () => view.zoom.fitWidth()),
+            {key: 'view.find', shortcut: 'Ctrl+F', act: () => this.#app.find()},
             {key: 'view.split', isChecked: split.isOn, act: () => split.toggle()},
             kLine,
             ...kThemes.map((name) =>

@@ -1,0 +1,172 @@
+// Finding comments by their texts, in the bar above the list.
+
+import assert from 'node:assert/strict';
+import {after, afterEach, before, describe, test} from 'node:test';
+
+import {PageWindow, startBrowser} from './support/browser.mjs';
+import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+
+describe('Finding comments', () => {
+    let browser;
+    let workbench;
+    let window;
+    let field;
+    let told;
+
+    before(async () => {
+        const folder = makeFolder();
+        browser = await startBrowser();
+        workbench = await Workbench.start(folder, [makeDocument(folder, 'sample.pdf', '--sample')]);
+        window = await PageWindow.open(browser, workbench);
+        await window.expectListed();
+        field = window.page.getByRole('textbox', {name: 'Find in comments'});
+        told = window.page.getByRole('search').getByRole('status');
+    });
+
+    after(async () => {
+        await window.close();
+        await browser.close();
+        await workbench.stop();
+    });
+
+    afterEach(() => window.expectSameTree());
+
+    const expectTold = (words) =>
+        window.until(
+            () => told.textContent(),
+            (now) => now === words,
+            `"${words}" is told`,
+        );
+
+    // Whether the current item is in the visible part of the list, below the caption of its page.
+    const isCurrentInSight = () =>
+        window.panel
+            .locator('.panel-content[wb-visibility="visible"] .results-container')
+            .evaluate((list) => {
+                const item = list.querySelector('li[wb-current]')?.getBoundingClientRect();
+                const view = list.getBoundingClientRect();
+                return item && item.top >= view.top + 24 && item.bottom <= view.bottom + 1;
+            });
+    const expectCurrentInSight = () =>
+        window.until(isCurrentInSight, Boolean, 'the current item is in sight');
+
+    const focusedName = () =>
+        window.page.evaluate(() =>
+            document
+                .getElementById('panel-frame')
+                .contentDocument.activeElement.getAttribute('annot-name'),
+        );
+
+    test('leads from match to match by the keys, and back to the list', async () => {
+        const {keyboard} = window.page;
+        const count = await window.itemCount();
+        await (await window.show('0_0')).click();
+        await keyboard.press('Control+f');
+        await expectTold(`Comments: ${count}`);
+        await keyboard.type('SURVEY');
+        await window.expectCurrent('0_1');
+        await expectTold('1 of 2');
+        const moves = [
+            ['Enter', '0_5', '2 of 2'],
+            ['F3', '0_1', '1 of 2'],
+            ['Shift+Enter', '0_5', '2 of 2'],
+            ['Shift+F3', '0_1', '1 of 2'],
+        ];
+        for (const [key, name, words] of moves) {
+            await keyboard.press(key);
+            await window.expectCurrent(name);
+            await expectTold(words);
+        }
+        await field.fill('nowhere at all');
+        await expectTold('Not found');
+        assert.equal(await window.currentName(), '0_1');
+        await keyboard.press('Escape');
+        await field.waitFor({state: 'hidden'});
+        await window.until(focusedName, (name) => name === '0_1', 'the focus is on the item');
+    });
+
+    test('finds what does not stand in the frame, also on a folded page', async () => {
+        const {keyboard} = window.page;
+        await keyboard.press('Control+f');
+        await field.fill('GRÜßE');
+        await window.expectCurrent('3_2');
+        await expectCurrentInSight();
+        await field.fill('thorough');
+        await expectTold('1 of 1');
+        await window.expectCurrent('4_0');
+        await window.button('collapse-all').click();
+        const page = window.panel.locator('li[page-index="1"]');
+        await field.fill('path of the cable');
+        await expectTold('1 of 1');
+        await window.until(() => window.isSettled(), Boolean, 'the list is shown');
+        assert.equal(await page.getAttribute('aria-expanded'), 'false', 'it stays folded');
+        await page.locator('div.icon').waitFor();
+        await window.button('expand-all').click();
+        await field.press('Escape');
+    });
+
+    test('tells the number of what becomes current by other means', async () => {
+        await (await window.show('0_0')).click();
+        await window.page.keyboard.press('Control+f');
+        await field.fill('layout');
+        await expectTold('1 of 6');
+        await (await window.show('1_3')).click();
+        await expectTold('4 of 6');
+        await (await window.show('0_0')).click();
+        await expectTold('Found: 6');
+        await window.expectCommand('remove', {document: 1, page: 1, index: 0});
+        await expectTold('1 of 5');
+        await window.expectCommand('undo', {document: 1});
+        await expectTold('1 of 6');
+        await window.page.getByRole('button', {name: 'Close the search (Escape)'}).click();
+    });
+
+    test("leaves the browser's own search to fields and pages", async () => {
+        const press = (focus) =>
+            window.page.evaluate((selector) => {
+                const target = document.querySelector(selector);
+                const event = new KeyboardEvent('keydown', {
+                    key: 'f',
+                    code: 'KeyF',
+                    ctrlKey: true,
+                    bubbles: true,
+                    cancelable: true,
+                });
+                return !target.dispatchEvent(event);
+            }, focus);
+        const rows = [
+            ['.page-field', false],
+            ['.scroller', false],
+            ['body', true],
+            ['#find input', false],
+        ];
+        for (const [focus, isTaken] of rows) {
+            assert.equal(await press(focus), isTaken, focus);
+        }
+        await window.page.keyboard.press('Escape');
+    });
+
+    test('leaves the current item in sight in a small window', async () => {
+        for (const [width, height] of [
+            [320, 640],
+            [320, 256],
+            [320, 200],
+        ]) {
+            await window.page.setViewportSize({width, height});
+            await (await window.show('4_4')).click();
+            await window.page.keyboard.press('ArrowUp');
+            await window.expectCurrent('4_2');
+            await window.page.keyboard.press('Control+f');
+            await field.waitFor();
+            await expectCurrentInSight();
+            await field.fill('H2O');
+            await window.expectCurrent('4_4');
+            await expectTold('1 of 1');
+            const close = window.page.getByRole('button', {name: 'Close the search'});
+            const {x, width: own} = await close.boundingBox();
+            assert.ok(x + own <= width, 'the bar has room for all of its parts');
+            await window.page.keyboard.press('Escape');
+        }
+        await window.page.setViewportSize({width: 1200, height: 800});
+    });
+});
