@@ -107,8 +107,9 @@ describe('Finding comments', () => {
 
     test('tells the number of what becomes current by other means', async () => {
         await (await window.show('0_0')).click();
-        await window.page.keyboard.press('Control+f');
-        await field.fill('layout');
+        await window.page.getByRole('button', {name: 'View', exact: true}).click();
+        await window.page.getByRole('menuitem', {name: 'Find in comments'}).click();
+        await window.page.keyboard.type('layout');
         await expectTold('1 of 6');
         await (await window.show('1_3')).click();
         await expectTold('4 of 6');

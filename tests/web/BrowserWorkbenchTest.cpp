@@ -1034,8 +1034,9 @@ TEST_F(Browsing, WritesRecoveryCopiesWithoutAnAnswer)
     } rows[] = {
         {"asked for",
          {SIGINT},
-         [this] {
-             client->Command("end", {{"unsaved", "copies"}});
+         [this] {  // rows that are asked for need not come any more
+             client->Send(
+                 {{"type", "command"}, {"id", 900}, {"name", "end"}, {"unsaved", "copies"}});
          }},
         {"once more", {SIGINT, SIGINT}, [] {}, milliseconds(3'600'000), false},
         {"the last client disconnects", {SIGINT}, [this] { client.reset(); }},
