@@ -170,9 +170,11 @@ export class PanelList {
         return items?.children[item - from] ?? null;
     }
 
-    /// Scrolls as little as possible to show a row, once it has come.
+    /// Scrolls as little as possible to show a row, once it has come; the caption of a folded page.
     reveal(row) {
-        this.#revealed = row.page < this.#layout.pageCount ? row : null;
+        const isFolded = this.#layout.isFolded(row.page);
+        const shown = {page: row.page, item: isFolded ? null : row.item};
+        this.#revealed = row.page < this.#layout.pageCount ? shown : null;
     }
 
     /// The same, and moves the focus there.
