@@ -90,12 +90,12 @@ describe('Ten thousand comments', () => {
                 const edge = topOf(list) + 30;
                 const items = [...list.querySelectorAll('li[annot-name]')];
                 const item = items.find((one) => topOf(one) > edge);
-                const before = topOf(item);
+                const former = topOf(item);
                 list.scrollTop -= distance;
                 for (let frame = 0; frame < 5; ++frame) {
                     await new Promise(requestAnimationFrame);
                 }
-                return topOf(item) - before;
+                return topOf(item) - former;
             }, kStep);
             assert.ok(Math.abs(moved - kStep) < 2, `step ${step} moved the rows by ${moved}`);
         }
