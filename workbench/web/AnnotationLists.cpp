@@ -18,6 +18,9 @@ using Json = nlohmann::ordered_json;
 // Shorter lists are sent whole.
 constexpr std::size_t kManyAnnotations = 64;
 
+// Lists that are kept of a page.
+constexpr std::size_t kKeptLists = 8;
+
 // Number of equal fingerprints at the beginning of two ranges.
 template <class Iterator>
 std::size_t CountSame(Iterator begin, Iterator end, Iterator otherBegin, Iterator otherEnd)
@@ -73,17 +76,25 @@ AnnotationLists::SentPtr AnnotationLists::Find(DocumentNumber document, std::uin
                                                std::optional<std::uint64_t> label) const
 {
     const auto found = last_.find({document, page});
-    const bool isLast = found != last_.end() && label == found->second->label;
-    return isLast ? found->second : nullptr;
+    if (found == last_.end()) {
+        return nullptr;
+    }
+    const auto& lists = found->second;
+    const auto list = std::find_if(lists.begin(), lists.end(),
+                                   [&](const SentPtr& sent) { return label == sent->label; });
+    return list == lists.end() ? nullptr : *list;
 }
 
 void AnnotationLists::Keep(DocumentNumber document, std::uint32_t page, SentPtr sent)
 {
-    SentPtr& last = last_[{document, page}];
     if (sent->fingerprints.size() < kManyAnnotations) {
         last_.erase({document, page});
-    } else if (!last || last->label < sent->label) {
-        last = std::move(sent);
+        return;
+    }
+    std::vector<SentPtr>& lists = last_[{document, page}];
+    lists.push_back(std::move(sent));
+    if (lists.size() > kKeptLists) {
+        lists.erase(lists.begin());
     }
 }
 

@@ -28,14 +28,14 @@ nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Doc
                                            std::uint32_t page, const SentAnnotations* known,
                                            SentAnnotations& sent);
 
-// The last list of each page that has many annotations. [ui-thread]
+// The last lists of each page that has many annotations: clients ask at the same time. [ui-thread]
 class AnnotationLists {
 public:
     using SentPtr = std::shared_ptr<const SentAnnotations>;
 
     std::uint64_t NextLabel() noexcept { return ++lastLabel_; }
 
-    // The list of that label; null when it is not the last one of the page.
+    // The list of that label; null when it is not one of the last ones of the page.
     SentPtr Find(DocumentNumber document, std::uint32_t page,
                  std::optional<std::uint64_t> label) const;
     void Keep(DocumentNumber document, std::uint32_t page, SentPtr sent);
@@ -43,7 +43,7 @@ public:
 
 private:
     std::uint64_t lastLabel_ = 0;
-    std::map<std::pair<DocumentNumber, std::uint32_t>, SentPtr> last_;
+    std::map<std::pair<DocumentNumber, std::uint32_t>, std::vector<SentPtr>> last_;
 };
 
 }  // namespace Workbench
