@@ -296,7 +296,7 @@ void ClientView::RemoveRows(NodeHandle list, std::size_t at, std::size_t count)
     }
 }
 
-// Removals at one place, and insertions behind each other, are written as one.
+// Removals at one place are written as one.
 void ClientView::NoteSplice(NodeHandle list, std::size_t at, std::size_t removed,
                             std::size_t inserted)
 {

@@ -1,6 +1,7 @@
 // Places of comments in the window: of the current item in the panel's list, and of annotations on
 // pages. A place is `{isInList, find(), otherwise}`; `find` returns the box in window coordinates,
-// null while there is none; `otherwise` is the box until there was one. Elements of the panel's frame may be removed at any time and are not kept.
+// null while there is none; `otherwise` is the box until there was one. Elements of the panel's frame
+// may be removed at any time and are not kept.
 
 const kContainer = 'body > .panel-content[wb-visibility="visible"]';
 

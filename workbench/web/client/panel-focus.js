@@ -1,7 +1,6 @@
 // Keyboard focus in the panel. The list has one tab stop: the current item, or the list itself when
 // no item is current or its page item is collapsed. Focus inside the list follows the current item.
 
-import {visibleRow} from './panel-lists.js';
 import {kCurrent, recordOf} from './panel-mirror.js';
 
 export class PanelFocus {
@@ -126,8 +125,8 @@ export class PanelFocus {
     }
 
     #follow(list, current) {
-        const row = current?.row && visibleRow(list, current.row);
-        if (row && row === current.row && this.#focusIsInList && this.#frameHasFocus()) {
+        const row = current?.row;
+        if (row && !list.isFolded(row) && this.#focusIsInList && this.#frameHasFocus()) {
             list.focus(row);
         } else if (row) {
             list.reveal(row);

@@ -10,11 +10,6 @@ function keyOf(element) {
     return valueOf(recordOf(element.parentElement)?.attributes ?? [], 'doc-view-addr');
 }
 
-/// The row of a list, or the caption of its page item while that is folded.
-export function visibleRow(list, row) {
-    return list.isFolded(row) ? {...row, item: null} : row;
-}
-
 export class PanelLists {
     #connection;
     #lists = new Map(); // by their elements

@@ -2,7 +2,7 @@
 // messages; roles, keyboard focus, input and tooltips work on its elements.
 
 import {PanelFocus} from './panel-focus.js';
-import {PanelLists, visibleRow} from './panel-lists.js';
+import {PanelLists} from './panel-lists.js';
 import {PanelMirror} from './panel-mirror.js';
 import {listenToInput} from './panel-input.js';
 import {describeElement, describeStates, namePage, translateRoles} from './panel-roles.js';
@@ -187,9 +187,8 @@ export class Panel {
     }
 
     #scrollTo({scrollTo, row}) {
-        const list = row && this.#lists.withId(row.list);
         if (row) {
-            list?.reveal(visibleRow(list, row));
+            this.#lists.withId(row.list)?.reveal(row);
         } else {
             this.#mirror.node(scrollTo)?.scrollIntoView({block: 'nearest'});
         }

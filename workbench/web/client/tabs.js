@@ -1,5 +1,6 @@
-// Tabs of the open documents, and a menu of them all while there is not room for every tab. A tab list holds nothing but tabs, so the list is an element of its own
-// that owns the tabs, and the close buttons stand beside them.
+// Tabs of the open documents, and a menu of them all while there is not room for every tab. A tab list
+// holds nothing but tabs, so the list is an element of its own that owns the tabs, and the close
+// buttons stand beside them.
 
 import {icon} from './icons.js';
 import {attachMenu} from './menus.js';

@@ -84,7 +84,8 @@ function linesIn(range, words) {
 }
 
 /// The lines of the selected text as boxes in window coordinates (`turns`: clockwise quarter turns of
-/// their text), with the element of their page; null when no text of a page is selected. Of a selection over several pages, the first one.
+/// their text), with the element of their page; null when no text of a page is selected. Of a
+/// selection over several pages, the first one.
 export function selectedLines() {
     const selection = getSelection();
     const range = selection.rangeCount > 0 ? selection.getRangeAt(0) : null;
