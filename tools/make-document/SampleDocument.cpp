@@ -10,7 +10,7 @@
 
 #include <array>
 #include <optional>
-#include <span>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -374,32 +374,35 @@ constexpr double kTextSize = 11;
 constexpr double kHeadingSize = 14;
 constexpr double kLeading = 17;
 
-// A paragraph that begins with a # is a heading.
-const std::array<std::vector<std::string>, kPageCount> kPageTexts{{
-    {"Opening hours of the town library", "Report to the council, second draft",
-     "The library wants to be open when people have time to read. This report compares what "
-     "visitors told us with what the doors have counted, and proposes hours for the coming year.",
-     "#What visitors say",
-     "Two visitors in three come after work. Most of them would stay longer if the reading room "
-     "closed at nine instead of seven, and every fifth would come more often. Families ask for "
-     "Sunday mornings above all.",
-     "#What the doors have counted",
-     "On weekdays the busiest hour lies between five and six. Before ten in the morning fewer than "
-     "twenty people enter, on Mondays fewer than five. The first hour of the morning is the "
-     "quietest. Attendence falls during the holidays and recovers in September.",
-     "#Proposal",
-     "From January the library opens at eleven and closes at nine, from Tuesday to Saturday. On "
-     "Sundays the reading room is open from ten to two. The change needs no additional staff, and "
-     "the costs of heating and light stay within those of the past year.",
-     "The drawings are on page 2."},
-    {"Shapes, stamps and attachments",
-     "Rectangle, oval, line; connected lines, polygon, pencil; stamp, redaction; text box, "
-     "attachment, sound."},
-    {"A page without comments", "The list leaves it out, and the page after it keeps its number."},
-    {"Comments in many scripts"},
-    {"Short and long comments, markup, dates"},
-    {"Protected and hidden annotations"},
-}};
+// Of each page the title and the paragraphs, a line each. A paragraph that begins with a # is a
+// heading.
+constexpr std::array<const char*, kPageCount> kPageTexts{
+    "Opening hours of the town library\n"
+    "Report to the council, second draft\n"
+    "The library wants to be open when people have time to read. This report compares what "
+    "visitors told us with what the doors have counted, and proposes hours for the coming year.\n"
+    "#What visitors say\n"
+    "Two visitors in three come after work. Most of them would stay longer if the reading room "
+    "closed at nine instead of seven, and every fifth would come more often. Families ask for "
+    "Sunday mornings above all.\n"
+    "#What the doors have counted\n"
+    "On weekdays the busiest hour lies between five and six. Before ten in the morning fewer than "
+    "twenty people enter, on Mondays fewer than five. The first hour of the morning is the "
+    "quietest. Attendence falls during the holidays and recovers in September.\n"
+    "#Proposal\n"
+    "From January the library opens at eleven and closes at nine, from Tuesday to Saturday. On "
+    "Sundays the reading room is open from ten to two. The change needs no additional staff, and "
+    "the costs of heating and light stay within those of the past year.\n"
+    "The drawings are on page 2.",
+    "Shapes, stamps and attachments\n"
+    "Rectangle, oval, line; connected lines, polygon, pencil; stamp, redaction; text box, "
+    "attachment, sound.",
+    "A page without comments\n"
+    "The list leaves it out, and the page after it keeps its number.",
+    "Comments in many scripts",
+    "Short and long comments, markup, dates",
+    "Protected and hidden annotations",
+};
 
 struct Label {
     std::uint32_t page;
@@ -431,9 +434,12 @@ constexpr Label kLabels[] = {
 
 std::vector<TextLine> LinesOf(std::uint32_t page)
 {
-    std::vector<TextLine> lines{{72, 720, 20, kPageTexts[page].front()}};
+    std::istringstream texts(kPageTexts[page]);
+    std::string text;
+    std::getline(texts, text);
+    std::vector<TextLine> lines{{72, 720, 20, text}};
     double y = 690;
-    for (const std::string& text : std::span{kPageTexts[page]}.subspan(1)) {
+    while (std::getline(texts, text)) {
         const bool isHeading = text.front() == '#';
         y -= isHeading ? kLeading / 2 : 0;
         const TextLine first{72, y, isHeading ? kHeadingSize : kTextSize, {}};
