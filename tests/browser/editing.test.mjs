@@ -629,6 +629,38 @@ describe('Editing in the browser', () => {
         }
     });
 
+    test('makes buttons of a crowded page for what is pointed at and what has the focus', async () => {
+        const path = makeDocument(folder, 'crowded.pdf', '--comments', '600', '--pages', '1');
+        await window.expectCommand('open', {path});
+        await window.expectListed();
+        const buttons = window.page.locator('.pages-view .annotation');
+        await window.page.locator('.annotation.focused').waitFor();
+        // The last one of the smallest annotations in sight lies above all others.
+        const [index, x, y] = await window.page.evaluate(async () => {
+            const {page} = await import(new URL('app/main.js', document.baseURI).href);
+            const view = (await page).splitView.activeView;
+            const seen = view.scroller.getBoundingClientRect();
+            const boxes = Array.from({length: 600}, (_, at) => [at, view.boxOf(0, at)])
+                .filter(([, box]) => box && box.top > seen.top && box.bottom < seen.bottom)
+                .sort(([, one], [, other]) => one.width * one.height - other.width * other.height);
+            const isSmallest = ([, {width, height}]) =>
+                width * height <= boxes[0][1].width * boxes[0][1].height;
+            const [at, {left, top, width, height}] = boxes.findLast(isSmallest);
+            return [at, left + width / 2, top + height / 2];
+        });
+        await window.page.mouse.click(x, y);
+        await window.expectCurrent(`0_${index}`);
+        await window.page.keyboard.press('ArrowDown');
+        await window.expectCurrent(`0_${index + 1}`);
+        const current = window.page.locator('.annotation.focused');
+        assert.equal(await current.getAttribute('data-index'), `${index + 1}`);
+        await window.page.keyboard.press('Delete');
+        await window.expectItems(599);
+        const focused = () => window.page.evaluate(() => document.activeElement.dataset.index);
+        await window.until(focused, (at) => at === `${index + 1}`, 'the next one has the focus');
+        assert.ok((await buttons.count()) <= 4);
+    });
+
     test('takes a file that is dropped on it', async () => {
         const bytes = readFileSync(
             makeDocument(folder, 'dropped.pdf', '--comments', '3', '--pages', '1'),

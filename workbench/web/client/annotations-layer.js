@@ -1,14 +1,16 @@
-// Layer with the annotations of one page: a button for each listed annotation, over its rectangle.
-// Positions are fractions of the page, so that they are valid at every zoom.
+// Layer with the annotations of one page: buttons over their rectangles, and icons of those that have
+// no appearance. Positions are fractions of the page, so that they are valid at every zoom.
+//
+// On a crowded page an annotation has a button only while it is pointed at, focused, marked or the
+// tab stop: thousands of buttons would slow every frame down.
 
-import {nextFrame} from './slices.js';
+import {NoteIcons} from './note-icons.js';
 import {subtypeName, text} from './texts.js';
 
 const kSmallestSide = 10;
-const kIconSubtypes = new Set(['Text', 'FileAttachment', 'Sound']);
 const kLongestName = 300;
-// Number of buttons that can be created and laid out in a fraction of a frame.
-const kPlacesInFrame = 200;
+// Annotations of a page that is not crowded.
+const kMostButtons = 300;
 const kSteps = {ArrowUp: -1, ArrowLeft: -1, ArrowDown: 1, ArrowRight: 1};
 
 function percent(part, whole) {
@@ -39,15 +41,45 @@ function grown({left, top, width, height}) {
     };
 }
 
+function contains({left, top, width, height}, x, y) {
+    return x >= left && y >= top && x <= left + width && y <= top + height;
+}
+
+// Whether the buttons of two annotations are the same. Lists that follow each other share rectangles.
+function looksLike(one, other) {
+    return (
+        one === other ||
+        (one.subtype === other.subtype &&
+            one.contents === other.contents &&
+            (one.rect === other.rect || String(one.rect) === String(other.rect)))
+    );
+}
+
+// Number of like annotations at the beginning of two lists; with `skipped`, at their end after those.
+function countSame(ones, others, skipped = null) {
+    const most = Math.min(ones.length, others.length) - (skipped ?? 0);
+    const at = (list, count) => list[skipped === null ? count : list.length - 1 - count];
+    let count = 0;
+    while (count < most && looksLike(at(ones, count), at(others, count))) {
+        ++count;
+    }
+    return count;
+}
+
 export class AnnotationsLayer {
     #page;
     #actions;
-    #places = [];
-    #shows = 0;
+    #viewport = null;
+    #look = ''; // what all buttons depend on
+    #annotations = []; // with a place on the page
+    #buttons = []; // of the annotations; undefined for none
+    #boxes = null; // of the annotations, in the viewport; made when asked for
+    #icons = new NoteIcons();
     #isStale = false;
     #revision = null;
     #marked = null;
     #stop = null;
+    #pointed = null;
     element = document.createElement('div');
 
     /// `actions`: `focus(page, annotation, revision)`, `remove(...)` and `edit(...)` with the same
@@ -58,42 +90,42 @@ export class AnnotationsLayer {
         this.#actions = actions;
         this.element.className = 'annotations';
         this.element.setAttribute('role', 'group');
+        this.element.append(this.#icons.element);
         this.element.addEventListener('click', (event) => this.#act('focus', event));
         this.element.addEventListener('dblclick', (event) => this.#act('edit', event));
         this.element.addEventListener('keydown', (event) => this.#key(event));
     }
 
-    /// Shows a list of annotations; one without an appearance gets a note icon. Unchanged buttons
-    /// are kept. A long list is added in parts over several frames; resolves to false when a later
-    /// call supersedes this one.
-    async show({annotations, revision}, viewport) {
-        const turn = ++this.#shows;
-        this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
-        const wanted = annotations
-            .filter(({listed, rect}) => listed && rect !== null)
-            .map((annotation) => this.#describe(annotation, viewport));
-        const begin = this.#countSame(wanted);
-        const end = this.#countSame(wanted, begin);
-        this.#renumber(wanted, begin, end);
+    get #isCrowded() {
+        return this.#annotations.length > kMostButtons;
+    }
+
+    /// Shows a list of annotations. Unchanged buttons are kept.
+    show({annotations, revision}, viewport) {
+        const {width, height, rotation} = viewport;
+        const look = `${width} ${height} ${rotation} ${document.documentElement.lang}`;
+        const before = look === this.#look ? this.#annotations : [];
+        const wanted = annotations.filter(({listed, rect}) => listed && rect !== null);
+        const begin = countSame(wanted, before);
+        const end = countSame(wanted, before, begin);
+        const kept = [begin, this.#annotations.length - end];
+        const focusAt = this.#drop(...kept);
+        const added = new Array(wanted.length - begin - end);
+        this.#buttons = this.#buttons.slice(0, begin).concat(added, this.#buttons.slice(kept[1]));
+        this.#annotations = wanted;
+        this.#boxes = null;
+        this.#viewport = viewport;
+        this.#look = look;
         this.#revision = revision;
-        const focusAt = this.#drop(begin, this.#places.length - end);
-        const added = wanted.slice(begin, wanted.length - end);
-        for (let at = 0; at < added.length; at += kPlacesInFrame) {
-            if (at > 0) {
-                this.setStale(true);
-                await nextFrame();
-                if (turn !== this.#shows) {
-                    return false;
-                }
-            }
-            this.#insert(begin + at, added.slice(at, at + kPlacesInFrame), viewport);
-        }
+        this.element.setAttribute('aria-label', text('pages.comments', this.#page + 1));
+        this.#icons.show(wanted, viewport, placeOf);
+        this.#buttons.forEach((button, at) => this.#number(button, at));
         this.setStale(false);
-        this.#setStop(this.#stop ?? this.#places[0]?.button ?? null);
+        this.#hold();
+        this.#setStop(this.#stop ?? (wanted.length > 0 ? this.#buttonAt(0) : null));
         if (focusAt !== null) {
             this.#restoreFocus(focusAt);
         }
-        return true;
     }
 
     /// Disables the buttons of an outdated revision.
@@ -103,9 +135,10 @@ export class AnnotationsLayer {
     }
 
     /// Outlines an annotation, or none for null, optionally with a pulse. Returns whether it has a
-    /// button.
+    /// place.
     mark(index, pulse) {
-        const button = this.#buttonOf(index);
+        const at = this.#positionOf(index);
+        const button = at < 0 ? null : this.#buttonAt(at);
         if (button !== this.#marked) {
             this.#setMark(this.#marked, false);
             this.#setMark(button, true);
@@ -113,6 +146,7 @@ export class AnnotationsLayer {
             if (button && !this.element.contains(document.activeElement)) {
                 this.#setStop(button);
             }
+            this.#hold();
         }
         if (button && pulse) {
             button.classList.remove('pulse');
@@ -122,13 +156,122 @@ export class AnnotationsLayer {
         return button !== null;
     }
 
-    /// The box of an annotation's button in window coordinates; null when it has none.
+    /// The box of an annotation in window coordinates; null when it has no place.
     boxOf(index) {
-        return this.#buttonOf(index)?.getBoundingClientRect() ?? null;
+        const box = this.#boxAt(this.#positionOf(index));
+        if (!box) {
+            return null;
+        }
+        const page = this.element.getBoundingClientRect();
+        const scale = page.width / this.#viewport.width;
+        return new DOMRect(
+            page.left + box.left * scale,
+            page.top + box.top * scale,
+            box.width * scale,
+            box.height * scale,
+        );
     }
 
-    #buttonOf(index) {
-        return this.#places.find(({annotation}) => annotation.index === index)?.button ?? null;
+    /// The pointer is at `x`, `y` in window coordinates: the annotation there has a button.
+    point(x, y) {
+        if (!this.#isCrowded || this.#isStale) {
+            return;
+        }
+        const page = this.element.getBoundingClientRect();
+        const scale = page.width / this.#viewport.width;
+        const at = this.#topmostAt((x - page.left) / scale, (y - page.top) / scale);
+        this.#setPointed(at < 0 ? null : this.#buttonAt(at));
+    }
+
+    /// The pointer has left the page.
+    pointAway() {
+        this.#setPointed(null);
+    }
+
+    #setPointed(button) {
+        if (button !== this.#pointed) {
+            this.#pointed = button;
+            this.#hold();
+        }
+    }
+
+    // --- Annotations and their places ---
+
+    #positionOf(index) {
+        return index === null ? -1 : this.#annotations.findIndex((one) => one.index === index);
+    }
+
+    #boxAt(at) {
+        this.#boxes ??= this.#annotations.map(({rect}) => grown(placeOf(rect, this.#viewport)));
+        return this.#boxes[at] ?? null;
+    }
+
+    // Smaller annotations lie above larger ones, later ones above earlier ones.
+    #topmostAt(x, y) {
+        let found = -1;
+        let least = Infinity;
+        for (let at = 0; at < this.#annotations.length; ++at) {
+            const box = this.#boxAt(at);
+            if (contains(box, x, y) && box.width * box.height <= least) {
+                found = at;
+                least = box.width * box.height;
+            }
+        }
+        return found;
+    }
+
+    // --- Buttons ---
+
+    // Makes all buttons, on a crowded page removes those that are not needed any more.
+    #hold() {
+        if (!this.#isCrowded) {
+            this.#annotations.forEach((_, at) => this.#buttonAt(at));
+            return;
+        }
+        const needed = [this.#marked, this.#stop, this.#pointed, document.activeElement];
+        for (const button of this.element.querySelectorAll('.annotation')) {
+            if (!needed.includes(button)) {
+                delete this.#buttons[this.#buttons.indexOf(button)];
+                button.remove();
+            }
+        }
+    }
+
+    // Buttons stand in the order of the annotations.
+    #buttonAt(at) {
+        if (!this.#buttons[at]) {
+            const button = this.#makeButton(at);
+            const next = this.#buttons.slice(at).find(Boolean) ?? null;
+            this.#buttons[at] = button;
+            this.element.insertBefore(button, next);
+        }
+        return this.#buttons[at];
+    }
+
+    #makeButton(at) {
+        const {subtype, contents} = this.#annotations[at];
+        const button = document.createElement('button');
+        button.type = 'button';
+        button.className = 'annotation';
+        button.tabIndex = -1;
+        const words = [subtypeName(subtype), contents.slice(0, kLongestName)];
+        button.setAttribute('aria-label', words.filter(Boolean).join(': '));
+        button.setAttribute('aria-pressed', 'false');
+        this.#number(button, at);
+        const {width, height} = this.#viewport;
+        const box = this.#boxAt(at);
+        const area = (box.width * box.height) / (width * height);
+        button.style.cssText =
+            `left:${percent(box.left, width)};top:${percent(box.top, height)};` +
+            `width:${percent(box.width, width)};height:${percent(box.height, height)};` +
+            `z-index:${1000 - Math.min(999, Math.round(area * 1000))}`;
+        return button;
+    }
+
+    #number(button, at) {
+        if (button && button.dataset.index !== String(this.#annotations[at].index)) {
+            button.dataset.index = this.#annotations[at].index;
+        }
     }
 
     #setMark(button, isMarked) {
@@ -136,112 +279,30 @@ export class AnnotationsLayer {
         button?.setAttribute('aria-pressed', String(isMarked));
     }
 
-    // Everything that an annotation's button shows, as a string for comparison.
-    #describe(annotation, viewport) {
-        const {subtype, contents, rect} = annotation;
-        const words = [subtypeName(subtype), contents.slice(0, kLongestName)];
-        const name = words.filter(Boolean).join(': ');
-        const isIcon = kIconSubtypes.has(subtype) && !annotation.appearance;
-        const size = `${viewport.width} ${viewport.height} ${viewport.rotation}`;
-        return {annotation, name, isIcon, looks: `${rect} ${size} ${isIcon} ${name}`};
-    }
-
-    // Number of unchanged buttons at the beginning; with `skipped`, the number at the end after
-    // those.
-    #countSame(wanted, skipped = null) {
-        const most = Math.min(wanted.length, this.#places.length) - (skipped ?? 0);
-        const at = (list, count) => list[skipped === null ? count : list.length - 1 - count];
-        let count = 0;
-        while (count < most && at(wanted, count).looks === at(this.#places, count).looks) {
-            ++count;
-        }
-        return count;
-    }
-
-    #renumber(wanted, begin, end) {
-        const renumber = (place, {annotation}) => {
-            if (place.annotation.index !== annotation.index) {
-                place.button.dataset.index = annotation.index;
-            }
-            place.annotation = annotation;
-        };
-        for (let at = 0; at < begin; ++at) {
-            renumber(this.#places[at], wanted[at]);
-        }
-        for (let at = 1; at <= end; ++at) {
-            renumber(this.#places.at(-at), wanted.at(-at));
-        }
-    }
-
     // Removes the buttons between two positions; returns the position of the focused one.
     #drop(from, to) {
         let focusAt = null;
         for (let at = from; at < to; ++at) {
-            const {button} = this.#places[at];
-            focusAt = button === document.activeElement ? at : focusAt;
-            this.#stop = button === this.#stop ? null : this.#stop;
-            this.#marked = button === this.#marked ? null : this.#marked;
-            button.remove();
+            const button = this.#buttons[at];
+            if (button) {
+                focusAt = button === document.activeElement ? at : focusAt;
+                this.#stop = button === this.#stop ? null : this.#stop;
+                this.#marked = button === this.#marked ? null : this.#marked;
+                this.#pointed = button === this.#pointed ? null : this.#pointed;
+                button.remove();
+            }
         }
-        this.#places.splice(from, to - from);
         return focusAt;
     }
 
-    // Buttons are added in groups, so that each layout covers one group only.
-    #insert(at, descriptions, viewport) {
-        const places = descriptions.map((description) => ({
-            ...description,
-            button: this.#makeButton(description, viewport),
-        }));
-        const buttons = places.map(({button}) => button);
-        const before = this.#places[at - 1]?.button;
-        if (before?.nextSibling) {
-            before.after(...buttons);
-        } else {
-            const group = document.createElement('div');
-            group.className = 'annotation-group';
-            group.append(...buttons);
-            if (before) {
-                before.parentElement.after(group);
-            } else {
-                this.element.prepend(group);
-            }
-        }
-        this.#places.splice(at, 0, ...places);
-    }
-
     #restoreFocus(at) {
-        const nearest = this.#places[Math.min(at, this.#places.length - 1)]?.button;
-        if (!nearest) {
+        if (this.#annotations.length === 0) {
             this.#actions.giveFocusBack();
             return;
         }
+        const nearest = this.#buttonAt(Math.min(at, this.#annotations.length - 1));
         this.#setStop(nearest);
         nearest.focus({preventScroll: true});
-    }
-
-    #makeButton({annotation, name, isIcon}, viewport) {
-        const button = document.createElement('button');
-        button.type = 'button';
-        button.className = isIcon ? 'annotation icon' : 'annotation';
-        button.dataset.index = annotation.index;
-        button.tabIndex = -1;
-        button.setAttribute('aria-label', name);
-        button.setAttribute('aria-pressed', 'false');
-        const place = grown(placeOf(annotation.rect, viewport));
-        // Smaller buttons lie above larger ones of their group that they overlap. Vertical margins
-        // are fractions of the width.
-        const area = (place.width * place.height) / (viewport.width * viewport.height);
-        button.style.cssText =
-            `margin:${percent(place.top, viewport.width)} 0 0 ${percent(place.left, viewport.width)};` +
-            `width:${percent(place.width, viewport.width)};` +
-            `height:${percent(place.height, viewport.height)};` +
-            `order:${1000 - Math.min(999, Math.round(area * 1000))}`;
-        return button;
-    }
-
-    #placeAt(element) {
-        return this.#places.find(({button}) => button === element) ?? null;
     }
 
     #setStop(button) {
@@ -254,18 +315,21 @@ export class AnnotationsLayer {
         }
     }
 
+    // --- Input ---
+
     #act(name, {target}) {
-        const place = this.#placeAt(target);
-        if (place && this.#isStale) {
+        const at = this.#buttons.indexOf(target);
+        if (at >= 0 && this.#isStale) {
             this.#actions.refuse();
-        } else if (place) {
-            this.#setStop(place.button);
-            this.#actions[name](this.#page, place.annotation, this.#revision);
+        } else if (at >= 0) {
+            this.#setStop(target);
+            this.#hold();
+            this.#actions[name](this.#page, this.#annotations[at], this.#revision);
         }
     }
 
     #key(event) {
-        const at = this.#places.findIndex(({button}) => button === event.target);
+        const at = this.#buttons.indexOf(event.target);
         if (at < 0 || event.ctrlKey || event.altKey || event.metaKey) {
             return;
         }
@@ -278,7 +342,7 @@ export class AnnotationsLayer {
             this.#act('focus', event);
             this.#act('edit', event);
         } else if (kSteps[event.key]) {
-            this.#step(this.#places[at + kSteps[event.key]]);
+            this.#step(at + kSteps[event.key]);
         } else {
             return;
         }
@@ -286,10 +350,11 @@ export class AnnotationsLayer {
     }
 
     // The keyboard focus moves with the current comment.
-    #step(place) {
-        if (place) {
-            place.button.focus();
-            this.#act('focus', {target: place.button});
+    #step(at) {
+        if (at >= 0 && at < this.#annotations.length) {
+            const button = this.#buttonAt(at);
+            button.focus();
+            this.#act('focus', {target: button});
         }
     }
 }

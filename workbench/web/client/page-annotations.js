@@ -50,14 +50,14 @@ export class PageAnnotations {
     async show(page) {
         const list = await this.#listOf(page.index);
         if (list) {
-            await this.#lay(page, list);
+            this.#lay(page, list);
         }
     }
 
     /// Rewrites all texts after a change of language.
-    async translate(page) {
+    translate(page) {
         if (page.shownList) {
-            await this.#lay(page, page.shownList);
+            this.#lay(page, page.shownList);
         }
     }
 
@@ -79,11 +79,10 @@ export class PageAnnotations {
         }
     }
 
-    async #lay(page, list) {
+    #lay(page, list) {
         page.shownList = list;
-        if (await page.layer.show(list, page.viewport)) {
-            this.#mark(page);
-        }
+        page.layer.show(list, page.viewport);
+        this.#mark(page);
     }
 
     #mark(page) {

@@ -39,10 +39,18 @@ export class PageView {
         this.element.setAttribute('role', 'group');
         this.layer = new AnnotationsLayer(index, actions);
         this.element.append(this.layer.element);
+        this.#tellPointer();
     }
 
     get index() {
         return this.#index;
+    }
+
+    #tellPointer() {
+        const point = ({clientX, clientY}) => this.layer.point(clientX, clientY);
+        this.element.addEventListener('pointerdown', point);
+        this.element.addEventListener('pointermove', (event) => event.buttons || point(event));
+        this.element.addEventListener('pointerleave', () => this.layer.pointAway());
     }
 
     /// Size at the scale of 1, in CSS pixels.
