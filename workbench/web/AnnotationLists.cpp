@@ -6,10 +6,15 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <functional>
-#include <string>
+#include <utility>
 
 namespace Workbench {
+
+// Descriptions made of the same block are the same.
+struct SentAnnotations {
+    std::uint64_t label = 0;
+    std::vector<Documents::PropertyBlockRef> blocks;  // of the positions; null: no annotation
+};
 
 namespace {
 
@@ -21,7 +26,7 @@ constexpr std::size_t kManyAnnotations = 64;
 // Lists that are kept of a page.
 constexpr std::size_t kKeptLists = 8;
 
-// Number of equal fingerprints at the beginning of two ranges.
+// Number of equal blocks at the beginning of two ranges.
 template <class Iterator>
 std::size_t CountSame(Iterator begin, Iterator end, Iterator otherBegin, Iterator otherEnd)
 {
@@ -36,16 +41,9 @@ Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, s
     const std::uint64_t revision = document.Revision();
     const Documents::PageRef snapshot = document.AcquirePage(page);
     const std::size_t count = snapshot ? snapshot.Get()->annotations.size() : 0;
-    std::vector<Json> descriptions;
     for (std::size_t index = 0; index < count; ++index) {
-        Json description = DescribeAnnotation(snapshot.Get()->annotations[index], index);
-        // Without the position, which changes with every annotation before it.
-        Json lasting = description;
-        if (lasting.is_object()) {
-            lasting.erase("index");
-        }
-        sent.fingerprints.push_back(std::hash<std::string>()(ToText(lasting)));
-        descriptions.push_back(std::move(description));
+        const Documents::AnnotationRef& annotation = snapshot.Get()->annotations[index];
+        sent.blocks.push_back(annotation ? annotation.Get()->properties.Load() : nullptr);
     }
     Json reply = {{"document", number},
                   {"revision", revision},
@@ -55,8 +53,8 @@ Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, s
     std::size_t begin = 0;
     std::size_t end = count;
     if (known != nullptr) {
-        const auto& now = sent.fingerprints;
-        const auto& before = known->fingerprints;
+        const auto& now = sent.blocks;
+        const auto& before = known->blocks;
         begin = CountSame(now.begin(), now.end(), before.begin(), before.end());
         const auto rest = static_cast<std::ptrdiff_t>(begin);
         end -= CountSame(now.rbegin(), now.rend() - rest, before.rbegin(), before.rend() - rest);
@@ -64,12 +62,19 @@ Json DescribeAnnotations(DocumentNumber number, Documents::Document& document, s
     }
     Json annotations = Json::array();
     for (std::size_t index = begin; index < end; ++index) {
-        if (!descriptions[index].is_null()) {
-            annotations.push_back(std::move(descriptions[index]));
+        if (sent.blocks[index]) {
+            annotations.push_back(DescribeAnnotation(snapshot.Get()->annotations[index], index));
         }
     }
     reply["annotations"] = std::move(annotations);
     return reply;
+}
+
+std::shared_ptr<SentAnnotations> AnnotationLists::Begin()
+{
+    auto sent = std::make_shared<SentAnnotations>();
+    sent->label = ++lastLabel_;
+    return sent;
 }
 
 AnnotationLists::SentPtr AnnotationLists::Find(DocumentNumber document, std::uint32_t page,
@@ -87,7 +92,7 @@ AnnotationLists::SentPtr AnnotationLists::Find(DocumentNumber document, std::uin
 
 void AnnotationLists::Keep(DocumentNumber document, std::uint32_t page, SentPtr sent)
 {
-    if (sent->fingerprints.size() < kManyAnnotations) {
+    if (sent->blocks.size() < kManyAnnotations) {
         last_.erase({document, page});
         return;
     }

@@ -6,7 +6,6 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -17,13 +16,10 @@
 namespace Workbench {
 
 // A list as it was sent.
-struct SentAnnotations {
-    std::uint64_t label = 0;                // names the list; never given twice
-    std::vector<std::size_t> fingerprints;  // of the descriptions, one for each position
-};
+struct SentAnnotations;
 
-// The reply for a page; `sent` receives the fingerprints. Without the descriptions at its beginning
-// and its end that `known` has, too; null: with all. [any-thread]
+// The reply for a page; `sent` receives what it was made of. Without the descriptions at its
+// beginning and its end that `known` has, too; null: with all. [any-thread]
 nlohmann::ordered_json DescribeAnnotations(DocumentNumber number, Documents::Document& document,
                                            std::uint32_t page, const SentAnnotations* known,
                                            SentAnnotations& sent);
@@ -33,7 +29,8 @@ class AnnotationLists {
 public:
     using SentPtr = std::shared_ptr<const SentAnnotations>;
 
-    std::uint64_t NextLabel() noexcept { return ++lastLabel_; }
+    // A list with a label of its own, to be sent.
+    std::shared_ptr<SentAnnotations> Begin();
 
     // The list of that label; null when it is not one of the last ones of the page.
     SentPtr Find(DocumentNumber document, std::uint32_t page,

@@ -66,8 +66,7 @@ CommandReply GiveAnnotations(const CommandCall& call)
     }
     AnnotationLists& lists = call.session.Annotations();
     const auto known = lists.Find(document.number, page, call.Message().OptionalNumber("known"));
-    const auto sent = std::make_shared<SentAnnotations>();
-    sent->label = lists.NextLabel();
+    const std::shared_ptr<SentAnnotations> sent = lists.Begin();
     call.session.RunOnWorker<Json>(
         [content = document.content, number = document.number, page, known, sent] {
             return DescribeAnnotations(number, *content, page, known.get(), *sent);

@@ -6,7 +6,8 @@ import {askAnnotations} from './connection.js';
 export class PageAnnotations {
     #connection;
     #document = null;
-    #fetched = new Map();
+    #fetched = new Map(); // lists by their pages
+    #asked = new Map(); // promises of the lists that are on their way
     #current = null;
     #marked = null;
     #mustPulse = false;
@@ -63,20 +64,26 @@ export class PageAnnotations {
 
     // A reply may be older than the present description of the document.
     async #listOf(index) {
-        for (;;) {
-            const {id, revision} = this.#document;
-            let list = this.#fetched.get(index);
-            if (list?.revision !== revision) {
-                list = await askAnnotations(this.#connection, id, index, list);
+        let list = this.#fetched.get(index);
+        while (list?.revision !== this.#document.revision) {
+            if (!this.#asked.has(index)) {
+                this.#asked.set(index, this.#ask(index, list));
             }
-            if (!list) {
-                return null;
-            }
-            if (list.revision >= this.#document.revision) {
-                this.#fetched.set(index, list);
-                return list;
+            list = await this.#asked.get(index);
+            if (!list || list.revision >= this.#document.revision) {
+                break;
             }
         }
+        return list;
+    }
+
+    async #ask(index, known) {
+        const list = await askAnnotations(this.#connection, this.#document.id, index, known);
+        this.#asked.delete(index);
+        if (list) {
+            this.#fetched.set(index, list);
+        }
+        return list;
     }
 
     #lay(page, list) {

@@ -10,6 +10,8 @@ import {text} from './texts.js';
 import {kFitWidth, Zoom} from './zoom.js';
 
 const kRedrawDelay = 120;
+// A file that takes long to load is loaded again when this long has passed since a change at most.
+const kLongestPause = 500;
 // Margin of one view height above and below.
 const kMargin = '100% 0px';
 const kLetter = {width: 816, height: 1056};
@@ -21,6 +23,7 @@ export class PagesView {
     #pdf = null;
     #loadedRevision = null;
     #isLoading = false;
+    #loadTime = 0; // of the last file, in milliseconds
     #isClosed = false;
     #pages = [];
     #near = new Set();
@@ -169,17 +172,23 @@ export class PagesView {
 
     // --- Contents ---
 
-    // Loads one file at a time; a revision that arrives meanwhile is next.
+    // Loads one file at a time; a revision that arrives meanwhile is next. Changes that follow each
+    // other quickly are loaded together where a file takes long.
     async #load() {
         if (this.#isLoading || !this.#description) {
             return;
         }
         this.#isLoading = true;
-        const {revision} = this.#description;
+        await new Promise((resolve) => {
+            setTimeout(resolve, Math.min(this.#loadTime, kLongestPause));
+        });
+        const {revision} = this.#description ?? {};
         const old = this.#pdf;
         this.#showProgress(0);
-        const pdf = await this.#open(this.#description);
+        const begin = performance.now();
+        const pdf = this.#description && (await this.#open(this.#description));
         const first = await pdf?.getPage(1).catch(() => null);
+        this.#loadTime = performance.now() - begin;
         this.#isLoading = false;
         this.#progress.hidden = true;
         if (!this.#description) {
