@@ -26,11 +26,10 @@ export class PanelFocus {
         );
     }
 
-    /// To be called when the tree is reset.
+    /// To be called when the tree is reset. The description with the current comment comes before.
     reset() {
         this.#currentItems.clear();
         this.#stop = null;
-        this.#told = null;
     }
 
     /// `current` of the active document: the current comment with its item and row, which need not

@@ -319,6 +319,9 @@ export class PanelList {
     }
 
     #scroll() {
+        if (this.#revealed && this.#revealed.page >= this.#layout.pageCount) {
+            this.#revealed = null; // removed meanwhile
+        }
         const target = this.#revealed ? this.#targetOf(this.#revealed) : this.#anchoredTop();
         if (Math.abs(this.#element.scrollTop - target) >= 1) {
             this.#element.scrollTop = target;

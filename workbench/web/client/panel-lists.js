@@ -50,19 +50,21 @@ export class PanelLists {
         this.#lists.forEach((list) => list.note());
     }
 
-    settle() {
+    /// To be called after changes, before the current items are followed.
+    restore() {
         for (const [element, list] of this.#lists) {
+            const key = keyOf(element);
             if (!element.isConnected) {
                 this.#lists.delete(element);
-                continue;
-            }
-            const key = keyOf(element);
-            if (this.#kept.has(key)) {
+            } else if (this.#kept.has(key)) {
                 list.restore(this.#kept.get(key));
                 this.#kept.delete(key);
             }
-            list.settle();
         }
+    }
+
+    settle() {
+        this.#lists.forEach((list) => list.settle());
     }
 
     // --- Notifications of the mirror ---

@@ -42,7 +42,7 @@ export class Panel {
         this.#focus = new PanelFocus(this.document, frame, this.#lists);
         this.#tooltips = new Tooltips(this.document, this.#host, connection);
         this.#work = new SlicedWork(
-            () => this.#lists.note(),
+            () => this.#isStyled && this.#lists.note(),
             (piece) => this.#perform(piece),
             () => this.#settle(),
         );
@@ -53,7 +53,7 @@ export class Panel {
             connection,
             onRefusal,
         });
-        new ResizeObserver(() => this.#lists.settle()).observe(frame);
+        new ResizeObserver(() => this.#settleLists()).observe(frame);
     }
 
     get document() {
@@ -62,7 +62,8 @@ export class Panel {
 
     /// Whether everything that has come is shown, and nothing more of it is wanted.
     get isSettled() {
-        return this.#work.isEmpty && this.#lists.all.every(({isComplete}) => isComplete);
+        const isShown = this.#isStyled && this.#work.isEmpty;
+        return isShown && this.#lists.all.every(({isComplete}) => isComplete);
     }
 
     /// Sets whether the active document's list is being rendered.
@@ -128,7 +129,7 @@ export class Panel {
         const keep = this.#focus.seenCurrent();
         change();
         keep?.();
-        this.#lists.settle();
+        this.#settleLists();
     }
 
     focusList() {
@@ -194,11 +195,26 @@ export class Panel {
         }
     }
 
+    // Without its sheets nothing stands where it will stand.
+    get #isStyled() {
+        return this.#sheets.length === 0;
+    }
+
+    #settleLists() {
+        if (this.#isStyled) {
+            this.#lists.settle();
+        }
+    }
+
     #settle() {
+        if (!this.#isStyled) {
+            return;
+        }
         for (const page of this.#renamedPages) {
             namePage(page);
         }
         this.#renamedPages.clear();
+        this.#lists.restore();
         this.#focus.settle();
         this.#lists.settle();
         this.#tooltips.settle();
