@@ -1,33 +1,20 @@
 // Finding comments by their texts, in the bar above the list.
 
 import assert from 'node:assert/strict';
-import {after, afterEach, before, describe, test} from 'node:test';
+import {afterEach, describe, test} from 'node:test';
 
-import {PageWindow, startBrowser} from './support/browser.mjs';
-import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+import {shareWindow} from './support/suite.mjs';
 
 describe('Finding comments', () => {
-    let browser;
-    let workbench;
     let window;
     let field;
     let told;
 
-    before(async () => {
-        const folder = makeFolder();
-        browser = await startBrowser();
-        workbench = await Workbench.start(folder, [makeDocument(folder, 'sample.pdf', '--sample')]);
-        window = await PageWindow.open(browser, workbench);
-        await window.expectListed();
+    shareWindow((parts) => {
+        ({window} = parts);
         field = window.page.getByRole('textbox', {name: 'Find in comments'});
         told = window.page.getByRole('search').getByRole('status');
-    });
-
-    after(async () => {
-        await window.close();
-        await browser.close();
-        await workbench.stop();
-    });
+    }, '--sample');
 
     afterEach(() => window.expectSameTree());
 
@@ -40,13 +27,11 @@ describe('Finding comments', () => {
 
     // Whether the current item is in the visible part of the list, below the caption of its page.
     const isCurrentInSight = () =>
-        window.panel
-            .locator('.panel-content[wb-visibility="visible"] .results-container')
-            .evaluate((list) => {
-                const item = list.querySelector('li[wb-current]')?.getBoundingClientRect();
-                const view = list.getBoundingClientRect();
-                return item && item.top >= view.top + 24 && item.bottom <= view.bottom + 1;
-            });
+        window.list.evaluate((list) => {
+            const item = list.querySelector('li[wb-current]')?.getBoundingClientRect();
+            const view = list.getBoundingClientRect();
+            return item && item.top >= view.top + 24 && item.bottom <= view.bottom + 1;
+        });
     const expectCurrentInSight = () =>
         window.until(isCurrentInSight, Boolean, 'the current item is in sight');
 
@@ -148,12 +133,7 @@ describe('Finding comments', () => {
     });
 
     test('leaves the current item in sight in a small window', async () => {
-        for (const [width, height] of [
-            [320, 640],
-            [320, 256],
-            [320, 200],
-        ]) {
-            await window.page.setViewportSize({width, height});
+        await window.inSmallSizes(async (width) => {
             await (await window.show('4_4')).click();
             await window.page.keyboard.press('ArrowUp');
             await window.expectCurrent('4_2');
@@ -167,7 +147,6 @@ describe('Finding comments', () => {
             const {x, width: own} = await close.boundingBox();
             assert.ok(x + own <= width, 'the bar has room for all of its parts');
             await window.page.keyboard.press('Escape');
-        }
-        await window.page.setViewportSize({width: 1200, height: 800});
+        });
     });
 });
