@@ -90,6 +90,37 @@ describe('Finding comments', () => {
         await field.press('Escape');
     });
 
+    test('marks in the items where the text is, also in author and subject', async () => {
+        const marks = () =>
+            window.page.evaluate(() => {
+                const {CSS: styles} = document.getElementById('panel-frame').contentWindow;
+                const ranges = [...(styles.highlights.get('wb-match') ?? [])];
+                return ranges.map(
+                    (range) =>
+                        `${range.startContainer.parentElement.closest('li').getAttribute('annot-name')}: ` +
+                        `${range.startContainer.parentElement.closest('p') ? '' : 'tooltip: '}${range}`,
+                );
+            });
+        const rows = [
+            ['Which  SOURCE', ['0_1: Which source']],
+            ['x2, h2o', ['4_4: x2, H2O']],
+            ['rivera', ['0_2: tooltip: Rivera']],
+            ['praise', ['0_0: tooltip: Praise']],
+            ['nowhere at all', []],
+        ];
+        await window.page.keyboard.press('Control+f');
+        for (const [words, found] of rows) {
+            await field.fill(words);
+            await window.until(marks, (now) => `${now}` === `${found}`, `${words}: ${found}`);
+            await expectCurrentInSight();
+        }
+        await field.fill('rivera');
+        await window.until(marks, (now) => now.length === 1, 'one is marked');
+        await field.press('Escape');
+        assert.deepEqual(await marks(), []);
+        assert.equal(await window.list.locator('wb-found').count(), 0);
+    });
+
     test('tells the number of what becomes current by other means', async () => {
         await (await window.show('0_0')).click();
         await window.page.getByRole('button', {name: 'View', exact: true}).click();
