@@ -150,8 +150,7 @@ std::optional<CommentPosition> CurrentComment::PositionIn(Documents::Document& d
 std::optional<CommentPosition> CurrentComment::PlaceIn(Documents::Document& document) const
 {
     const Comment& comment = Place();
-    const std::uint32_t page =
-        comment.annotation ? PageShowing(document, comment) : kPDNoPage;
+    const std::uint32_t page = comment.annotation ? PageShowing(document, comment) : kPDNoPage;
     if (page == kPDNoPage) {
         return std::nullopt;
     }
