@@ -319,6 +319,40 @@ describe('Editing in the browser', () => {
         );
     });
 
+    test('marks words that a comment covers, whether tool or selection comes first', async () => {
+        const {page} = window;
+        await page.locator('.page-words span').nth(4).waitFor();
+        await page.locator('.page[data-page="0"] .annotation').nth(2).click();
+        await window.expectCurrent('0_2');
+        const {x, y, height} = await page
+            .locator('.page[data-page="0"] .annotation')
+            .first()
+            .boundingBox();
+        const choose = () => tool('Underline').click();
+        const drag = async () => {
+            await page.mouse.move(x + 5, y + height / 2);
+            await page.mouse.down();
+            await page.mouse.move(x + 155, y + height / 2, {steps: 4});
+            await page.mouse.up();
+        };
+        for (const [first, second] of [
+            [choose, drag],
+            [drag, choose],
+        ]) {
+            await first();
+            await second();
+            await page.getByRole('textbox', {name: 'Contents'}).fill('twice');
+            await page.keyboard.press('Control+Enter');
+            const mark = page.locator('.page[data-page="0"] .focused[aria-label$="twice"]');
+            await mark.waitFor();
+            const box = await mark.boundingBox();
+            assert.ok(Math.abs(box.x - x - 5) < 8 && Math.abs(box.width - 150) < 12, box);
+            assert.ok(Math.abs(box.y - y) < 5 && box.height < height + 5, box);
+            await page.keyboard.press('Control+z');
+            await mark.waitFor({state: 'detached'});
+        }
+    });
+
     test('places a rectangle with the keyboard alone', async () => {
         await window.page.locator('.page canvas').first().waitFor();
         await tool('Rectangle').focus();

@@ -1,33 +1,20 @@
 // Finding comments by their texts, in the bar above the list.
 
 import assert from 'node:assert/strict';
-import {after, afterEach, before, describe, test} from 'node:test';
+import {afterEach, describe, test} from 'node:test';
 
-import {PageWindow, startBrowser} from './support/browser.mjs';
-import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+import {shareWindow} from './support/suite.mjs';
 
 describe('Finding comments', () => {
-    let browser;
-    let workbench;
     let window;
     let field;
     let told;
 
-    before(async () => {
-        const folder = makeFolder();
-        browser = await startBrowser();
-        workbench = await Workbench.start(folder, [makeDocument(folder, 'sample.pdf', '--sample')]);
-        window = await PageWindow.open(browser, workbench);
-        await window.expectListed();
+    shareWindow((parts) => {
+        ({window} = parts);
         field = window.page.getByRole('textbox', {name: 'Find in comments'});
         told = window.page.getByRole('search').getByRole('status');
-    });
-
-    after(async () => {
-        await window.close();
-        await browser.close();
-        await workbench.stop();
-    });
+    }, '--sample');
 
     afterEach(() => window.expectSameTree());
 
@@ -40,13 +27,11 @@ describe('Finding comments', () => {
 
     // Whether the current item is in the visible part of the list, below the caption of its page.
     const isCurrentInSight = () =>
-        window.panel
-            .locator('.panel-content[wb-visibility="visible"] .results-container')
-            .evaluate((list) => {
-                const item = list.querySelector('li[wb-current]')?.getBoundingClientRect();
-                const view = list.getBoundingClientRect();
-                return item && item.top >= view.top + 24 && item.bottom <= view.bottom + 1;
-            });
+        window.list.evaluate((list) => {
+            const item = list.querySelector('li[wb-current]')?.getBoundingClientRect();
+            const view = list.getBoundingClientRect();
+            return item && item.top >= view.top + 24 && item.bottom <= view.bottom + 1;
+        });
     const expectCurrentInSight = () =>
         window.until(isCurrentInSight, Boolean, 'the current item is in sight');
 
@@ -105,6 +90,37 @@ describe('Finding comments', () => {
         await field.press('Escape');
     });
 
+    test('marks in the items where the text is, also in author and subject', async () => {
+        const marks = () =>
+            window.page.evaluate(() => {
+                const {CSS: styles} = document.getElementById('panel-frame').contentWindow;
+                const ranges = [...(styles.highlights.get('wb-match') ?? [])];
+                return ranges.map(
+                    (range) =>
+                        `${range.startContainer.parentElement.closest('li').getAttribute('annot-name')}: ` +
+                        `${range.startContainer.parentElement.closest('p') ? '' : 'tooltip: '}${range}`,
+                );
+            });
+        const rows = [
+            ['Which  SOURCE', ['0_1: Which source']],
+            ['x2, h2o', ['4_4: x2, H2O']],
+            ['rivera', ['0_2: tooltip: Rivera']],
+            ['praise', ['0_0: tooltip: Praise']],
+            ['nowhere at all', []],
+        ];
+        await window.page.keyboard.press('Control+f');
+        for (const [words, found] of rows) {
+            await field.fill(words);
+            await window.until(marks, (now) => `${now}` === `${found}`, `${words}: ${found}`);
+            await expectCurrentInSight();
+        }
+        await field.fill('rivera');
+        await window.until(marks, (now) => now.length === 1, 'one is marked');
+        await field.press('Escape');
+        assert.deepEqual(await marks(), []);
+        assert.equal(await window.list.locator('wb-found').count(), 0);
+    });
+
     test('tells the number of what becomes current by other means', async () => {
         await (await window.show('0_0')).click();
         await window.page.getByRole('button', {name: 'View', exact: true}).click();
@@ -148,12 +164,7 @@ describe('Finding comments', () => {
     });
 
     test('leaves the current item in sight in a small window', async () => {
-        for (const [width, height] of [
-            [320, 640],
-            [320, 256],
-            [320, 200],
-        ]) {
-            await window.page.setViewportSize({width, height});
+        await window.inSmallSizes(async (width) => {
             await (await window.show('4_4')).click();
             await window.page.keyboard.press('ArrowUp');
             await window.expectCurrent('4_2');
@@ -167,7 +178,6 @@ describe('Finding comments', () => {
             const {x, width: own} = await close.boundingBox();
             assert.ok(x + own <= width, 'the bar has room for all of its parts');
             await window.page.keyboard.press('Escape');
-        }
-        await window.page.setViewportSize({width: 1200, height: 800});
+        });
     });
 });

@@ -1,10 +1,9 @@
 // Comments from strangers: their markup is shown, and nothing else comes of it.
 
 import assert from 'node:assert/strict';
-import {after, before, describe, test} from 'node:test';
+import {describe, test} from 'node:test';
 
-import {PageWindow, startBrowser} from './support/browser.mjs';
-import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+import {shareWindow} from './support/suite.mjs';
 
 const kHarm = 'top.harmed = true; parent.harmed = true; alert(1)';
 const kFar = 'http://elsewhere.invalid/thing';
@@ -61,25 +60,11 @@ const kContents = {
 };
 
 describe('Contents from strangers', () => {
-    let browser;
     let workbench;
     let window;
 
-    before(async () => {
-        const folder = makeFolder();
-        browser = await startBrowser();
-        workbench = await Workbench.start(folder, [
-            makeDocument(folder, 'hostile.pdf', '--comments', '4', '--pages', '2'),
-        ]);
-        window = await PageWindow.open(browser, workbench);
-        await window.expectListed();
-    });
-
-    after(async () => {
-        await window.close();
-        await browser.close();
-        await workbench.stop();
-    });
+    const options = ['--comments', '4', '--pages', '2'];
+    shareWindow((parts) => ({workbench, window} = parts), ...options);
 
     // What covers the middle of each button, and the left edge of the pages beside the panel.
     const whatLiesOnTop = () =>

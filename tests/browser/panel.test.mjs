@@ -1,30 +1,18 @@
 // The panel as a person uses it: pointer, keyboard, tooltips, languages, several windows.
 
 import assert from 'node:assert/strict';
-import {after, afterEach, before, describe, test} from 'node:test';
+import {afterEach, describe, test} from 'node:test';
 
 import {findViolations, letFrameRunScripts} from './support/accessibility.mjs';
-import {PageWindow, startBrowser} from './support/browser.mjs';
-import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+import {PageWindow} from './support/browser.mjs';
+import {shareWindow} from './support/suite.mjs';
 
 describe('The panel in the browser', () => {
     let browser;
     let workbench;
     let window;
 
-    before(async () => {
-        const folder = makeFolder();
-        browser = await startBrowser();
-        workbench = await Workbench.start(folder, [makeDocument(folder, 'sample.pdf', '--sample')]);
-        window = await PageWindow.open(browser, workbench);
-        await window.expectListed();
-    });
-
-    after(async () => {
-        await window.close();
-        await browser.close();
-        await workbench.stop();
-    });
+    shareWindow((parts) => ({browser, workbench, window} = parts), '--sample');
 
     afterEach(() => window.expectSameTree());
 
@@ -119,20 +107,13 @@ describe('The panel in the browser', () => {
     test('says which page the list shows, and hides no current item behind it', async () => {
         await (await window.show('1_5')).click();
         const places = () =>
-            window.panel
-                .locator('.panel-content[wb-visibility="visible"] .results-container')
-                .evaluate((list) => {
-                    const item = list.querySelector('li[wb-current]');
-                    const caption = item.closest('ul[page-item] > li').firstElementChild;
-                    const topOf = (element) => element.getBoundingClientRect().top;
-                    return [topOf(caption) - topOf(list), topOf(item) - topOf(list)];
-                });
-        await window.panel
-            .locator('.results-container')
-            .last()
-            .evaluate((list) => {
-                list.scrollTop = list.scrollHeight;
+            window.list.evaluate((list) => {
+                const item = list.querySelector('li[wb-current]');
+                const caption = item.closest('ul[page-item] > li').firstElementChild;
+                const topOf = (element) => element.getBoundingClientRect().top;
+                return [topOf(caption) - topOf(list), topOf(item) - topOf(list)];
             });
+        await window.scrollList(1);
         await window.page.keyboard.press('ArrowUp');
         await window.expectCurrent('1_4');
         const [caption, item] = await window.until(
@@ -144,18 +125,13 @@ describe('The panel in the browser', () => {
     });
 
     test('gives the list at least half of a small or zoomed window', async () => {
-        for (const [width, height] of [
-            [320, 640],
-            [320, 256],
-            [320, 200],
-        ]) {
-            await window.page.setViewportSize({width, height});
-            const share = await window.panel
-                .locator('.panel-content[wb-visibility="visible"] .results-container')
-                .evaluate((list, whole) => list.clientHeight / whole, height);
+        await window.inSmallSizes(async (width, height) => {
+            const share = await window.list.evaluate(
+                (list, whole) => list.clientHeight / whole,
+                height,
+            );
             assert.ok(share >= 0.5, `${share} of ${width} by ${height}`);
-        }
-        await window.page.setViewportSize({width: 1200, height: 800});
+        });
     });
 
     test('goes on with the buttons, beyond the end of a page', async () => {
@@ -198,7 +174,7 @@ describe('The panel in the browser', () => {
         ]) {
             const other = await PageWindow.open(browser, workbench, {options: {deviceScaleFactor}});
             await other.expectListed();
-            const address = await other.item('0_0').evaluate((item) => {
+            const address = await (await other.show('0_0')).evaluate((item) => {
                 const {backgroundImage} = item.ownerDocument.defaultView.getComputedStyle(item);
                 return backgroundImage.slice('url("'.length, -'")'.length);
             });

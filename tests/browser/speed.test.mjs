@@ -100,4 +100,40 @@ describe('Ten thousand comments', () => {
             assert.ok(Math.abs(moved - kStep) < 2, `step ${step} moved the rows by ${moved}`);
         }
     });
+
+    // An annotation that is not listed goes, so the comments of its page are named anew; its removal
+    // leaves the current comment as it is.
+    test('stay where they are while the page at the top or above is brought up to date', async () => {
+        const page = 250;
+        const rect = [9, 9, 29, 29];
+        const add = (fields) => window.expectCommand('add', {document: 1, page, rect, ...fields});
+        for (const [top, current] of [
+            [`${page + 1}_2`, [page + 1, 5]],
+            [`${page}_7`, [page, 9]],
+        ]) {
+            const {index} = await add({subtype: 'Link', contents: ''});
+            await add({subtype: 'Text', contents: 'named anew'});
+            await window.expectCommand('focus', {document: 1, page: current[0], index: current[1]});
+            await window.expectCurrent(current.join('_'));
+            const topOf = () =>
+                window.item(top).evaluate((item) => {
+                    const list = item.closest('.results-container');
+                    return item.getBoundingClientRect().top - list.getBoundingClientRect().top;
+                });
+            await (
+                await window.show(top)
+            ).evaluate((item) => {
+                const list = item.closest('.results-container');
+                const edge = list.getBoundingClientRect().top + 25;
+                list.scrollTop += item.getBoundingClientRect().top - edge;
+            });
+            await window.expectSameTree();
+            const former = await topOf();
+            await window.expectCommand('remove', {document: 1, page, index});
+            await window.expectSameTree();
+            await window.until(() => window.isSettled(), Boolean, 'the list is filled');
+            const moved = (await topOf()) - former;
+            assert.ok(Math.abs(moved) < 2, `${top} has moved by ${moved}`);
+        }
+    });
 });

@@ -110,6 +110,16 @@ protected:
         return workbench->Wait();
     }
 
+    // While they are held, no list that is being made lands.
+    void HoldLists(bool on)
+    {
+        workbench->OnUi(
+            [on](BrowserWorkbench& running) { running.TheHost().State().loop.Hold(on); });
+        if (!on) {
+            workbench->Settle(*client);
+        }
+    }
+
     // A command that must succeed; what it answers.
     Json Do(const std::string& name, const Json& arguments)
     {
@@ -475,11 +485,7 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     Do("undo", document);
     EXPECT_EQ(Do("current", document).at("annotation").at("contents"), words);
 
-    const auto hold = [&](bool on) {
-        workbench->OnUi(
-            [on](BrowserWorkbench& running) { running.TheHost().State().loop.Hold(on); });
-    };
-    hold(true);
+    HoldLists(true);
     Do("insert-page", {{"document", 1}, {"at", 0}});
     EXPECT_EQ(client->Document(1).at("current"), nullptr);
     EXPECT_EQ(pressDelete(*client, nullptr), "listing");
@@ -487,8 +493,7 @@ TEST_F(Browsing, DeletesOnlyWhatIsHighlighted)
     Do("remove", {{"document", 1}, {"page", 1}, {"index", 0}});
     Do("undo", document);
     Do("focus", {{"document", 1}, {"page", 1}, {"index", 1}});
-    hold(false);
-    workbench->Settle(*client);
+    HoldLists(false);
     EXPECT_EQ(Do("current", document).at("annotation").at("contents"), words);
     EXPECT_EQ(client->tree.StatesOf(Item("1_1")), 32u);
     client->Send({{"type", "click"}, {"element", client->tree.Find("class", "icon document")}});
@@ -541,6 +546,17 @@ TEST_F(Browsing, FindsCommentsInTheOrderOfTheList)
     EXPECT_EQ(find("survey", "previous"), (Json{3, 3, 1, 0})) << "of the present revision";
     EXPECT_EQ(Do("find", {{"document", 1}, {"text", "survey"}}).at("revision"),
               client->Document(1).at("revision"));
+
+    Do("focus", {{"document", 1}, {"page", 1}, {"index", 3}});
+    HoldLists(true);
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    EXPECT_EQ(find("layout", "here"), (Json{4, 6, 2, 3})) << "from where the last list was";
+    EXPECT_EQ(find("layout", "next"), (Json{5, 6, 2, 4}));
+    EXPECT_EQ(find("layout", ""), (Json{5, 6, 2, 4}));
+    Do("insert-page", {{"document", 1}, {"at", 0}});
+    EXPECT_EQ(find("layout", "next"), (Json{6, 6, 3, 5}));
+    HoldLists(false);
+    EXPECT_EQ(current(), (Json{3, 5})) << "in the list that has come";
 }
 
 TEST_F(Browsing, RepliesToEverySearchThatAnotherOneFollows)

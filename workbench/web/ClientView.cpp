@@ -140,57 +140,55 @@ void ClientView::AppendSizes(NodeHandle list, std::size_t from, std::size_t coun
 
 // --- Changes of the tree ---
 
-void ClientView::Inserted(NodeHandle parent, NodeHandle first, NodeHandle last)
+// Prepares the messages for a change of an element's children.
+ClientView::Target ClientView::TargetOf(NodeHandle parent)
 {
     if (!IsSent(parent)) {
         NoteSize(parent);
-        return;
+        return Target::kNone;
     }
     const auto held = held_.find(parent);
     if (held == held_.end()) {
         WriteSplice();
-        writer_.Insert(first, last);
-        return;
+        return Target::kTree;
     }
-    if (held->second.part == ListPart::kTooltip) {
-        return;
-    }
-    std::vector<NodeHandle> rows;
-    for (NodeHandle node = first;; node = reader_.NextSibling(node)) {
+    return held->second.part == ListPart::kTooltip ? Target::kNone : Target::kRows;
+}
+
+std::vector<NodeHandle> ClientView::ElementsBetween(NodeHandle first, NodeHandle last) const
+{
+    std::vector<NodeHandle> elements;
+    const NodeHandle end = reader_.NextSibling(last);
+    for (NodeHandle node = first; node != end; node = reader_.NextSibling(node)) {
         if (reader_.Kind(node) == NodeKind::Element) {
-            rows.push_back(node);
-        }
-        if (node == last) {
-            break;
+            elements.push_back(node);
         }
     }
-    if (!rows.empty()) {
-        InsertRows(parent, rows);
+    return elements;
+}
+
+void ClientView::Inserted(NodeHandle parent, NodeHandle first, NodeHandle last)
+{
+    const Target target = TargetOf(parent);
+    if (target == Target::kTree) {
+        writer_.Insert(first, last);
+    } else if (target == Target::kRows) {
+        if (const auto rows = ElementsBetween(first, last); !rows.empty()) {
+            InsertRows(parent, rows);
+        }
     }
 }
 
 void ClientView::Removed(NodeHandle parent, NodeHandle previous, NodeHandle first, NodeHandle last)
 {
-    if (!IsSent(parent)) {
-        NoteSize(parent);
-        return;
-    }
-    const auto held = held_.find(parent);
-    if (held == held_.end()) {
-        WriteSplice();
+    const Target target = TargetOf(parent);
+    if (target == Target::kTree) {
         writer_.Remove(first, last);
         ForgetUnsent();
-        return;
-    }
-    if (held->second.part == ListPart::kTooltip) {
-        return;
-    }
-    std::size_t count = 0;
-    for (NodeHandle node = first; node != kNoNodeHandle; node = reader_.NextSibling(node)) {
-        count += reader_.Kind(node) == NodeKind::Element ? 1U : 0U;
-    }
-    if (count > 0) {
-        RemoveRows(parent, IndexBehind(previous), count);
+    } else if (target == Target::kRows) {
+        if (const auto rows = ElementsBetween(first, last); !rows.empty()) {
+            RemoveRows(parent, IndexBehind(previous), rows.size());
+        }
     }
 }
 
@@ -256,7 +254,7 @@ void ClientView::ShowInserted(NodeHandle list, std::size_t at, const std::vector
         if (!held_.contains(items)) {
             continue;
         }
-        const NodeHandle former = Predecessor(held_.at(list), at, row);
+        const NodeHandle former = Predecessor(held_.at(list), at, rows.size(), row);
         const auto window = held_.find(ItemsOf(reader_, former));
         if (window != held_.end()) {
             SetWindow(items, window->second.from,
@@ -265,14 +263,16 @@ void ClientView::ShowInserted(NodeHandle list, std::size_t at, const std::vector
     }
 }
 
-// The page item beside a new one whose place that is to take; kNoNodeHandle when there is none.
-NodeHandle ClientView::Predecessor(const Held& held, std::size_t at, NodeHandle row) const
+// The page item beside new rows whose place one of them is to take; kNoNodeHandle when there is
+// none.
+NodeHandle ClientView::Predecessor(const Held& held, std::size_t at, std::size_t count,
+                                   NodeHandle row) const
 {
     const auto pageOf = [&](NodeHandle page) {
         return panel_.Attribute(panel_.ElementOf(page), "page-item").value_or("");
     };
     const auto begin = static_cast<std::ptrdiff_t>(at - held.from);
-    for (const std::ptrdiff_t beside : {begin - 1, begin + 1}) {
+    for (const std::ptrdiff_t beside : {begin - 1, begin + static_cast<std::ptrdiff_t>(count)}) {
         const bool isShown = beside >= 0 && beside < static_cast<std::ptrdiff_t>(held.shown.size());
         if (isShown && pageOf(held.shown[static_cast<std::size_t>(beside)]) == pageOf(row)) {
             return held.shown[static_cast<std::size_t>(beside)];

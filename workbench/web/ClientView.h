@@ -80,13 +80,20 @@ private:
     std::size_t IndexBehind(NodeHandle previous) const;
     void AppendSizes(NodeHandle list, std::size_t from, std::size_t count, std::string& out) const;
 
+    // What a change of children concerns: nothing that the client has, its tree, or the rows of a
+    // list.
+    enum class Target : std::uint8_t { kNone, kTree, kRows };
+    Target TargetOf(NodeHandle parent);
+    std::vector<NodeHandle> ElementsBetween(NodeHandle first, NodeHandle last) const;
+
     void InsertRows(NodeHandle list, const std::vector<NodeHandle>& rows);
     void RemoveRows(NodeHandle list, std::size_t at, std::size_t count);
     void NoteSplice(NodeHandle list, std::size_t at, std::size_t removed, std::size_t inserted);
     void WriteSplice();
     void SetWindow(NodeHandle list, std::size_t from, std::size_t to);
     void ShowInserted(NodeHandle list, std::size_t at, const std::vector<NodeHandle>& rows);
-    NodeHandle Predecessor(const Held& held, std::size_t at, NodeHandle row) const;
+    NodeHandle Predecessor(const Held& held, std::size_t at, std::size_t count,
+                           NodeHandle row) const;
     void ForgetUnsent();
     void NoteSize(NodeHandle node);
     void WriteSizes();

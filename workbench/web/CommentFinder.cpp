@@ -138,7 +138,7 @@ CommandReply CommentFinder::Show(const CommandCall& call, const OpenDocument& do
     const Positions& positions = found.positions;
     const Step step = StepIn(call.Message());
     const auto match =
-        Follow(step, positions, session_.Current(document).PositionIn(*document.content));
+        Follow(step, positions, session_.Current(document).PlaceIn(*document.content));
     nlohmann::ordered_json reply = {{"count", positions.size()},
                                     {"number", nullptr},
                                     {"page", nullptr},

@@ -109,7 +109,7 @@ void CurrentComment::Show(Comment comment, BLDocumentViewObject& view,
 
 void CurrentComment::Keep()
 {
-    wanted_ = comment_.annotation ? comment_ : wanted_;
+    wanted_ = Place();
 }
 
 void CurrentComment::FollowEdit(const std::vector<Documents::Change>& changes,
@@ -144,11 +144,18 @@ void CurrentComment::FollowEdit(const std::vector<Documents::Change>& changes,
 
 std::optional<CommentPosition> CurrentComment::PositionIn(Documents::Document& document) const
 {
-    if (state_.item == kNoElement) {
+    return state_.item == kNoElement ? std::nullopt : PlaceIn(document);
+}
+
+std::optional<CommentPosition> CurrentComment::PlaceIn(Documents::Document& document) const
+{
+    const Comment& comment = Place();
+    const std::uint32_t page = comment.annotation ? PageShowing(document, comment) : kPDNoPage;
+    if (page == kPDNoPage) {
         return std::nullopt;
     }
-    const auto index = PositionOnPage(document, comment_.page, comment_.annotation.Get());
-    return index ? std::optional(CommentPosition{comment_.page, *index}) : std::nullopt;
+    const auto index = PositionOnPage(document, page, comment.annotation.Get());
+    return index ? std::optional(CommentPosition{page, *index}) : std::nullopt;
 }
 
 }  // namespace Workbench

@@ -44,8 +44,12 @@ public:
     HtmlEngine::ElementHandle Item() const noexcept { return state_.item; }
     // Position of the current comment in the document; nothing for none.
     std::optional<CommentPosition> PositionIn(Documents::Document& document) const;
+    // The same, and while the list is loading, that of the comment that is to be current in it.
+    std::optional<CommentPosition> PlaceIn(Documents::Document& document) const;
 
 private:
+    // What an edit or Show requested since the last list stood comes before what was current in it.
+    const Comment& Place() const { return wanted_.annotation ? wanted_ : comment_; }
     void ReadList(BLDocumentViewObject& view, const HtmlEngine::Document& panel);
 
     struct State {

@@ -276,6 +276,10 @@ export class PageWindow {
         });
     }
 
+    get list() {
+        return this.panel.locator('.panel-content[wb-visibility="visible"] .results-container');
+    }
+
     get items() {
         return this.panel.locator('.panel-content[wb-visibility="visible"] ul.comments > li');
     }
@@ -380,16 +384,24 @@ export class PageWindow {
         }
     }
 
+    /// Does something in windows that are as narrow as a zoomed page, `act(width, height)`.
+    async inSmallSizes(act) {
+        for (const [width, height] of [
+            [320, 640],
+            [320, 256],
+            [320, 200],
+        ]) {
+            await this.page.setViewportSize({width, height});
+            await act(width, height);
+        }
+        await this.page.setViewportSize({width: 1200, height: 800});
+    }
+
     /// Scrolls the list to a part of its height.
-    scrollList(part) {
-        return this.page.evaluate(async (at) => {
-            const list = document
-                .getElementById('panel-frame')
-                .contentDocument.querySelector(
-                    '.panel-content[wb-visibility="visible"] .results-container',
-                );
+    async scrollList(part) {
+        await this.list.evaluate((list, at) => {
             list.scrollTop = at * list.scrollHeight;
-            await new Promise(requestAnimationFrame);
         }, part);
+        await this.page.evaluate(() => new Promise(requestAnimationFrame));
     }
 }

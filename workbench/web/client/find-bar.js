@@ -33,7 +33,8 @@ export class FindBar {
 
     /// `services`: `active` (description of the active document or null), `countWords` (number of its
     /// comments in words), `search(fields)` (resolves to the reply to `find`), `reserve(change)`
-    /// (carries out a change that takes space from the list), `leave()` (focuses the list).
+    /// (carries out a change that takes space from the list), `mark(words, isMatch)` (marks them in
+    /// the items of the list; whether the current one is a match), `leave()` (focuses the list).
     constructor(element, services) {
         this.#element = element;
         this.#services = services;
@@ -82,6 +83,7 @@ export class FindBar {
     close() {
         this.#drop();
         this.#element.hidden = true;
+        this.#services.mark('', false);
         this.#services.leave();
     }
 
@@ -93,6 +95,7 @@ export class FindBar {
 
     /// To be called when documents, the current comment or the number of comments may have changed.
     update() {
+        this.#mark();
         if (!this.isOpen || this.#timer !== 0 || this.#isAsking) {
             return;
         }
@@ -161,11 +164,24 @@ export class FindBar {
         if (this.#place.textContent !== words) {
             this.#place.textContent = words;
         }
-        const hasMatches = this.#answer?.count > 0;
+        this.#mark();
+        const hasMatches = this.#hasMatches;
         this.#place.classList.toggle('none', this.#field.value !== '' && this.#answer?.count === 0);
         for (const name of ['previous', 'next']) {
             this.#buttons.get(name).setAttribute('aria-disabled', String(!hasMatches));
         }
+    }
+
+    get #hasMatches() {
+        return this.#answer?.count > 0;
+    }
+
+    #mark() {
+        const isMarking = this.isOpen && this.#hasMatches;
+        this.#services.mark(
+            isMarking ? this.#field.value : '',
+            isMarking && this.#answer.number > 0,
+        );
     }
 
     #describe() {

@@ -149,6 +149,7 @@ class Page {
             },
             search: (fields) => this.connection.command('find', fields),
             reserve: (change) => this.panel.keepCurrentInSight(change),
+            mark: (words, isMatch) => this.panel.markMatches(words, isMatch),
             leave: () => this.panel.focusList(),
         };
     }

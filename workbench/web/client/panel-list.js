@@ -90,17 +90,10 @@ export class PanelList {
             anchor.isRemoved = anchor.page < at + removed;
             anchor.page = anchor.isRemoved ? at : anchor.page - removed;
         }
-        // What takes the place of a removed page item keeps its place, too.
+        // What takes the place of a removed page item keeps its place, too. A single page item is
+        // replaced by one that comes behind it before it goes.
         const isBefore = anchor.isRemoved ? at < anchor.page : at <= anchor.page;
-        anchor.page +=
-            isBefore && sizes.length > 0 && !this.#replaces(at, sizes) ? sizes.length : 0;
-    }
-
-    // A page item is inserted beside the one that it replaces, before that is removed.
-    #replaces(at, sizes) {
-        return sizes.length === 1 && at === this.#anchor.page && !this.#anchor.isRemoved
-            ? this.#window.from <= at && at < this.#window.to
-            : false;
+        anchor.page += isBefore ? sizes.length : 0;
     }
 
     setSizes(at, sizes) {
@@ -117,7 +110,8 @@ export class PanelList {
         this.#layout.spliceItems(page, at, removed, added);
         this.#lastAsked = '';
         const anchor = this.#anchor;
-        if (anchor?.page === page && anchor.item !== null && at < anchor.item) {
+        // What is inserted at the place of the item at the top stands before that item.
+        if (anchor?.page === page && anchor.item !== null && at <= anchor.item) {
             anchor.item = Math.max(at, anchor.item - removed) + added;
         }
     }

@@ -1,6 +1,7 @@
 // The comments panel: a frame without scripts that shows the engine's tree. Receives the panel's
 // messages; roles, keyboard focus, input and tooltips work on its elements.
 
+import {MatchMarks} from './match-marks.js';
 import {PanelFocus} from './panel-focus.js';
 import {PanelLists} from './panel-lists.js';
 import {PanelMirror} from './panel-mirror.js';
@@ -23,6 +24,7 @@ export class Panel {
     #work;
     #focus;
     #tooltips;
+    #marks;
     #host;
     #title;
     #remaining = 0;
@@ -41,6 +43,11 @@ export class Panel {
         this.#lists = new PanelLists(connection);
         this.#focus = new PanelFocus(this.document, frame, this.#lists);
         this.#tooltips = new Tooltips(this.document, this.#host, connection);
+        this.#marks = new MatchMarks(
+            this.document,
+            (item) => this.#tooltips.openedPopupOf(item),
+            (change) => this.keepCurrentInSight(change),
+        );
         this.#work = new SlicedWork(
             () => this.#isStyled && this.#lists.note(),
             (piece) => this.#perform(piece),
@@ -130,6 +137,13 @@ export class Panel {
         change();
         keep?.();
         this.#settleLists();
+    }
+
+    /// Marks a text in the visible list; '' removes the marks. `isMatch`: whether the current item
+    /// is one of the matches. To be called again when the list has changed.
+    markMatches(words, isMatch) {
+        const {list, currentItem} = this.#focus;
+        this.#marks.mark(words, list?.element, isMatch ? currentItem : null);
     }
 
     focusList() {

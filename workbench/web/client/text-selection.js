@@ -1,7 +1,9 @@
-// Text that is selected on a page, as boxes of its lines.
+// Text that is selected on a page, as boxes of its lines, and selection of text that comments cover.
 
 // A longer gap between two pieces of a line, as a share of its height, separates columns.
 const kWidestGap = 1;
+// A shorter drag is a click, in pixels.
+const kShortestDrag = 4;
 
 function overlap(one, other, from, to) {
     return Math.min(one[to], other[to]) - Math.max(one[from], other[from]);
@@ -96,4 +98,54 @@ export function selectedLines() {
         }
     }
     return null;
+}
+
+/// Whether a pointer event is on words of a page, with or without comments over them.
+export function isOnWords({clientX, clientY}) {
+    return document
+        .elementsFromPoint(clientX, clientY)
+        .some((element) => element.matches('.page-words span'));
+}
+
+// The place in the words of a page; null outside them.
+function caretAt({clientX, clientY}) {
+    const {offsetNode, offset} = document.caretPositionFromPoint?.(clientX, clientY) ?? {};
+    const isInWords = offsetNode?.nodeType === Node.TEXT_NODE;
+    return isInWords && offsetNode.parentElement.closest('.page-words')
+        ? [offsetNode, offset]
+        : null;
+}
+
+/// Selects the words below a comment when the pointer is dragged from `pressed`, an event on the
+/// comment's button, where the browser itself begins no selection. A click stays the button's.
+export function selectBelow(pressed, scroller) {
+    const {classList} = document.documentElement;
+    const listening = new AbortController();
+    const {signal} = listening;
+    const begin = () => {
+        scroller.setPointerCapture(pressed.pointerId); // takes the click, too
+        scroller.focus({preventScroll: true});
+        classList.add('selecting'); // lets the pointer through to the words
+        getSelection().collapse(...(caretAt(pressed) ?? [null]));
+    };
+    const move = (moved) => {
+        const {clientX, clientY} = pressed;
+        const isClick =
+            Math.hypot(moved.clientX - clientX, moved.clientY - clientY) < kShortestDrag;
+        if (!isClick && !classList.contains('selecting')) {
+            begin();
+        }
+        const caret = classList.contains('selecting') ? caretAt(moved) : null;
+        if (caret && getSelection().rangeCount > 0) {
+            getSelection().extend(...caret);
+        }
+    };
+    const stop = () => {
+        classList.remove('selecting');
+        listening.abort();
+    };
+    scroller.addEventListener('dragstart', (event) => event.preventDefault(), {signal});
+    scroller.addEventListener('pointermove', move, {signal});
+    scroller.addEventListener('pointerup', stop, {signal});
+    scroller.addEventListener('pointercancel', stop, {signal});
 }

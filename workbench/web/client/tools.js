@@ -1,9 +1,10 @@
 // Drawing tools for pages. The pointer clicks a place or drags a rectangle; the keyboard moves a
 // frame in the middle of the view with the arrow keys, resizes it with Shift, and places it with
-// Enter. A tool that marks text marks what is selected on a page at once.
+// Enter. A tool that marks text marks what is selected on a page at once, else the words that the
+// pointer is dragged over; beside words it draws a rectangle like the others.
 
 import {placeOnPage} from './comment-places.js';
-import {selectedLines} from './text-selection.js';
+import {isOnWords, selectBelow, selectedLines} from './text-selection.js';
 import {subtypeName, text} from './texts.js';
 
 /// Tools in order; those with a subtype add an annotation of it.
@@ -211,6 +212,14 @@ export class Tools {
     // --- Pointer ---
 
     #pointerDown(view, event) {
+        const isForWords = event.button === 0 && event.pointerType !== 'touch' && isOnWords(event);
+        if (isForWords && !this.isForDrawing && event.target.matches('.annotation')) {
+            selectBelow(event, view.scroller);
+        }
+        if (isForWords && this.#tool.marksText && this.#isDrawing(view)) {
+            this.#markWhenReleased(this.#tool);
+            return;
+        }
         const page = view.pageView(Number(event.target.closest('.page')?.dataset.page));
         if (!this.#isDrawing(view) || event.button !== 0 || !page?.viewport) {
             return;
@@ -223,6 +232,19 @@ export class Tools {
             y: Math.max(0, Math.min(moved.clientY - origin.top, origin.height)),
         });
         this.#follow(view, page, at(event), at, event.pointerId);
+    }
+
+    // The browser itself selects the words meanwhile.
+    #markWhenReleased(tool) {
+        const release = ({type}) => {
+            removeEventListener('pointerup', release);
+            removeEventListener('pointercancel', release);
+            if (type === 'pointerup' && this.#tool === tool) {
+                this.#markSelection(tool);
+            }
+        };
+        addEventListener('pointerup', release);
+        addEventListener('pointercancel', release);
     }
 
     #follow(view, page, start, at, pointer) {

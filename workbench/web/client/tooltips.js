@@ -62,6 +62,16 @@ export class Tooltips {
         this.#describeFocused();
     }
 
+    /// The tooltip of an item; null for none, and until its contents have come.
+    openedPopupOf(item) {
+        const popup = this.#popupOf(item);
+        const record = recordOf(popup);
+        if (record?.isClosed && !record.isAskedFor) {
+            record.isAskedFor = this.#connection.tell({type: 'tooltip', element: record.id});
+        }
+        return record?.isClosed ? null : popup;
+    }
+
     #pointerOver({target, pointerType, clientX, clientY}) {
         // Scrolling the list below a resting pointer does not count as pointer movement.
         const place = `${clientX} ${clientY}`;
@@ -77,7 +87,7 @@ export class Tooltips {
     // For screen readers.
     #describeFocused() {
         const item = this.#document.activeElement;
-        const popup = item?.matches?.('[titleid]') ? this.#openedPopupOf(item) : null;
+        const popup = item?.matches?.('[titleid]') ? this.openedPopupOf(item) : null;
         if (popup) {
             item.setAttribute('aria-description', wordsOf(popup));
         }
@@ -97,7 +107,7 @@ export class Tooltips {
         this.hide();
         if (item) {
             this.#item = item;
-            this.#openedPopupOf(item);
+            this.openedPopupOf(item);
             this.#timer = setTimeout(() => this.#show(item), delay);
         }
     }
@@ -125,18 +135,8 @@ export class Tooltips {
         );
     }
 
-    // Null for none, and until its contents have come.
-    #openedPopupOf(item) {
-        const popup = this.#popupOf(item);
-        const record = recordOf(popup);
-        if (record?.isClosed && !record.isAskedFor) {
-            record.isAskedFor = this.#connection.tell({type: 'tooltip', element: record.id});
-        }
-        return record?.isClosed ? null : popup;
-    }
-
     #show(item) {
-        const popup = item.isConnected ? this.#openedPopupOf(item) : null;
+        const popup = item.isConnected ? this.openedPopupOf(item) : null;
         this.#isDue = !popup;
         if (popup?.localName !== 'popup') {
             return;
