@@ -85,7 +85,12 @@ describe('Editing in the browser', () => {
         const deletions = {
             'a key of the list': () => keyboard.press('Delete'),
             "the panel's button": () => window.button('delete').click(),
-            'the bin': () => tool('Delete highlighted comment').click(),
+            'the bin beside the pages, where there is no room for the list': async () => {
+                await window.page.setViewportSize({width: 600, height: 800});
+                await window.page.getByRole('button', {name: 'Pages', exact: true}).click();
+                await tool('Delete highlighted comment').click();
+                await window.page.setViewportSize({width: 1200, height: 800});
+            },
             'a key that is held': async () => {
                 for (let times = 0; times < 5; ++times) {
                     await keyboard.down('Delete');
@@ -117,6 +122,9 @@ describe('Editing in the browser', () => {
         const field = window.page.getByRole('textbox', {name: 'Contents'});
         assert.equal(await field.inputValue(), await wordsOf('0_1'));
         await expectMark('0_1');
+        await keyboard.press('Escape');
+        await window.item('0_2').dblclick();
+        assert.equal(await field.inputValue(), await wordsOf('0_2'));
     });
 
     test('gives the focus back after every question', async () => {
@@ -552,7 +560,7 @@ describe('Editing in the browser', () => {
         await window.page.getByRole('button', {name: 'File', exact: true}).click();
         await window.page.getByRole('menuitemcheckbox', {name: 'Read-only'}).click();
         await window.expectActive((active) => active.readOnly, 'it is read-only');
-        for (const name of ['Note', 'Rectangle', 'Delete highlighted comment']) {
+        for (const name of ['Note', 'Rectangle', 'Edit comment (F2)']) {
             assert.equal(await tool(name).getAttribute('aria-disabled'), 'true', name);
         }
         await window.item('0_0').press('F2');

@@ -174,7 +174,9 @@ describe('The panel in the browser', () => {
         ]) {
             const other = await PageWindow.open(browser, workbench, {options: {deviceScaleFactor}});
             await other.expectListed();
-            const address = await (await other.show('0_0')).evaluate((item) => {
+            const address = await (
+                await other.show('0_0')
+            ).evaluate((item) => {
                 const {backgroundImage} = item.ownerDocument.defaultView.getComputedStyle(item);
                 return backgroundImage.slice('url("'.length, -'")'.length);
             });

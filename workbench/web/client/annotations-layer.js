@@ -8,6 +8,8 @@ import {NoteIcons} from './note-icons.js';
 import {subtypeName, text} from './texts.js';
 
 const kSmallestSide = 10;
+// Least side of what fingers hit, in pixels of the screen.
+const kFinger = 24;
 const kLongestName = 300;
 // Annotations of a page that is not crowded.
 const kMostButtons = 300;
@@ -41,8 +43,11 @@ function grown({left, top, width, height}) {
     };
 }
 
-function contains({left, top, width, height}, x, y) {
-    return x >= left && y >= top && x <= left + width && y <= top + height;
+// Whether a point is in a box, which counts as `least` wide and high.
+function contains({left, top, width, height}, x, y, least) {
+    const across = Math.abs(x - left - width / 2);
+    const down = Math.abs(y - top - height / 2);
+    return across <= Math.max(width, least) / 2 && down <= Math.max(height, least) / 2;
 }
 
 // Whether the buttons of two annotations are the same. Lists that follow each other share rectangles.
@@ -179,7 +184,8 @@ export class AnnotationsLayer {
         }
         const page = this.element.getBoundingClientRect();
         const scale = page.width / this.#viewport.width;
-        const at = this.#topmostAt((x - page.left) / scale, (y - page.top) / scale);
+        const least = matchMedia('(pointer: coarse)').matches ? kFinger / scale : 0;
+        const at = this.#topmostAt((x - page.left) / scale, (y - page.top) / scale, least);
         this.#setPointed(at < 0 ? null : this.#buttonAt(at));
     }
 
@@ -207,14 +213,14 @@ export class AnnotationsLayer {
     }
 
     // Smaller annotations lie above larger ones, later ones above earlier ones.
-    #topmostAt(x, y) {
+    #topmostAt(x, y, leastSide) {
         let found = -1;
-        let least = Infinity;
+        let area = Infinity;
         for (let at = 0; at < this.#annotations.length; ++at) {
             const box = this.#boxAt(at);
-            if (contains(box, x, y) && box.width * box.height <= least) {
+            if (contains(box, x, y, leastSide) && box.width * box.height <= area) {
                 found = at;
-                least = box.width * box.height;
+                area = box.width * box.height;
             }
         }
         return found;

@@ -43,8 +43,8 @@ export class Connection {
     /// The keys that the panel handles.
     panelKeys = new Set();
 
-    /// `onState` is called with "open", with "waiting" when the connection is lost or failed, and with
-    /// "replaced" when another run of the server answers in place of the one that is known; then
+    /// `onState` is called with "open", with "waiting" when the connection is lost or failed, with
+    /// "lost" when this has gone on for some time, and with "replaced" when another run of the server answers in place of the one that is known; then
     /// nothing more is attempted.
     constructor(address, onState) {
         this.#address = address;
@@ -148,7 +148,7 @@ export class Connection {
         if (performance.now() - this.#openSince > kGoodConnection) {
             this.#delay = kFirstDelay;
         }
-        this.#onState('waiting');
+        this.#onState(this.#delay < kLongestDelay ? 'waiting' : 'lost');
         this.#timer = setTimeout(() => this.#openAgain(), this.#delay);
         this.#delay = Math.min(this.#delay * 2, kLongestDelay);
     }

@@ -72,6 +72,7 @@ class Page {
         this.#listenToDrops([document, frame.contentDocument]);
         this.#listenToWorkbench();
         listenToShortcuts([document, frame.contentDocument], this.#shortcuts());
+        frame.contentDocument.addEventListener('dblclick', (event) => this.#editItem(event));
         this.#setLocale('en');
         this.connection.open();
     }
@@ -102,6 +103,14 @@ class Page {
         return this.#withActive((active) =>
             this.edits.editCurrent(active, this.#currentId, this.view),
         );
+    }
+
+    // The first click has made the item current.
+    #editItem({target}) {
+        if (target.closest?.('li[annot-name]')) {
+            this.panel.document.getSelection().removeAllRanges();
+            this.editCurrent();
+        }
     }
 
     removeCurrent() {
@@ -266,8 +275,8 @@ class Page {
         } else {
             this.#askEnding({documents: []});
             const isReplaced = state === 'replaced';
-            const waiting = this.#hasEnded ? 'banner.ended' : 'banner.waiting';
-            this.notices.banner(text(isReplaced ? 'banner.replaced' : waiting));
+            const shown = this.#hasEnded && !isReplaced ? 'ended' : state;
+            this.notices.banner(text(`banner.${shown}`));
             byId('retry').hidden = isReplaced;
         }
     }

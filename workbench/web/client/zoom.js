@@ -15,6 +15,7 @@ export class Zoom {
     #column;
     #onChange;
     #pageWidth = 816;
+    #columnWidth = 0;
     scale = 1;
     mode = kFitWidth;
 
@@ -22,6 +23,7 @@ export class Zoom {
         this.#scroller = scroller;
         this.#column = column;
         this.#onChange = onChange;
+        new ResizeObserver(() => this.#centre()).observe(column);
         scroller.addEventListener('wheel', (event) => this.#wheel(event), {passive: false});
         this.#apply(1);
     }
@@ -41,6 +43,16 @@ export class Zoom {
         if (this.mode === kFitWidth && room > 0) {
             this.#change(room / this.#pageWidth);
         }
+    }
+
+    // Pages that are wider than the one that fits stand out on both sides.
+    #centre() {
+        const {scrollWidth, clientWidth} = this.#scroller;
+        if (this.mode === kFitWidth && scrollWidth !== this.#columnWidth) {
+            const isMirrored = getComputedStyle(this.#scroller).direction === 'rtl';
+            this.#scroller.scrollLeft = ((scrollWidth - clientWidth) / 2) * (isMirrored ? -1 : 1);
+        }
+        this.#columnWidth = scrollWidth;
     }
 
     setScale(scale, anchor = null) {
