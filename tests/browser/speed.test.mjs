@@ -6,7 +6,7 @@ import {after, before, describe, test} from 'node:test';
 
 import {PageWindow, startBrowser} from './support/browser.mjs';
 import {measureFrames} from './support/key-latency.mjs';
-import {measureLongestTask, measureMainThread} from './support/processor-time.mjs';
+import {countListeners, measureLongestTask, measureMainThread} from './support/processor-time.mjs';
 import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
 
 const kComments = 10000;
@@ -20,9 +20,10 @@ describe('Ten thousand comments', () => {
     let browser;
     let workbench;
     let window;
+    let folder;
 
     before(async () => {
-        const folder = makeFolder();
+        folder = makeFolder();
         browser = await startBrowser();
         workbench = await Workbench.start(folder, [
             makeDocument(folder, 'long.pdf', '--comments', String(kComments), '--pages', '500'),
@@ -135,5 +136,20 @@ describe('Ten thousand comments', () => {
             const moved = (await topOf()) - former;
             assert.ok(Math.abs(moved) < 2, `${top} has moved by ${moved}`);
         }
+    });
+
+    test('leave nothing of their pages when they are closed', async () => {
+        const drawn = window.page.locator('.pages-view .page canvas').first();
+        const counts = [];
+        for (let times = 0; times < 3; ++times) {
+            const path = makeDocument(folder, 'closed.pdf', '--comments', '200', '--pages', '200');
+            const {document: id} = await window.expectCommand('open', {path});
+            await window.expectListed();
+            await drawn.waitFor();
+            await window.expectCommand('close', {document: id});
+            await drawn.waitFor();
+            counts.push(await countListeners(window.page));
+        }
+        assert.ok(counts[2] < counts[0] + 200, `listeners: ${counts}`);
     });
 });

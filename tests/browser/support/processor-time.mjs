@@ -15,6 +15,15 @@ export async function measureLongestTask(browser, work) {
     return Math.max(...tasks.map(({tdur}) => tdur)) / 1000;
 }
 
+/// Number of event listeners of a page that can still be reached.
+export async function countListeners(page) {
+    const session = await page.context().newCDPSession(page);
+    await session.send('Performance.enable');
+    await session.send('HeapProfiler.collectGarbage');
+    const {metrics} = await session.send('Performance.getMetrics');
+    return metrics.find(({name}) => name === 'JSEventListeners').value;
+}
+
 /// Time of a page's main thread while `work` is done, in milliseconds of the processor.
 export async function measureMainThread(page, work) {
     const session = await page.context().newCDPSession(page);

@@ -24,7 +24,7 @@ export class PagesView {
     #loadedRevision = null;
     #isLoading = false;
     #loadTime = 0; // of the last file, in milliseconds
-    #isClosed = false;
+    #closing = new AbortController();
     #pages = [];
     #near = new Set();
     #drawing = false;
@@ -33,6 +33,7 @@ export class PagesView {
     #mustReveal = false;
     #place = {top: 0, left: 0};
     #observer;
+    #sizes;
     #annotations;
     #zoom;
     #bar;
@@ -60,7 +61,8 @@ export class PagesView {
             rootMargin: kMargin,
         });
         this.scroller.addEventListener('scroll', () => this.#scrolled(), {passive: true});
-        new ResizeObserver(() => this.#resized()).observe(this.scroller);
+        this.#sizes = new ResizeObserver(() => this.#resized());
+        this.#sizes.observe(this.scroller);
         this.#listenToSharpness();
     }
 
@@ -137,9 +139,11 @@ export class PagesView {
     }
 
     close() {
-        this.#isClosed = true;
+        this.#closing.abort();
         this.unmount();
         this.#observer.disconnect();
+        this.#sizes.disconnect();
+        this.#zoom.close();
         this.#description = null;
         if (!this.#isLoading) {
             this.#closeFile(this.#pdf);
@@ -319,12 +323,10 @@ export class PagesView {
     #listenToSharpness() {
         const query = matchMedia(`(resolution: ${devicePixelRatio}dppx)`);
         const changed = () => {
-            if (!this.#isClosed) {
-                this.#listenToSharpness();
-                this.#schedule(kRedrawDelay);
-            }
+            this.#listenToSharpness();
+            this.#schedule(kRedrawDelay);
         };
-        query.addEventListener('change', changed, {once: true});
+        query.addEventListener('change', changed, {once: true, signal: this.#closing.signal});
     }
 
     #scrolled() {

@@ -45,7 +45,11 @@ export class PdfReader {
         );
         const task = pdfjs.getDocument({url: url.href, ...options});
         task.onProgress = ({loaded, total}) => onProgress(total > 0 ? loaded / total : 0);
-        return task.promise;
+        try {
+            return await task.promise;
+        } finally {
+            task.onProgress = null; // the library keeps the task when its file is destroyed
+        }
     }
 
     /// Creates the transparent text layer over a page's image, for selection, copying and screen

@@ -16,6 +16,7 @@ export class Zoom {
     #onChange;
     #pageWidth = 816;
     #columnWidth = 0;
+    #sizes;
     scale = 1;
     mode = kFitWidth;
 
@@ -23,9 +24,14 @@ export class Zoom {
         this.#scroller = scroller;
         this.#column = column;
         this.#onChange = onChange;
-        new ResizeObserver(() => this.#centre()).observe(column);
+        this.#sizes = new ResizeObserver(() => this.#centre());
+        this.#sizes.observe(column);
         scroller.addEventListener('wheel', (event) => this.#wheel(event), {passive: false});
         this.#apply(1);
+    }
+
+    close() {
+        this.#sizes.disconnect();
     }
 
     setPageWidth(width) {
