@@ -174,6 +174,22 @@ describe('The panel in the browser', () => {
         await window.page.keyboard.press('Escape');
         await tooltip.waitFor({state: 'detached'});
 
+        const hovered = (name) =>
+            window.until(
+                () => window.item(name).evaluate((item) => item.matches(':hover')),
+                Boolean,
+                `the pointer is over ${name}`,
+            );
+        await window.item('0_2').hover({position: {x: 60, y: 4}});
+        await hovered('0_2');
+        await window.page.keyboard.press('Escape');
+        await window.page.clock.install();
+        await window.page.keyboard.press('Control+f');
+        await hovered('0_1');
+        await window.page.clock.fastForward(1000);
+        assert.equal(await tooltip.count(), 0, 'the pointer has not moved');
+        await window.page.keyboard.press('Escape');
+
         await (await window.show('4_0')).click();
         await window.page.keyboard.press('End');
         await tooltip.waitFor();
