@@ -186,6 +186,9 @@ describe('Editing in the browser', () => {
         const onPage = page.locator(
             '.page[data-page="0"] .annotations:not(.stale) [data-index="1"]',
         );
+        const contents = `${await wordsOf('0_1')}\r\nanother line`;
+        await window.expectCommand('edit', {document: id, page: 0, index: 1, contents});
+        await window.item('0_1').getByText('another line').waitFor();
         const former = await wordsOf('0_1');
         const leave = () => keyboard.press('Escape');
         const leaveTyped = async () => {
@@ -195,11 +198,43 @@ describe('Editing in the browser', () => {
         };
         const accept = () => keyboard.press('Control+Enter');
         const goElsewhere = () => window.item('0_0').click();
+        const tabOut = async () => {
+            for (const key of ['Tab', 'Tab', 'Tab']) {
+                await keyboard.press(key);
+            }
+        };
+        // The focus moves to the browser's own controls, and from there to the list.
+        const goAround = async () => {
+            await page.evaluate(async () => {
+                document.hasFocus = () => false;
+                document.activeElement.blur();
+                await new Promise((resolve) => setTimeout(resolve));
+                delete document.hasFocus;
+            });
+            await window.item('0_1').focus();
+        };
+        const area = (view) =>
+            view === 'pages'
+                ? page.locator('.scroller')
+                : window.panel.locator('.panel-content[wb-visibility="visible"] .results-container');
+        const expectInside = async (view, part) => {
+            await area(view).evaluate((it, at) => (it.scrollTop = at * it.scrollHeight), part);
+            const edges = async (it) => {
+                const {y, height} = await it.boundingBox();
+                return [y, y + height];
+            };
+            const [top, bottom] = await edges(area(view));
+            const isInside = ([from, to]) => from >= top && to <= bottom;
+            await window.until(() => edges(editor), isInside, `the editor is inside the ${view}`);
+        };
         for (const [view, width, typed, end, taken] of [
             ['comments', 1200, null, leave, former],
             ['comments', 1200, 'typed', leaveTyped, former],
             ['comments', 1200, 'accepted', accept, 'accepted'],
             ['comments', 1200, 'left', goElsewhere, 'left'],
+            ['comments', 1200, 'tabbed', tabOut, 'tabbed'],
+            ['comments', 1200, 'back', () => keyboard.press('Shift+Tab'), 'back'],
+            ['comments', 1200, 'around', goAround, 'around'],
             ['comments', 320, 'small', accept, 'small'],
             ['pages', 1200, null, leave, former],
             ['pages', 1200, 'page', accept, 'page'],
@@ -219,6 +254,16 @@ describe('Editing in the browser', () => {
             const isAtComment = box.y > place.y && box.y < place.y + place.height + 10;
             assert.ok(width === 320 || isAtComment, what);
             assert.ok(view === 'pages' || Math.abs(box.width - place.width) < 1, what);
+            if (view === 'comments') {
+                const heading = await comment.locator(':scope > :first-child').boundingBox();
+                const isCovered = heading.y + heading.height > box.y + 1;
+                assert.equal(await editor.locator('.caption').isVisible(), isCovered, what);
+                assert.equal(isCovered, width === 320, what);
+            }
+            if (width === 1200) {
+                await expectInside(view, 1);
+                await expectInside(view, 0);
+            }
             if (typed) {
                 await editor.getByRole('textbox').fill(typed);
             }
