@@ -143,20 +143,35 @@ describe('The panel in the browser', () => {
         assert.ok(item >= 25, `${caption} ${item}`);
     });
 
-    test('gives the list at least half of a small or zoomed window', async () => {
-        for (const [width, height] of [
-            [320, 640],
-            [320, 256],
-            [320, 200],
-        ]) {
-            await window.page.setViewportSize({width, height});
-            const share = await window.panel
-                .locator('.panel-content[wb-visibility="visible"] .results-container')
-                .evaluate((list, whole) => list.clientHeight / whole, height);
-            assert.ok(share >= 0.5, `${share} of ${width} by ${height}`);
-        }
-        await window.page.setViewportSize({width: 1200, height: 800});
-    });
+    for (const [pointer, options] of [
+        ['mouse', {}],
+        ['fingers', {hasTouch: true, isMobile: true}],
+    ]) {
+        test(`gives the list at least half of a small or zoomed window: ${pointer}`, async () => {
+            const other = await PageWindow.open(browser, workbench, {options});
+            const {page} = other;
+            for (const key of ['Escape', 'Control+f']) {
+                await page.keyboard.press(key);
+                for (const [width, height] of [
+                    [320, 640],
+                    [320, 256],
+                    [320, 200],
+                ]) {
+                    await page.setViewportSize({width, height});
+                    const share = await other.panel
+                        .locator('.panel-content[wb-visibility="visible"] .results-container')
+                        .evaluate((list, whole) => list.clientHeight / whole, height);
+                    const what = `${key}, ${width} by ${height}`;
+                    assert.ok(share >= 0.5, `${share}, ${what}`);
+                    const heights = await page
+                        .getByRole('button')
+                        .evaluateAll((all) => all.map((one) => one.offsetHeight));
+                    assert.ok(pointer === 'mouse' || Math.min(...heights) >= 24, what);
+                }
+            }
+            await other.close();
+        });
+    }
 
     test('goes on with the buttons, beyond the end of a page', async () => {
         await (await window.show('0_6')).click();
