@@ -208,7 +208,9 @@ describe('Editing in the browser', () => {
             await page.evaluate(async () => {
                 document.hasFocus = () => false;
                 document.activeElement.blur();
-                await new Promise((resolve) => setTimeout(resolve));
+                await new Promise((resolve) => {
+                    setTimeout(resolve);
+                });
                 delete document.hasFocus;
             });
             await window.item('0_1').focus();
@@ -218,7 +220,7 @@ describe('Editing in the browser', () => {
                 ? page.locator('.scroller')
                 : window.panel.locator('.panel-content[wb-visibility="visible"] .results-container');
         const expectInside = async (view, part) => {
-            await area(view).evaluate((it, at) => (it.scrollTop = at * it.scrollHeight), part);
+            await area(view).evaluate((it, at) => it.scrollTo(0, at * it.scrollHeight), part);
             const edges = async (it) => {
                 const {y, height} = await it.boundingBox();
                 return [y, y + height];
@@ -474,7 +476,7 @@ describe('Editing in the browser', () => {
         await window.page.setViewportSize({width: 520, height: 700});
         assert.equal(await all.isVisible(), false, 'there is room');
         mkdirSync(join(folder, 'other'));
-        for (const name of ['a.pdf', join('other', 'small.pdf'), 'z.pdf']) {
+        for (const name of ['a-contract-with-a-long-name-1.pdf', join('other', 'small.pdf'), 'z.pdf']) {
             const path = makeDocument(folder, name, '--comments', '1', '--pages', '1');
             await window.expectCommand('open', {path});
         }
@@ -488,6 +490,32 @@ describe('Editing in the browser', () => {
         const name = `small.pdf – other`;
         await window.page.getByRole('tab', {name, exact: true, selected: true}).waitFor();
         await window.until(focusedPlace, (now) => now === 'tool', 'the focus is on the button');
+        // Whether the end of the title and the cross of the selected tab are in sight.
+        const showsEnds = () =>
+            window.page.getByRole('tab', {selected: true}).evaluate((tab) => {
+                const end = document.createRange();
+                const last = tab.querySelector('bdi').lastChild;
+                end.setStart(last, last.childNodes.length);
+                const title = tab.querySelector('bdi').getBoundingClientRect();
+                const words = [...tab.querySelectorAll('bdi span')].at(-1).getBoundingClientRect();
+                const cross = tab.nextSibling.getBoundingClientRect();
+                const area = document.getElementById('tabs').getBoundingClientRect();
+                return words.right <= title.right + 1 && cross.right <= area.right;
+            });
+        for (const width of [520, 320]) {
+            await window.page.setViewportSize({width, height: 700});
+            for (const id of [1, 2, 3, 4, 5]) {
+                await window.expectCommand('activate', {document: id});
+                await window.expectActive((one) => one.id === id, 'it is active');
+                await window.until(showsEnds, Boolean, `the ends of tab ${id} are in sight`);
+            }
+        }
+        for (const id of [1, 2, 4, 5]) {
+            await window.expectCommand('close', {document: id});
+        }
+        await window.page.setViewportSize({width: 300, height: 700});
+        await window.until(showsEnds, Boolean, 'the ends of the only tab are in sight');
+        assert.equal(await all.isVisible(), false, 'one document is no list');
     });
 
     test('shows every page of two documents, behind tabs and side by side', async () => {
