@@ -194,6 +194,9 @@ describe('Editing in the browser', () => {
         const onPage = page.locator(
             '.page[data-page="0"] .annotations:not(.stale) [data-index="1"]',
         );
+        const contents = `${await wordsOf('0_1')}\r\nanother line`;
+        await window.expectCommand('edit', {document: id, page: 0, index: 1, contents});
+        await window.item('0_1').getByText('another line').waitFor();
         const former = await wordsOf('0_1');
         const leave = () => keyboard.press('Escape');
         const leaveTyped = async () => {
@@ -203,11 +206,47 @@ describe('Editing in the browser', () => {
         };
         const accept = () => keyboard.press('Control+Enter');
         const goElsewhere = () => window.item('0_0').click();
+        const tabOut = async () => {
+            for (const key of ['Tab', 'Tab', 'Tab']) {
+                await keyboard.press(key);
+            }
+        };
+        // The focus moves to the browser's own controls, and from there to the list.
+        const goAround = async () => {
+            await page.evaluate(async () => {
+                document.hasFocus = () => false;
+                document.activeElement.blur();
+                await new Promise((resolve) => {
+                    setTimeout(resolve);
+                });
+                delete document.hasFocus;
+            });
+            await window.item('0_1').focus();
+        };
+        const area = (view) =>
+            view === 'pages'
+                ? page.locator('.scroller')
+                : window.panel.locator(
+                      '.panel-content[wb-visibility="visible"] .results-container',
+                  );
+        const expectInside = async (view, part) => {
+            await area(view).evaluate((it, at) => it.scrollTo(0, at * it.scrollHeight), part);
+            const edges = async (it) => {
+                const {y, height} = await it.boundingBox();
+                return [y, y + height];
+            };
+            const [top, bottom] = await edges(area(view));
+            const isInside = ([from, to]) => from >= top && to <= bottom;
+            await window.until(() => edges(editor), isInside, `the editor is inside the ${view}`);
+        };
         for (const [view, width, typed, end, taken] of [
             ['comments', 1200, null, leave, former],
             ['comments', 1200, 'typed', leaveTyped, former],
             ['comments', 1200, 'accepted', accept, 'accepted'],
             ['comments', 1200, 'left', goElsewhere, 'left'],
+            ['comments', 1200, 'tabbed', tabOut, 'tabbed'],
+            ['comments', 1200, 'back', () => keyboard.press('Shift+Tab'), 'back'],
+            ['comments', 1200, 'around', goAround, 'around'],
             ['comments', 320, 'small', accept, 'small'],
             ['pages', 1200, null, leave, former],
             ['pages', 1200, 'page', accept, 'page'],
@@ -227,6 +266,16 @@ describe('Editing in the browser', () => {
             const isAtComment = box.y > place.y && box.y < place.y + place.height + 10;
             assert.ok(width === 320 || isAtComment, what);
             assert.ok(view === 'pages' || Math.abs(box.width - place.width) < 1, what);
+            if (view === 'comments') {
+                const heading = await comment.locator(':scope > :first-child').boundingBox();
+                const isCovered = heading.y + heading.height > box.y + 1;
+                assert.equal(await editor.locator('.caption').isVisible(), isCovered, what);
+                assert.equal(isCovered, width === 320, what);
+            }
+            if (width === 1200) {
+                await expectInside(view, 1);
+                await expectInside(view, 0);
+            }
             if (typed) {
                 await editor.getByRole('textbox').fill(typed);
             }
@@ -471,7 +520,11 @@ describe('Editing in the browser', () => {
         await window.page.setViewportSize({width: 520, height: 700});
         assert.equal(await all.isVisible(), false, 'there is room');
         mkdirSync(join(folder, 'other'));
-        for (const name of ['a.pdf', join('other', 'small.pdf'), 'z.pdf']) {
+        for (const name of [
+            'a-contract-with-a-long-name-1.pdf',
+            join('other', 'small.pdf'),
+            'z.pdf',
+        ]) {
             const path = makeDocument(folder, name, '--comments', '1', '--pages', '1');
             await window.expectCommand('open', {path});
         }
@@ -485,6 +538,32 @@ describe('Editing in the browser', () => {
         const name = `small.pdf – other`;
         await window.page.getByRole('tab', {name, exact: true, selected: true}).waitFor();
         await window.until(focusedPlace, (now) => now === 'tool', 'the focus is on the button');
+        // Whether the end of the title and the cross of the selected tab are in sight.
+        const showsEnds = () =>
+            window.page.getByRole('tab', {selected: true}).evaluate((tab) => {
+                const end = document.createRange();
+                const last = tab.querySelector('bdi').lastChild;
+                end.setStart(last, last.childNodes.length);
+                const title = tab.querySelector('bdi').getBoundingClientRect();
+                const words = [...tab.querySelectorAll('bdi span')].at(-1).getBoundingClientRect();
+                const cross = tab.nextSibling.getBoundingClientRect();
+                const area = document.getElementById('tabs').getBoundingClientRect();
+                return words.right <= title.right + 1 && cross.right <= area.right;
+            });
+        for (const width of [520, 320]) {
+            await window.page.setViewportSize({width, height: 700});
+            for (const id of [1, 2, 3, 4, 5]) {
+                await window.expectCommand('activate', {document: id});
+                await window.expectActive((one) => one.id === id, 'it is active');
+                await window.until(showsEnds, Boolean, `the ends of tab ${id} are in sight`);
+            }
+        }
+        for (const id of [1, 2, 4, 5]) {
+            await window.expectCommand('close', {document: id});
+        }
+        await window.page.setViewportSize({width: 300, height: 700});
+        await window.until(showsEnds, Boolean, 'the ends of the only tab are in sight');
+        assert.equal(await all.isVisible(), false, 'one document is no list');
     });
 
     test('shows every page of two documents, behind tabs and side by side', async () => {

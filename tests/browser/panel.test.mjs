@@ -124,15 +124,31 @@ describe('The panel in the browser', () => {
         assert.ok(item >= 25, `${caption} ${item}`);
     });
 
-    test('gives the list at least half of a small or zoomed window', async () => {
-        await window.inSmallSizes(async (width, height) => {
-            const share = await window.list.evaluate(
-                (list, whole) => list.clientHeight / whole,
-                height,
-            );
-            assert.ok(share >= 0.5, `${share} of ${width} by ${height}`);
+    for (const [pointer, options] of [
+        ['mouse', {}],
+        ['fingers', {hasTouch: true, isMobile: true}],
+    ]) {
+        test(`gives the list at least half of a small or zoomed window: ${pointer}`, async () => {
+            const other = await PageWindow.open(browser, workbench, {options});
+            const {page} = other;
+            for (const key of ['Escape', 'Control+f']) {
+                await page.keyboard.press(key);
+                await other.inSmallSizes(async (width, height) => {
+                    const share = await other.list.evaluate(
+                        (list, whole) => list.clientHeight / whole,
+                        height,
+                    );
+                    const what = `${key}, ${width} by ${height}`;
+                    assert.ok(share >= 0.5, `${share}, ${what}`);
+                    const heights = await page
+                        .getByRole('button')
+                        .evaluateAll((all) => all.map((one) => one.offsetHeight));
+                    assert.ok(pointer === 'mouse' || Math.min(...heights) >= 24, what);
+                });
+            }
+            await other.close();
         });
-    });
+    }
 
     test('goes on with the buttons, beyond the end of a page', async () => {
         await (await window.show('0_6')).click();
@@ -149,6 +165,22 @@ describe('The panel in the browser', () => {
         assert.match(await tooltip.textContent(), /Tomás Rivera/);
         await window.page.keyboard.press('Escape');
         await tooltip.waitFor({state: 'detached'});
+
+        const hovered = (name) =>
+            window.until(
+                () => window.item(name).evaluate((item) => item.matches(':hover')),
+                Boolean,
+                `the pointer is over ${name}`,
+            );
+        await window.item('0_2').hover({position: {x: 60, y: 4}});
+        await hovered('0_2');
+        await window.page.keyboard.press('Escape');
+        await window.page.clock.install();
+        await window.page.keyboard.press('Control+f');
+        await hovered('0_1');
+        await window.page.clock.fastForward(1000);
+        assert.equal(await tooltip.count(), 0, 'the pointer has not moved');
+        await window.page.keyboard.press('Escape');
 
         await (await window.show('4_0')).click();
         await window.page.keyboard.press('End');

@@ -1,7 +1,7 @@
 // Editor of a comment's contents: a text field at the comment, over the list or beside the
 // annotation. The rest of the web page stays usable; leaving the editor accepts its text.
 
-import {onMovedPlaces} from './comment-places.js';
+import {listenEverywhere, onMovedPlaces} from './comment-places.js';
 import {rememberFocus, returnFocus} from './focus-return.js';
 import {text} from './texts.js';
 
@@ -41,6 +41,7 @@ class ContentsEditor {
     #element = document.createElement('div');
     #field = document.createElement('textarea');
     #failure = document.createElement('p');
+    #caption = document.createElement('p');
     #resolve;
     /// Resolves when the editor is closed.
     closed = new Promise((resolve) => {
@@ -52,7 +53,6 @@ class ContentsEditor {
         this.#box = place.otherwise ?? {left: 0, top: 0, width: 0, height: 0};
         this.#attempt = attempt;
         this.#isNew = isNew;
-        this.#former = value;
         this.#origin = rememberFocus();
         this.#element.className = place.isInList ? 'contents-editor in-list' : 'contents-editor';
         this.#element.setAttribute('role', 'dialog');
@@ -60,18 +60,16 @@ class ContentsEditor {
         this.#failure.className = 'failure';
         this.#failure.setAttribute('role', 'alert');
         this.#failure.dir = 'auto';
+        this.#caption.className = 'caption';
+        this.#caption.setAttribute('aria-hidden', 'true');
+        this.#caption.textContent = title;
         this.#fillField(value);
-        this.#element.append(
-            this.#makeCaption(title),
-            this.#field,
-            this.#failure,
-            this.#makeButtons(),
-        );
+        this.#element.append(this.#caption, this.#field, this.#failure, this.#makeButtons());
         document.body.append(this.#element);
         this.#listen();
         this.#settle();
         this.#focusField();
-        this.#field.setSelectionRange(value.length, value.length);
+        this.#field.setSelectionRange(this.#former.length, this.#former.length);
     }
 
     /// Attempts the text, and closes the editor on success.
@@ -84,19 +82,10 @@ class ContentsEditor {
 
     #fillField(value) {
         this.#field.value = value;
+        this.#former = this.#field.value; // a text field has line feeds alone
         this.#field.rows = 2;
         this.#field.dir = 'auto';
         this.#field.setAttribute('aria-label', text('contents.label'));
-    }
-
-    // The comment's heading in the list stays visible above the editor and serves as its caption.
-    #makeCaption(title) {
-        const caption = document.createElement('p');
-        caption.className = 'caption';
-        caption.setAttribute('aria-hidden', 'true');
-        caption.textContent = title;
-        caption.hidden = this.#place.isInList;
-        return caption;
     }
 
     #makeButtons() {
@@ -119,7 +108,9 @@ class ContentsEditor {
     #listen() {
         const {signal} = this.#listening;
         this.#element.addEventListener('keydown', (event) => this.#key(event));
-        this.#element.addEventListener('focusout', () => setTimeout(() => this.#left()));
+        const left = () => setTimeout(() => this.#left());
+        this.#element.addEventListener('focusout', left);
+        listenEverywhere('focusin', left, signal); // also out of the browser's own controls
         this.#field.addEventListener('input', () => {
             this.#isWarned = false;
             this.#failure.textContent = '';
@@ -134,11 +125,13 @@ class ContentsEditor {
 
     // --- Place ---
 
-    // Within the window: over the item as wide as it is, or below the annotation, else above it.
+    // Over the item as wide as it is, or below the annotation, else above it; at the edge of the list
+    // or the pages while the comment is scrolled out of them, and always within the window.
     #settle() {
         const {clientWidth, clientHeight} = document.documentElement;
+        const view = this.#place.bounds() ?? new DOMRect(0, 0, clientWidth, clientHeight);
         this.#box = this.#place.find() ?? this.#box;
-        const {left, top, width, height} = this.#box;
+        const {left, width} = this.#box;
         const {isInList} = this.#place;
         const {style} = this.#element;
         const ownWidth = between(
@@ -147,15 +140,35 @@ class ContentsEditor {
             clientWidth - 2 * kMargin,
         );
         style.width = `${ownWidth}px`;
-        const ownHeight = this.#element.offsetHeight;
         const isMirrored = document.documentElement.dir === 'rtl';
         const wanted = isMirrored ? left + width - ownWidth : left;
-        const below = top + height + kMargin;
-        const isTooLow = below + ownHeight + kMargin > clientHeight;
-        const beside =
-            isTooLow && top > ownHeight + 2 * kMargin ? top - ownHeight - kMargin : below;
-        style.left = `${between(kMargin, wanted, clientWidth - ownWidth - kMargin)}px`;
-        style.top = `${between(kMargin, isInList ? top : beside, clientHeight - ownHeight - kMargin)}px`;
+        const margin = isInList ? 0 : kMargin;
+        const inView = between(view.left + margin, wanted, view.right - ownWidth - margin);
+        style.left = `${between(kMargin, inView, clientWidth - ownWidth - kMargin)}px`;
+        this.#caption.hidden = isInList && this.#showsHeading(view);
+        style.top = `${this.#topIn(view)}px`;
+    }
+
+    // The heading of the item stays visible above the editor and serves as its caption.
+    #showsHeading(view) {
+        const {top, headingTop} = this.#box;
+        this.#caption.hidden = true;
+        return headingTop >= view.top && this.#topIn(view) >= top;
+    }
+
+    #topIn(view) {
+        const {top, height} = this.#box;
+        const ownHeight = this.#element.offsetHeight;
+        const margin = this.#place.isInList ? 0 : kMargin;
+        const [highest, lowest] = [view.top + margin, view.bottom - ownHeight - margin];
+        const [above, below] = [top - ownHeight - margin, top + height + margin];
+        const beside = below > lowest && above >= highest ? above : below;
+        const inView = between(highest, this.#place.isInList ? top : beside, lowest);
+        return between(
+            kMargin,
+            inView,
+            document.documentElement.clientHeight - ownHeight - kMargin,
+        );
     }
 
     // --- Outcome ---
@@ -224,14 +237,18 @@ class ContentsEditor {
     }
 
     // Of the web page's shortcuts, saving includes the text; F2 and Escape have no other meaning here.
+    // Tab beyond the ends accepts like leaving in other ways: the browser's own controls follow there.
     #key(event) {
         const isCommand = event.ctrlKey || event.metaKey;
+        const end = event.shiftKey ? this.#field : this.#element.querySelector('.main');
         if (event.isComposing) {
             return;
         }
         if (event.key === 'Escape') {
             this.#abandon();
         } else if (event.key === 'Enter' && isCommand) {
+            this.accept();
+        } else if (event.key === 'Tab' && event.target === end) {
             this.accept();
         } else if (isCommand && event.key.toLowerCase() === 's') {
             this.accept();

@@ -6,6 +6,22 @@ import {icon} from './icons.js';
 import {attachMenu} from './menus.js';
 import {text} from './texts.js';
 
+// Length of the end of a title that stays when the title is shortened.
+const kEnd = 9;
+
+function fillTitle(words, title) {
+    const letters = [...title];
+    const parts = [letters.slice(0, -kEnd), letters.slice(-kEnd)];
+    words.replaceChildren(
+        ...parts.map((part, at) => {
+            const span = document.createElement('span');
+            span.className = at === 0 ? 'beginning' : 'end';
+            span.textContent = part.join('');
+            return span;
+        }),
+    );
+}
+
 // Titles by document: of documents with one name, folders or numbers tell which is which.
 function titlesOf(documents) {
     const titles = new Map();
@@ -62,7 +78,7 @@ export class Tabs {
         );
         if (active !== this.#active) {
             this.#active = active;
-            this.#tabs.get(active)?.element.scrollIntoView({block: 'nearest', inline: 'nearest'});
+            this.#showActive();
         }
         const looks = [text('tabs.all'), ...titles.values()].join('\n');
         if (looks !== this.#looks) {
@@ -88,13 +104,20 @@ export class Tabs {
                 act: () => this.#actions.activate(description),
             })),
         );
-        new ResizeObserver(() => this.#showMenu()).observe(this.#area);
+        new ResizeObserver(() => {
+            this.#showMenu();
+            this.#showActive();
+        }).observe(this.#area);
     }
 
     // Without the button the tabs have its room, too.
     #showMenu() {
         const room = this.#area.clientWidth + (this.#all.hidden ? 0 : this.#all.offsetWidth);
-        this.#all.hidden = this.#area.scrollWidth <= room;
+        this.#all.hidden = this.#tabs.size < 2 || this.#area.scrollWidth <= room;
+    }
+
+    #showActive() {
+        this.#tabs.get(this.#active)?.element.scrollIntoView({block: 'nearest', inline: 'nearest'});
     }
 
     #updateTab(description, title, isActive) {
@@ -114,7 +137,7 @@ export class Tabs {
             return; // the change does not affect the tabs
         }
         tab.looks = looks;
-        tab.words.textContent = title;
+        fillTitle(tab.words, title);
         tab.button.title = path ?? name;
         tab.button.setAttribute('aria-selected', String(isActive));
         tab.button.setAttribute(

@@ -40,6 +40,10 @@ export class Tooltips {
         frameDocument.documentElement.addEventListener('pointerleave', () => this.hide());
         for (const each of [frameDocument, document]) {
             each.addEventListener('keydown', (event) => this.#key(event), {capture: true});
+            each.addEventListener('pointermove', (event) => this.#hasMoved(event), {
+                capture: true,
+                passive: true,
+            });
         }
     }
 
@@ -72,11 +76,16 @@ export class Tooltips {
         return record?.isClosed ? null : popup;
     }
 
-    #pointerOver({target, pointerType, clientX, clientY}) {
-        // Scrolling the list below a resting pointer does not count as pointer movement.
-        const place = `${clientX} ${clientY}`;
-        const hasMoved = place !== this.#pointerPlace;
-        this.#pointerPlace = place;
+    // The list and its frame move below a resting pointer, too. It is followed outside the frame as well.
+    #hasMoved({screenX, screenY}) {
+        const former = this.#pointerPlace;
+        this.#pointerPlace = `${screenX} ${screenY}`;
+        return this.#pointerPlace !== former;
+    }
+
+    #pointerOver(event) {
+        const {target, pointerType} = event;
+        const hasMoved = this.#hasMoved(event);
         // The pointer may move onto the tooltip. A touch does not hover.
         if (!hasMoved || this.#shown?.contains(target) || pointerType === 'touch') {
             return;
