@@ -172,10 +172,9 @@ describe('The panel in the browser', () => {
                 Boolean,
                 `the pointer is over ${name}`,
             );
+        await window.page.clock.install();
         await window.item('0_2').hover({position: {x: 60, y: 4}});
         await hovered('0_2');
-        await window.page.keyboard.press('Escape');
-        await window.page.clock.install();
         await window.page.keyboard.press('Control+f');
         await hovered('0_1');
         await window.page.clock.fastForward(1000);

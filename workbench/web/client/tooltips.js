@@ -87,10 +87,15 @@ export class Tooltips {
         const {target, pointerType} = event;
         const hasMoved = this.#hasMoved(event);
         // The pointer may move onto the tooltip. A touch does not hover.
-        if (!hasMoved || this.#shown?.contains(target) || pointerType === 'touch') {
+        if (this.#shown?.contains(target) || pointerType === 'touch') {
             return;
         }
-        this.#waitFor(target.closest?.('[titleid]') ?? null, kPointerDelay);
+        const item = target.closest?.('[titleid]') ?? null;
+        if (hasMoved) {
+            this.#waitFor(item, kPointerDelay);
+        } else if (item !== this.#item && this.#item !== this.#document.activeElement) {
+            this.hide(); // its item has moved away
+        }
     }
 
     // For screen readers.
