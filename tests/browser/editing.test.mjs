@@ -218,7 +218,9 @@ describe('Editing in the browser', () => {
         const area = (view) =>
             view === 'pages'
                 ? page.locator('.scroller')
-                : window.panel.locator('.panel-content[wb-visibility="visible"] .results-container');
+                : window.panel.locator(
+                      '.panel-content[wb-visibility="visible"] .results-container',
+                  );
         const expectInside = async (view, part) => {
             await area(view).evaluate((it, at) => it.scrollTo(0, at * it.scrollHeight), part);
             const edges = async (it) => {
@@ -476,7 +478,11 @@ describe('Editing in the browser', () => {
         await window.page.setViewportSize({width: 520, height: 700});
         assert.equal(await all.isVisible(), false, 'there is room');
         mkdirSync(join(folder, 'other'));
-        for (const name of ['a-contract-with-a-long-name-1.pdf', join('other', 'small.pdf'), 'z.pdf']) {
+        for (const name of [
+            'a-contract-with-a-long-name-1.pdf',
+            join('other', 'small.pdf'),
+            'z.pdf',
+        ]) {
             const path = makeDocument(folder, name, '--comments', '1', '--pages', '1');
             await window.expectCommand('open', {path});
         }

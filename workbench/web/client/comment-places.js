@@ -41,8 +41,7 @@ function listBox() {
 function listBounds() {
     const box = boxInWindow(frameElement()) && listBox();
     return (
-        box &&
-        new DOMRect(box.left, box.top + kPageCaption, box.width, box.height - kPageCaption)
+        box && new DOMRect(box.left, box.top + kPageCaption, box.width, box.height - kPageCaption)
     );
 }
 

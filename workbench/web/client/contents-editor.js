@@ -64,12 +64,7 @@ class ContentsEditor {
         this.#caption.setAttribute('aria-hidden', 'true');
         this.#caption.textContent = title;
         this.#fillField(value);
-        this.#element.append(
-            this.#caption,
-            this.#field,
-            this.#failure,
-            this.#makeButtons(),
-        );
+        this.#element.append(this.#caption, this.#field, this.#failure, this.#makeButtons());
         document.body.append(this.#element);
         this.#listen();
         this.#settle();
@@ -169,7 +164,11 @@ class ContentsEditor {
         const [above, below] = [top - ownHeight - margin, top + height + margin];
         const beside = below > lowest && above >= highest ? above : below;
         const inView = between(highest, this.#place.isInList ? top : beside, lowest);
-        return between(kMargin, inView, document.documentElement.clientHeight - ownHeight - kMargin);
+        return between(
+            kMargin,
+            inView,
+            document.documentElement.clientHeight - ownHeight - kMargin,
+        );
     }
 
     // --- Outcome ---
