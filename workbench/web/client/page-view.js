@@ -222,6 +222,10 @@ export class PageView {
         if (!this.#canvas) {
             return; // released meanwhile
         }
+        if (this.#words?.isEqualNode(words)) {
+            this.#wordsRevision = revision; // what is selected there stays selected
+            return;
+        }
         this.#words?.remove();
         this.#words = words;
         this.#wordsRevision = revision;
