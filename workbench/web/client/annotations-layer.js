@@ -167,11 +167,10 @@ export class AnnotationsLayer {
         if (!box) {
             return null;
         }
-        const page = this.element.getBoundingClientRect();
-        const scale = page.width / this.#viewport.width;
+        const {left, top, scale} = this.#frame;
         return new DOMRect(
-            page.left + box.left * scale,
-            page.top + box.top * scale,
+            left + box.left * scale,
+            top + box.top * scale,
             box.width * scale,
             box.height * scale,
         );
@@ -182,10 +181,9 @@ export class AnnotationsLayer {
         if (!this.#isCrowded || this.#isStale) {
             return;
         }
-        const page = this.element.getBoundingClientRect();
-        const scale = page.width / this.#viewport.width;
+        const {left, top, scale} = this.#frame;
         const least = matchMedia('(pointer: coarse)').matches ? kFinger / scale : 0;
-        const at = this.#topmostAt((x - page.left) / scale, (y - page.top) / scale, least);
+        const at = this.#topmostAt((x - left) / scale, (y - top) / scale, least);
         this.#setPointed(at < 0 ? null : this.#buttonAt(at));
     }
 
@@ -202,6 +200,12 @@ export class AnnotationsLayer {
     }
 
     // --- Annotations and their places ---
+
+    // Corner of the page in window coordinates, and its scale there.
+    get #frame() {
+        const {left, top, width} = this.element.getBoundingClientRect();
+        return {left, top, scale: width / this.#viewport.width};
+    }
 
     #positionOf(index) {
         return index === null ? -1 : this.#annotations.findIndex((one) => one.index === index);

@@ -44,8 +44,8 @@ export class Connection {
     panelKeys = new Set();
 
     /// `onState` is called with "open", with "waiting" when the connection is lost or failed, with
-    /// "lost" when this has gone on for some time, and with "replaced" when another run of the server answers in place of the one that is known; then
-    /// nothing more is attempted.
+    /// "lost" when this has gone on for some time, and with "replaced" when another run of the server
+    /// answers in place of the one that is known; then nothing more is attempted.
     constructor(address, onState) {
         this.#address = address;
         this.#onState = onState;

@@ -4,7 +4,7 @@
 const kSubtypes = new Set(['Text', 'FileAttachment', 'Sound']);
 const kSvg = 'http://www.w3.org/2000/svg';
 // A sheet of 24 pixels, and the two lines on it, from its upper left corner.
-const kSheet = 'v-21a3 3 0 0 1 3-3h18a3 3 0 0 1 3 3v18a3 3 0 0 1-3 3z';
+const kSheet = 'm0 24v-21a3 3 0 0 1 3-3h18a3 3 0 0 1 3 3v18a3 3 0 0 1-3 3z';
 const kLines = 'm5 8.5h14m-14 6h14';
 
 export class NoteIcons {
@@ -35,7 +35,7 @@ export class NoteIcons {
         this.element.setAttribute('viewBox', `0 0 ${viewport.width} ${viewport.height}`);
         const draw = (path, shape) =>
             path.setAttribute('d', corners.map(([x, y]) => `M${x} ${y}${shape}`).join(''));
-        draw(this.#sheets, `m0 24${kSheet}`);
+        draw(this.#sheets, kSheet);
         draw(this.#lines, kLines);
     }
 }

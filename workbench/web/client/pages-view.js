@@ -183,11 +183,11 @@ export class PagesView {
             return;
         }
         this.#isLoading = true;
+        const old = this.#pdf;
         await new Promise((resolve) => {
             setTimeout(resolve, Math.min(this.#loadTime, kLongestPause));
         });
         const {revision} = this.#description ?? {};
-        const old = this.#pdf;
         this.#showProgress(0);
         const begin = performance.now();
         const pdf = this.#description && (await this.#open(this.#description));

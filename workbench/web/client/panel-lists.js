@@ -53,10 +53,12 @@ export class PanelLists {
     /// To be called after changes, before the current items are followed.
     restore() {
         for (const [element, list] of this.#lists) {
-            const key = keyOf(element);
             if (!element.isConnected) {
                 this.#lists.delete(element);
-            } else if (this.#kept.has(key)) {
+                continue;
+            }
+            const key = keyOf(element);
+            if (this.#kept.has(key)) {
                 list.restore(this.#kept.get(key));
                 this.#kept.delete(key);
             }
