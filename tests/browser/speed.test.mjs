@@ -138,6 +138,18 @@ describe('Ten thousand comments', () => {
         }
     });
 
+    // The library's worker keeps hundreds of megabytes of a large file that nothing refers to.
+    test('end the worker that read a former state of their large file', async () => {
+        const workers = () => window.page.workers();
+        const comment = {subtype: 'Text', contents: '', rect: [9, 9, 29, 29]};
+        for (let times = 0; times < 3; ++times) {
+            const [former] = workers();
+            await window.expectCommand('add', {document: 1, page: 0, ...comment});
+            const isReplaced = (now) => now.length === 1 && now[0] !== former;
+            await window.until(workers, isReplaced, 'another worker alone is there');
+        }
+    });
+
     test('leave nothing of their pages when they are closed', async () => {
         const drawn = window.page.locator('.pages-view .page canvas').first();
         const count = () => countListeners(window.page);

@@ -196,7 +196,7 @@ export class PagesView {
         this.#isLoading = false;
         this.#progress.hidden = true;
         if (!this.#description) {
-            await old?.destroy();
+            await this.#freeFile(old);
             this.#closeFile(pdf);
             return;
         }
@@ -222,8 +222,14 @@ export class PagesView {
         }
     }
 
+    async #freeFile(pdf) {
+        if (pdf) {
+            await this.#reader.free(pdf);
+        }
+    }
+
     async #closeFile(pdf) {
-        await pdf?.destroy();
+        await this.#freeFile(pdf);
         await this.#reader.close();
     }
 
@@ -250,7 +256,7 @@ export class PagesView {
         if (this.#mustReveal) {
             this.#reveal();
         }
-        old?.destroy();
+        this.#freeFile(old);
     }
 
     #setPageCount(count, size) {
