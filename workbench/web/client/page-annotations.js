@@ -94,7 +94,7 @@ export class PageAnnotations {
 
     #mark(page) {
         const isHere = this.#current?.page === page?.index;
-        const isMarked = page?.layer.mark(isHere ? this.#current.index : null, this.#mustPulse);
+        const isMarked = page?.layer?.mark(isHere ? this.#current.index : null, this.#mustPulse);
         if (isMarked) {
             this.#marked = page;
             this.#mustPulse = false;

@@ -13,6 +13,7 @@ export const kPixelsPerPoint = 96 / 72;
 export class PageView {
     #index;
     #reader;
+    #actions;
     #failure = null;
     #task = null;
     #wanted = '';
@@ -22,7 +23,8 @@ export class PageView {
     #words = null;
     #wordsRevision = null;
     element = document.createElement('div');
-    layer;
+    /// The annotations; null until the page is first drawn, as most of a long document never are.
+    layer = null;
     viewport = null;
     /// The list of annotations shown on the page.
     shownList = null;
@@ -34,19 +36,19 @@ export class PageView {
     constructor(index, reader, actions) {
         this.#index = index;
         this.#reader = reader;
+        this.#actions = actions;
         this.element.className = 'page';
         this.element.dataset.page = index;
         this.element.setAttribute('role', 'group');
-        this.layer = new AnnotationsLayer(index, actions);
-        this.element.append(this.layer.element);
-        this.#tellPointer();
     }
 
     get index() {
         return this.#index;
     }
 
-    #tellPointer() {
+    #makeLayer() {
+        this.layer = new AnnotationsLayer(this.#index, this.#actions);
+        this.element.append(this.layer.element);
         const point = ({clientX, clientY}) => this.layer.point(clientX, clientY);
         this.element.addEventListener('pointerdown', point);
         this.element.addEventListener('pointermove', (event) => event.buttons || point(event));
@@ -77,6 +79,9 @@ export class PageView {
         this.#wanted = wanted;
         this.viewport = pdfPage.getViewport({scale: kPixelsPerPoint});
         this.setSize(this.viewport.width, this.viewport.height);
+        if (!this.layer) {
+            this.#makeLayer();
+        }
 
         const sharpness = this.#sharpness(scale);
         const drawn = pdfPage.getViewport({scale: kPixelsPerPoint * sharpness});

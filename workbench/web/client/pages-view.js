@@ -100,7 +100,7 @@ export class PagesView {
 
     /// The box of an annotation in window coordinates; null when it is not shown.
     boxOf(page, annotation) {
-        return this.#pages[page]?.layer.boxOf(annotation) ?? null;
+        return this.#pages[page]?.layer?.boxOf(annotation) ?? null;
     }
 
     /// Updates to the document's description, the first time and after each change.
