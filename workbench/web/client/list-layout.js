@@ -1,6 +1,8 @@
 // Places of a list's rows: the heights of its page items and their items, measured where they have
 // been shown and estimated elsewhere. All lengths are in pixels, from the top of the list.
 
+import {lastAtOrAbove} from './column-search.js';
+
 const kUnknown = Number.NaN;
 
 class PageRows {
@@ -226,16 +228,8 @@ export class ListLayout {
     /// The row at a place; the first or last one for a place outside.
     rowAt(place) {
         const tops = this.#topsOfPages();
-        let [low, high] = [0, this.#pages.length - 1];
-        while (low < high) {
-            const middle = Math.ceil((low + high) / 2);
-            if (tops[middle] <= place) {
-                low = middle;
-            } else {
-                high = middle - 1;
-            }
-        }
-        return {page: low, item: this.#itemAt(low, place - (tops[low] ?? 0) - this.lead)};
+        const page = lastAtOrAbove(this.#pages.length, place, (index) => tops[index]);
+        return {page, item: this.#itemAt(page, place - (tops[page] ?? 0) - this.lead)};
     }
 
     #itemAt(page, place) {

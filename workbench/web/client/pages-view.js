@@ -1,6 +1,7 @@
 // View of one document: its pages in a column. Every page has a placeholder; pages near the visible
 // area have an image and their annotations. Each view has its own scroll position and zoom.
 
+import {lastAtOrAbove} from './column-search.js';
 import {placeOnPage} from './comment-places.js';
 import {NavigationBar} from './navigation-bar.js';
 import {PdfReader} from './pdf-file.js';
@@ -12,8 +13,6 @@ import {kFitWidth, Zoom} from './zoom.js';
 const kRedrawDelay = 120;
 // A file that takes long to load is loaded again when this long has passed since a change at most.
 const kLongestPause = 500;
-// Margin of one view height above and below.
-const kMargin = '100% 0px';
 const kLetter = {width: 816, height: 1056};
 
 export class PagesView {
@@ -32,7 +31,6 @@ export class PagesView {
     #shownCount = null;
     #mustReveal = false;
     #place = {top: 0, left: 0};
-    #observer;
     #sizes;
     #annotations;
     #zoom;
@@ -56,10 +54,6 @@ export class PagesView {
         this.#zoom = new Zoom(this.scroller, this.#column, () => this.#zoomed());
         this.#bar = new NavigationBar(this.#zoom, (page) => this.goTo(page));
         this.element.append(this.#progress, this.scroller, this.#bar.element);
-        this.#observer = new IntersectionObserver((entries) => this.#sightChanged(entries), {
-            root: this.scroller,
-            rootMargin: kMargin,
-        });
         this.scroller.addEventListener('scroll', () => this.#scrolled(), {passive: true});
         this.#sizes = new ResizeObserver(() => this.#resized());
         this.#sizes.observe(this.scroller);
@@ -80,18 +74,7 @@ export class PagesView {
 
     /// Page in the middle of the visible area, from 0.
     get currentPage() {
-        const middle = this.scroller.scrollTop + this.scroller.clientHeight / 2;
-        let low = 0;
-        let high = this.#pages.length - 1;
-        while (low < high) {
-            const half = Math.ceil((low + high) / 2);
-            if (this.#pages[half].element.offsetTop <= middle) {
-                low = half;
-            } else {
-                high = half - 1;
-            }
-        }
-        return Math.max(0, low);
+        return this.#pageAt(this.scroller.scrollTop + this.scroller.clientHeight / 2);
     }
 
     pageView(index) {
@@ -127,6 +110,7 @@ export class PagesView {
         slot.append(this.element);
         this.scroller.scrollTop = this.#place.top;
         this.scroller.scrollLeft = this.#place.left;
+        this.#updateNear();
         this.#schedule(0);
     }
 
@@ -141,7 +125,6 @@ export class PagesView {
     close() {
         this.#closing.abort();
         this.unmount();
-        this.#observer.disconnect();
         this.#sizes.disconnect();
         this.#zoom.close();
         this.#description = null;
@@ -262,7 +245,6 @@ export class PagesView {
     #setPageCount(count, size) {
         while (this.#pages.length > count) {
             const page = this.#pages.pop();
-            this.#observer.unobserve(page.element);
             this.#near.delete(page);
             page.release();
             page.element.remove();
@@ -275,9 +257,6 @@ export class PagesView {
             added.push(page.element);
         }
         this.#column.append(...added);
-        for (const element of added) {
-            this.#observer.observe(element);
-        }
         this.#scrolled();
     }
 
@@ -309,20 +288,30 @@ export class PagesView {
         }
     }
 
-    #sightChanged(entries) {
-        for (const entry of entries) {
-            const page = this.#pages[Number(entry.target.dataset.page)];
-            if (!page || page.element !== entry.target) {
-                continue;
-            }
-            if (entry.isIntersecting) {
-                this.#near.add(page);
-            } else {
-                this.#near.delete(page);
+    #pageAt(y) {
+        const topOf = (index) => this.#pages[index].element.offsetTop;
+        return lastAtOrAbove(this.#pages.length, y, topOf);
+    }
+
+    // Those in the visible area and up to its height above and below, found without asking each: an
+    // observer of thousands of pages takes a good part of every frame.
+    #pagesNear() {
+        const {scrollTop, clientHeight} = this.scroller;
+        const begin = this.#pageAt(scrollTop - clientHeight);
+        const end = this.#pageAt(scrollTop + 2 * clientHeight) + 1;
+        return clientHeight > 0 ? this.#pages.slice(begin, end) : [];
+    }
+
+    // Pages that come near are to be drawn, others give their images back. Returns whether any came.
+    #updateNear() {
+        const former = this.#near;
+        this.#near = new Set(this.#pagesNear());
+        for (const page of former) {
+            if (!this.#near.has(page)) {
                 page.release();
             }
         }
-        this.#schedule(0);
+        return [...this.#near].some((page) => !former.has(page));
     }
 
     // The resolution changes with the screen and the browser's zoom.
@@ -336,17 +325,22 @@ export class PagesView {
     }
 
     #scrolled() {
-        if (!this.element.isConnected || this.scroller.clientHeight === 0) {
+        if (!this.element.isConnected) {
+            return;
+        }
+        const isMore = this.#updateNear();
+        if (this.scroller.clientHeight === 0) {
             return; // not visible
         }
         this.#place = {top: this.scroller.scrollTop, left: this.scroller.scrollLeft};
         this.#bar.setPage(this.currentPage);
-        this.#schedule(kRedrawDelay);
+        this.#schedule(isMore ? 0 : kRedrawDelay);
     }
 
     #zoomed() {
         this.#bar.setZoom(this.#zoom.scale, this.#zoom.mode === kFitWidth);
-        this.#schedule(kRedrawDelay);
+        const isMore = this.#updateNear();
+        this.#schedule(isMore ? 0 : kRedrawDelay);
     }
 
     #schedule(delay) {
@@ -383,6 +377,7 @@ export class PagesView {
         if (!this.#pdf) {
             return null;
         }
+        this.#updateNear(); // the page that was drawn last may have got another size
         const middle = this.currentPage;
         const waiting = [...this.#near].filter((page) => this.#isWaiting(page));
         waiting.forEach((page) => page.expect());

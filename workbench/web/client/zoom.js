@@ -1,6 +1,8 @@
 // Zoom of one view: a fixed scale or fit to width. All pages derive their size from one style
 // property; the point under the pointer, or in the middle, keeps its position.
 
+import {lastAtOrAbove} from './column-search.js';
+
 /// Mode in which a page is as wide as the view.
 export const kFitWidth = 'width';
 
@@ -120,19 +122,9 @@ export class Zoom {
         };
     }
 
-    // Binary search for the last page that begins above; there may be thousands.
     #pageAt(y) {
         const pages = this.#column.children;
-        let low = 0;
-        let high = pages.length - 1;
-        while (low < high) {
-            const half = Math.ceil((low + high) / 2);
-            if (pages[half].getBoundingClientRect().top <= y) {
-                low = half;
-            } else {
-                high = half - 1;
-            }
-        }
-        return pages[low] ?? null;
+        const topOf = (index) => pages[index].getBoundingClientRect().top;
+        return pages[lastAtOrAbove(pages.length, y, topOf)] ?? null;
     }
 }
