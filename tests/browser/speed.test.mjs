@@ -7,9 +7,10 @@ import {after, before, describe, test} from 'node:test';
 import {PageWindow, startBrowser} from './support/browser.mjs';
 import {measureFrames} from './support/key-latency.mjs';
 import {countListeners, measureLongestTask, measureMainThread} from './support/processor-time.mjs';
-import {Workbench, makeDocument, makeFolder} from './support/workbench.mjs';
+import {Workbench, makeDocument, makeFolder, makeWords} from './support/workbench.mjs';
 
 const kComments = 10000;
+const kWords = 5000;
 const kPresses = 40;
 // Milliseconds of the processor. Beyond these something is wrong, on any machine.
 const kKeyLimit = 100;
@@ -137,6 +138,22 @@ describe('Ten thousand comments', () => {
             const moved = (await topOf()) - former;
             assert.ok(Math.abs(moved) < 2, `${top} has moved by ${moved}`);
         }
+    });
+
+    test('leave time for others while a page of many words is laid out', async (context) => {
+        const path = makeWords(folder, 'words.pdf', kWords);
+        const longest = await measureLongestTask(browser, async () => {
+            const {document: id} = await window.expectCommand('open', {path});
+            const read = () =>
+                window.page.evaluate(() => document.querySelector('.page-words')?.textContent);
+            const all = Array.from({length: kWords}, (_, at) => at).join('');
+            const isAll = (text) => text?.replaceAll(' ', '') === all;
+            await window.until(read, isAll, 'the words are there in order');
+            await window.expectCommand('close', {document: id});
+            return window.page;
+        });
+        context.diagnostic(`the longest task took ${longest.toFixed()} ms of the processor`);
+        assert.ok(longest < 2 * kTaskLimit, `the page stood still for ${longest} ms`);
     });
 
     // The library's worker keeps hundreds of megabytes of a large file that nothing refers to.

@@ -2,7 +2,7 @@
 
 import assert from 'node:assert/strict';
 import {execFileSync, spawn} from 'node:child_process';
-import {mkdtempSync, rmSync} from 'node:fs';
+import {mkdtempSync, rmSync, writeFileSync} from 'node:fs';
 import {tmpdir} from 'node:os';
 import {join} from 'node:path';
 
@@ -17,6 +17,25 @@ export function makeFolder() {
 export function makeDocument(folder, name, ...options) {
     const path = join(folder, name);
     execFileSync(join(kPrograms, 'make-document'), [...options, path]);
+    return path;
+}
+
+/// Writes a PDF file of one page with words in 100 columns and as many lines as they need.
+export function makeWords(folder, name, count) {
+    const kColumns = 100;
+    const place = (at) => [9 + 6 * (at % kColumns), 780 - 4 * Math.floor(at / kColumns)];
+    const word = (_, at) => `1 0 0 1 ${place(at).join(' ')} Tm (${at}) Tj`;
+    const content = `BT /F 2 Tf ${Array.from({length: count}, word).join('\n')} ET`;
+    const font = '<</Type /Font /Subtype /Type1 /BaseFont /Helvetica>>';
+    const objects = [
+        '<</Type /Catalog /Pages 2 0 R>>',
+        '<</Type /Pages /Kids [3 0 R] /Count 1 /MediaBox [0 0 612 792]>>',
+        `<</Type /Page /Parent 2 0 R /Contents 4 0 R /Resources <</Font <</F ${font}>>>>>>`,
+        `<</Length ${content.length}>> stream\n${content}\nendstream`,
+    ];
+    const body = objects.map((object, at) => `${at + 1} 0 obj\n${object}\nendobj\n`).join('');
+    const path = join(folder, name);
+    writeFileSync(path, `%PDF-1.7\n${body}trailer <</Root 1 0 R /Size 5>>\n`);
     return path;
 }
 

@@ -2,13 +2,30 @@
 // visible area. The old image stays until the new one is ready.
 
 import {AnnotationsLayer} from './annotations-layer.js';
+import {nextFrame} from './slices.js';
 import {text} from './texts.js';
 
 const kMostPixels = 2 ** 24;
+const kMostWordsAtOnce = 1000;
+const kWordsInPart = 250;
 // Tolerance between measured and computed positions, in pixels.
 const kRounding = 1;
 /// CSS pixels per point at the scale of 1.
 export const kPixelsPerPoint = 96 / 72;
+
+// A page may have tens of thousands of words; the browser lays out and paints each part by itself.
+function divide(words) {
+    const all = [...words.childNodes];
+    if (all.length <= kMostWordsAtOnce) {
+        return;
+    }
+    for (let at = 0; at < all.length; at += kWordsInPart) {
+        const part = document.createElement('div');
+        part.className = 'words-part';
+        part.append(...all.slice(at, at + kWordsInPart));
+        words.append(part);
+    }
+}
 
 export class PageView {
     #index;
@@ -224,6 +241,7 @@ export class PageView {
         const words = document.createElement('div');
         words.className = 'page-words';
         await this.#reader.layText(pdfPage, this.viewport, words);
+        divide(words);
         if (!this.#canvas) {
             return; // released meanwhile
         }
@@ -234,8 +252,22 @@ export class PageView {
         this.#words?.remove();
         this.#words = words;
         this.#wordsRevision = revision;
-        this.#canvas.after(words);
         this.element.setAttribute('aria-label', text('pages.page', this.#index + 1));
+        await this.#insertWords(words);
+    }
+
+    // A frame for each part but the first.
+    async #insertWords(words) {
+        const rest = [...words.querySelectorAll(':scope > .words-part + .words-part')];
+        rest.forEach((part) => part.remove());
+        this.#canvas.after(words);
+        for (const part of rest) {
+            await nextFrame();
+            if (this.#words !== words) {
+                return;
+            }
+            words.append(part);
+        }
     }
 
     #describe(revision, scale) {
