@@ -376,6 +376,23 @@ describe('Editing in the browser', () => {
         );
     });
 
+    test('selects words up to the end of a line when the pointer leaves it', async () => {
+        const {page} = window;
+        const words = page.locator('.page-words').first();
+        await words.locator('span').nth(9).waitFor();
+        const short = words.getByText('year.', {exact: true});
+        const box = await short.boundingBox();
+        const middle = box.y + box.height / 2;
+        await page.mouse.move(box.x + 1, middle);
+        await page.mouse.down();
+        for (const beyond of [2, 60, 200]) {
+            await page.mouse.move(box.x + box.width + beyond, middle, {steps: 4});
+            assert.equal(await page.evaluate(() => getSelection().toString()), 'year.');
+        }
+        await page.mouse.up();
+        await page.evaluate(() => getSelection().removeAllRanges());
+    });
+
     test('marks words that a comment covers, whether tool or selection comes first', async () => {
         const {page} = window;
         await page.locator('.page-words span').nth(4).waitFor();

@@ -116,6 +116,66 @@ function caretAt({clientX, clientY}) {
         : null;
 }
 
+// The word of a page that is nearest to a place, in the line there if there is one.
+function nearestWord(words, {clientX, clientY}) {
+    const isUpright = Number(words.dataset.mainRotation ?? 0) % 180 === 0;
+    let nearest = null;
+    let least = [Infinity, Infinity];
+    for (const word of words.querySelectorAll('span:not(.markedContent)')) {
+        const {left, top, right, bottom} = word.getBoundingClientRect();
+        const sides = [
+            Math.max(top - clientY, clientY - bottom, 0),
+            Math.max(left - clientX, clientX - right, 0),
+        ];
+        const [across, along] = isUpright ? sides : sides.toReversed();
+        if (across < least[0] || (across === least[0] && along < least[1])) {
+            nearest = word;
+            least = [across, along];
+        }
+    }
+    return nearest;
+}
+
+// Extends the selection to a word, as far as it comes near a place beside it.
+function extendTo(word, {clientX, clientY}) {
+    const {left, top, right, bottom} = word.getBoundingClientRect();
+    const between = (least, value, most) => Math.max(least + 1, Math.min(value, most - 1));
+    const caret = caretAt({
+        clientX: between(left, clientX, right),
+        clientY: between(top, clientY, bottom),
+    });
+    if (caret && word.contains(caret[0])) {
+        getSelection().extend(...caret);
+    }
+}
+
+/// Keeps a selection to the words near the pointer, which drags it from `pressed` on. Between words a
+/// browser would go on to the end of the page; a cover below them has it leave the selection alone.
+export function keepSelectionNear(pressed, scroller) {
+    const listening = new AbortController();
+    const {signal} = listening;
+    const cover = document.createElement('div');
+    cover.className = 'words-cover';
+    const wordsOf = ({target}) => target.closest?.('.page')?.querySelector('.page-words');
+    const move = (event) => {
+        const words = wordsOf(event);
+        if (words && cover.parentElement !== words) {
+            words.append(cover);
+        }
+        if (words && getSelection().rangeCount > 0 && !isOnWords(event)) {
+            extendTo(nearestWord(words, event), event);
+        }
+    };
+    const stop = () => {
+        cover.remove();
+        listening.abort();
+    };
+    wordsOf(pressed).append(cover);
+    scroller.addEventListener('pointermove', move, {signal});
+    scroller.addEventListener('pointerup', stop, {signal});
+    scroller.addEventListener('pointercancel', stop, {signal});
+}
+
 /// Selects the words below a comment when the pointer is dragged from `pressed`, an event on the
 /// comment's button, where the browser itself begins no selection. A click stays the button's.
 export function selectBelow(pressed, scroller) {

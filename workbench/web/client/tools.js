@@ -4,7 +4,7 @@
 // pointer is dragged over; beside words it draws a rectangle like the others.
 
 import {placeOnPage} from './comment-places.js';
-import {isOnWords, selectBelow, selectedLines} from './text-selection.js';
+import {isOnWords, keepSelectionNear, selectBelow, selectedLines} from './text-selection.js';
 import {subtypeName, text} from './texts.js';
 
 /// Tools in order; those with a subtype add an annotation of it.
@@ -213,6 +213,9 @@ export class Tools {
 
     #pointerDown(view, event) {
         const isForWords = event.button === 0 && event.pointerType !== 'touch' && isOnWords(event);
+        if (isForWords && !this.isForDrawing) {
+            keepSelectionNear(event, view.scroller);
+        }
         if (isForWords && !this.isForDrawing && event.target.matches('.annotation')) {
             selectBelow(event, view.scroller);
         }
