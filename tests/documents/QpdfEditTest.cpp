@@ -187,6 +187,22 @@ TEST(QpdfEdit, TakenBackLeavesTheFileAsItWas)
     EXPECT_EQ(Outline(*file), Outline(*OpenPdf(bytes)));
 }
 
+// The file is asked for again after an edit that it gave way to.
+TEST(QpdfEdit, IsWholeAfterWritingWasStopped)
+{
+    const auto document = OpenPdf(MakePdf({{}}));
+    for (const int most : {0, 1}) {
+        ASSERT_TRUE(document->AddAnnotation(0, "Text", u"added").Succeeded());
+        int asked = 0;
+        const BytesResult stopped =
+            document->WriteBytes(Encryption::kKept, [&] { return asked++ < most; });
+        EXPECT_EQ(stopped.error, document->Name() + ": writing was stopped");
+        EXPECT_EQ(stopped.bytes, "");
+        EXPECT_EQ(asked, most + 1);
+    }
+    EXPECT_EQ(List(*OpenPdf(document->WriteBytes().bytes)), List(*document));
+}
+
 // Some viewers draw nothing but what an annotation brings along.
 TEST(QpdfEdit, AddsWhatViewersShowBeforeAnySave)
 {

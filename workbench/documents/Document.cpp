@@ -450,12 +450,12 @@ SaveResult Document::Save(const std::filesystem::path& path)
     }
 }
 
-BytesResult Document::WriteBytes(Encryption encryption)
+BytesResult Document::WriteBytes(Encryption encryption, const std::function<bool()>& goesOn)
 {
     const std::lock_guard lock{editMutex_};
     try {
         RequireEditable();
-        return {{}, FileBytes(encryption)};
+        return {{}, FileBytes(encryption, goesOn)};
     } catch (const std::exception& error) {
         return {InOneLine(name_ + ": " + ReasonOf(error)), {}};
     }

@@ -177,8 +177,10 @@ public:
 
     // The document as it stands, as the PDF file that Save would write: encrypted when the file
     // was, unless that is to be dropped. Counts as no save. Of a document in memory too: blank
-    // pages with their annotations.
-    BytesResult WriteBytes(Encryption encryption = Encryption::kKept);
+    // pages with their annotations. `goesOn`, unless it is empty, is asked on this thread from time
+    // to time while a file is written; when it answers false, the result is an error.
+    BytesResult WriteBytes(Encryption encryption = Encryption::kKept,
+                           const std::function<bool()>& goesOn = {});
 
     // Whether it was read from an encrypted file.
     virtual bool Encrypted() const noexcept { return false; }
@@ -242,7 +244,7 @@ protected:
 
     // Write the document as it stands; throw when that fails.
     virtual void WriteFile(const std::filesystem::path& path) = 0;
-    virtual std::string FileBytes(Encryption encryption) = 0;
+    virtual std::string FileBytes(Encryption encryption, const std::function<bool()>& goesOn) = 0;
 
     // The page's present state; empty when it has not been read, and beyond the page count.
     PageRef KnownPage(std::uint32_t page) const { return pages_.Snapshot(page); }

@@ -122,7 +122,8 @@ void MemoryDocument::WriteFile(const std::filesystem::path& /*path*/)
     throw std::runtime_error("a document in memory cannot be written to a file");
 }
 
-std::string MemoryDocument::FileBytes(Encryption /*encryption*/)
+std::string MemoryDocument::FileBytes(Encryption /*encryption*/,
+                                      const std::function<bool()>& /*goesOn*/)
 {
     PlainFile file;
     const PlainFile::Number catalogue = file.Reserve();

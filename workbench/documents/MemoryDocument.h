@@ -48,7 +48,7 @@ private:
     // Fails: a document in memory is for looking at, not for keeping.
     void WriteFile(const std::filesystem::path& path) override;
     // Blank pages with their annotations.
-    std::string FileBytes(Encryption encryption) override;
+    std::string FileBytes(Encryption encryption, const std::function<bool()>& goesOn) override;
 };
 
 }  // namespace Documents

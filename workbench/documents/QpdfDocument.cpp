@@ -573,10 +573,18 @@ private:
         TakeWarnings();
     }
 
-    std::string FileBytes(Encryption encryption) override
+    std::string FileBytes(Encryption encryption, const std::function<bool()>& goesOn) override
     {
         QPDFWriter writer{*file_};
         SetUp(writer);
+        if (goesOn) {
+            writer.registerProgressReporter(
+                std::make_shared<QPDFWriter::FunctionProgressReporter>([&goesOn](int /*percent*/) {
+                    if (!goesOn()) {
+                        throw std::runtime_error("writing was stopped");
+                    }
+                }));
+        }
         writer.setPreserveEncryption(encryption == Encryption::kKept);
         writer.setOutputMemory();
         writer.write();

@@ -56,10 +56,20 @@ void DocumentContents::WriteDue()
     const auto now = Clock::now();
     for (auto& [number, file] : files_) {
         const bool isDue = now - file.editedAt >= kQuiet || now - file.wantedSince >= kLongest;
-        if (!file.wanted.empty() && !file.isBeingWritten && isDue) {
+        if (!file.wanted.empty() && !file.isBeingWritten && isDue &&
+            !session_.Jobs().HasWaiting(number)) {
             Write(session_.Documents().Require(number), file);
         }
     }
+}
+
+// A reader who waits for a download gets it, and one who goes on editing sees pages now and then.
+bool DocumentContents::GivesWay(const File& file)
+{
+    constexpr unsigned kMostTimes = 5;
+    return file.timesGivenWay < kMostTimes &&
+           std::none_of(file.wanted.begin(), file.wanted.end(),
+                        [](const Wanted& wanted) { return wanted.asDownload; });
 }
 
 void DocumentContents::Write(OpenDocument& document, File& file)
@@ -86,25 +96,27 @@ void DocumentContents::Write(OpenDocument& document, File& file)
         return;
     }
     file.isBeingWritten = true;
+    const auto awaited = GivesWay(file) ? session_.Jobs().Awaited(document.number) : nullptr;
+    const auto goesOn = [awaited] { return awaited == nullptr || !*awaited; };
     session_.RunJob<Documents::BytesResult>(
         document, DocumentJobs::Kind::kRead,
-        [content = document.content, encryption = *missing] {
-            return content->WriteBytes(encryption);
+        [content = document.content, encryption = *missing, goesOn] {
+            return content->WriteBytes(encryption, goesOn);
         },
-        [number = document.number, encryption = *missing,
-         revision](BrowserSession& session, std::future<Documents::BytesResult> written) {
+        [number = document.number, encryption = *missing, revision,
+         goesOn](BrowserSession& session, std::future<Documents::BytesResult> written) {
             Documents::BytesResult result;
             try {
                 result = written.get();
             } catch (const std::exception& error) {
                 result.error = error.what();
             }
-            session.Contents().Take(number, encryption, revision, std::move(result));
+            session.Contents().Take(number, encryption, revision, !goesOn(), std::move(result));
         });
 }
 
 void DocumentContents::Take(DocumentNumber number, Encryption encryption, std::uint64_t revision,
-                            Documents::BytesResult result)
+                            bool gaveWay, Documents::BytesResult result)
 {
     OpenDocument* const document = session_.Documents().Find(number);
     if (document == nullptr) {
@@ -113,6 +125,12 @@ void DocumentContents::Take(DocumentNumber number, Encryption encryption, std::u
     session_.CheckWarnings(number);
     File& file = files_[number];
     file.isBeingWritten = false;
+    if (!result.Succeeded() && gaveWay) {
+        ++file.timesGivenWay;
+        file.wantedSince = Clock::now();
+        return;
+    }
+    file.timesGivenWay = 0;
     if (!result.Succeeded()) {
         for (const Wanted& wanted : std::exchange(file.wanted, {})) {
             wanted.answer->Give(JsonAnswer(500, {{"error", result.error}}));

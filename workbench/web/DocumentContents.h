@@ -1,5 +1,6 @@
 // PDF files of the open documents in their present state, for browser clients that show pages or
-// download them. They are written on worker threads, once edits have paused for a moment.
+// download them. They are written on worker threads, once edits have paused for a moment; an edit
+// that comes nevertheless does not wait for a file that is only shown.
 // [ui-thread]
 #pragma once
 
@@ -44,14 +45,16 @@ private:
         std::uint64_t revision = 0;                // of the bytes, and so is the encryption
         Documents::Encryption encryption = Documents::Encryption::kKept;
         bool isBeingWritten = false;
+        unsigned timesGivenWay = 0;  // since it was written last
         std::vector<Wanted> wanted;
         Clock::time_point wantedSince;
         Clock::time_point editedAt;
     };
 
+    static bool GivesWay(const File& file);
     void Write(OpenDocument& document, File& file);
     void Take(DocumentNumber number, Documents::Encryption encryption, std::uint64_t revision,
-              Documents::BytesResult result);
+              bool gaveWay, Documents::BytesResult result);
 
     BrowserSession& session_;
     std::map<DocumentNumber, File> files_;

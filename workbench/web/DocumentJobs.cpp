@@ -45,7 +45,14 @@ void DocumentJobs::RunWhenFree(OpenDocument& document, Work work)
 
 void DocumentJobs::Append(DocumentNumber number, Work work)
 {
-    states_[number].waiting.push_back(std::move(work));
+    State& state = states_[number];
+    state.waiting.push_back(std::move(work));
+    *state.awaited = state.held != 0;
+}
+
+std::shared_ptr<const std::atomic<bool>> DocumentJobs::Awaited(DocumentNumber number)
+{
+    return states_[number].awaited;
 }
 
 void DocumentJobs::Begin(DocumentNumber number, Kind kind)
@@ -78,6 +85,7 @@ void DocumentJobs::RunWaiting(DocumentNumber number)
         std::deque<Work>& waiting = states_[number].waiting;
         const Work work = std::move(waiting.front());
         waiting.pop_front();
+        *states_[number].awaited = !waiting.empty();
         work(documents_.Find(number));
     }
 }

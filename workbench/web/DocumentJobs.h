@@ -4,10 +4,12 @@
 
 #include "actions/OpenDocuments.h"
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 
 namespace Workbench {
 
@@ -29,6 +31,10 @@ public:
     // Appends the work to the queue, even when nothing holds the document.
     void Append(DocumentNumber number, Work work);
 
+    // Set while work waits for the document's jobs: one that can be repeated may give way. Read on
+    // its thread.
+    std::shared_ptr<const std::atomic<bool>> Awaited(DocumentNumber number);
+
     void Begin(DocumentNumber number, Kind kind);
     // Calls `then`, then runs the waiting work unless the document is closed.
     void End(DocumentNumber number, Kind kind, const std::function<void()>& then);
@@ -41,6 +47,7 @@ private:
         std::uint32_t held = 0;  // number of jobs
         bool saving = false;
         std::deque<Work> waiting;
+        std::shared_ptr<std::atomic<bool>> awaited = std::make_shared<std::atomic<bool>>(false);
     };
 
     const State* Find(DocumentNumber number) const;
