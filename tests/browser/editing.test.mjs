@@ -376,21 +376,34 @@ describe('Editing in the browser', () => {
         );
     });
 
-    test('selects words up to the end of a line when the pointer leaves it', async () => {
+    test('selects and marks words up to the end of a line when the pointer leaves it', async () => {
         const {page} = window;
         const words = page.locator('.page-words').first();
         await words.locator('span').nth(9).waitFor();
-        const short = words.getByText('year.', {exact: true});
-        const box = await short.boundingBox();
-        const middle = box.y + box.height / 2;
-        await page.mouse.move(box.x + 1, middle);
+        const {x, y, width, height} = await words.getByText('year.', {exact: true}).boundingBox();
+        const moveTo = (across) => page.mouse.move(across, y + height / 2, {steps: 4});
+        const selected = () => page.evaluate(() => getSelection().toString());
+        await moveTo(x + 1);
         await page.mouse.down();
         for (const beyond of [2, 60, 200]) {
-            await page.mouse.move(box.x + box.width + beyond, middle, {steps: 4});
-            assert.equal(await page.evaluate(() => getSelection().toString()), 'year.');
+            await moveTo(x + width + beyond);
+            assert.equal(await selected(), 'year.');
         }
+        await page.mouse.move(x, 1);
+        const kept = await selected();
         await page.mouse.up();
+        await moveTo(x - 3);
+        assert.equal(await selected(), kept, 'the button is up');
         await page.evaluate(() => getSelection().removeAllRanges());
+        await tool('Underline').click();
+        await moveTo(x + 1);
+        await page.mouse.down();
+        await moveTo(x + width + 200);
+        await page.mouse.up();
+        await page.getByRole('textbox', {name: 'Contents'}).waitFor();
+        assert.equal(await page.locator('.marking > *').count(), 1, 'one line is marked');
+        await page.keyboard.press('Escape');
+        await page.locator('.marking').waitFor({state: 'detached'});
     });
 
     test('marks words that a comment covers, whether tool or selection comes first', async () => {

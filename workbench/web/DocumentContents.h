@@ -1,6 +1,6 @@
 // PDF files of the open documents in their present state, for browser clients that show pages or
-// download them. They are written on worker threads, once edits have paused for a moment; an edit
-// that comes nevertheless does not wait for a file that is only shown.
+// download them. They are written on worker threads, once edits have paused for a moment; one
+// that is only shown gives way to what waits for the document, some times in a row.
 // [ui-thread]
 #pragma once
 

@@ -253,7 +253,7 @@ export class PageView {
         this.#words = words;
         this.#wordsRevision = revision;
         this.element.setAttribute('aria-label', text('pages.page', this.#index + 1));
-        await this.#insertWords(words);
+        this.#insertWords(words); // other pages need not wait
     }
 
     // A frame for each part but the first.

@@ -27,7 +27,9 @@ export class PagesView {
     #pages = [];
     #near = new Set();
     #drawing = false;
+    #step = null; // what is drawn now, a promise
     #timer = 0;
+    #isUrgent = false; // the timer's drawing
     #shownCount = null;
     #mustReveal = false;
     #place = {top: 0, left: 0};
@@ -205,7 +207,9 @@ export class PagesView {
         }
     }
 
+    // What a freed file is still asked for may never be answered, and nothing would be drawn then.
     async #freeFile(pdf) {
+        await this.#step;
         if (pdf) {
             await this.#reader.free(pdf);
         }
@@ -344,14 +348,16 @@ export class PagesView {
     }
 
     #schedule(delay) {
+        this.#isUrgent ||= delay === 0;
         clearTimeout(this.#timer);
-        this.#timer = setTimeout(() => this.#draw(), delay);
+        this.#timer = setTimeout(() => this.#draw(), this.#isUrgent ? 0 : delay);
     }
 
     // --- Page images ---
 
     // Draws one page at a time, the middle ones first; the next page is chosen after each.
     async #draw() {
+        this.#isUrgent = false;
         if (this.#drawing) {
             return;
         }
@@ -360,13 +366,11 @@ export class PagesView {
             for (;;) {
                 const page = this.#nextPage();
                 const detail = page ? null : this.#nextDetail();
-                if (page) {
-                    await this.#drawPage(page);
-                } else if (detail) {
-                    await this.#drawDetail(detail);
-                } else {
+                if (!page && !detail) {
                     break;
                 }
+                this.#step = page ? this.#drawPage(page) : this.#drawDetail(detail);
+                await this.#step;
             }
         } finally {
             this.#drawing = false;

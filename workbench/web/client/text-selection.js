@@ -136,52 +136,86 @@ function nearestWord(words, {clientX, clientY}) {
     return nearest;
 }
 
-// Extends the selection to a word, as far as it comes near a place beside it.
-function extendTo(word, {clientX, clientY}) {
+function wordsAt({clientX, clientY}) {
+    const isPage = (element) => element.matches('.page');
+    const page = document.elementsFromPoint(clientX, clientY).find(isPage);
+    return page?.querySelector('.page-words') ?? null;
+}
+
+// The nearest place in a word.
+function caretIn(word, {clientX, clientY}) {
     const {left, top, right, bottom} = word.getBoundingClientRect();
     const between = (least, value, most) => Math.max(least + 1, Math.min(value, most - 1));
     const caret = caretAt({
         clientX: between(left, clientX, right),
         clientY: between(top, clientY, bottom),
     });
-    if (caret && word.contains(caret[0])) {
+    return caret && word.contains(caret[0]) ? caret : null;
+}
+
+// Extends the selection to the words at a place, or to those that are nearest to it.
+function extendTo(event) {
+    const words = getSelection().rangeCount > 0 ? wordsAt(event) : null;
+    const word = words && !isOnWords(event) ? nearestWord(words, event) : null;
+    const caret = word ? caretIn(word, event) : caretAt(event);
+    if (words && caret) {
         getSelection().extend(...caret);
     }
 }
 
-/// Keeps a selection to the words near the pointer, which drags it from `pressed` on. Between words a
-/// browser would go on to the end of the page; a cover below them has it leave the selection alone.
-export function keepSelectionNear(pressed, scroller) {
+function isSelected([node, offset]) {
+    const selection = getSelection();
+    return !selection.isCollapsed && selection.getRangeAt(0).isPointInRange(node, offset);
+}
+
+// Calls `move` for the pointer over the pages until its button is released, and `stop` then. No drag
+// of selected text begins meanwhile.
+function followPointer(scroller, move, stop) {
     const listening = new AbortController();
     const {signal} = listening;
+    const end = () => {
+        listening.abort();
+        stop();
+    };
+    const moved = (event) => (event.buttons & 1 ? move(event) : end());
+    scroller.addEventListener('pointermove', moved, {signal});
+    scroller.addEventListener('dragstart', (event) => event.preventDefault(), {signal});
+    window.addEventListener('pointerup', end, {signal});
+    window.addEventListener('pointercancel', end, {signal});
+}
+
+/// Keeps a selection to the words near the pointer, which begins it on words at `pressed`. Between
+/// words a browser goes on to the end of the page; a cover below them has it leave the selection
+/// alone.
+export function keepSelectionNear(pressed, scroller) {
     const cover = document.createElement('div');
     cover.className = 'words-cover';
-    const wordsOf = ({target}) => target.closest?.('.page')?.querySelector('.page-words');
-    const move = (event) => {
-        const words = wordsOf(event);
+    const layBelow = (event) => {
+        const words = wordsAt(event);
         if (words && cover.parentElement !== words) {
             words.append(cover);
         }
-        if (words && getSelection().rangeCount > 0 && !isOnWords(event)) {
-            extendTo(nearestWord(words, event), event);
+    };
+    const caret = caretAt(pressed);
+    let isOnSelected = caret && !pressed.shiftKey && isSelected(caret);
+    const move = (event) => {
+        layBelow(event);
+        if (isOnSelected) {
+            getSelection().collapse(...caret);
+            isOnSelected = false;
+        }
+        if (!isOnWords(event)) {
+            extendTo(event);
         }
     };
-    const stop = () => {
-        cover.remove();
-        listening.abort();
-    };
-    wordsOf(pressed).append(cover);
-    scroller.addEventListener('pointermove', move, {signal});
-    scroller.addEventListener('pointerup', stop, {signal});
-    scroller.addEventListener('pointercancel', stop, {signal});
+    layBelow(pressed);
+    followPointer(scroller, move, () => cover.remove());
 }
 
 /// Selects the words below a comment when the pointer is dragged from `pressed`, an event on the
 /// comment's button, where the browser itself begins no selection. A click stays the button's.
 export function selectBelow(pressed, scroller) {
     const {classList} = document.documentElement;
-    const listening = new AbortController();
-    const {signal} = listening;
     const begin = () => {
         scroller.setPointerCapture(pressed.pointerId); // takes the click, too
         scroller.focus({preventScroll: true});
@@ -195,17 +229,9 @@ export function selectBelow(pressed, scroller) {
         if (!isClick && !classList.contains('selecting')) {
             begin();
         }
-        const caret = classList.contains('selecting') ? caretAt(moved) : null;
-        if (caret && getSelection().rangeCount > 0) {
-            getSelection().extend(...caret);
+        if (classList.contains('selecting')) {
+            extendTo(moved);
         }
     };
-    const stop = () => {
-        classList.remove('selecting');
-        listening.abort();
-    };
-    scroller.addEventListener('dragstart', (event) => event.preventDefault(), {signal});
-    scroller.addEventListener('pointermove', move, {signal});
-    scroller.addEventListener('pointerup', stop, {signal});
-    scroller.addEventListener('pointercancel', stop, {signal});
+    followPointer(scroller, move, () => classList.remove('selecting'));
 }

@@ -213,13 +213,12 @@ export class Tools {
 
     #pointerDown(view, event) {
         const isForWords = event.button === 0 && event.pointerType !== 'touch' && isOnWords(event);
-        if (isForWords && !this.isForDrawing) {
-            keepSelectionNear(event, view.scroller);
+        const marks = isForWords && this.#tool.marksText && this.#isDrawing(view);
+        if (marks || (isForWords && !this.isForDrawing)) {
+            const select = event.target.matches('.annotation') ? selectBelow : keepSelectionNear;
+            select(event, view.scroller);
         }
-        if (isForWords && !this.isForDrawing && event.target.matches('.annotation')) {
-            selectBelow(event, view.scroller);
-        }
-        if (isForWords && this.#tool.marksText && this.#isDrawing(view)) {
+        if (marks) {
             this.#markWhenReleased(this.#tool);
             return;
         }
