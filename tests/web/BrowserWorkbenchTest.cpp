@@ -1,6 +1,7 @@
 // Browser clients of a running workbench: messages they receive, commands they send, and the
 // effects on documents, files and the panel.
 #include "RunningWorkbench.h"
+#include "documents/Population.h"
 #include "documents/QpdfDocument.h"
 #include "service-common/UnicodeText.h"
 #include "web/Author.h"
@@ -916,6 +917,37 @@ TEST_F(Browsing, KeepsTheOrderOfInputAndCommandsWhileFilesAreWritten)
     workbench->Settle(*client);
     ExpectSameTree(*client);
     EXPECT_EQ(client->tree.StatesOf(Item("0_0")), 32u);
+}
+
+// A long file is written for its pages to be shown: an edit stops that, a download is waited for.
+TEST_F(Browsing, LetsEditsOvertakeTheWritingOfShownFiles)
+{
+    Start({"a.pdf"});
+    const auto population = Documents::MakePopulationDocument({6000, 150}, 5);
+    folder.AddFile("long.pdf", population->WriteBytes().bytes);
+    Do("open", {{"path", Path("long.pdf")}});
+    workbench->Settle(*client);
+    const Json comment = {{"document", 2}, {"page", 0}, {"subtype", "Text"}};
+    std::size_t count = CountIn(ReadFile(Path("long.pdf")), 0);
+    for (const std::string what : {"content", "download"}) {
+        Do("add", comment);
+        ++count;
+        auto given = std::async(std::launch::async, [&] {
+            return Get(workbench->Address(), "/documents/2/" + what).body;
+        });
+        const auto isWriting = [&] {
+            bool isHeld = false;
+            workbench->OnUi([&](BrowserWorkbench& running) {
+                isHeld = running.TheBrowserSession().Jobs().IsHeld(2);
+            });
+            return isHeld;
+        };
+        while (!isWriting() &&
+               given.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {}
+        Do("add", comment);
+        EXPECT_EQ(CountIn(given.get(), 0), what == "download" ? count : count + 1) << what;
+        ++count;
+    }
 }
 
 TEST_F(Browsing, OpensUploadedFiles)

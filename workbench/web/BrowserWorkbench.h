@@ -62,6 +62,7 @@ public:
 
     Host& TheHost() noexcept { return session_.TheHost(); }
     Session& TheSession() noexcept { return session_; }
+    BrowserSession& TheBrowserSession() noexcept { return *browser_; }
 
 private:
     enum class Exit : std::uint8_t {
