@@ -6,12 +6,7 @@
 export async function measureLongestTask(browser, work) {
     const kMark = 'the page that is measured';
     await browser.startTracing(undefined, {
-        categories: [
-            'toplevel',
-            'blink.user_timing',
-            '__metadata',
-            'disabled-by-default-thread_time',
-        ],
+        categories: ['toplevel', 'blink.user_timing', 'disabled-by-default-thread_time'],
     });
     const page = await work();
     await page.evaluate((mark) => performance.mark(mark), kMark);
